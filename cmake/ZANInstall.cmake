@@ -1,0 +1,16 @@
+# How other projects find the library: find_package(ZANCommon) and pkg-config.
+include(CMakePackageConfigHelpers)
+
+set(ZAN_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZANCommon)
+
+configure_package_config_file(
+    cmake/ZANCommonConfig.cmake.in ${PROJECT_BINARY_DIR}/ZANCommonConfig.cmake
+    INSTALL_DESTINATION ${ZAN_PACKAGE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZANCommonConfigVersion.cmake
+                                 COMPATIBILITY SameMinorVersion)
+configure_file(cmake/zancommon.pc.in ${PROJECT_BINARY_DIR}/zancommon.pc @ONLY)
+
+install(EXPORT ZANCommonTargets NAMESPACE ZANCommon:: DESTINATION ${ZAN_PACKAGE_DIR})
+install(FILES ${PROJECT_BINARY_DIR}/ZANCommonConfig.cmake ${PROJECT_BINARY_DIR}/ZANCommonConfigVersion.cmake
+        DESTINATION ${ZAN_PACKAGE_DIR})
+install(FILES ${PROJECT_BINARY_DIR}/zancommon.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

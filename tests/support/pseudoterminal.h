@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+/// A serial line without hardware: the code under test opens its path, the test holds the far end.
+class PseudoTerminal {
+public:
+    PseudoTerminal()
+        : m_farEnd(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)) {
+        EXPECT_GE(m_farEnd, 0);
+        EXPECT_EQ(grantpt(m_farEnd), 0);
+        EXPECT_EQ(unlockpt(m_farEnd), 0);
+        path = QString::fromLocal8Bit(ptsname(m_farEnd));
+    }
+    PseudoTerminal(const PseudoTerminal&) = delete;
+    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+    ~PseudoTerminal() { Unplug(); }
+
+    void Unplug() {
+        if (m_farEnd >= 0) {
+            close(std::exchange(m_farEnd, -1));
+        }
+    }
+    /// What has arrived at the far end since the last call.
+    [[nodiscard]] QByteArray Read() const {
+        QByteArray bytes(65536, '\0');
+        const ssize_t count = read(m_farEnd, bytes.data(), static_cast<size_t>(bytes.size()));
+        bytes.truncate(std::max<ssize_t>(count, 0));
+        return bytes;
+    }
+    [[nodiscard]] bool Write(const QByteArray& bytes) const {
+        return write(m_farEnd, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size();
+    }
+
+    QString path;
+
+private:
+    int m_farEnd;
+};
