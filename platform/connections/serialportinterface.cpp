@@ -1,0 +1,79 @@
+#include "connections/serialportinterface.h"
+
+#include "connections/iinterfacecallback.h"
+#include "kwbase/errorhandler.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEvent>
+
+using namespace Qt::StringLiterals;
+
+IInterface::~IInterface() = default;
+
+SerialPortInterface::SerialPortInterface(IInterfaceCallback& callback)
+    : m_callback(callback) {
+    m_port.setReadBufferSize(MAX_WAITING_BYTES);
+}
+
+SerialPortInterface::~SerialPortInterface() {
+    // Closing the port would throw away what its owner was told is taken. The most that can wait takes 4.3 s
+    // at 9600 baud; a line that stands still, or crawls, does not hold up the program's end.
+    constexpr int STALLED_MS = 1000;
+    constexpr int AT_MOST_MS = 5000;
+    const QDeadlineTimer deadline(AT_MOST_MS);
+    while (m_port.isOpen() && m_port.bytesToWrite() > 0 && !deadline.hasExpired() &&
+           m_port.waitForBytesWritten(STALLED_MS)) {
+    }
+}
+
+// The callbacks are the last thing that their functions do, for they may delete this object. They are queued,
+// so that none of the port's own functions is running then.
+bool SerialPortInterface::Open() {
+    // Opened for reading too: without it a port that is unplugged while nothing is sent would go unnoticed.
+    if (!m_port.open(QIODevice::ReadWrite)) {
+        return false;
+    }
+    connect(&m_port, &QSerialPort::readyRead, this, &SerialPortInterface::DiscardInput, Qt::QueuedConnection);
+    connect(&m_port, &QSerialPort::bytesWritten, this, &SerialPortInterface::TellWritten,
+            Qt::QueuedConnection);
+    connect(&m_port, &QSerialPort::errorOccurred, this, &SerialPortInterface::Fail, Qt::QueuedConnection);
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    return true;
+}
+
+void SerialPortInterface::customEvent(QEvent*) {
+    m_callback.OnOpen();
+}
+
+bool SerialPortInterface::IsReadyToWrite(const char* data, int length) const {
+    return data && length >= 0 && m_port.isOpen() && m_port.bytesToWrite() + length <= MAX_WAITING_BYTES;
+}
+
+bool SerialPortInterface::Write(const char* data, int length) {
+    return IsReadyToWrite(data, length) && m_port.write(data, length) == length;
+}
+
+void SerialPortInterface::DiscardInput() {
+    if (!m_port.readAll().isEmpty()) {
+        m_callback.OnRead();
+    }
+}
+
+void SerialPortInterface::TellWritten() {
+    if (m_port.isOpen() && m_port.bytesToWrite() == 0) {
+        m_callback.OnWritten();
+    }
+}
+
+void SerialPortInterface::Fail() {
+    // Several errors may be on their way. A port that stays open after its device has gone reports them
+    // without end.
+    if (!m_port.isOpen()) {
+        return;
+    }
+    TraceInformation([&] { return m_port.portName() + u": "_s + m_port.errorString(); },
+                     u"connections\\serialportinterface"_s, __LINE__);
+    m_port.close();
+    m_callback.OnError();
+}

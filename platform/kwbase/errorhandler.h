@@ -1,0 +1,53 @@
+#pragma once
+
+#include "zanplatform_export.h"
+
+#include <QString>
+
+#include <functional>
+
+/// The bits of the trace mask. A line is written only when its bit is set.
+namespace TraceBit {
+inline constexpr unsigned ASSERTION = 0x02;   ///< failed assertions
+inline constexpr unsigned INFORMATION = 0x20; ///< information and warnings
+} // namespace TraceBit
+
+/// The process-wide handler of diagnostic lines: the mask that selects them and the sink that takes them.
+class ZANPLATFORM_EXPORT ErrorHandler {
+public:
+    /// Takes one finished line. Called on the thread that traces.
+    using Sink = std::function<void(const QString& line)>;
+
+    static ErrorHandler& Instance();
+
+    /// The mask in force. It is read anew for each message, from any thread. At start-up both bits are set.
+    [[nodiscard]] unsigned GetTraceMask() const;
+    void SetTraceMask(unsigned mask);
+
+    /// Replaces the sink; an empty one brings back the default, Qt's logging in the category "zan.trace".
+    /// Set it while one thread runs.
+    void SetSink(Sink sink);
+    void Write(const QString& line) const;
+
+private:
+    ErrorHandler() = default;
+    Sink m_sink;
+};
+
+/// Writes one trace line with its origin: a path below the source root without extension, and a line number.
+/// The caller tests the mask before it builds the message; `TraceInformation` does both.
+ZANPLATFORM_EXPORT void _Q_Trace(const QString& message, const QString& sourceFile, unsigned short line);
+/// Writes one finished trace line.
+ZANPLATFORM_EXPORT void _Q_TraceOld(const QString& line);
+/// Reports a failed assertion. Written when the mask has `TraceBit::ASSERTION`; the program goes on.
+ZANPLATFORM_EXPORT void _Q_assert(const wchar_t* expression, const wchar_t* sourceFile, unsigned short line);
+
+/// Traces information or a warning under `TraceBit::INFORMATION`.
+/// \param makeMessage makes the QString; it is called only when the line is written, so that nothing is
+///        formatted for a line that nobody reads.
+template <class MakeMessage>
+void TraceInformation(MakeMessage makeMessage, const QString& sourceFile, unsigned line) {
+    if (ErrorHandler::Instance().GetTraceMask() & TraceBit::INFORMATION) {
+        _Q_Trace(makeMessage(), sourceFile, static_cast<unsigned short>(line));
+    }
+}

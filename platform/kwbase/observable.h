@@ -1,0 +1,105 @@
+#pragma once
+
+#include "kwbase/changecode.h"
+#include "zanplatform_export.h"
+
+#include <QSet>
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+class Observable;
+
+/// Receives the changes of the subjects that it has been added to.
+///
+/// An observer that is destroyed detaches itself from all its subjects; a subject that is destroyed forgets
+/// its observers. Neither side is left with a dangling pointer. A copy of an observer observes nothing.
+class ZANPLATFORM_EXPORT IObserver {
+public:
+    IObserver() = default;
+    IObserver(const IObserver&) {}
+    IObserver& operator=(const IObserver&) { return *this; }
+    virtual ~IObserver();
+
+    /// Called on the thread that made the change. It may add or remove any observer (itself included), change
+    /// the subject again, remove the subject from the tree, and delete this observer.
+    virtual void Update(Observable* subject, TChangeCode code) = 0;
+
+private:
+    friend class Observable;
+    QSet<Observable*> m_subjects;
+};
+
+/// Keeps an ordered list of observers and tells them of changes.
+///
+/// Observers are told in the order in which they were added. One that is added during a notification is not
+/// called in it; one that is removed during a notification is not called any more. All operations belong to
+/// one thread, the application's main thread.
+class ZANPLATFORM_EXPORT Observable {
+public:
+    Observable() = default;
+    /// A copy is observed by the observers of its source.
+    Observable(const Observable& other);
+    Observable& operator=(const Observable& other);
+    virtual ~Observable();
+
+    /// Appends an observer. False for null and for one that observes this subject already.
+    bool AddObserver(IObserver* observer);
+    /// False when the observer does not observe this subject.
+    bool DeleteObserver(IObserver* observer);
+    void DeleteObservers();
+    /// Makes an observer of this subject the first to be told, from the next notification on. False when it
+    /// does not observe this subject.
+    bool MakeFirstObserver(IObserver* observer);
+    [[nodiscard]] std::size_t GetObserverCount() const;
+
+protected:
+    /// Calls `Update` of every observer but the originator (null: of every observer). An observer may destroy
+    /// this object during the call: nothing of it may be touched afterwards.
+    void NotifyObservers(TChangeCode code, IObserver* originator);
+
+private:
+    friend class IObserver;
+    template <class T>
+    friend class ObservablePtr;
+
+    struct Pass;
+    void NotifyAll(TChangeCode code, IObserver* originator);
+    void EndPass(const Pass& pass);
+    void Forget(IObserver* observer);
+    void MoveToFront(IObserver* observer);
+    [[nodiscard]] std::shared_ptr<Observable*> Self() const;
+
+    std::vector<IObserver*> m_observers; // null where one was removed while a notification runs
+    Pass* m_pPass = nullptr;             // the innermost notification that runs
+    mutable std::shared_ptr<Observable*> m_pSelf;
+};
+
+inline void Observable::NotifyObservers(TChangeCode code, IObserver* originator) {
+    if (!m_observers.empty()) {
+        NotifyAll(code, originator);
+    }
+}
+
+/// A pointer to an observable object that becomes null when the object is destroyed.
+///
+/// Does not own. For holders of tree values that are no observers themselves.
+template <class T>
+class ObservablePtr {
+public:
+    ObservablePtr() = default;
+    // NOLINTNEXTLINE(google-explicit-constructor): it stands wherever a plain pointer stood
+    ObservablePtr(T* object)
+        : m_pObject(object)
+        , m_pSelf(object ? static_cast<const Observable*>(object)->Self() : nullptr) {}
+
+    [[nodiscard]] T* get() const { return m_pSelf && *m_pSelf ? m_pObject : nullptr; }
+    T* operator->() const { return get(); }
+    T& operator*() const { return *get(); }
+    explicit operator bool() const { return get() != nullptr; }
+
+private:
+    T* m_pObject = nullptr;
+    std::shared_ptr<Observable*> m_pSelf;
+};

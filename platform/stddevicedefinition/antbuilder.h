@@ -1,0 +1,30 @@
+#pragma once
+
+#include "valueframework/adapter.h"
+
+namespace StdDeviceDefinition {
+
+/// The typed accessors of the standard device tree.
+namespace StdDeviceTree {
+
+/// The accessor of one antenna node: `GetValue<T>` with the g_vdAnt... descriptors.
+class ZANPLATFORM_EXPORT Ant : public Adapter {
+public:
+    using Adapter::Adapter;
+
+    /// Whether an item of the tree is a node of the antenna type.
+    [[nodiscard]] static bool IsAntenna(const ITreeItem* item);
+};
+
+} // namespace StdDeviceTree
+
+/// Makes antenna nodes.
+class ZANPLATFORM_EXPORT AntBuilder {
+public:
+    /// Makes a node of the antenna type with all its values at their defaults, as the last child of a node.
+    /// Its name is "Ant" and the first number from 0 that is free there. Owned by the tree; null for a null
+    /// parent, or one that is being removed.
+    static Node* InsertChild(Node* parent);
+};
+
+} // namespace StdDeviceDefinition

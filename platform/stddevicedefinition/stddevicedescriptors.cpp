@@ -1,0 +1,57 @@
+#include "stddevicedefinition/stddevicedescriptors.h"
+
+#include <QScopeGuard>
+
+#include <array>
+#include <utility>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace MakeDefault;
+
+namespace StdDeviceDefinition {
+
+namespace {
+
+// What the selections of the table offer. The keys are those that programs use.
+using Items = std::initializer_list<SelItemDesc>;
+const Items OPERATION_MODES = {{u"Standby"_s, 0, 0}, {u"FFM"_s, 0, 1},    {u"WidebandFFM"_s, 0, 2},
+                               {u"Scan"_s, 0, 3},    {u"Search"_s, 0, 4}, {u"TDMA"_s, 0, 6}};
+const Items GAIN_CONTROL_MODES = {{u"AGC"_s, 0, 0}, {u"MGC"_s, 0, 1}};
+const Items OFF_ON = {{u"Off"_s, 0, 0}, {u"On"_s, 0, 1}};
+const Items HEADING_SOURCES = {
+    {u"None"_s, 0, 0}, {u"Compass"_s, 0, 1}, {u"GPS"_s, 0, 2}, {u"Manual"_s, 0, 3}};
+const Items POSITION_SOURCES = {{u"None"_s, 0, 0}, {u"GPS"_s, 0, 1}, {u"Manual"_s, 0, 2}};
+
+} // namespace
+
+#define ZAN_DESCRIPTOR(name, branch, path, maker) const ValueDescriptor name(QStringLiteral(path), maker);
+#include "stddevicedefinition/stddevicedescriptors.def"
+#undef ZAN_DESCRIPTOR
+
+std::span<const ValueDescriptor* const> GetDescriptors(EBranch branch) {
+    static const auto branches = [] {
+        constexpr std::pair<EBranch, const ValueDescriptor*> ROWS[] = {
+#define ZAN_DESCRIPTOR(name, branch, path, maker) {EBranch::branch, &(name)},
+#include "stddevicedefinition/stddevicedescriptors.def"
+#undef ZAN_DESCRIPTOR
+        };
+        std::array<std::vector<const ValueDescriptor*>, 4> lists;
+        for (const auto& [rowBranch, descriptor] : ROWS) {
+            lists.at(static_cast<std::size_t>(rowBranch)).push_back(descriptor);
+        }
+        return lists;
+    }();
+    return branches.at(static_cast<std::size_t>(branch));
+}
+
+void CreateBranch(EBranch branch, const QString& basePath) {
+    const auto restore =
+        qScopeGuard([previous = ValueDescriptor::GetBasePath()] { ValueDescriptor::SetBasePath(previous); });
+    ValueDescriptor::SetBasePath(basePath);
+    for (const ValueDescriptor* descriptor : GetDescriptors(branch)) {
+        descriptor->Create(nullptr);
+    }
+}
+
+} // namespace StdDeviceDefinition

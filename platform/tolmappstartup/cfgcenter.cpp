@@ -1,0 +1,314 @@
+#include "tolmappstartup/cfgcenter.h"
+
+#include "tolmappstartup/problemreport.h"
+#include "tolmappstartup/settingsfile.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLibrary>
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void Report(const QString& problem, unsigned line) {
+    ReportProblem(problem, u"tolmappstartup\\cfgcenter"_s, line);
+}
+
+// Whether a name stands for a file of the directory that it is put behind, and for no other place.
+bool IsPlainFileName(QStringView name) {
+    const auto isForbidden = [](QChar c) {
+        return c == u'/' || c == u'\\' || c.category() == QChar::Other_Control;
+    };
+    return !name.isEmpty() && name.isValidUtf16() && !name.contains(u"..") &&
+           std::none_of(name.begin(), name.end(), isForbidden);
+}
+
+// A settings file, or a sub-configuration of one.
+class Cfg final : public ICfg {
+public:
+    Cfg(std::shared_ptr<SettingsFile> pFile, QString prefix)
+        : m_pFile(std::move(pFile))
+        , m_prefix(std::move(prefix)) {}
+    virtual ~Cfg() = default;
+
+    void SetFile(std::shared_ptr<SettingsFile> pFile) { m_pFile = std::move(pFile); }
+
+    [[nodiscard]] QString GetString(const QString& key, const QString& defaultValue) const override;
+    [[nodiscard]] qint64 GetInt(const QString& key, qint64 defaultValue) const override;
+    [[nodiscard]] bool GetBool(const QString& key, bool defaultValue) const override;
+    void CommitKey(const QString& key) override;
+    void SetString(const QString& key, const QString& value) override;
+    void SetInt(const QString& key, qint64 value) override;
+    void SetBool(const QString& key, bool value) override;
+    [[nodiscard]] ICfg* GetSubCfg(const QString& name) override;
+    void Release() override;
+
+private:
+    [[nodiscard]] QString WholeKey(const QString& key) const {
+        return m_prefix.isEmpty() ? key : m_prefix + key;
+    }
+
+    std::shared_ptr<SettingsFile> m_pFile;
+    QString m_prefix; // with the "/" at its end; empty for a whole file
+};
+
+struct State {
+    QString configDirectory;
+    Cfg appCfg{SettingsFile::Open({}), {}};
+    // Keeps the files open that nobody holds just now: what could not be saved is not lost.
+    QHash<QString, std::shared_ptr<SettingsFile>> files;
+
+    QString componentDirectory;
+    QHash<IDllInstance*, std::shared_ptr<QLibrary>> libraryOfInstance;
+};
+
+State& GetState() {
+    static State state;
+    return state;
+}
+
+std::shared_ptr<SettingsFile> OpenFile(const QString& name) {
+    const QString path = GetState().configDirectory + u'/' + name + u".ini"_s;
+    std::shared_ptr<SettingsFile>& pFile = GetState().files[path];
+    if (!pFile) {
+        pFile = SettingsFile::Open(path);
+    }
+    return pFile;
+}
+
+QString Cfg::GetString(const QString& key, const QString& defaultValue) const {
+    const QString* const text = m_pFile->Find(WholeKey(key));
+    return text ? *text : defaultValue;
+}
+
+qint64 Cfg::GetInt(const QString& key, qint64 defaultValue) const {
+    const QString wholeKey = WholeKey(key);
+    const QString* const text = m_pFile->Find(wholeKey);
+    if (!text) {
+        return defaultValue;
+    }
+    bool isNumber = false;
+    const qint64 number = text->toLongLong(&isNumber);
+    if (!isNumber) {
+        m_pFile->ReportUnreadable(wholeKey, u"integer"_s);
+        return defaultValue;
+    }
+    return number;
+}
+
+bool Cfg::GetBool(const QString& key, bool defaultValue) const {
+    const QString wholeKey = WholeKey(key);
+    const QString* const text = m_pFile->Find(wholeKey);
+    if (!text) {
+        return defaultValue;
+    }
+    const std::optional<bool> value = ParseBoolean(*text);
+    if (!value) {
+        m_pFile->ReportUnreadable(wholeKey, u"boolean"_s);
+    }
+    return value.value_or(defaultValue);
+}
+
+void Cfg::CommitKey(const QString&) {
+    m_pFile->Save();
+}
+
+void Cfg::SetString(const QString& key, const QString& value) {
+    m_pFile->SetText(WholeKey(key), value);
+}
+
+void Cfg::SetInt(const QString& key, qint64 value) {
+    SetString(key, QString::number(value));
+}
+
+void Cfg::SetBool(const QString& key, bool value) {
+    SetString(key, value ? u"true"_s : u"false"_s);
+}
+
+ICfg* Cfg::GetSubCfg(const QString& name) {
+    if (!IsSettingsKey(name)) {
+        Report(u"\""_s + name + u"\" cannot be the name of a sub-configuration."_s, __LINE__);
+        return nullptr;
+    }
+    return new Cfg(m_pFile, m_prefix + name + u'/');
+}
+
+void Cfg::Release() {
+    m_pFile->Save();
+    if (this != &GetState().appCfg) {
+        delete this;
+    }
+}
+
+using InterfaceVersionFunction = quint32 (*)();
+using CreateFunction = IDllInstance* (*)();
+
+// "MshClient.dll" is the name that all systems share; this is what the file is called on this one.
+QString LocalLibraryName(const QString& fileName) {
+    QString name = fileName.toLower();
+    if (name.endsWith(u".dll")) {
+        name.chop(4);
+    }
+    return u"lib"_s + name + u".so"_s;
+}
+
+// The library that instances already come from, or a new object for it. The instances of a library share one
+// object: those that QLibrary makes for the same file do not count each other, and any of them unloads it.
+std::shared_ptr<QLibrary> GetLibrary(const QString& path) {
+    for (const std::shared_ptr<QLibrary>& pLibrary : std::as_const(GetState().libraryOfInstance)) {
+        if (pLibrary->fileName() == path) {
+            return pLibrary;
+        }
+    }
+    return std::make_shared<QLibrary>(path);
+}
+
+void UnloadWhenUnused(const std::shared_ptr<QLibrary>& pLibrary) {
+    if (pLibrary.use_count() == 1) {
+        pLibrary->unload();
+    }
+}
+
+// Makes an instance with the functions that a library exports. On failure null, and a reason.
+IDllInstance* MakeInstance(QLibrary& library, QString& reason) {
+    const auto getVersion =
+        reinterpret_cast<InterfaceVersionFunction>(library.resolve("ZanComponentInterfaceVersion"));
+    const auto create = reinterpret_cast<CreateFunction>(library.resolve("ZanCreateComponent"));
+    if (!getVersion || !create) {
+        reason =
+            u"it is no component: it does not export ZanComponentInterfaceVersion and ZanCreateComponent"_s;
+        return nullptr;
+    }
+    const quint32 version = getVersion();
+    if (version != IDllInstance::INTERFACE_VERSION) {
+        reason = u"it has the interface version "_s + QString::number(version) + u", and "_s +
+                 QString::number(IDllInstance::INTERFACE_VERSION) + u" is wanted"_s;
+        return nullptr;
+    }
+    reason = u"it does not make an instance"_s;
+    try {
+        return create();
+    } catch (const std::exception& exception) {
+        reason += u": "_s + QString::fromLocal8Bit(exception.what());
+    } catch (...) {
+        reason += u": it threw an exception"_s;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+IDllInstance::~IDllInstance() = default;
+
+bool CfgCenter::SetConfigDirectory(const QString& directory) {
+    Close();
+    QString reason;
+    const QString path = directory.contains(QChar::Null) ? QString() : QDir(directory).absolutePath();
+    if (directory.isEmpty() || path.isEmpty()) {
+        reason = u"that is no name of a directory"_s;
+    } else if (!QDir().mkpath(path)) {
+        reason = QFileInfo::exists(path) ? u"there is a file of that name"_s
+                                         : u"it is not there and cannot be made"_s;
+    }
+    if (!reason.isEmpty()) {
+        Report(u"The configuration directory \""_s + directory + u"\" cannot be had: "_s + reason + u'.',
+               __LINE__);
+        return false;
+    }
+    GetState().configDirectory = path;
+    GetState().appCfg.SetFile(OpenFile(u"Application"_s));
+    return true;
+}
+
+ICfg& CfgCenter::GetAppCfg(ICfg::View) {
+    return GetState().appCfg;
+}
+
+ICfg* CfgCenter::CreateCfg(const QString& name, ICfg::View, const QString&) {
+    if (!IsPlainFileName(name)) {
+        Report(u"\""_s + name + u"\" cannot be the name of a settings file."_s, __LINE__);
+        return nullptr;
+    }
+    if (GetState().configDirectory.isEmpty()) {
+        Report(u"The settings \""_s + name + u"\" cannot be opened: no configuration directory is set."_s,
+               __LINE__);
+        return nullptr;
+    }
+    return new Cfg(OpenFile(name), {});
+}
+
+bool CfgCenter::Close() {
+    State& state = GetState();
+    bool isSaved = true;
+    for (const std::shared_ptr<SettingsFile>& pFile : std::as_const(state.files)) {
+        isSaved = pFile->Save() && isSaved;
+    }
+    state.appCfg.SetFile(SettingsFile::Open({}));
+    state.files.clear();
+    state.configDirectory.clear();
+    return isSaved;
+}
+
+bool CfgCenter::SetComponentDirectory(const QString& directory) {
+    GetState().componentDirectory.clear();
+    if (!QDir::isAbsolutePath(directory)) {
+        Report(u"The component directory \""_s + directory + u"\" is no absolute path."_s, __LINE__);
+        return false;
+    }
+    GetState().componentDirectory = QDir::cleanPath(directory);
+    return true;
+}
+
+IDllInstance* CfgCenter::CreateDllInstanceByFileName(const QString& fileName, const QString&, bool, bool) {
+    const auto refuse = [&](const QString& reason, unsigned line) -> IDllInstance* {
+        Report(u"The component \""_s + fileName + u"\" cannot be loaded: "_s + reason + u'.', line);
+        return nullptr;
+    };
+    if (!IsPlainFileName(fileName)) {
+        return refuse(u"a component is named by a plain file name"_s, __LINE__);
+    }
+    if (GetState().componentDirectory.isEmpty()) {
+        return refuse(u"no component directory is set"_s, __LINE__);
+    }
+    const QString path = GetState().componentDirectory + u'/' + LocalLibraryName(fileName);
+    if (!QFileInfo(path).isFile()) {
+        return refuse(u"there is no file "_s + path, __LINE__);
+    }
+    const std::shared_ptr<QLibrary> pLibrary = GetLibrary(path);
+    // A function that is missing shall show now, and not end the program when it is first called.
+    pLibrary->setLoadHints(QLibrary::ResolveAllSymbolsHint);
+    if (!pLibrary->load()) {
+        return refuse(path + u" is no shared object that can be loaded here ("_s + pLibrary->errorString() +
+                          u')',
+                      __LINE__);
+    }
+    QString reason;
+    IDllInstance* const instance = MakeInstance(*pLibrary, reason);
+    if (!instance) {
+        UnloadWhenUnused(pLibrary);
+        return refuse(path + u": "_s + reason, __LINE__);
+    }
+    GetState().libraryOfInstance.insert(instance, pLibrary);
+    return instance;
+}
+
+void CfgCenter::DestroyDllInstanceByPointer(IDllInstance* instance) {
+    const std::shared_ptr<QLibrary> pLibrary = GetState().libraryOfInstance.take(instance);
+    if (!pLibrary) {
+        Report(
+            u"A component instance cannot be destroyed: it is none that was created, or is gone already."_s,
+            __LINE__);
+        return;
+    }
+    delete instance;
+    UnloadWhenUnused(pLibrary);
+}
+
+QString CfgCenter::GetLastError() {
+    return GetLastProblem();
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "tolmappstartup/icfg.h"
+#include "tolmappstartup/idllinstance.h"
+#include "zanplatform_export.h"
+
+#include <QString>
+
+/// The configuration centre: the process's settings files and component libraries.
+///
+/// Settings files are readable text in one directory: `[section/subsection]` headers, `key=value` lines,
+/// UTF-8. A value reads as the text that stands there, whatever commas, semicolons or backslashes it holds;
+/// only a value enclosed in double quotes is unescaped (\\ \" \n \r \t \uXXXX). Lines that begin with ";" or
+/// "#" are comments; they are not kept when the program writes the file.
+///
+/// A file is replaced as a whole or not at all. A damaged one is kept beside as "<file>.damaged-<n>" and
+/// reported; what is readable of it stays in force. Before a value that could not be read as the type wanted
+/// is overwritten, the file is kept in the same way.
+///
+/// Everything belongs to the application's main thread.
+class ZANPLATFORM_EXPORT CfgCenter {
+public:
+    /// Chooses the directory of the settings files, and makes it when it is missing. What was open before is
+    /// closed, as by `Close`. False when the directory cannot be had; then none is set.
+    static bool SetConfigDirectory(const QString& directory);
+    /// The application's settings, in the file "Application.ini"; every view shows the same. Never to be
+    /// released, and good for the whole run. Without a directory the settings live in memory only.
+    static ICfg& GetAppCfg(ICfg::View view);
+    /// The settings of the further file "<name>.ini" in the same directory; the caller releases it. All who
+    /// open a name share its file, which stays open until `Close`. Null when no directory is set, and for a
+    /// name that is empty or holds a separator, ".." or control characters.
+    /// The third argument is empty in every use and has no effect; nor has the view.
+    static ICfg* CreateCfg(const QString& name, ICfg::View view, const QString& unused);
+    /// Saves every settings file. To be called at the end of the program; settings that are set later, or
+    /// before the next `SetConfigDirectory`, live in memory only. False when something could not be saved.
+    static bool Close();
+
+    /// Chooses the one directory in which components are looked for. False for a path that is not absolute;
+    /// then none is set.
+    static bool SetComponentDirectory(const QString& directory);
+    /// Loads a component library and returns a new instance; it is destroyed with
+    /// `DestroyDllInstanceByPointer`. "MshClient.dll" stands for "libmshclient.so" in the component
+    /// directory. The other arguments are empty and false in every use and have no effect. Null when there is
+    /// no such library, when it is no component or one of another interface version, and when it does not
+    /// make an instance; `GetLastError` says which, and where it was looked for.
+    static IDllInstance* CreateDllInstanceByFileName(const QString& fileName, const QString& unused,
+                                                     bool unusedFlag, bool unusedFlag2);
+    /// Destroys an instance, and unloads its library when it was the last one. Null and pointers that
+    /// `CreateDllInstanceByFileName` did not return are refused and reported.
+    static void DestroyDllInstanceByPointer(IDllInstance* instance);
+
+    /// The latest problem with a settings file or a component, in words for the operator; empty when there
+    /// was none. Each is traced as well. A success does not clear it.
+    static QString GetLastError();
+};

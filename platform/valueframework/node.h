@@ -1,0 +1,29 @@
+#pragma once
+
+#include "valueframework/itreeitem.h"
+
+#include <QList>
+
+class ValueBase;
+
+/// A node of the value tree: holds values and further nodes in the order in which they were inserted.
+/// The tree owns it; its observers are told `TChangeCode::NodeGoingAway` before it is removed.
+class ZANPLATFORM_EXPORT Node final : public ITreeItem {
+public:
+    /// The value that a descriptor names below this node (its path name is taken relative to the node). Null
+    /// when absent.
+    [[nodiscard]] ValueBase* GetChildValue(const ValueDescriptor* descriptor) const;
+    /// The children in their order, as a list of its own: it stays whole while the tree is changed.
+    [[nodiscard]] QList<ITreeItem*> GetTreeItems() const;
+    [[nodiscard]] QString GetTypeName() const override;
+
+private:
+    friend class Tree;
+
+    void AnnounceRemoval() override;
+    void Append(ITreeItem* item);
+    void Unlink(ITreeItem* item);
+
+    ITreeItem* m_pFirst = nullptr;
+    ITreeItem* m_pLast = nullptr;
+};

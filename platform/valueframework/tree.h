@@ -1,0 +1,87 @@
+#pragma once
+
+#include "valueframework/node.h"
+#include "valueframework/valuebase.h"
+
+#include <QHash>
+
+#include <memory>
+#include <vector>
+
+class QTextStream;
+
+/// The value tree of the process: nodes and typed values under slash-separated paths.
+///
+/// A path begins with "/", has no empty component and at most `MAX_LEVELS` of them; one slash at the end of a
+/// node's path is allowed. Any other text names nothing: looking it up gives null, inserting under it is
+/// refused. A look-up is one hash look-up, however many values there are, and allocates nothing.
+///
+/// The tree and everything in it belong to the application's main thread.
+class ZANPLATFORM_EXPORT Tree {
+public:
+    static constexpr int MAX_LEVELS = 100;
+
+    /// The tree, made on first use; null only while the process is being torn down.
+    static Tree* Instance();
+
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+
+    /// The value at the path; null when there is none, or when a node stands there. Owned by the tree.
+    [[nodiscard]] ValueBase* GetValue(const QString& path) const { return m_values.value(path); }
+    /// The value at the path when it is of type T (or of a type derived from T), else null.
+    template <class T>
+    [[nodiscard]] T* Find(const QString& path) const {
+        return dynamic_cast<T*>(GetValue(path));
+    }
+    /// The node at the path; null when there is none. "/" is the root.
+    [[nodiscard]] Node* GetNode(const QString& path) const;
+
+    /// The node at the path, made with all that is missing above it. Null when the path is not valid or a
+    /// value stands on the way.
+    Node* CreateNode(const QString& path, const ValueDescriptor* descriptor = nullptr);
+    /// Inserts a value under a parent path (with or without its slash at the end), making missing nodes.
+    /// On success the tree takes the value over and returns it. Null when the value has no valid name, the
+    /// name is taken, the path is not valid or a value stands on the way: the caller keeps the value.
+    ValueBase* InsertValue(const QString& parentPath, std::unique_ptr<ValueBase>&& value);
+    /// Takes over a value that the tree refused and that nobody else holds. It stays alive, outside the tree,
+    /// as long as the process, so that whoever was handed it meanwhile is not left with a dangling pointer.
+    void Abandon(std::unique_ptr<ValueBase> value);
+
+    /// Removes an item with everything below it. First every observer of what goes is told (code 2 for
+    /// values, 18 for nodes, parents first) while all of it still stands; then it is destroyed. False for
+    /// null, the root, an item that is not in the tree, and one that is being removed already.
+    bool Remove(ITreeItem* item);
+    /// Removes everything below the root, as one removal. What observers insert meanwhile stays.
+    void Clear();
+
+    [[nodiscard]] qsizetype GetValueCount() const { return m_values.size(); }
+    /// Writes one line an item in tree order: path, type, text of the value, number of observers, separated
+    /// by tabs. Control characters are escaped.
+    void Dump(QTextStream& out) const;
+
+private:
+    friend class ValueBase;
+
+    Tree() = default;
+    ~Tree();
+
+    /// Whether a new item can be put at a path that has no trailing slash.
+    [[nodiscard]] bool IsFree(const QString& path) const;
+    Node* InsertNode(Node* parent, const QString& path, const ValueDescriptor* descriptor);
+    bool Rename(ValueBase* value, const QString& name);
+    void RemoveAll(std::vector<ITreeItem*> items);
+    void TakeOut(ITreeItem* item);
+
+    static Tree* s_pInstance;
+
+    // Two tables, so that finding a value never has to look at the item itself.
+    QHash<QString, ValueBase*> m_values;
+    QHash<QString, Node*> m_nodes;
+    Node m_root;
+    int m_removals = 0; // how many calls of Remove are under way
+    // What the calls of Remove under way have taken out: kept until the last one ends, because an observer
+    // may remove what an outer call is still working on.
+    std::vector<std::unique_ptr<ITreeItem>> m_removed;
+    std::vector<std::unique_ptr<ValueBase>> m_abandoned;
+};

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "kwbase/errorhandler.h"
+#include "kwbase/kwexception.h"
+#include "valueframework/tree.h"
+#include "valueframework/valuedescriptor.h"
+
+#include <QString>
+
+#include <memory>
+
+// The ways in which the library gets at its values.
+
+namespace ValueAccess {
+
+/// Traces that the tree has refused a new value at this path.
+ZANPLATFORM_EXPORT void TraceRefusedValue(const QString& path);
+[[noreturn]] ZANPLATFORM_EXPORT void ThrowWrongType(const ValueDescriptor& descriptor);
+
+} // namespace ValueAccess
+
+/// The value of type T at a path, made there when it is missing. Null, with a trace line, when a value of
+/// another type has that name already (it stays as it is), or when the path is not valid.
+template <class T>
+T* GetOrCreateValue(const QString& path) {
+    Tree& tree = *Tree::Instance();
+    if (T* existing = tree.Find<T>(path)) {
+        return existing;
+    }
+    const qsizetype nameBegin = path.lastIndexOf(u'/') + 1;
+    auto value = std::make_unique<T>();
+    T* const inserted = value.get();
+    value->SetName(path.sliced(nameBegin), nullptr);
+    std::unique_ptr<ValueBase> offered = std::move(value);
+    if (tree.InsertValue(path.first(nameBegin), std::move(offered))) {
+        return inserted;
+    }
+    ValueAccess::TraceRefusedValue(path);
+    tree.Abandon(std::move(offered));
+    return nullptr;
+}
+
+/// Creates the value of a descriptor, of type T. Throws `KWException` when what stands at the descriptor's
+/// place is of another type, or could not be made.
+template <class T>
+T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator) {
+    if (T* value = dynamic_cast<T*>(descriptor.Create(originator))) {
+        return value;
+    }
+    ValueAccess::ThrowWrongType(descriptor);
+}
+
+/// Creates the node of a descriptor. Throws `KWException` when it could not be made.
+ZANPLATFORM_EXPORT Node* CreateNode(const ValueDescriptor& descriptor, IObserver* originator);

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "valueframework/itreeitem.h"
+
+#include <QString>
+
+#include <initializer_list>
+#include <memory>
+#include <utility>
+#include <vector>
+
+/// What a value holds.
+enum class ValueType : int { Bool, Int, Double, String, TimeStamp, Selection, Bearing, List };
+
+/// Whether the content of a value is a measurement or setting that can be relied on.
+enum class TValueState : int {
+    Valid = 0,       ///< the content holds
+    NotMeasured = 1, ///< nothing has been measured; what stands in the value is old or a default
+};
+
+class ValueTransaction;
+
+/// The common base of all values of the tree.
+///
+/// Every setter takes the observer that caused the change as its last argument (null: nobody); the originator
+/// is not told of its own change. Setting what is there already tells nobody.
+class ZANPLATFORM_EXPORT ValueBase : public ITreeItem {
+public:
+    ValueBase();
+    ~ValueBase() override;
+    ValueBase& operator=(const ValueBase&) = delete;
+
+    /// Gives the value its name; in the tree, also its new path. False when the name is empty, holds a slash,
+    /// or is taken.
+    bool SetName(const QString& name, IObserver* originator);
+
+    [[nodiscard]] TValueState GetState() const { return m_state; }
+    void SetState(TValueState state, IObserver* originator);
+
+    [[nodiscard]] virtual ValueType GetType() const = 0;
+    [[nodiscard]] QString GetTypeName() const override;
+    /// The content as text, in a form that `SetStringValue` reads.
+    [[nodiscard]] virtual QString GetStringValue() const = 0;
+    /// Sets the content from text. False, with the value unchanged, when the text is not a content of the
+    /// type.
+    virtual bool SetStringValue(const QString& text, IObserver* originator) = 0;
+    /// Takes over content and state of a value of the same type; observers are told once. False, with nothing
+    /// changed, when the type is another one or the content is not accepted.
+    virtual bool Assign(const ValueBase& other) = 0;
+    /// Whether the other value has the same type and content. False for null.
+    [[nodiscard]] virtual bool Compare(const ValueBase* other) const = 0;
+    /// A copy with the same name, content, state and limits, outside the tree and without observers.
+    [[nodiscard]] virtual std::unique_ptr<ValueBase> Clone() const = 0;
+
+    /// Begins a group of changes: until the matching `EndTransaction`, observers are told nothing. Groups
+    /// nest; the outermost end tells.
+    void StartTransaction(IObserver* originator);
+    /// Ends a group and tells the observers once, with this code. False when no group is open.
+    bool EndTransaction(TChangeCode code, IObserver* originator);
+    [[nodiscard]] bool IsTransactionActive() const { return m_transactions > 0; }
+    /// Begins a group that ends when the returned object is destroyed; the codes are told in their order.
+    [[nodiscard]] ValueTransaction CreateTransaction(std::initializer_list<TChangeCode> codes,
+                                                     IObserver* originator);
+    /// Tells the observers of a change that was made without a setter. Inside a transaction the end tells.
+    void HasChanged(TChangeCode code, IObserver* originator);
+
+    /// Delivers changes at most once in this many milliseconds, through the event loop; 0 (the default): at
+    /// once. What is waiting when it becomes 0 is delivered at once.
+    void SetUpdateTimerTime(unsigned milliseconds);
+    /// Puts another delivery time in force until `KillOverrideTimer` takes it back; the shortest one counts.
+    /// Returns its identifier.
+    int OverrideTimer(unsigned milliseconds);
+    void KillOverrideTimer(int identifier);
+
+    /// The item that is told when the tree destroys this value; null for none. Not owned.
+    void SetDeleteObserver(ITreeItem* item);
+    [[nodiscard]] ITreeItem* GetDeleteObserver() const;
+    /// What an observer that was told `TChangeCode::GoingAway` asks: 1 when the value is being removed, else
+    /// 0.
+    [[nodiscard]] int QueryRemoval(IObserver* observer) const;
+
+    /// The content as one command line of a recording, at a time in milliseconds: time, path and text with
+    /// tabs between them, control characters escaped.
+    [[nodiscard]] QString GetCommandStringForRecording(unsigned timeMs) const;
+    /// The same for another process, with a sequence number in place of the time.
+    [[nodiscard]] QString GetCommandStringForTransmission(unsigned sequence) const;
+    /// Carries out a command line of either kind. False when it is malformed, names another path, or its text
+    /// is not a content of this type.
+    bool SetCommandString(const QString& command, IObserver* originator);
+
+protected:
+    ValueBase(const ValueBase& other);
+
+    /// Takes over a state without telling anybody. Whether it was another one.
+    bool TakeState(const ValueBase& other) { return std::exchange(m_state, other.m_state) != other.m_state; }
+    /// Tells the observers that the content has changed; an observer may destroy this value meanwhile.
+    void Changed(IObserver* originator) {
+        if (m_transactions == 0) {
+            if (!m_pTiming) {
+                NotifyObservers(TChangeCode::Changed, originator);
+            } else {
+                Deliver(TChangeCode::Changed, originator);
+            }
+        }
+    }
+
+private:
+    friend class ValueTransaction;
+
+    struct Timing;
+    void AnnounceRemoval() override;
+    void EndTransaction(const std::vector<TChangeCode>& codes, IObserver* originator);
+    void Deliver(TChangeCode code, IObserver* originator);
+    void DeliverWaiting();
+    void Schedule();
+    Timing& GetTiming();
+
+    TValueState m_state = TValueState::Valid;
+    int m_transactions = 0;
+    std::unique_ptr<Timing> m_pTiming; // null while changes are delivered at once
+    ObservablePtr<ITreeItem> m_pDeleteObserver;
+};
+
+/// A group of changes of one value; its end tells the observers. It may outlive the value.
+class ZANPLATFORM_EXPORT ValueTransaction {
+public:
+    ValueTransaction(ValueBase& value, std::initializer_list<TChangeCode> codes, IObserver* originator);
+    ValueTransaction(ValueTransaction&& other) noexcept;
+    ValueTransaction(const ValueTransaction&) = delete;
+    ValueTransaction& operator=(const ValueTransaction&) = delete;
+    ValueTransaction& operator=(ValueTransaction&&) = delete;
+    ~ValueTransaction();
+
+private:
+    ObservablePtr<ValueBase> m_pValue;
+    std::vector<TChangeCode> m_codes;
+    IObserver* m_pOriginator;
+};

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "valueframework/valuetypes.h"
+
+#include <QString>
+
+#include <functional>
+#include <initializer_list>
+#include <memory>
+
+/// A static description of one value or node: where it stands below the base path, of what type it is, and
+/// what it holds at first.
+class ZANPLATFORM_EXPORT ValueDescriptor {
+public:
+    /// Makes the value that the descriptor describes, without a name; empty for the descriptor of a node.
+    using Maker = std::function<std::unique_ptr<ValueBase>()>;
+
+    /// \param pathName path below the base path, with its slash in front ("/DevAttr/OperationMode")
+    ValueDescriptor(QString pathName, Maker maker);
+    ValueDescriptor(const ValueDescriptor&) = delete;
+    ValueDescriptor& operator=(const ValueDescriptor&) = delete;
+
+    /// The path relative to the base path.
+    [[nodiscard]] QString PathName() const { return m_pathName; }
+    /// The last component of the path name.
+    [[nodiscard]] QString GetName() const;
+    /// A new value as the descriptor describes it, outside the tree; null for the descriptor of a node.
+    [[nodiscard]] std::unique_ptr<ValueBase> MakeValue() const;
+
+    /// Makes the value or node at the base path plus the path name. A value that stands there already is
+    /// returned as it is, whatever its type. Null for a node, and for what could not be made.
+    ValueBase* Create(IObserver* originator) const;
+
+    /// The process-wide base path against which all descriptors are resolved; empty at first.
+    static void SetBasePath(const QString& path);
+    [[nodiscard]] static QString GetBasePath();
+
+private:
+    QString m_pathName;
+    Maker m_maker;
+};
+
+/// Makers of the common types, for tables of descriptors.
+namespace MakeDefault {
+
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Bool(bool content = false);
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Int(int content, int min, int max, int step = 1);
+/// An integer without a range.
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Int(int content = 0);
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Double(double content, double min, double max, double step);
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Double(double content = 0.0);
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Text(const QString& content = {});
+ZANPLATFORM_EXPORT ValueDescriptor::Maker TimeStamp();
+/// A selection with the first item current.
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Selection(std::initializer_list<SelItemDesc> items);
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Bearing();
+ZANPLATFORM_EXPORT ValueDescriptor::Maker BearingList();
+/// A node.
+ZANPLATFORM_EXPORT ValueDescriptor::Maker Nothing();
+
+} // namespace MakeDefault

@@ -1,0 +1,6 @@
+#include "valueframework/valuefactory.h"
+
+ValueFactory& ValueFactory::Instance() {
+    static ValueFactory factory;
+    return factory;
+}

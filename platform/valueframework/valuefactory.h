@@ -1,0 +1,19 @@
+#pragma once
+
+#include "valueframework/valuebase.h"
+
+#include <memory>
+
+/// Makes values whose type only the given value knows.
+class ZANPLATFORM_EXPORT ValueFactory {
+public:
+    static ValueFactory& Instance();
+
+    /// A copy of a value of any type: same name, content, state and limits, outside the tree, not observed.
+    [[nodiscard]] std::unique_ptr<ValueBase> CloneValue(const ValueBase& value) const {
+        return value.Clone();
+    }
+
+private:
+    ValueFactory() = default;
+};

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "valueframework/bearingresult.h"
+#include "valueframework/quadfloat.h"
+#include "valueframework/trafficcontrolfrequency.h"
+#include "valueframework/valuebase.h"
+
+#include <QLocale>
+#include <QString>
+
+#include <type_traits>
+#include <utility>
+
+// A format says how a content type reads as text and when it has changed:
+//   TYPE        the type of a value with this content
+//   ToString    the text of a content
+//   FromString  reads a content; false, with the content unchanged, when the text is none
+//   IsChange    whether setting the second over the first is a change that observers hear of
+
+/// Reads a whole decimal number. False, with the number unchanged, when the text is none or does not fit.
+template <class T>
+bool ReadInteger(const QString& text, T& number) {
+    bool isNumber = false;
+    const auto wide = [&] {
+        if constexpr (std::is_signed_v<T>) {
+            return text.toLongLong(&isNumber);
+        } else {
+            return text.toULongLong(&isNumber);
+        }
+    }();
+    // Reading ends at a NUL, whatever follows it.
+    if (!isNumber || text.contains(QChar::Null) || !std::in_range<T>(wide)) {
+        return false;
+    }
+    number = static_cast<T>(wide);
+    return true;
+}
+
+/// "0" and "1"; reads "true" and "false" as well.
+template <class T>
+struct FormatBool {
+    static constexpr ValueType TYPE = ValueType::Bool;
+    static QString ToString(const T& content) { return content ? QStringLiteral("1") : QStringLiteral("0"); }
+    static bool FromString(const QString& text, T& content) {
+        const bool isTrue = text == u'1' || text.compare(QStringView(u"true"), Qt::CaseInsensitive) == 0;
+        if (!isTrue && text != u'0' && text.compare(QStringView(u"false"), Qt::CaseInsensitive) != 0) {
+            return false;
+        }
+        content = isTrue;
+        return true;
+    }
+    static bool IsChange(const T& before, const T& after) { return before != after; }
+};
+
+/// A decimal integer.
+template <class T>
+struct FormatInt {
+    static constexpr ValueType TYPE = ValueType::Int;
+    static QString ToString(const T& content) { return QString::number(content); }
+    static bool FromString(const QString& text, T& content) { return ReadInteger(text, content); }
+    static bool IsChange(const T& before, const T& after) { return before != after; }
+};
+
+/// The shortest decimal text that reads back as the same number; infinities and "nan" are not read.
+template <class T>
+struct FormatFloat {
+    static constexpr ValueType TYPE = ValueType::Double;
+    static QString ToString(const T& content) {
+        return QString::number(content, 'g', QLocale::FloatingPointShortest);
+    }
+    static bool FromString(const QString& text, T& content) {
+        bool isNumber = false;
+        const T number = text.toDouble(&isNumber);
+        if (!isNumber || !qIsFinite(number)) {
+            return false;
+        }
+        content = number;
+        return true;
+    }
+    static bool IsChange(const T& before, const T& after) { return before != after; }
+};
+
+/// A text as it stands.
+template <class T>
+struct FormatString {
+    static constexpr ValueType TYPE = ValueType::String;
+    static QString ToString(const T& content) { return content; }
+    static bool FromString(const QString& text, T& content) {
+        content = text;
+        return true;
+    }
+    static bool IsChange(const T& before, const T& after) { return before != after; }
+};
+
+/// A time stamp in milliseconds since 1970-01-01 00:00:00 UTC, as a decimal number.
+template <class T>
+struct FormatTimeStamp {
+    static constexpr ValueType TYPE = ValueType::TimeStamp;
+    static QString ToString(const T& content) { return QString::number(content); }
+    static bool FromString(const QString& text, T& content) { return ReadInteger(text, content); }
+    static bool IsChange(const T& before, const T& after) { return before != after; }
+};
+
+/// The six members in their order with "," between them; a member without a value is empty.
+struct ZANPLATFORM_EXPORT FormatBearingResult {
+    static constexpr ValueType TYPE = ValueType::Bearing;
+    static QString ToString(const BearingResult& content);
+    static bool FromString(const QString& text, BearingResult& content);
+    /// Each bearing is an event of its own, also when it equals the one before: none may be lost.
+    static bool IsChange(const BearingResult& /*before*/, const BearingResult& /*after*/) { return true; }
+};
+
+/// The four numbers with "," between them.
+struct ZANPLATFORM_EXPORT QuadFloatFormat {
+    static QString ToString(const QuadFloat& content);
+    static bool FromString(const QString& text, QuadFloat& content);
+};
+
+/// Channel number, frequency and alarm flag with "," between them.
+struct ZANPLATFORM_EXPORT FormatTrafficControlFrequency {
+    static QString ToString(const TrafficControlFrequency& content);
+    static bool FromString(const QString& text, TrafficControlFrequency& content);
+};

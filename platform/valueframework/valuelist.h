@@ -1,0 +1,95 @@
+#pragma once
+
+#include "valueframework/streamformat.h"
+#include "valueframework/valuebase.h"
+
+#include <QtGlobal>
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+/// An ordered list of elements as one value.
+template <class T, class Format, class Stream = StreamFormat<T, Format>>
+class ValueList final : public ValueBase {
+public:
+    ValueList() = default;
+
+    void PushBack(const T& element, IObserver* originator) {
+        m_elements.push_back(element);
+        Changed(originator);
+    }
+    void Clear(IObserver* originator) {
+        m_cursor = 0;
+        if (!m_elements.empty()) {
+            m_elements.clear();
+            Changed(originator);
+        }
+    }
+    [[nodiscard]] bool Empty() const { return m_elements.empty(); }
+    [[nodiscard]] std::size_t GetCount() const { return m_elements.size(); }
+    /// The elements in their order.
+    [[nodiscard]] const std::vector<T>& GetElements() const { return m_elements; }
+
+    /// Begins a walk: the next call of `Next` returns the first element. There is one walk at a time.
+    void ToBegin() { m_cursor = 0; }
+    /// The next element of the walk. Who changes it says so by `HasChanged`. Only while `IsLast` is false.
+    T& Next() {
+        Q_ASSERT_X(m_cursor < m_elements.size(), "ValueList::Next", "the walk has passed the last element");
+        return m_elements[m_cursor++];
+    }
+    /// Whether the walk has passed the last element.
+    [[nodiscard]] bool IsLast() const { return m_cursor >= m_elements.size(); }
+
+    [[nodiscard]] ValueType GetType() const override { return ValueType::List; }
+    [[nodiscard]] QString GetStringValue() const override {
+        QString text;
+        for (const T& element : m_elements) {
+            Stream::Append(text, element);
+        }
+        return text;
+    }
+    bool SetStringValue(const QString& text, IObserver* originator) override {
+        std::vector<T> elements;
+        for (QStringView rest(text); !rest.isEmpty();) {
+            if (!Stream::Take(rest, elements.emplace_back())) {
+                return false;
+            }
+        }
+        if (Replace(std::move(elements))) {
+            Changed(originator);
+        }
+        return true;
+    }
+    bool Assign(const ValueBase& other) override {
+        const auto* source = dynamic_cast<const ValueList*>(&other);
+        if (!source) {
+            return false;
+        }
+        const bool isChange = Replace(source->m_elements);
+        if (TakeState(other) || isChange) {
+            Changed(nullptr);
+        }
+        return true;
+    }
+    [[nodiscard]] bool Compare(const ValueBase* other) const override {
+        const auto* list = dynamic_cast<const ValueList*>(other);
+        return list && list->m_elements == m_elements;
+    }
+    [[nodiscard]] std::unique_ptr<ValueBase> Clone() const override {
+        return std::unique_ptr<ValueBase>(new ValueList(*this));
+    }
+
+private:
+    ValueList(const ValueList&) = default;
+
+    /// Replaces the elements without telling anybody. Whether they were others.
+    bool Replace(std::vector<T> elements) {
+        m_cursor = 0;
+        m_elements.swap(elements);
+        return elements != m_elements;
+    }
+
+    std::vector<T> m_elements;
+    std::size_t m_cursor = 0;
+};
