@@ -1,0 +1,3 @@
+#include "zancommon/alarmsettings.h"
+
+AlarmSettings::~AlarmSettings() = default;

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "kwbase/observable.h"
+#include "valueframework/valuetypes.h"
+#include "zancommon_export.h"
+
+#include <QString>
+
+struct Bearing;
+
+namespace KvZANCommon {
+
+/// Marks the rejected bearings of a block as unusable while the connection runs.
+///
+/// The connection speed is bound by path, as in `PitchRollFilter`: the first binding that succeeds holds
+/// until the tree destroys the value, which it owns. All operations belong to the thread of the value tree.
+class ZANCOMMON_EXPORT ConnectionSpeedFilter {
+public:
+    /// The connection runs while this value is 1 or more.
+    void SetConnectionSpeedValuePath(const QString& path);
+
+    /// Sets the marker of each of `count` bearings whose quality is 0 to -4000. Nothing while the connection
+    /// does not run or its speed is not known.
+    /// \param bearings may be null when `count` is 0.
+    void Apply(unsigned count, Bearing* bearings) const;
+
+private:
+    ObservablePtr<ValueInt> m_pConnectionSpeed;
+};
+
+} // namespace KvZANCommon

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "kwbase/observable.h"
+#include "zancommon/zanabstractinterface.h"
+#include "zancommon_export.h"
+
+#include <memory>
+
+class BearingResult;
+
+/// Writes the DF results of the value tree as lines of text, one a bearing, to a serial line and/or a file:
+/// with each new bearing, or, with an output interval, periodically.
+///
+/// A line begins "$PLG" and carries azimuth, frequency, heading, quality, level and time. While the file is
+/// open, lines to both sinks go on with elevation, attitude and position. In super-resolution mode the file
+/// takes one line an emitter, with its number, and an empty line behind the last; the serial line takes none.
+///
+/// The settings are read from the configuration store (`ICfg::View::Outputs`) by the constructor, which
+/// switches the output on when one of the sinks is on, and are saved by the destructor. A file that is there
+/// when the output is switched on is kept as "<name>.bak" in place of an earlier one, and a new file begun.
+///
+/// A sink that fails does not stop the other one. The first of a run of equal failures is traced, and so is
+/// its end; `GetLastError` and `GetCounters` tell more.
+///
+/// The configuration widget exists in programs with a QApplication only; without it everything else works.
+/// Values are looked up when the output is switched on. Needs an event loop; belongs to the main thread.
+class ZANCOMMON_EXPORT DFDataOutput : public ZANAbstractInterface, public IObserver {
+    Q_OBJECT
+
+public:
+    /// What has become of the sentences since the output was made.
+    struct Counters {
+        quint64 fileSentences = 0;   ///< written to the file
+        quint64 fileDropped = 0;     ///< that the file did not take, or that found no open file
+        quint64 serialSentences = 0; ///< sent on the serial line
+        quint64 serialDropped = 0;   ///< that the serial line did not take
+
+        bool operator==(const Counters&) const = default;
+    };
+
+    explicit DFDataOutput(QString name);
+    ~DFDataOutput() override;
+
+    void SetEnabled(bool on) override;
+    /// A tree value has changed or goes away.
+    void Update(Observable* subject, TChangeCode code) override;
+
+    [[nodiscard]] Counters GetCounters() const;
+    /// The latest failure of a sink, in words for the operator; empty when there was none. A success does not
+    /// clear it.
+    [[nodiscard]] QString GetLastError() const;
+
+public Q_SLOTS:
+    /// Takes over what stands in the configuration widget; the output starts anew when something differs.
+    /// Nothing without a widget.
+    void SlotUpdateConfiguration() override;
+
+protected:
+    void timerEvent(QTimerEvent* event) override;
+
+private Q_SLOTS:
+    void SlotStateChanged();
+
+private:
+    struct Private;
+
+    bool ConnectToTree();
+    void DisconnectFromTree();
+    void OpenFile();
+    void CloseFile();
+    void OpenSerialInterface();
+    void CloseSerialInterface();
+    void StartOutputTimer();
+    void KillOutputTimer();
+    void CreateConfigWidget();
+    void ReadConfigurationFromFile();
+    void SaveConfigurationToFile();
+    void UpdateConfigurationFromConfigWidget();
+    void SendData();
+    void SendSuperResolution(const BearingResult& current);
+    void SendNormal(const BearingResult& current);
+    void WriteToFile();
+    void WriteToSerialInterface();
+
+    std::unique_ptr<Private> m_p;
+};

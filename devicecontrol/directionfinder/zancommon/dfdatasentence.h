@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+/// Builds the line of text that the DF data output sends for one bearing: fields in, bytes out. Every number
+/// is printed as QString::arg prints it in fixed-point notation. Nothing is allocated: the operations are
+/// called in the order in which they are declared, each at most once a sentence, and what they add then
+/// always fits.
+class DFDataSentence {
+public:
+    /// Milliseconds since 1970-01-01 00:00:00 UTC; none: the field is empty.
+    using Time = std::optional<quint64>;
+
+    /// What every sentence has. The defaults mark missing data.
+    struct Head {
+        int azimuth = -10;      ///< tenths of a degree
+        double frequency = 0.0; ///< Hz
+        int heading = -1;       ///< tenths of a degree
+        int quality = 0;
+        int level = -50; ///< hundredths
+        Time time = {};
+    };
+    /// What follows it in a file. The defaults mark missing data.
+    struct Tail {
+        int elevation = 0;  ///< tenths of a degree
+        double pitch = 0.0; ///< degrees
+        double roll = 0.0;  ///< degrees
+        double altitude = 0.0;
+        Time positionTime = {};
+        double latitude = 0.0;  ///< degrees
+        double longitude = 0.0; ///< degrees
+    };
+
+    /// Drops what there was and begins with the head.
+    void Begin(const Head& head);
+    void AddTail(const Tail& tail);
+    /// Adds the number of the element when a sentence is one of several of the same time.
+    void AddElementNumber(unsigned number);
+    void EndLine();
+    /// Good until the next change.
+    [[nodiscard]] std::string_view GetText() const { return {m_buffer.data(), m_length}; }
+
+private:
+    void Add(std::string_view text);
+    void AddNumber(double value, std::size_t width, int precision);
+    void AddTime(Time time);
+
+    // Sign, all digits of the largest double, point, and the seven decimals of the longitude.
+    static constexpr std::size_t WIDEST_NUMBER = 1 + 309 + 1 + 7;
+    static constexpr std::size_t NUMBER_COUNT = 11;
+    // All that stands between and behind the numbers takes less than this.
+    static constexpr std::size_t WIDEST_REST = 128;
+
+    std::array<char, NUMBER_COUNT * WIDEST_NUMBER + WIDEST_REST> m_buffer{};
+    std::size_t m_length = 0;
+};

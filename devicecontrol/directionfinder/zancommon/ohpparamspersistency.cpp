@@ -1,0 +1,68 @@
+#include "zancommon/ohpparamspersistency.h"
+
+#include "kwbase/errorhandler.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "tolmappstartup/cfgdefault.h"
+#include "zancommon/overheadpassparams.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace KvZANCommon {
+
+namespace {
+
+const QString& ThresholdKey() {
+    static const QString key = u"Threshold"_s;
+    return key;
+}
+
+const QString& ValidKey() {
+    static const QString key = u"Valid"_s;
+    return key;
+}
+
+/// Null when the sub-configuration cannot be had.
+CfgPtr OpenCfg() {
+    return CfgPtr(CfgCenter::GetAppCfg(ICfg::View::OverheadPass).GetSubCfg(u"OverheadPass"_s));
+}
+
+int ReadThreshold(ICfg& cfg) {
+    const qint64 threshold = ReadOrCreateInt(cfg, ThresholdKey(), OverheadPassParams::DEFAULT_THRESHOLD);
+    if (std::in_range<int>(threshold)) {
+        return static_cast<int>(threshold);
+    }
+    TraceInformation(
+        [threshold] {
+            return u"The overhead-pass threshold %1 of the settings is out of range; %2 is used."_s.arg(
+                QString::number(threshold), QString::number(OverheadPassParams::DEFAULT_THRESHOLD));
+        },
+        u"devicecontrol\\directionfinder\\zancommon\\ohpparamspersistency"_s, __LINE__);
+    return OverheadPassParams::DEFAULT_THRESHOLD;
+}
+
+} // namespace
+
+OHPParamsPersistency::OHPParamsPersistency(OverheadPassParams& params)
+    : m_params(params) {}
+
+void OHPParamsPersistency::MakePersistent() {
+    if (const CfgPtr cfg = OpenCfg()) {
+        cfg->SetInt(ThresholdKey(), m_params.GetThreshold());
+        cfg->SetBool(ValidKey(), m_params.IsValid());
+    }
+}
+
+void OHPParamsPersistency::Restore() {
+    if (const CfgPtr cfg = OpenCfg()) {
+        // Both are read before either is set: an observer may save the parameters as soon as one has changed,
+        // and would overwrite the stored flag with the old one.
+        const int threshold = ReadThreshold(*cfg);
+        const bool isValid = ReadOrCreateBool(*cfg, ValidKey(), OverheadPassParams::DEFAULT_VALID);
+        m_params.SetThreshold(threshold, nullptr);
+        m_params.SetValid(isValid, nullptr);
+    }
+}
+
+} // namespace KvZANCommon

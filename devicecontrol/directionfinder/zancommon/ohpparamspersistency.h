@@ -1,0 +1,27 @@
+#pragma once
+
+#include "zancommon_export.h"
+
+namespace KvZANCommon {
+
+class OverheadPassParams;
+
+/// Keeps overhead-pass parameters in the application's settings, in the sub-configuration "OverheadPass"
+/// under the keys "Threshold" (integer, tenths of a degree) and "Valid" (boolean).
+class ZANCOMMON_EXPORT OHPParamsPersistency {
+public:
+    /// \param params is not owned and must outlive this object.
+    explicit OHPParamsPersistency(OverheadPassParams& params);
+
+    /// Writes the parameters to the settings and saves them.
+    void MakePersistent();
+    /// Sets the parameters from the settings. A key that is missing or unreadable is written with its default
+    /// (600 and false), so that both are there after the first run. A threshold too large for an `int` counts
+    /// as the default; it stays in the settings as it stands, and is reported.
+    void Restore();
+
+private:
+    OverheadPassParams& m_params;
+};
+
+} // namespace KvZANCommon

@@ -1,0 +1,113 @@
+#include "zancommon/ohpparamsvtsynchronizer.h"
+
+#include "valueframework/tree.h"
+#include "valueframework/valueaccess.h"
+
+using namespace Qt::StringLiterals;
+
+namespace KvZANCommon {
+
+namespace {
+
+constexpr int MIN_THRESHOLD = 0;
+constexpr int MAX_THRESHOLD = 900;
+constexpr int THRESHOLD_STEP = 1;
+
+template <class T>
+bool Is(const ObservablePtr<T>& object, const Observable* subject) {
+    return object && object.get() == subject;
+}
+
+} // namespace
+
+OHPParamsVtSynchronizer::OHPParamsVtSynchronizer(OverheadPassParams& params, QString basePath)
+    : m_pParams(&params) {
+    if (basePath.isEmpty()) {
+        basePath = u"/ZANServer"_s;
+    }
+    BindThreshold(basePath + u"/OverheadPass/Threshold"_s);
+    BindValid(basePath + u"/OverheadPass/Valid"_s);
+    params.AddObserver(this);
+}
+
+// The base class takes the synchroniser off all that it observes.
+OHPParamsVtSynchronizer::~OHPParamsVtSynchronizer() = default;
+
+void OHPParamsVtSynchronizer::BindThreshold(const QString& path) {
+    const bool isThere = Tree::Instance()->Find<ValueNumericInt>(path);
+    m_pThreshold = GetOrCreateValue<ValueNumericInt>(path);
+    if (isThere) {
+        m_pParams->SetThreshold(m_pThreshold->GetValue(), this);
+    } else if (m_pThreshold) {
+        m_pThreshold->SetMinMax(MIN_THRESHOLD, MAX_THRESHOLD, THRESHOLD_STEP, nullptr);
+        m_pThreshold->SetValue(m_pParams->GetThreshold(), this);
+    }
+    // Asked anew: an observer of the parameters may have removed the value.
+    if (m_pThreshold) {
+        m_pThreshold->AddObserver(this);
+    }
+}
+
+void OHPParamsVtSynchronizer::BindValid(const QString& path) {
+    const bool isThere = Tree::Instance()->Find<ValueBool>(path);
+    m_pValid = GetOrCreateValue<ValueBool>(path);
+    if (isThere) {
+        m_pParams->SetValid(m_pValid->GetValue(), this);
+    } else if (m_pValid) {
+        m_pValid->SetValue(m_pParams->IsValid(), this);
+    }
+    if (m_pValid) {
+        m_pValid->AddObserver(this);
+    }
+}
+
+void OHPParamsVtSynchronizer::Update(Observable* subject, TChangeCode code) {
+    if (code == TChangeCode::GoingAway) {
+        ForgetIfRemoved(subject);
+    } else if (code == TChangeCode::Changed) {
+        if (Is(m_pParams, subject)) {
+            WriteToTree();
+        } else {
+            ReadFromTree(subject);
+        }
+    }
+}
+
+void OHPParamsVtSynchronizer::ReadFromTree(const Observable* value) {
+    if (!m_pParams) {
+        return;
+    }
+    if (Is(m_pThreshold, value)) {
+        m_pParams->SetThreshold(m_pThreshold->GetValue(), this);
+    } else if (Is(m_pValid, value)) {
+        m_pParams->SetValid(m_pValid->GetValue(), this);
+    }
+}
+
+void OHPParamsVtSynchronizer::WriteToTree() {
+    // Copies: an observer of the first value may destroy the parameters, the second value or this object.
+    const auto params = m_pParams;
+    const auto valid = m_pValid;
+    if (m_pThreshold) {
+        m_pThreshold->SetValue(params->GetThreshold(), this);
+    }
+    if (params && valid) {
+        valid->SetValue(params->IsValid(), this);
+    }
+}
+
+void OHPParamsVtSynchronizer::ForgetIfRemoved(const Observable* value) {
+    const auto forget = [this](auto& known) {
+        if (known->QueryRemoval(this) == 1) {
+            known->DeleteObserver(this);
+            known = {};
+        }
+    };
+    if (Is(m_pThreshold, value)) {
+        forget(m_pThreshold);
+    } else if (Is(m_pValid, value)) {
+        forget(m_pValid);
+    }
+}
+
+} // namespace KvZANCommon

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "kwbase/observable.h"
+#include "valueframework/valuetypes.h"
+#include "zancommon/overheadpassparams.h"
+#include "zancommon_export.h"
+
+#include <QString>
+
+namespace KvZANCommon {
+
+/// Keeps a set of overhead-pass parameters and two values of the tree equal: "OverheadPass/Threshold" and
+/// "OverheadPass/Valid" below a base path.
+///
+/// What stands in the tree already goes into the parameters; what is missing is made from the parameters. A
+/// new threshold value accepts 0 to 900. The tree does not clip: a parameter threshold outside the range of
+/// the value stays in the parameters, and the value keeps its content (a new one: 0).
+///
+/// A value that cannot be made, because something else has its name, is left out; so is a value from the time
+/// on when it is removed from the tree, also when another one is inserted at its path later. The other value
+/// stays synchronised.
+///
+/// Lives as long as both shall be equal. The parameters are not owned and should outlive it; once they are
+/// gone the synchroniser does nothing more. All operations belong to the thread of the value tree.
+class ZANCOMMON_EXPORT OHPParamsVtSynchronizer : public IObserver {
+public:
+    /// \param basePath without a slash at its end; empty stands for "/ZANServer".
+    OHPParamsVtSynchronizer(OverheadPassParams& params, QString basePath);
+    OHPParamsVtSynchronizer(const OHPParamsVtSynchronizer&) = delete;
+    OHPParamsVtSynchronizer& operator=(const OHPParamsVtSynchronizer&) = delete;
+    ~OHPParamsVtSynchronizer() override;
+
+    void Update(Observable* subject, TChangeCode code) override;
+
+private:
+    void BindThreshold(const QString& path);
+    void BindValid(const QString& path);
+    void ReadFromTree(const Observable* value);
+    void WriteToTree();
+    void ForgetIfRemoved(const Observable* value);
+
+    ObservablePtr<OverheadPassParams> m_pParams;
+    ObservablePtr<ValueNumericInt> m_pThreshold;
+    ObservablePtr<ValueBool> m_pValid;
+};
+
+} // namespace KvZANCommon

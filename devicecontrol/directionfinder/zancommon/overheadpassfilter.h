@@ -1,0 +1,25 @@
+#pragma once
+
+#include "zancommon_export.h"
+
+class BearingResult;
+
+namespace KvZANCommon {
+
+class OverheadPassParams;
+
+/// Rejects bearing results that were taken while the emitter stood high above the antenna.
+class ZANCOMMON_EXPORT OverheadPassFilter {
+public:
+    /// \param params is not owned and must outlive the filter; its changes are in force at once.
+    explicit OverheadPassFilter(OverheadPassParams& params);
+
+    /// Sets the quality to -200 when the filter is switched on, the result holds azimuth and elevation, and
+    /// the elevation is the threshold or more. Otherwise the result stays as it is.
+    void Apply(BearingResult& result) const;
+
+private:
+    const OverheadPassParams& m_params;
+};
+
+} // namespace KvZANCommon

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "kwbase/observable.h"
+#include "zancommon_export.h"
+
+namespace KvZANCommon {
+
+/// When bearings count as taken during an overhead pass: from which elevation on, and whether that is watched
+/// at all.
+///
+/// Observers are told `TChangeCode::Changed` by each setter that changes something, except for the
+/// originator. They may destroy the parameters meanwhile. A copy takes over the content and, as with every
+/// `Observable`, the observers; assigning tells nobody.
+class ZANCOMMON_EXPORT OverheadPassParams : public Observable {
+public:
+    static constexpr int DEFAULT_THRESHOLD = 600;
+    static constexpr bool DEFAULT_VALID = false;
+
+    OverheadPassParams() = default;
+    OverheadPassParams(const OverheadPassParams&) = default;
+    OverheadPassParams& operator=(const OverheadPassParams&) = default;
+    ~OverheadPassParams() override;
+
+    /// Elevation in tenths of a degree; any integer is taken.
+    [[nodiscard]] int GetThreshold() const { return m_threshold; }
+    void SetThreshold(int threshold, IObserver* originator);
+
+    /// Whether the filter is switched on.
+    [[nodiscard]] bool IsValid() const { return m_isValid; }
+    void SetValid(bool isValid, IObserver* originator);
+
+private:
+    int m_threshold = DEFAULT_THRESHOLD;
+    bool m_isValid = DEFAULT_VALID;
+};
+
+} // namespace KvZANCommon

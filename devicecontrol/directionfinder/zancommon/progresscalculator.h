@@ -1,0 +1,42 @@
+#pragma once
+
+#include "zancommon_export.h"
+
+#include <QObject>
+
+#include <functional>
+
+class QTimer;
+
+/// Turns an expected duration into a percentage, told once a second, for operations whose length is known
+/// only as a time. Needs an event loop.
+class ZANCOMMON_EXPORT ProgressCalculator : public QObject {
+    Q_OBJECT
+
+public:
+    /// Milliseconds from a fixed point in the past; never goes back.
+    using Clock = std::function<qint64()>;
+
+    /// \param clock measures the time; without one the system's monotonic clock does
+    explicit ProgressCalculator(QObject* parent, Clock clock = {});
+    ~ProgressCalculator() override;
+
+    /// Begins a calculation, in place of one that runs. 0 is ignored.
+    void Start(unsigned int durationMs);
+
+Q_SIGNALS:
+    /// The part of the duration that has passed. The calculation ends without a signal when the part is above
+    /// 100. After 11.9 hours the calculation wraps around.
+    void Progress(uint percent);
+
+private Q_SLOTS:
+    void SlotCalculateProgress();
+
+private:
+    void Stop();
+
+    quint32 m_duration = 0; // milliseconds
+    QTimer* m_pTimer;       // owned as a child
+    qint64 m_start = 0;     // on the clock
+    Clock m_clock;
+};

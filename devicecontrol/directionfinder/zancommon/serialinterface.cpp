@@ -1,0 +1,96 @@
+#include "zancommon/serialinterface.h"
+
+#include "connections/iinterface.h"
+#include "connections/interfacecreator.h"
+#include "kwbase/errorhandler.h"
+
+#include <QTimer>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The context under which the interfaces of the outputs are opened.
+constexpr quint64 CONTEXT = 10000;
+
+// The line numbers of the notices are what readers of the trace look for: they do not follow the source.
+void Trace(const QString& message, unsigned line) {
+    TraceInformation([&] { return message; }, u"devicecontrol\\directionfinder\\zancommon\\serialinterface"_s,
+                     line);
+}
+
+} // namespace
+
+SerialInterface::SerialInterface(QString address, unsigned short retryMs, unsigned short second)
+    : m_pTimer(new QTimer(this))
+    , m_address(std::move(address))
+    , m_retryMs(retryMs)
+    , m_second(second) {
+    connect(m_pTimer, &QTimer::timeout, this, &SerialInterface::SlotOnTimer);
+    Open();
+}
+
+SerialInterface::~SerialInterface() {
+    delete m_pInterface;
+    StopRetryTimer();
+    delete m_pTimer;
+}
+
+bool SerialInterface::Open() {
+    if (m_pInterface) {
+        return true;
+    }
+    m_pInterface = CInterfaceCreator::CreateInterface(m_address, this, CONTEXT, false);
+    if (!m_pInterface) {
+        StartRetryTimer();
+    }
+    return m_pInterface != nullptr;
+}
+
+void SerialInterface::SlotOnTimer() {
+    Open();
+}
+
+bool SerialInterface::WriteToInterface(const char* data, int length) {
+    if (!m_pInterface || !m_pInterface->IsReadyToWrite(data, length)) {
+        return false;
+    }
+    if (!m_pInterface->Write(data, length)) {
+        Trace(u"RS232Output:  SerialInterface::WriteToInterface: FAILED\n"_s, __LINE__);
+        return false;
+    }
+    return true;
+}
+
+void SerialInterface::OnOpen() {
+    Trace(u"RS232Output: SerialInterface::OnOpen\n"_s, 81);
+    StopRetryTimer();
+}
+
+void SerialInterface::OnClose() {
+    Trace(u"RS232Output: SerialInterface::OnClose\n"_s, 89);
+}
+
+void SerialInterface::OnRead() {
+    Trace(u"RS232Output: SerialInterface::OnRead\n"_s, 94);
+}
+
+void SerialInterface::OnError() {
+    Trace(u"RS232Output: SerialInterface::OnError\n"_s, 99);
+    delete std::exchange(m_pInterface, nullptr);
+    StartRetryTimer();
+}
+
+void SerialInterface::StartRetryTimer() {
+    if (!m_pTimer->isActive()) {
+        m_pTimer->start(m_retryMs);
+    }
+}
+
+void SerialInterface::StopRetryTimer() {
+    if (m_pTimer->isActive()) {
+        m_pTimer->stop();
+    }
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "connections/iinterfacecallback.h"
+
+#include <QObject>
+#include <QString>
+
+class IInterface;
+class QTimer;
+
+/// Sends on a serial line that may come and go: while the line cannot be opened it is tried again and again,
+/// and what is to be sent meanwhile is dropped. Needs an event loop; belongs to one thread.
+class SerialInterface : public QObject, public IInterfaceCallback {
+    Q_OBJECT
+
+public:
+    /// Opens at once.
+    /// \param address as `CInterfaceCreator::CreateInterface` takes it, such as "COM1:9600,e,8,1"
+    /// \param retryMs milliseconds between two attempts to open
+    /// \param second is kept and has no effect
+    SerialInterface(QString address, unsigned short retryMs, unsigned short second);
+    ~SerialInterface() override;
+
+    /// True when the line is open. On failure false, and the next attempt follows by itself.
+    bool Open();
+    /// Sends the data as a whole. False when it is dropped: the line is closed or not ready, or the write
+    /// failed; only the last of these is traced.
+    bool WriteToInterface(const char* data, int length);
+
+    void OnOpen() override;
+    void OnClose() override;
+    void OnRead() override;
+    void OnError() override;
+
+private Q_SLOTS:
+    void SlotOnTimer();
+
+private:
+    void StartRetryTimer();
+    void StopRetryTimer();
+
+    IInterface* m_pInterface = nullptr; // owned
+    QTimer* m_pTimer;                   // owned as a child
+    QString m_address;
+    unsigned short m_retryMs;
+    [[maybe_unused]] unsigned short m_second;
+};

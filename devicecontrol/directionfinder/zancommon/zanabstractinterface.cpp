@@ -1,0 +1,40 @@
+#include "zancommon/zanabstractinterface.h"
+
+#include <QWidget>
+
+#include <utility>
+
+ZANAbstractInterface::ZANAbstractInterface(QString name)
+    : m_strName(std::move(name)) {}
+
+ZANAbstractInterface::~ZANAbstractInterface() = default;
+
+void ZANAbstractInterface::SetConfigPath(const QString& path) {
+    m_strConfigPath = path;
+}
+
+bool ZANAbstractInterface::IsEnabled() const {
+    return m_bEnabled;
+}
+
+QWidget* ZANAbstractInterface::GetConfigWidget() const {
+    return m_pConfigWidget;
+}
+
+QString ZANAbstractInterface::GetName() const {
+    return m_strName;
+}
+
+void ZANAbstractInterface::SlotOnConfigWidgetDestroyed(QObject* pObj) {
+    if (pObj == m_pConfigWidget) {
+        m_pConfigWidget = nullptr;
+    }
+}
+
+void ZANAbstractInterface::SetAddress(const QString& address) {
+    m_strAddress = address;
+}
+
+QString ZANAbstractInterface::GetAddress() const {
+    return m_strAddress;
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "zancommon_export.h"
+
+#include <QObject>
+#include <QString>
+
+class QWidget;
+
+/// The common base of the output interfaces: named, switchable sinks of DF results.
+///
+/// An interface may have a configuration widget, with which a user changes its settings. Everything belongs
+/// to the application's main thread.
+class ZANCOMMON_EXPORT ZANAbstractInterface : public QObject {
+    Q_OBJECT
+
+public:
+    /// \param name the key by which `ZANInterfacesList` finds the interface; fixed from now on
+    explicit ZANAbstractInterface(QString name);
+    /// Leaves the configuration widget alone: a class that makes one deletes it.
+    ~ZANAbstractInterface() override;
+
+    /// As `tr`, under the name that it had when `tr` did not take UTF-8.
+    static QString trUtf8(const char* sourceText, const char* disambiguation = nullptr, int n = -1) {
+        return tr(sourceText, disambiguation, n);
+    }
+
+    // The order of the virtual operations is part of the binary interface.
+
+    /// Sets the key prefix of the settings in the configuration store; empty at first.
+    virtual void SetConfigPath(const QString& path);
+    /// Switches the output on or off; what that means is up to the interface.
+    virtual void SetEnabled(bool on) = 0;
+    [[nodiscard]] virtual bool IsEnabled() const;
+    /// The configuration widget; null when the interface made none, or when it has been destroyed. Whoever
+    /// shows it may take it over by giving it a parent.
+    [[nodiscard]] virtual QWidget* GetConfigWidget() const;
+    [[nodiscard]] virtual QString GetName() const;
+
+public Q_SLOTS:
+    /// To be connected to the `destroyed` signal of the configuration widget: forgets the widget. Another
+    /// object is ignored.
+    void SlotOnConfigWidgetDestroyed(QObject* pObj);
+    /// Takes over the values that the user entered in the configuration widget.
+    virtual void SlotUpdateConfiguration() = 0;
+
+protected:
+    /// Sets where the output goes, for example to a serial port or a file; empty at first.
+    virtual void SetAddress(const QString& address);
+    [[nodiscard]] virtual QString GetAddress() const;
+
+    QWidget* m_pConfigWidget = nullptr; // not owned
+    QString m_strConfigPath;
+    QString m_strAddress;
+    QString m_strName;
+    bool m_bEnabled = false;
+};

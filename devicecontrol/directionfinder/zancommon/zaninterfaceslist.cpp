@@ -1,0 +1,44 @@
+#include "zancommon/zaninterfaceslist.h"
+
+#include "zancommon/zanabstractinterface.h"
+
+#include <algorithm>
+
+ZANInterfacesList::~ZANInterfacesList() {
+    Clear();
+}
+
+bool ZANInterfacesList::Add(ZANAbstractInterface* p) {
+    if (!p || GetInterfaceByName(p->GetName())) {
+        return false;
+    }
+    append(p);
+    return true;
+}
+
+ZANAbstractInterface* ZANInterfacesList::GetInterfaceByName(const QString& name) const {
+    // Null entries can only come in through the list's own operations.
+    const auto found = std::find_if(cbegin(), cend(), [&name](const ZANAbstractInterface* each) {
+        return each && each->GetName() == name;
+    });
+    return found == cend() ? nullptr : *found;
+}
+
+bool ZANInterfacesList::Remove(const QString& name) {
+    ZANAbstractInterface* const found = GetInterfaceByName(name);
+    if (!found) {
+        return false;
+    }
+    // Taken out first, so that nobody finds it in the list while it is being destroyed.
+    removeOne(found);
+    delete found;
+    return true;
+}
+
+unsigned int ZANInterfacesList::Size() const {
+    return static_cast<unsigned int>(size());
+}
+
+void ZANInterfacesList::Clear() {
+    clear();
+}

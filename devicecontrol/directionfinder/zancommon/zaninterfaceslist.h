@@ -1,0 +1,31 @@
+#pragma once
+
+#include "zancommon_export.h"
+
+#include <QList>
+#include <QString>
+
+class ZANAbstractInterface;
+
+/// The output interfaces of the application, in the order in which they were added, found by name. Names are
+/// compared exactly and case-sensitively.
+///
+/// The list holds pointers. Only `Remove` deletes an interface; those that are in the list at its end belong
+/// to the application. A copy shares the interfaces.
+class ZANCOMMON_EXPORT ZANInterfacesList : public QList<ZANAbstractInterface*> {
+public:
+    ZANInterfacesList() = default;
+    ZANInterfacesList(const ZANInterfacesList&) = default;
+    ZANInterfacesList& operator=(const ZANInterfacesList&) = default;
+    virtual ~ZANInterfacesList();
+
+    /// Appends an interface. False for null, and when one of its name is in the list.
+    bool Add(ZANAbstractInterface* p);
+    /// The first interface of this name; null when there is none.
+    [[nodiscard]] ZANAbstractInterface* GetInterfaceByName(const QString& name) const;
+    /// Deletes the first interface of this name and removes it from the list. False when there is none.
+    bool Remove(const QString& name);
+    [[nodiscard]] unsigned int Size() const;
+    /// Empties the list. The interfaces stay alive.
+    void Clear();
+};
