@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+/// What the station says to the person who started it: results on standard output, everything else on
+/// standard error, so that results can be piped.
+namespace Console {
+
+/// A line on standard output.
+void Print(const QString& line);
+/// "zanstation: warning: ..." on standard error.
+void Warn(const QString& text);
+/// "zanstation: ..." on standard error.
+void Error(const QString& text);
+
+/// Whether somebody watches standard error.
+bool IsTerminal();
+/// Draws the progress line anew: a bar for a fraction of 0 to 1, and a text.
+void ShowProgress(double fraction, const QString& text);
+/// Leaves the progress line as it stands and goes to the next one.
+void EndProgress();
+
+} // namespace Console

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "zancommon/legacydriveradapter.h"
+#include "zanstation/driverreceiver.h"
+#include "zanstation/replaydriver.h"
+#include "zanstation/station.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+
+#include <optional>
+
+/// What `zanstation run` is asked to do. What is not set stays as it is in the settings.
+struct RunOptions {
+    QString recording;
+    double pace = 1.0; ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
+    std::optional<QString> output;
+    std::optional<QString> serial;
+    std::optional<int> interval; ///< milliseconds
+    std::optional<double> pitchThreshold;
+    std::optional<double> rollThreshold;
+    std::optional<double> overheadThreshold;
+    std::optional<int> connectionSpeed;
+};
+
+/// Replays a recording through the station and reports what became of it.
+class RunCommand final : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr int EXIT_OK = 0;
+    static constexpr int EXIT_FAILED = 1;
+    static constexpr int EXIT_INTERRUPTED = 130; ///< as a shell reports a program that SIGINT has ended
+
+    explicit RunCommand(RunOptions options);
+
+    /// Runs until the recording has ended or the program is interrupted; returns the exit code.
+    int Run();
+
+private:
+    void StoreOutputSettings() const;
+    bool StartDriver();
+    void Interrupt();
+    void OnError(const KvZANCommon::ErrorStruct& error);
+    void ReportOutputProblem();
+    void ShowProgress();
+    void PrintSummary() const;
+
+    const RunOptions m_options;
+    std::optional<Station> m_station;
+    std::optional<DriverReceiver> m_receiver;
+    KvZANCommon::LegacyDriverAdapter m_adapter;
+    KvZANCommon::IDriver& m_device = m_adapter; // what the application knows of the driver
+    std::optional<ReplayDriver> m_driver;
+    QString m_reportedProblem;
+    bool m_hasFailed = false;
+    bool m_isInterrupted = false;
+};

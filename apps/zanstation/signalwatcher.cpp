@@ -1,0 +1,49 @@
+#include "zanstation/signalwatcher.h"
+
+#include <array>
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::array SIGNALS{SIGINT, SIGTERM};
+
+// A signal handler may do little more than write to a descriptor; the event loop waits at the other end.
+std::array<int, 2> sockets{-1, -1};
+
+void OnSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t written = ::write(sockets[0], &byte, 1);
+}
+
+int OpenSockets() {
+    return ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, sockets.data()) == 0
+               ? sockets[1]
+               : -1;
+}
+
+} // namespace
+
+SignalWatcher::SignalWatcher()
+    : m_notifier(OpenSockets(), QSocketNotifier::Read) {
+    connect(&m_notifier, &QSocketNotifier::activated, this, [this] {
+        char byte = 0;
+        if (::read(sockets[1], &byte, 1) == 1) {
+            Q_EMIT Interrupted();
+        }
+    });
+    for (const int signal : SIGNALS) {
+        std::signal(signal, OnSignal);
+    }
+}
+
+SignalWatcher::~SignalWatcher() {
+    for (const int signal : SIGNALS) {
+        std::signal(signal, SIG_DFL);
+    }
+    m_notifier.setEnabled(false);
+    for (const int socket : sockets) {
+        ::close(socket);
+    }
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QObject>
+#include <QSocketNotifier>
+
+/// Turns the signals that end a program (SIGINT, SIGTERM) into a Qt signal on the event loop, so that the
+/// program can end in its own order. One at a time.
+class SignalWatcher final : public QObject {
+    Q_OBJECT
+
+public:
+    SignalWatcher();
+    SignalWatcher(const SignalWatcher&) = delete;
+    SignalWatcher& operator=(const SignalWatcher&) = delete;
+    /// The signals end the program again.
+    ~SignalWatcher() override;
+
+Q_SIGNALS:
+    void Interrupted();
+
+private:
+    QSocketNotifier m_notifier;
+};

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "valueframework/valuetypes.h"
+#include "zancommon/connectionspeedfilter.h"
+#include "zancommon/dfdataoutput.h"
+#include "zancommon/ohpparamsvtsynchronizer.h"
+#include "zancommon/overheadpassfilter.h"
+#include "zancommon/overheadpassparams.h"
+#include "zancommon/pitchrollfilter.h"
+#include "zancommon/zaninterfaceslist.h"
+#include "zanstation/driverreceiver.h"
+
+#include <QString>
+
+#include <optional>
+
+/// What has become of the bearings so far. The four ways out add up to `bearings`.
+struct StationCounts {
+    quint64 bearings = 0;          ///< delivered by the driver
+    quint64 rejectedPitchRoll = 0; ///< the platform was tilted beyond its threshold
+    quint64 rejectedOverhead = 0;  ///< the emitter stood too high above the antenna
+    quint64 withoutSignal = 0;     ///< of quality 0 already when they arrived
+    quint64 published = 0;         ///< of a quality above 0, in the tree for all outputs
+    quint64 unusable = 0;          ///< of those rejected or without signal: marked by the connection filter
+};
+
+/// The station: does what an application does with the library, in an application's order.
+///
+/// It publishes the device and the server's values in the tree, restores the parameters from the settings and
+/// makes the filters; starts the output; and then takes block after block from the driver: attitude and
+/// position go into the tree, the filters mark the bearings, and each of them becomes the current bearing,
+/// which the output turns into a sentence. Needs the settings (`CfgCenter::SetConfigDirectory`) before it is
+/// made.
+class Station {
+public:
+    Station();
+    Station(const Station&) = delete;
+    Station& operator=(const Station&) = delete;
+    /// Switches the output off, with everything written, and takes the station's branches out of the tree.
+    ~Station();
+
+    /// Makes the output as the settings say, which may open its file and its serial line.
+    void StartOutput();
+
+    /// Platform angles in degrees from which on bearings are rejected.
+    void SetPitchThreshold(double degrees) { m_pPitchThreshold->SetValue(degrees, nullptr); }
+    void SetRollThreshold(double degrees) { m_pRollThreshold->SetValue(degrees, nullptr); }
+    /// Rejects bearings from this elevation on, in degrees. Kept in the settings.
+    void SetOverheadThreshold(double degrees);
+    /// From 1 on, bearings of quality 0 are marked as unusable.
+    void SetConnectionSpeed(int speed) { m_pConnectionSpeed->SetValue(speed, nullptr); }
+
+    void Process(BearingBlock& block);
+
+    [[nodiscard]] const StationCounts& GetCounts() const { return m_counts; }
+    /// Once it has been started.
+    [[nodiscard]] DFDataOutput& GetOutput() const { return *m_pOutput; }
+    [[nodiscard]] QString GetDeviceAddress() const { return m_pDeviceAddress->GetValue(); }
+
+private:
+    void PublishPlatform(const BearingBlock& block);
+    void ApplyBlockFilters(BearingBlock& block);
+    void PublishBearing(const BearingBlock& block, const Bearing& bearing);
+
+    // The values of the tree that the station fills.
+    ValueBearing* m_pAzimuth;
+    ValueNumericInt* m_pHeading;
+    ValueNumericDouble* m_pPitch;
+    ValueNumericDouble* m_pRoll;
+    ValueNumericDouble* m_pAltitude;
+    ValueNumericDouble* m_pLatitude;
+    ValueNumericDouble* m_pLongitude;
+    ValueTimeStamp* m_pPositionTime;
+    ValueBool* m_pDataValid;
+    ValueString* m_pDataStateInfo;
+    ValueInt* m_pConnectionSpeed;
+    ValueNumericDouble* m_pPitchThreshold;
+    ValueNumericDouble* m_pRollThreshold;
+    ValueString* m_pDeviceAddress;
+
+    ZANInterfacesList m_interfaces;
+    DFDataOutput* m_pOutput = nullptr; // owned through m_interfaces
+    KvZANCommon::PitchRollFilter m_pitchRollFilter;
+    KvZANCommon::ConnectionSpeedFilter m_connectionSpeedFilter;
+    KvZANCommon::OverheadPassParams m_overheadParams;
+    std::optional<KvZANCommon::OHPParamsVtSynchronizer> m_overheadSynchronizer;
+    KvZANCommon::OverheadPassFilter m_overheadFilter;
+    StationCounts m_counts;
+};
