@@ -1,0 +1,347 @@
+#include "support/printing.h"
+
+#include <gtest/gtest.h>
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+// The station as a person runs it: the program itself, real files, a real pseudo terminal.
+
+namespace {
+
+constexpr int PATIENCE_MS = 60000;
+
+const char* const HEADER =
+    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,"
+    "roll_deg,latitude_deg,longitude_deg,altitude_m\n";
+
+struct Result {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+Result RunStation(const QStringList& arguments) {
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION), arguments);
+    if (!process.waitForFinished(PATIENCE_MS) || process.exitStatus() != QProcess::NormalExit) {
+        return {};
+    }
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+QByteArray ReadFile(const QString& name) {
+    QFile file(name);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void WriteFile(const QString& name, const QByteArray& content) {
+    QFile file(name);
+    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write(content) == content.size());
+}
+
+/// The number behind a name in the summary; -1 when the summary does not have it.
+int Counted(const Result& result, const QString& name) {
+    const QRegularExpression line(u"^%1 +(\\d+)$"_s.arg(QRegularExpression::escape(name)),
+                                  QRegularExpression::MultilineOption);
+    const QRegularExpressionMatch match = line.match(result.out);
+    return match.hasMatch() ? match.captured(1).toInt() : -1;
+}
+
+class Station : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(m_directory.isValid()); }
+
+    [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
+    [[nodiscard]] QStringList RunArguments(const QString& recording, const QStringList& further = {}) const {
+        return QStringList{u"run"_s,      u"--recording"_s,  recording,     u"--speed"_s,  u"max"_s,
+                           u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"out"_s)} +
+               further;
+    }
+    /// A recording of the rows given; returns its name.
+    QString Record(const QByteArray& rows) {
+        const QString name = Path(u"recording.csv"_s);
+        WriteFile(name, HEADER + rows);
+        return name;
+    }
+
+    QTemporaryDir m_directory;
+};
+
+} // namespace
+
+TEST_F(Station, WritesTheSentencesOfARecordingToTheFile) {
+    const Result result =
+        RunStation(RunArguments(Record("1000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n"
+                                       "2000,121500000,0.0,,45,,,,,,,\n")));
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(
+        ReadFile(Path(u"out"_s)),
+        QByteArray(
+            "$PLG, 71.5,FRQ, 121500000,CMP,359.9,QUA, 90.0,LEV,-52.0,TIM,000001,ELV,10.0,PTC,1.0,RLL,-1.0,"
+            "ALT,10.0,PTM,000001,LAT, 52.50000,LON,5.5000000\r\n"
+            "$PLG,  0.0,FRQ, 121500000,CMP, -0.1,QUA, 45.0,LEV, -0.5,TIM,000002,ELV,0.0,PTC,0.0,RLL,0.0,"
+            "ALT,0.0,PTM,000001,LAT,  0.00000,LON,0.0000000\r\n"));
+}
+
+TEST_F(Station, CountsEveryBearingByWhatBecameOfIt) {
+    const Result result =
+        RunStation(RunArguments(Record("1000,121500000,10.0,59.9,90,,,0.0,0.0,,,\n"
+                                       "2000,121500000,10.0,60.0,90,,,0.0,0.0,,,\n"
+                                       "3000,121500000,10.0,10.0,90,,,5.0,0.0,,,\n"
+                                       "4000,121500000,10.0,10.0,90,,,4.9,-5.1,,,\n"
+                                       "5000,121500000,10.0,,0,,,0.0,0.0,,,\n"
+                                       "6000,121500000,10.0,,90,,,,,,,\n"),
+                                {u"--pitch-threshold"_s, u"5"_s, u"--roll-threshold"_s, u"5"_s,
+                                 u"--overhead-threshold"_s, u"60"_s, u"--connection-speed"_s, u"1"_s}));
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(Counted(result, u"bearings in"_s), 6);
+    EXPECT_EQ(Counted(result, u"rejected: pitch/roll"_s), 2);
+    EXPECT_EQ(Counted(result, u"rejected: overhead pass"_s), 1);
+    EXPECT_EQ(Counted(result, u"without signal"_s), 1);
+    EXPECT_EQ(Counted(result, u"marked as unusable"_s), 3);
+    EXPECT_EQ(Counted(result, u"published"_s), 2);
+    EXPECT_EQ(Counted(result, u"sentences to file"_s), 2);
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 2);
+}
+
+TEST_F(Station, SimulatedRecordingGoesThroughWithEveryFilterAtWork) {
+    const QString recording = Path(u"simulated.csv"_s);
+    ASSERT_EQ(RunStation({u"simulate"_s, u"--seed"_s, u"7"_s, u"--out"_s, recording}).exitCode, 0);
+    const Result result = RunStation(RunArguments(recording, {u"--overhead-threshold"_s, u"60"_s}));
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(Counted(result, u"bearings in"_s), 600);
+    EXPECT_GT(Counted(result, u"rejected: pitch/roll"_s), 0);
+    EXPECT_GT(Counted(result, u"rejected: overhead pass"_s), 0);
+    EXPECT_GT(Counted(result, u"without signal"_s), 0);
+    EXPECT_EQ(Counted(result, u"bearings in"_s),
+              Counted(result, u"rejected: pitch/roll"_s) + Counted(result, u"rejected: overhead pass"_s) +
+                  Counted(result, u"without signal"_s) + Counted(result, u"published"_s));
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), Counted(result, u"published"_s));
+    EXPECT_EQ(Counted(result, u"dropped: file"_s), 0);
+}
+
+TEST_F(Station, WithoutARecordingASimulatedOneIsReplayed) {
+    const Result result = RunStation(
+        {u"run"_s, u"--speed"_s, u"max"_s, u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"out"_s)});
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(Counted(result, u"bearings in"_s), 600);
+    EXPECT_TRUE(QFile::exists(Path(u"config/example.csv"_s)));
+}
+
+TEST_F(Station, BadLinesAreReportedWithTheirNumberAndTheRestIsUsed) {
+    const Result result = RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n"
+                                                         "2000,121500000,360,,90,,,,,,,\n"
+                                                         "3000,abc,10.0,,90,,,,,,,\n"
+                                                         "4000,121500000,10.0\n"
+                                                         "5000,121500000,20.0,,90,,,,,,,\n")));
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(Counted(result, u"bearings in"_s), 2);
+    for (const QString& line : {u"line 3"_s, u"line 4"_s, u"line 5"_s}) {
+        EXPECT_TRUE(result.err.contains(line)) << result.err.toStdString();
+    }
+    EXPECT_EQ(result.out.count(u"lines skipped, "_s), 3) << result.out.toStdString();
+}
+
+TEST_F(Station, RecordingThatCannotBeReadEndsTheRunWithItsName) {
+    for (const QString& recording : {Path(u"missing.csv"_s), m_directory.path()}) {
+        const Result result = RunStation(RunArguments(recording));
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(result.err.contains(recording)) << result.err.toStdString();
+    }
+}
+
+TEST_F(Station, WrongCommandLineIsRefusedBeforeAnythingIsTouched) {
+    const QStringList commandLines[] = {
+        {},
+        {u"fly"_s},
+        {u"run"_s, u"--fly"_s},
+        {u"run"_s, u"recording.csv"_s},
+        RunArguments(u"x"_s, {u"--speed"_s, u"0"_s}),
+        RunArguments(u"x"_s, {u"--speed"_s, u"inf"_s}),
+        RunArguments(u"x"_s, {u"--interval"_s, u"-1"_s}),
+        RunArguments(u"x"_s, {u"--interval"_s, u"1.5"_s}),
+        RunArguments(u"x"_s, {u"--overhead-threshold"_s, u"90.1"_s}),
+        RunArguments(u"x"_s, {u"--pitch-threshold"_s, u"nan"_s}),
+        RunArguments(u"x"_s, {u"--option"_s, u"=1"_s}),
+        {u"simulate"_s},
+        {u"simulate"_s, u"--seed"_s, u"x"_s, u"--out"_s, Path(u"x"_s)},
+    };
+    for (const QStringList& commandLine : commandLines) {
+        const Result result = RunStation(commandLine);
+        EXPECT_EQ(result.exitCode, 2) << commandLine.join(u' ').toStdString();
+        EXPECT_FALSE(result.err.isEmpty()) << commandLine.join(u' ').toStdString();
+    }
+    EXPECT_TRUE(QDir(m_directory.path()).isEmpty());
+}
+
+TEST_F(Station, HelpAndVersionGoToStandardOutput) {
+    for (const QStringList& commandLine :
+         {QStringList{u"--help"_s}, QStringList{u"--version"_s}, QStringList{u"run"_s, u"--help"_s},
+          QStringList{u"simulate"_s, u"--help"_s}, QStringList{u"tree"_s, u"--help"_s}}) {
+        const Result result = RunStation(commandLine);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_TRUE(result.out.contains(u"zanstation"_s)) << result.out.toStdString();
+        EXPECT_TRUE(result.err.isEmpty()) << result.err.toStdString();
+    }
+}
+
+TEST_F(Station, PreviousOutputIsKeptAndTheSettingsOfTheLastRunHold) {
+    const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
+    ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    ASSERT_FALSE(sentences.isEmpty());
+    const Result second = RunStation(
+        {u"run"_s, u"--recording"_s, recording, u"--speed"_s, u"max"_s, u"--config"_s, Path(u"config"_s)});
+    EXPECT_EQ(second.exitCode, 0) << second.err.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"out"_s)), sentences);
+    EXPECT_EQ(ReadFile(Path(u"out.bak"_s)), sentences);
+}
+
+TEST_F(Station, OutputFileThatCannotBeOpenedIsToldAndFailsTheRun) {
+    const Result result = RunStation({u"run"_s, u"--recording"_s, Record("1000,121500000,10.0,,90,,,,,,,\n"),
+                                      u"--speed"_s, u"max"_s, u"--config"_s, Path(u"config"_s), u"--output"_s,
+                                      Path(u"no/such/directory/out"_s)});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.err.contains(u"no/such/directory/out"_s)) << result.err.toStdString();
+    EXPECT_EQ(Counted(result, u"published"_s), 1);
+    EXPECT_EQ(Counted(result, u"dropped: file"_s), 1);
+}
+
+TEST_F(Station, SettingsDirectoryThatCannotBeHadEndsTheRun) {
+    WriteFile(Path(u"config"_s), "a file");
+    const Result result = RunStation(RunArguments(Record("")));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.err.contains(u"config"_s)) << result.err.toStdString();
+}
+
+TEST_F(Station, InterruptedRunEndsWithEverythingWrittenThatCameIn) {
+    // The second row is due after an hour.
+    const QString recording = Record("0,121500000,10.0,,90,,,,,,,\n3600000,121500000,20.0,,90,,,,,,,\n");
+    for (const int signal : {SIGINT, SIGTERM}) {
+        QProcess process;
+        QStringList arguments = RunArguments(recording);
+        arguments.replace(arguments.indexOf(u"max"_s), u"realtime"_s);
+        process.start(QStringLiteral(ZAN_STATION), arguments);
+        const QDeadlineTimer deadline(PATIENCE_MS);
+        while (ReadFile(Path(u"out"_s)).isEmpty() && !deadline.hasExpired()) {
+            process.waitForFinished(20);
+        }
+        ::kill(static_cast<pid_t>(process.processId()), signal);
+        ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), 130);
+        const Result result{process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()), {}};
+        EXPECT_EQ(Counted(result, u"sentences to file"_s), 1);
+        EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
+        QFile::remove(Path(u"out"_s));
+    }
+}
+
+TEST_F(Station, SerialLineReceivesOneSentenceABearing) {
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+    ASSERT_TRUE(terminal >= 0 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+    const QString address = QString::fromLocal8Bit(::ptsname(terminal)) + u":9600,n,8,1"_s;
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION),
+                  {u"run"_s, u"--recording"_s,
+                   Record("1000,121500000,71.5,,90,,,,,,,\n2000,121500000,72.5,,90,,,,,,,\n"), u"--speed"_s,
+                   u"max"_s, u"--config"_s, Path(u"config"_s), u"--serial"_s, address});
+    QByteArray received;
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    while (received.count("\r\n") < 2 && !deadline.hasExpired()) {
+        process.waitForFinished(20);
+        char buffer[256];
+        const ssize_t count = ::read(terminal, buffer, sizeof buffer);
+        received.append(buffer, static_cast<int>(std::max<ssize_t>(count, 0)));
+    }
+    EXPECT_EQ(received, QByteArray("$PLG, 71.5,FRQ, 121500000,CMP, -0.1,QUA, 90.0,LEV, -0.5,TIM,000001\r\n"
+                                   "$PLG, 72.5,FRQ, 121500000,CMP, -0.1,QUA, 90.0,LEV, -0.5,TIM,000002\r\n"));
+    EXPECT_TRUE(process.state() == QProcess::NotRunning || process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 0);
+    ::close(terminal);
+}
+
+TEST_F(Station, IntervalWritesSentencesByTheClock) {
+    // One bearing at once, and another one when the first sentences are through.
+    QProcess process;
+    QStringList arguments =
+        RunArguments(Record("0,121500000,10.0,,90,,,,,,,\n3600000,121500000,20.0,,90,,,,,,,\n"),
+                     {u"--interval"_s, u"10"_s});
+    arguments.replace(arguments.indexOf(u"max"_s), u"realtime"_s);
+    process.start(QStringLiteral(ZAN_STATION), arguments);
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    while (ReadFile(Path(u"out"_s)).count("\r\n") < 3 && !deadline.hasExpired()) {
+        process.waitForFinished(20);
+    }
+    EXPECT_GE(ReadFile(Path(u"out"_s)).count("$PLG"), 3);
+    process.terminate();
+    EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
+}
+
+TEST_F(Station, ProgressIsShownWhereItIsAskedFor) {
+    const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
+    EXPECT_TRUE(RunStation(RunArguments(recording, {u"--option"_s, u"Progress=true"_s}))
+                    .err.contains(u"100%  in 1"_s));
+    EXPECT_FALSE(RunStation(RunArguments(recording)).err.contains(u"in 1"_s));
+}
+
+TEST_F(Station, TreeShowsPathTypeAndValueOfWhatAStartPublishes) {
+    const Result result = RunStation({u"tree"_s, u"--config"_s, Path(u"config"_s)});
+    EXPECT_EQ(result.exitCode, 0);
+    for (const QString& line : {u"/DEVICES/ZANServer/DevAttr/DevType\tString\tZANTIDE\t0\n"_s,
+                                u"/ZANServer/DevAttr/OperationMode\tSelection\tScan\t0\n"_s,
+                                u"/ZANServer/Res/DfR/Azimuth\tBearing\t,,,,,\t0\n"_s,
+                                u"/ZANServer/OverheadPass/Threshold\tInt\t600\t1\n"_s}) {
+        EXPECT_TRUE(result.out.contains(line)) << line.toStdString() << result.out.toStdString();
+    }
+}
+
+// Recordings of real receivers are not part of the project; where they are at hand, the counts must be those
+// that were counted in the files by other means.
+
+class RecordedStation : public Station {
+protected:
+    void SetUp() override {
+        Station::SetUp();
+        m_recordings = qEnvironmentVariable("ZAN_RECORDINGS");
+        if (m_recordings.isEmpty()) {
+            GTEST_SKIP() << "ZAN_RECORDINGS does not name a directory of recordings";
+        }
+    }
+
+    QString m_recordings;
+};
+
+TEST_F(RecordedStation, OverheadPassesOfAnAircraftAreRejectedFromSixtyDegreesOn) {
+    const Result result =
+        RunStation(RunArguments(m_recordings + u"/overhead.csv"_s, {u"--overhead-threshold"_s, u"60"_s}));
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(Counted(result, u"bearings in"_s), 6450);
+    EXPECT_EQ(Counted(result, u"rejected: overhead pass"_s), 46);
+    EXPECT_EQ(Counted(result, u"rejected: pitch/roll"_s), 0);
+    EXPECT_EQ(Counted(result, u"sentences to file"_s), 6404);
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 6404);
+}
+
+TEST_F(RecordedStation, BearingsOfATiltedVehicleAreRejectedFromFiveDegreesOn) {
+    const Result result = RunStation(RunArguments(
+        m_recordings + u"/vehicle.csv"_s, {u"--pitch-threshold"_s, u"5"_s, u"--roll-threshold"_s, u"5"_s}));
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(Counted(result, u"bearings in"_s), 449);
+    EXPECT_EQ(Counted(result, u"rejected: pitch/roll"_s), 240);
+    EXPECT_EQ(Counted(result, u"sentences to file"_s), 209);
+}

@@ -1,0 +1,1043 @@
+#include "zancommon/dfdataoutput.h"
+
+#include "support/eventloop.h"
+#include "support/printing.h"
+#include "support/pseudoterminal.h"
+#include "support/tracelines.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "valueframework/valueaccess.h"
+#include "valueframework/valuetypes.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMetaMethod>
+#include <QPointer>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QTimerEvent>
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <functional>
+#include <initializer_list>
+#include <limits>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr quint64 BEARING_TIME = 1527681600000;         // 12:00:00
+constexpr quint64 POSITION_TIME = BEARING_TIME - 61000; // 11:58:59
+
+const QString BEARING = u"/ZANServer/Res/DfR/Azimuth"_s;
+const QString HEADING = u"/ZANServer/Res/HeaR/TrueHeading"_s;
+const QString ALTITUDE = u"/ZANServer/Res/PosR/Altitude"_s;
+const QString ROLL = u"/ZANServer/Res/PosR/Roll"_s;
+const QString PITCH = u"/ZANServer/Res/PosR/Pitch"_s;
+const QString POSITION_UPDATE = u"/ZANServer/Res/PosR/PosLastUpdate"_s;
+const QString LATITUDE = u"/ZANServer/Res/PosR/PosLatitude"_s;
+const QString LONGITUDE = u"/ZANServer/Res/PosR/PosLongitude"_s;
+const QString BEARING_LIST = u"/ZANServer/Res/DfR/AzimuthList"_s;
+const QString SR_STATUS = u"/ZANServer/Par/Evt/SRStatus"_s;
+const QString SR_COUNT = u"/ZANServer/Res/EvtR/SRNumEmitterResult"_s;
+const QString MODE = u"/ZANServer/DevAttr/OperationMode"_s;
+
+const QByteArray HEAD = "$PLG, 72.7,FRQ,1090000000,CMP,359.9,QUA, 90.0,LEV,-52.0,TIM,120000";
+const QByteArray TAIL = ",ELV,2.4,PTC,-1.5,RLL,2.5,ALT,123.4,PTM,115859,LAT, 48.10000,LON,11.5000000";
+const QByteArray LINE = HEAD + TAIL + "\r\n";
+const QByteArray EMPTY_TAIL = ",ELV,0.0,PTC,0.0,RLL,0.0,ALT,0.0,PTM,,LAT,  0.00000,LON,0.0000000";
+
+BearingResult MakeBearing(qint16 quality = 90) {
+    BearingResult bearing;
+    bearing.SetFrequency(1090000000.0);
+    bearing.SetLevel(-5204);
+    bearing.SetAzimuth(727);
+    bearing.SetElevation(24);
+    bearing.SetQuality(quality);
+    bearing.SetTimeStamp(BEARING_TIME);
+    return bearing;
+}
+
+QByteArray Contents(const QString& name) {
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
+}
+
+void Overwrite(const QString& name, const QByteArray& bytes) {
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
+/// No file grows beyond a number of bytes while it lives: what a program sees of a full disk.
+class FullDisk {
+public:
+    explicit FullDisk(qint64 size)
+        : m_pOldHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_oldLimit), 0);
+        rlimit limit = m_oldLimit;
+        limit.rlim_cur = static_cast<rlim_t>(size);
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &m_oldLimit);
+        std::signal(SIGXFSZ, m_pOldHandler);
+    }
+
+private:
+    void (*m_pOldHandler)(int);
+    rlimit m_oldLimit{};
+};
+
+/// Counts the timer events of an object.
+class TimerEvents : public QObject {
+public:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        count += event->type() == QEvent::Timer ? 1 : 0;
+        return false;
+    }
+
+    int count = 0;
+};
+
+void RunEventLoopForAWhile() {
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_TRUE(SpinUntil([&timer] { return timer.hasExpired(50); }));
+}
+
+class DFDataOutputTest : public testing::Test {
+protected:
+    DFDataOutputTest() {
+        Tree::Instance()->Clear();
+        EXPECT_TRUE(CfgCenter::SetConfigDirectory(m_directory.filePath(u"config"_s)));
+        Store().SetString(u"FileOutput_Address"_s, m_fileName);
+        Store().SetString(u"RS232Output_Address"_s, m_line.path + u":9600,e,8,1"_s);
+    }
+    ~DFDataOutputTest() override {
+        m_output.reset();
+        CfgCenter::Close();
+    }
+
+    static ICfg& Store() { return CfgCenter::GetAppCfg(ICfg::View::Outputs); }
+
+    /// Fills the tree with all values that a sentence is made of, without super-resolution.
+    static void FillTree() {
+        Bearing().SetValue(MakeBearing(), nullptr);
+        GetOrCreateValue<ValueNumericInt>(HEADING)->SetValue(3599, nullptr);
+        GetOrCreateValue<ValueNumericDouble>(ALTITUDE)->SetValue(123.44, nullptr);
+        GetOrCreateValue<ValueNumericDouble>(ROLL)->SetValue(2.5, nullptr);
+        GetOrCreateValue<ValueNumericDouble>(PITCH)->SetValue(-1.5, nullptr);
+        GetOrCreateValue<ValueTimeStamp>(POSITION_UPDATE)->SetValue(POSITION_TIME, nullptr);
+        GetOrCreateValue<ValueNumericDouble>(LATITUDE)->SetValue(48.1, nullptr);
+        GetOrCreateValue<ValueNumericDouble>(LONGITUDE)->SetValue(11.5, nullptr);
+    }
+    /// Turns super-resolution on with a number of emitters.
+    static void FillSuperResolution(int count) {
+        auto* status = GetOrCreateValue<ValueSelection>(SR_STATUS);
+        for (const int key : {0, 1, 2}) {
+            status->AddItem({QString::number(key), 0.0, key}, nullptr);
+        }
+        status->SetCurrentIndex(1, nullptr);
+        auto* list = GetOrCreateValue<ValueBearingList>(BEARING_LIST);
+        for (int i = 0; i < count; ++i) {
+            BearingResult bearing = MakeBearing();
+            bearing.SetAzimuth(static_cast<quint16>(100 * i));
+            list->PushBack(bearing, nullptr);
+        }
+    }
+    static ValueSelection& FillOperationMode(long key) {
+        auto* mode = GetOrCreateValue<ValueSelection>(MODE);
+        mode->AddItem({u"Off"_s, 0.0, 0}, nullptr);
+        mode->AddItem({u"On"_s, 0.0, 7}, nullptr);
+        mode->SetCurrentKey(key, nullptr);
+        return *mode;
+    }
+    static ValueBearing& Bearing() { return *GetOrCreateValue<ValueBearing>(BEARING); }
+    static void NewBearing(const BearingResult& bearing = MakeBearing()) {
+        Bearing().SetValue(bearing, nullptr);
+    }
+    static std::size_t ObserversOf(const QString& path) {
+        return Tree::Instance()->GetValue(path)->GetObserverCount();
+    }
+    static bool Remove(const QString& path) {
+        return Tree::Instance()->Remove(Tree::Instance()->GetValue(path));
+    }
+
+    DFDataOutput& MakeOutput(bool toFile, bool toSerial, int interval = 0) {
+        Store().SetBool(u"FileOutput_Enabled"_s, toFile);
+        Store().SetBool(u"RS232Output_Enabled"_s, toSerial);
+        Store().SetInt(u"Output_Interval"_s, interval);
+        m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
+        if (toSerial) {
+            EXPECT_TRUE(SpinUntil([this] { return !m_trace.lines.filter(u"OnOpen"_s).isEmpty(); }));
+        }
+        m_trace.lines.clear();
+        return *m_output;
+    }
+    [[nodiscard]] QByteArray InFile() const { return Contents(m_fileName); }
+    /// What arrives on the serial line until a number of bytes is there.
+    [[nodiscard]] QByteArray OnLine(qsizetype count) const {
+        QByteArray received;
+        EXPECT_TRUE(SpinUntil([&] { return (received += m_line.Read()).size() >= count; }));
+        return received;
+    }
+    /// Lets the output timer of an output fire some times.
+    static void WaitForTimer(DFDataOutput& output) {
+        TimerEvents events;
+        output.installEventFilter(&events);
+        ASSERT_TRUE(SpinUntil([&] { return events.count >= 3; }));
+        output.removeEventFilter(&events);
+    }
+
+    /// The part of the panel in a row and a column.
+    template <class Part>
+    [[nodiscard]] Part* At(int row, int column) const {
+        const auto* layout = qobject_cast<QGridLayout*>(m_output->GetConfigWidget()->layout());
+        const QLayoutItem* item = layout ? layout->itemAtPosition(row, column) : nullptr;
+        return item ? qobject_cast<Part*>(item->widget()) : nullptr;
+    }
+    [[nodiscard]] QCheckBox& SerialCheck() const { return *At<QCheckBox>(0, 0); }
+    [[nodiscard]] QLineEdit& AddressEdit() const { return *At<QLineEdit>(0, 2); }
+    [[nodiscard]] QCheckBox& FileCheck() const { return *At<QCheckBox>(1, 0); }
+    [[nodiscard]] QLineEdit& FileNameEdit() const { return *At<QLineEdit>(1, 2); }
+    [[nodiscard]] QSpinBox& IntervalSpin() const { return *At<QSpinBox>(2, 2); }
+
+    QTemporaryDir m_directory;
+    QString m_fileName = m_directory.filePath(u"output.txt"_s);
+    TraceLines m_trace;
+    PseudoTerminal m_line;
+    std::unique_ptr<DFDataOutput> m_output;
+};
+
+// --- The sentence and where it goes -----------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, NewBearingIsWrittenToTheFileWithHeadAndTail) {
+    FillTree();
+    const DFDataOutput& output = MakeOutput(true, false);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE + LINE);
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 2}));
+    EXPECT_EQ(output.GetLastError(), QString());
+}
+
+TEST_F(DFDataOutputTest, SerialSentenceEndsAfterTheTimeWhileTheFileOutputIsOff) {
+    FillTree();
+    const DFDataOutput& output = MakeOutput(false, true);
+    NewBearing();
+    EXPECT_EQ(OnLine(HEAD.size() + 2), HEAD + "\r\n");
+    EXPECT_FALSE(QFileInfo::exists(m_fileName));
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.serialSentences = 1}));
+}
+
+TEST_F(DFDataOutputTest, SerialSentenceHasTheTailWhileTheFileIsOpen) {
+    FillTree();
+    const DFDataOutput& output = MakeOutput(true, true);
+    NewBearing();
+    EXPECT_EQ(OnLine(LINE.size()), LINE);
+    EXPECT_EQ(InFile(), LINE);
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 1, .serialSentences = 1}));
+}
+
+TEST_F(DFDataOutputTest, LatitudeHasFiveDecimalsAndLongitudeSeven) {
+    FillTree();
+    MakeOutput(true, false);
+    NewBearing();
+    EXPECT_TRUE(InFile().endsWith(",LAT, 48.10000,LON,11.5000000\r\n"));
+}
+
+TEST_F(DFDataOutputTest, BearingOfQualityZeroMakesNoSentenceOfItsOwn) {
+    FillTree();
+    MakeOutput(true, false);
+    for (const qint16 quality : std::initializer_list<qint16>{0, -1, -200, -4000}) {
+        NewBearing(MakeBearing(quality));
+    }
+    EXPECT_EQ(InFile(), "");
+    NewBearing(MakeBearing(1));
+    EXPECT_EQ(InFile(), QByteArray(LINE).replace("QUA, 90.0", "QUA,  1.0"));
+}
+
+TEST_F(DFDataOutputTest, BearingOfQualityZeroHasNoAzimuthInAPeriodicSentence) {
+    FillTree();
+    NewBearing(MakeBearing(0));
+    FillOperationMode(7);
+    MakeOutput(true, false, 10);
+    EXPECT_TRUE(SpinUntil([this] { return !InFile().isEmpty(); }));
+    EXPECT_TRUE(InFile().startsWith("$PLG, -1.0,FRQ,1090000000,CMP,359.9,QUA,  0.0,LEV,-52.0,TIM,120000" +
+                                    TAIL + "\r\n"));
+}
+
+TEST_F(DFDataOutputTest, AbsentValuesAreTheMarkersOfMissingData) {
+    FillOperationMode(7);
+    MakeOutput(true, false, 10);
+    EXPECT_TRUE(SpinUntil([this] { return !InFile().isEmpty(); }));
+    EXPECT_TRUE(InFile().startsWith("$PLG, -1.0,FRQ,         0,CMP, -0.1,QUA,  0.0,LEV, -0.5,TIM," +
+                                    EMPTY_TAIL + "\r\n"));
+}
+
+TEST_F(DFDataOutputTest, ValuesThatAreNotMeasuredAnyMoreCountAsAbsent) {
+    FillTree();
+    MakeOutput(true, false);
+    for (const QString& path : {HEADING, ALTITUDE, ROLL, PITCH, POSITION_UPDATE, LATITUDE, LONGITUDE}) {
+        Tree::Instance()->GetValue(path)->SetState(TValueState::NotMeasured, nullptr);
+    }
+    NewBearing();
+    EXPECT_EQ(InFile(), QByteArray(LINE)
+                            .replace("359.9", " -0.1")
+                            .replace(TAIL, QByteArray(EMPTY_TAIL).replace("ELV,0.0", "ELV,2.4")));
+}
+
+TEST_F(DFDataOutputTest, BearingThatIsNotMeasuredMakesNoSentence) {
+    FillTree();
+    Bearing().SetState(TValueState::NotMeasured, nullptr);
+    MakeOutput(true, false);
+    NewBearing();
+    EXPECT_EQ(InFile(), "");
+    Bearing().SetState(TValueState::Valid, nullptr);
+    EXPECT_EQ(InFile(), LINE);
+}
+
+TEST_F(DFDataOutputTest, MembersThatABearingDoesNotHoldAreTheMarkersOfMissingData) {
+    FillTree();
+    MakeOutput(true, false);
+    BearingResult bearing;
+    bearing.SetQuality(5);
+    NewBearing(bearing);
+    EXPECT_EQ(InFile(), "$PLG, -1.0,FRQ,         0,CMP,359.9,QUA,  5.0,LEV, -0.5,TIM," +
+                            QByteArray(TAIL).replace("ELV,2.4", "ELV,0.0") + "\r\n");
+}
+
+TEST_F(DFDataOutputTest, BearingWithoutAQualityMakesNoSentence) {
+    FillTree();
+    MakeOutput(true, false);
+    BearingResult bearing;
+    bearing.SetAzimuth(100);
+    NewBearing(bearing);
+    EXPECT_EQ(InFile(), "");
+}
+
+TEST_F(DFDataOutputTest, ValuesOfAnotherTypeAreLeftAlone) {
+    Bearing();
+    for (const QString& path : {HEADING, ALTITUDE, ROLL, PITCH, POSITION_UPDATE, LATITUDE, LONGITUDE,
+                                BEARING_LIST, SR_STATUS, MODE}) {
+        GetOrCreateValue<ValueString>(path)->SetValue(u"12"_s, nullptr);
+    }
+    MakeOutput(true, false);
+    NewBearing();
+    EXPECT_EQ(InFile(), QByteArray(LINE)
+                            .replace("359.9", " -0.1")
+                            .replace(TAIL, QByteArray(EMPTY_TAIL).replace("ELV,0.0", "ELV,2.4")));
+}
+
+TEST_F(DFDataOutputTest, PlainNumbersServeAsWellAsNumbersWithARange) {
+    Bearing();
+    GetOrCreateValue<ValueInt>(HEADING)->SetValue(3599, nullptr);
+    GetOrCreateValue<Value<double, FormatFloat<double>>>(ALTITUDE)->SetValue(123.44, nullptr);
+    MakeOutput(true, false);
+    NewBearing();
+    EXPECT_TRUE(InFile().contains(",CMP,359.9,"));
+    EXPECT_TRUE(InFile().contains(",ALT,123.4,"));
+}
+
+// --- Super-resolution -------------------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, SuperResolutionWritesASentenceAnEmitterAndAnEmptyLineToTheFileOnly) {
+    FillTree();
+    FillSuperResolution(3);
+    DFDataOutput& output = MakeOutput(true, true);
+    NewBearing();
+    QByteArray expected;
+    for (const char* azimuth : {"  0.0", " 10.0", " 20.0"}) {
+        const QByteArray number = QByteArray::number(expected.count('\n'));
+        expected += QByteArray(HEAD).replace(" 72.7", azimuth) + TAIL + ",SR," + number + "\r\n";
+    }
+    EXPECT_EQ(InFile(), expected + "\r\n");
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 3}));
+
+    // The serial line takes the next one first: it had nothing before.
+    GetOrCreateValue<ValueSelection>(SR_STATUS)->SetCurrentIndex(0, nullptr);
+    NewBearing();
+    EXPECT_EQ(OnLine(LINE.size()), LINE);
+}
+
+TEST_F(DFDataOutputTest, SuperResolutionWithOneEmitterIsOneSentenceAndAnEmptyLine) {
+    FillTree();
+    FillSuperResolution(1);
+    MakeOutput(true, false);
+    NewBearing();
+    EXPECT_EQ(InFile(), QByteArray(HEAD).replace(" 72.7", "  0.0") + TAIL + ",SR,0\r\n\r\n");
+}
+
+TEST_F(DFDataOutputTest, SuperResolutionWithoutAnEmitterWritesNothing) {
+    FillTree();
+    FillSuperResolution(0);
+    const DFDataOutput& output = MakeOutput(true, true);
+    NewBearing();
+    EXPECT_EQ(InFile(), "");
+    EXPECT_EQ(output.GetCounters(), DFDataOutput::Counters());
+}
+
+TEST_F(DFDataOutputTest, SuperResolutionTakesFieldsOfTheEmitterAndTimeAndElevationOfTheCurrentBearing) {
+    FillTree();
+    FillSuperResolution(0);
+    BearingResult emitter;
+    emitter.SetFrequency(121500000.0);
+    emitter.SetLevel(1000);
+    emitter.SetAzimuth(1234);
+    emitter.SetElevation(800);
+    emitter.SetQuality(0); // no reason to hide the azimuth here
+    emitter.SetTimeStamp(BEARING_TIME + 3600000);
+    auto* list = GetOrCreateValue<ValueBearingList>(BEARING_LIST);
+    list->PushBack(emitter, nullptr);
+    list->PushBack(BearingResult(), nullptr);
+    MakeOutput(true, false);
+    NewBearing();
+    EXPECT_EQ(InFile(), "$PLG,123.4,FRQ, 121500000,CMP,359.9,QUA,  0.0,LEV, 10.0,TIM,120000" + TAIL +
+                            ",SR,0\r\n"
+                            "$PLG, -1.0,FRQ,         0,CMP,359.9,QUA,  0.0,LEV, -0.5,TIM,120000" +
+                            TAIL + ",SR,1\r\n\r\n");
+}
+
+TEST_F(DFDataOutputTest, WithoutAnOpenFileSuperResolutionIsNormalOutput) {
+    FillTree();
+    FillSuperResolution(3);
+    MakeOutput(false, true);
+    NewBearing();
+    EXPECT_EQ(OnLine(HEAD.size() + 2), HEAD + "\r\n");
+}
+
+TEST_F(DFDataOutputTest, SuperResolutionNeedsStatusOneAndBothValues) {
+    FillTree();
+    FillSuperResolution(3);
+    auto* status = GetOrCreateValue<ValueSelection>(SR_STATUS);
+    MakeOutput(true, false);
+    const auto expectNormal = [this] {
+        const qsizetype before = InFile().size();
+        NewBearing();
+        EXPECT_EQ(InFile().mid(before), LINE);
+    };
+    for (const long index : {0L, 2L}) {
+        status->SetCurrentIndex(index, nullptr);
+        expectNormal();
+    }
+    status->SetCurrentIndex(1, nullptr);
+    status->SetState(TValueState::NotMeasured, nullptr);
+    expectNormal();
+    status->SetState(TValueState::Valid, nullptr);
+    Tree::Instance()->GetValue(BEARING_LIST)->SetState(TValueState::NotMeasured, nullptr);
+    expectNormal();
+    Remove(BEARING_LIST);
+    expectNormal();
+    Remove(SR_STATUS);
+    expectNormal();
+}
+
+TEST_F(DFDataOutputTest, WalkOfTheBearingListByOthersIsNotDisturbed) {
+    FillTree();
+    FillSuperResolution(3);
+    MakeOutput(true, false);
+    auto* list = GetOrCreateValue<ValueBearingList>(BEARING_LIST);
+    int steps = 0;
+    for (list->ToBegin(); !list->IsLast() && steps < 10; ++steps) {
+        NewBearing(list->Next());
+    }
+    EXPECT_EQ(steps, 3);
+}
+
+// --- What triggers a sentence -----------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, IntervalOfZeroStartsNoTimerAndOutputFollowsEachBearing) {
+    FillTree();
+    FillOperationMode(7);
+    MakeOutput(true, false, 0);
+    TimerEvents events;
+    m_output->installEventFilter(&events);
+    RunEventLoopForAWhile();
+    EXPECT_EQ(events.count, 0);
+    EXPECT_EQ(InFile(), "");
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE);
+}
+
+TEST_F(DFDataOutputTest, RunningTimerDrivesTheOutputInsteadOfTheBearings) {
+    FillTree();
+    FillOperationMode(7);
+    MakeOutput(true, false, 10000);
+    NewBearing();
+    EXPECT_EQ(InFile(), "");
+    m_output.reset();
+    MakeOutput(true, false, 10);
+    EXPECT_TRUE(SpinUntil([this] { return InFile().startsWith(LINE + LINE + LINE); }));
+}
+
+TEST_F(DFDataOutputTest, PeriodicOutputNeedsAnOperationModeWithAKeyOtherThanZero) {
+    FillTree();
+    ValueSelection& mode = FillOperationMode(0);
+    DFDataOutput& output = MakeOutput(true, false, 1);
+    WaitForTimer(output);
+    EXPECT_EQ(InFile(), "");
+    mode.SetCurrentKey(7, nullptr);
+    EXPECT_TRUE(SpinUntil([this] { return !InFile().isEmpty(); }));
+    mode.SetState(TValueState::NotMeasured, nullptr);
+    const QByteArray before = InFile();
+    WaitForTimer(output);
+    EXPECT_EQ(InFile(), before);
+    mode.SetState(TValueState::Valid, nullptr);
+    Remove(MODE);
+    WaitForTimer(output);
+    EXPECT_EQ(InFile(), before);
+}
+
+TEST_F(DFDataOutputTest, TimersOfOthersDoNotDriveTheOutput) {
+    FillTree();
+    FillOperationMode(7);
+    DFDataOutput& output = MakeOutput(true, false, 10000);
+    QTimerEvent foreign(987654);
+    QCoreApplication::sendEvent(&output, &foreign);
+    EXPECT_EQ(InFile(), "");
+    output.SetEnabled(false);
+    QTimerEvent none(-1);
+    output.SetEnabled(true);
+    QCoreApplication::sendEvent(&output, &none);
+    EXPECT_EQ(InFile(), "");
+}
+
+TEST_F(DFDataOutputTest, ChangesOfTheBearingListDoNotDriveTheOutput) {
+    FillTree();
+    FillSuperResolution(1);
+    MakeOutput(true, false);
+    GetOrCreateValue<ValueBearingList>(BEARING_LIST)->PushBack(MakeBearing(), nullptr);
+    EXPECT_EQ(InFile(), "");
+}
+
+TEST_F(DFDataOutputTest, OtherNoticesOfTheBearingDoNotDriveTheOutput) {
+    FillTree();
+    MakeOutput(true, false);
+    Bearing().HasChanged(TChangeCode::ListReplaced, nullptr);
+    Bearing().HasChanged(TChangeCode::NodeGoingAway, nullptr);
+    EXPECT_EQ(InFile(), "");
+}
+
+// --- The tree ---------------------------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, NothingIsCreatedInTheTree) {
+    MakeOutput(true, false);
+    EXPECT_EQ(Tree::Instance()->GetValueCount(), 0);
+}
+
+TEST_F(DFDataOutputTest, ObservesTheBearingAndTheListWhileItIsOnAndNothingElse) {
+    FillTree();
+    FillSuperResolution(1);
+    FillOperationMode(7);
+    GetOrCreateValue<ValueInt>(SR_COUNT);
+    DFDataOutput& output = MakeOutput(true, false);
+    EXPECT_EQ(ObserversOf(BEARING), 1U);
+    EXPECT_EQ(ObserversOf(BEARING_LIST), 1U);
+    for (const QString& path :
+         {HEADING, ALTITUDE, ROLL, PITCH, POSITION_UPDATE, LATITUDE, LONGITUDE, SR_STATUS, SR_COUNT, MODE}) {
+        EXPECT_EQ(ObserversOf(path), 0U);
+    }
+    output.SetEnabled(false);
+    EXPECT_EQ(ObserversOf(BEARING), 0U);
+    EXPECT_EQ(ObserversOf(BEARING_LIST), 0U);
+}
+
+TEST_F(DFDataOutputTest, BearingThatGoesAwayIsForgottenUntilTheNextSwitchOn) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false);
+    EXPECT_TRUE(Remove(BEARING));
+    NewBearing(); // another value at the same place
+    EXPECT_EQ(InFile(), "");
+    output.SetEnabled(false);
+    output.SetEnabled(true);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE);
+}
+
+TEST_F(DFDataOutputTest, BearingIsNoLongerObservedWhenItIsAboutToGo) {
+    FillTree();
+    MakeOutput(true, false);
+    Bearing().HasChanged(TChangeCode::GoingAway, nullptr);
+    EXPECT_EQ(ObserversOf(BEARING), 0U);
+    NewBearing();
+    EXPECT_EQ(InFile(), "");
+}
+
+TEST_F(DFDataOutputTest, ValuesThatGoAwayWhileItIsOnCountAsAbsent) {
+    FillTree();
+    FillSuperResolution(1);
+    FillOperationMode(7);
+    MakeOutput(true, false);
+    for (const QString& path : {HEADING, ALTITUDE, ROLL, PITCH, POSITION_UPDATE, LATITUDE, LONGITUDE,
+                                BEARING_LIST, SR_STATUS, MODE}) {
+        EXPECT_TRUE(Remove(path));
+    }
+    NewBearing();
+    EXPECT_EQ(InFile(), QByteArray(LINE)
+                            .replace("359.9", " -0.1")
+                            .replace(TAIL, QByteArray(EMPTY_TAIL).replace("ELV,0.0", "ELV,2.4")));
+    Tree::Instance()->Clear();
+}
+
+// --- Switching on and off ---------------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, IsOnFromTheStartWhenOneOfTheSinksIsOn) {
+    EXPECT_FALSE(MakeOutput(false, false).IsEnabled());
+    m_output.reset();
+    EXPECT_TRUE(MakeOutput(true, false).IsEnabled());
+    m_output.reset();
+    EXPECT_TRUE(MakeOutput(false, true).IsEnabled());
+    EXPECT_EQ(m_output->GetName(), u"DF data"_s);
+}
+
+TEST_F(DFDataOutputTest, SwitchedOffOutputSendsNothing) {
+    FillTree();
+    FillOperationMode(7);
+    for (const int interval : {0, 1}) {
+        DFDataOutput& output = MakeOutput(true, true, interval);
+        output.SetEnabled(false);
+        const auto counters = output.GetCounters();
+        NewBearing();
+        TimerEvents events;
+        output.installEventFilter(&events);
+        RunEventLoopForAWhile();
+        EXPECT_EQ(events.count, 0);
+        EXPECT_EQ(output.GetCounters(), counters);
+        m_output.reset();
+    }
+}
+
+TEST_F(DFDataOutputTest, SwitchingToTheStateThatItHasDoesNothing) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false);
+    NewBearing();
+    output.SetEnabled(true);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE + LINE);
+    EXPECT_FALSE(QFileInfo::exists(m_fileName + u".bak"_s));
+    output.SetEnabled(false);
+    output.SetEnabled(false);
+    EXPECT_FALSE(output.IsEnabled());
+}
+
+TEST_F(DFDataOutputTest, SwitchedOnWithoutASinkItObservesAndSendsNothing) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, false);
+    output.SetEnabled(true);
+    EXPECT_TRUE(output.IsEnabled());
+    NewBearing();
+    EXPECT_FALSE(QFileInfo::exists(m_fileName));
+    EXPECT_EQ(output.GetCounters(), DFDataOutput::Counters());
+}
+
+TEST_F(DFDataOutputTest, CanBeDestroyedWhileItIsOn) {
+    FillTree();
+    FillSuperResolution(1);
+    FillOperationMode(7);
+    MakeOutput(true, true, 1);
+    m_output.reset();
+    EXPECT_EQ(ObserversOf(BEARING), 0U);
+    NewBearing();
+    QCoreApplication::processEvents();
+}
+
+// --- The file ---------------------------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, EachSwitchOnStartsAFreshFileAndKeepsExactlyOnePreviousOne) {
+    FillTree();
+    Overwrite(m_fileName, "first");
+    Overwrite(m_fileName + u".bak"_s, "earliest");
+    DFDataOutput& output = MakeOutput(true, false);
+    EXPECT_EQ(InFile(), "");
+    EXPECT_EQ(Contents(m_fileName + u".bak"_s), "first");
+    NewBearing();
+    output.SetEnabled(false);
+    output.SetEnabled(true);
+    EXPECT_EQ(InFile(), "");
+    EXPECT_EQ(Contents(m_fileName + u".bak"_s), LINE);
+    EXPECT_EQ(QDir(m_directory.path()).entryList({u"output*"_s}),
+              QStringList({u"output.txt"_s, u"output.txt.bak"_s}));
+    EXPECT_EQ(output.GetLastError(), QString());
+}
+
+TEST_F(DFDataOutputTest, BackupStaysWhenThereIsNoFileToReplaceIt) {
+    Overwrite(m_fileName + u".bak"_s, "previous");
+    MakeOutput(true, false);
+    EXPECT_EQ(InFile(), "");
+    EXPECT_EQ(Contents(m_fileName + u".bak"_s), "previous");
+}
+
+TEST_F(DFDataOutputTest, FileThatCannotBeMovedAwayIsAppendedToAndReported) {
+    FillTree();
+    Overwrite(m_fileName, "old\r\n");
+    ASSERT_TRUE(QDir(m_directory.path()).mkpath(u"output.txt.bak/occupied"_s));
+    Store().SetBool(u"FileOutput_Enabled"_s, true);
+    m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
+    NewBearing();
+    EXPECT_EQ(InFile(), "old\r\n" + LINE);
+    const QString text = u"Could not move file "_s + m_fileName + u" to "_s + m_fileName + u".bak"_s;
+    EXPECT_TRUE(m_output->GetLastError().startsWith(text)) << m_output->GetLastError().toStdString();
+    EXPECT_EQ(m_trace.lines.filter(text).size(), 1);
+}
+
+TEST_F(DFDataOutputTest, FileThatCannotBeOpenedIsReportedAndTheSerialLineGoesOn) {
+    FillTree();
+    ASSERT_TRUE(QDir(m_directory.path()).mkpath(u"folder/occupied"_s));
+    for (const QString& name :
+         {m_directory.filePath(u"folder"_s), QString(), m_directory.filePath(u"missing%2/%1.txt"_s)}) {
+        Store().SetString(u"FileOutput_Address"_s, name);
+        Store().SetBool(u"FileOutput_Enabled"_s, true);
+        Store().SetBool(u"RS232Output_Enabled"_s, true);
+        m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
+        const QString text = u"Could not open file "_s + name + u": "_s;
+        EXPECT_TRUE(m_output->GetLastError().startsWith(text)) << m_output->GetLastError().toStdString();
+        EXPECT_GT(m_output->GetLastError().size(), text.size());
+        EXPECT_EQ(m_trace.lines.filter(m_output->GetLastError()).size(), 1);
+        EXPECT_TRUE(m_output->IsEnabled());
+        m_trace.lines.clear();
+        NewBearing();
+        EXPECT_EQ(OnLine(HEAD.size() + 2), HEAD + "\r\n");
+        EXPECT_EQ(m_output->GetCounters(), (DFDataOutput::Counters{.fileDropped = 1, .serialSentences = 1}));
+        EXPECT_TRUE(m_trace.lines.filter(u"dfdataoutput"_s).isEmpty());
+        m_output.reset();
+    }
+    EXPECT_TRUE(QFileInfo(m_directory.filePath(u"folder/occupied"_s)).isDir());
+    EXPECT_FALSE(QFileInfo::exists(m_directory.filePath(u"folder.bak"_s)));
+}
+
+TEST_F(DFDataOutputTest, FullDiskIsReportedOnceAndAgainWhenThereIsRoomWhileTheSerialLineGoesOn) {
+    FillTree();
+    const DFDataOutput& output = MakeOutput(true, true);
+    const QString text = u"Writing to "_s + m_fileName + u" failed: "_s;
+    {
+        const FullDisk disk(LINE.size());
+        for (int i = 0; i < 4; ++i) {
+            NewBearing();
+        }
+    }
+    EXPECT_EQ(InFile(), LINE);
+    EXPECT_EQ(OnLine(4 * LINE.size()), LINE + LINE + LINE + LINE);
+    EXPECT_EQ(output.GetCounters(),
+              (DFDataOutput::Counters{.fileSentences = 1, .fileDropped = 3, .serialSentences = 4}));
+    EXPECT_TRUE(output.GetLastError().startsWith(text));
+    EXPECT_GT(output.GetLastError().size(), text.size());
+    EXPECT_EQ(m_trace.lines.filter(u"dfdataoutput"_s).size(), 1);
+    EXPECT_EQ(m_trace.lines.filter(text).size(), 1);
+
+    NewBearing();
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE + LINE + LINE);
+    EXPECT_EQ(output.GetCounters().fileSentences, 3U);
+    EXPECT_EQ(m_trace.lines.filter(u"dfdataoutput"_s).size(), 2);
+    EXPECT_TRUE(m_trace.lines.last().endsWith(u"Writing to "_s + m_fileName + u" works again"_s));
+    EXPECT_TRUE(output.GetLastError().startsWith(text));
+}
+
+TEST_F(DFDataOutputTest, FileHoldsWholeLinesOnlyWhenTheDiskIsFullInTheMiddleOfOne) {
+    FillTree();
+    const DFDataOutput& output = MakeOutput(true, false);
+    {
+        const FullDisk disk(2 * LINE.size() - 5);
+        NewBearing();
+        NewBearing();
+        NewBearing();
+    }
+    EXPECT_EQ(InFile(), LINE);
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 1, .fileDropped = 2}));
+    EXPECT_EQ(m_trace.lines.size(), 1);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE + LINE);
+}
+
+TEST_F(DFDataOutputTest, FullDiskInSuperResolutionDropsTheSentencesThatDoNotFit) {
+    FillTree();
+    FillSuperResolution(3);
+    const DFDataOutput& output = MakeOutput(true, false);
+    const qint64 length = LINE.size() + 5; // with ",SR,0"
+    {
+        const FullDisk disk(length + 2);
+        NewBearing();
+    }
+    EXPECT_EQ(InFile(), QByteArray(HEAD).replace(" 72.7", "  0.0") + TAIL + ",SR,0\r\n\r\n");
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 1, .fileDropped = 2}));
+    {
+        const FullDisk disk(InFile().size() + 3 * length); // no room for the empty line
+        NewBearing();
+    }
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 4, .fileDropped = 2}));
+    EXPECT_TRUE(InFile().endsWith(",SR,2\r\n"));
+    EXPECT_TRUE(m_trace.lines.last().contains(u"failed"_s));
+}
+
+TEST_F(DFDataOutputTest, FailuresAreTracedOnlyWhenTheMaskWantsThem) {
+    ErrorHandler::Instance().SetTraceMask(0);
+    Store().SetString(u"FileOutput_Address"_s, m_directory.path());
+    const DFDataOutput& output = MakeOutput(true, false);
+    EXPECT_TRUE(m_trace.lines.isEmpty());
+    EXPECT_FALSE(output.GetLastError().isEmpty());
+}
+
+// --- The serial line --------------------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, SerialLineThatIsNotThereIsReportedOnceAndTheFileGoesOn) {
+    FillTree();
+    m_line.Unplug();
+    Store().SetBool(u"FileOutput_Enabled"_s, true);
+    Store().SetBool(u"RS232Output_Enabled"_s, true);
+    m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
+    NewBearing();
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE + LINE);
+    EXPECT_EQ(m_output->GetCounters(), (DFDataOutput::Counters{.fileSentences = 2, .serialDropped = 2}));
+    EXPECT_EQ(m_trace.lines.filter(u"dfdataoutput"_s).size(), 1);
+    EXPECT_EQ(m_output->GetLastError(),
+              u"Writing to "_s + m_line.path + u":9600,e,8,1 failed: the serial line is not ready"_s);
+}
+
+TEST_F(DFDataOutputTest, SerialLineThatIsTooSlowDropsSentencesUntilItHasRoomAgain) {
+    FillTree();
+    const DFDataOutput& output = MakeOutput(false, true);
+    EXPECT_TRUE(SpinUntil([&] {
+        NewBearing();
+        return output.GetCounters().serialDropped > 0;
+    }));
+    NewBearing();
+    EXPECT_EQ(m_trace.lines.filter(u"failed"_s).size(), 1);
+    const quint64 sent = output.GetCounters().serialSentences;
+    EXPECT_TRUE(SpinUntil([&] {
+        (void)m_line.Read();
+        NewBearing();
+        return output.GetCounters().serialSentences > sent;
+    }));
+    EXPECT_TRUE(m_trace.lines.last().endsWith(u"works again"_s));
+}
+
+TEST_F(DFDataOutputTest, SerialLineIsClosedWhenTheOutputIsSwitchedOff) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, true);
+    output.SetEnabled(false);
+    m_trace.lines.clear();
+    m_line.Unplug();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(m_trace.lines.isEmpty()); // an open line would be told
+    EXPECT_TRUE(output.findChildren<QTimer*>().isEmpty());
+}
+
+// --- Settings ---------------------------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, AbsentSettingsAreWrittenWithTheirDefaults) {
+    ASSERT_TRUE(CfgCenter::SetConfigDirectory(m_directory.filePath(u"other"_s)));
+    m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
+    EXPECT_FALSE(m_output->IsEnabled());
+    EXPECT_EQ(Store().GetBool(u"RS232Output_Enabled"_s, true), false);
+    EXPECT_EQ(Store().GetInt(u"Output_Interval"_s, 1), 0);
+    EXPECT_EQ(Store().GetString(u"RS232Output_Address"_s, {}), u"COM1:9600,e,8,1"_s);
+    EXPECT_EQ(Store().GetBool(u"FileOutput_Enabled"_s, true), false);
+    EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), u"C:/temp/DFDataOutput.txt"_s);
+    const QByteArray settings = Contents(m_directory.filePath(u"other/Application.ini"_s));
+    EXPECT_TRUE(settings.contains("COM1:9600,e,8,1")); // committed
+}
+
+TEST_F(DFDataOutputTest, SettingsAreSavedByTheDestructorOnly) {
+    MakeOutput(false, false);
+    FileNameEdit().setText(u"b.txt"_s);
+    AddressEdit().setText(u"COM9:1200,n,7,2"_s);
+    IntervalSpin().setValue(500);
+    FileCheck().setChecked(true);
+    FileNameEdit().setText(m_directory.filePath(u"other.txt"_s));
+    m_output->SlotUpdateConfiguration();
+    EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), m_fileName);
+    EXPECT_EQ(Store().GetInt(u"Output_Interval"_s, -1), 0);
+    m_output.reset();
+    EXPECT_EQ(Store().GetBool(u"RS232Output_Enabled"_s, true), false);
+    EXPECT_EQ(Store().GetInt(u"Output_Interval"_s, -1), 500);
+    EXPECT_EQ(Store().GetString(u"RS232Output_Address"_s, {}), u"COM9:1200,n,7,2"_s);
+    EXPECT_EQ(Store().GetBool(u"FileOutput_Enabled"_s, false), true);
+    EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), m_directory.filePath(u"other.txt"_s));
+    // On disk too, without the event loop and before the store is closed.
+    EXPECT_TRUE(Contents(m_directory.filePath(u"config/Application.ini"_s)).contains("COM9:1200,n,7,2"));
+}
+
+TEST_F(DFDataOutputTest, IntervalThatIsNoTimeStartsNoTimerAndOneThatIsTooLongIsTheLongest) {
+    const struct {
+        qint64 stored;
+        int used;
+    } cases[] = {{-1, 0}, {0, 0}, {25, 25}, {4294967297, std::numeric_limits<int>::max()}};
+    for (const auto& [stored, used] : cases) {
+        Store().SetInt(u"Output_Interval"_s, stored);
+        m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
+        m_output.reset();
+        EXPECT_EQ(Store().GetInt(u"Output_Interval"_s, -1), used);
+    }
+}
+
+// --- The configuration widget -----------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, PanelHasItsPartsInRows) {
+    MakeOutput(false, false);
+    EXPECT_EQ(SerialCheck().text(), u"RS232"_s);
+    EXPECT_EQ(At<QLabel>(0, 1)->text(), u"Address:"_s);
+    EXPECT_NE(At<QLineEdit>(0, 2), nullptr);
+    EXPECT_EQ(FileCheck().text(), u"File"_s);
+    EXPECT_EQ(At<QLabel>(1, 1)->text(), u"Filename:"_s);
+    EXPECT_NE(At<QLineEdit>(1, 2), nullptr);
+    EXPECT_EQ(At<QLabel>(2, 1)->text(), u"Output interval (ms):"_s);
+    EXPECT_EQ(IntervalSpin().minimum(), 0);
+    EXPECT_EQ(IntervalSpin().maximum(), 10000);
+    EXPECT_EQ(IntervalSpin().singleStep(), 10);
+    EXPECT_EQ(m_output->GetConfigWidget()->parent(), nullptr);
+}
+
+TEST_F(DFDataOutputTest, PanelShowsTheSettings) {
+    MakeOutput(true, false, 2500);
+    EXPECT_FALSE(SerialCheck().isChecked());
+    EXPECT_EQ(AddressEdit().text(), m_line.path + u":9600,e,8,1"_s);
+    EXPECT_TRUE(FileCheck().isChecked());
+    EXPECT_EQ(FileNameEdit().text(), m_fileName);
+    EXPECT_EQ(IntervalSpin().value(), 2500);
+}
+
+TEST_F(DFDataOutputTest, PartsOfThePanelAreEnabledByTheirBoxes) {
+    MakeOutput(false, false);
+    const auto expect = [this](bool isSerial, bool isFile) {
+        EXPECT_EQ(AddressEdit().isEnabled(), isSerial);
+        EXPECT_EQ(FileNameEdit().isEnabled(), isFile);
+        EXPECT_EQ(IntervalSpin().isEnabled(), isSerial || isFile);
+    };
+    expect(false, false);
+    SerialCheck().setChecked(true);
+    expect(true, false);
+    FileCheck().setChecked(true);
+    expect(true, true);
+    SerialCheck().setChecked(false);
+    expect(false, true);
+    FileCheck().setChecked(false);
+    expect(false, false);
+}
+
+TEST_F(DFDataOutputTest, AppliedPanelIsTakenOverAndTheOutputStartsAnew) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, false);
+    FileCheck().click();
+    EXPECT_FALSE(output.IsEnabled()); // not before it is applied
+    QMetaObject::invokeMethod(&output, "SlotUpdateConfiguration", Qt::DirectConnection);
+    EXPECT_TRUE(output.IsEnabled());
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE);
+
+    const QString other = m_directory.filePath(u"other.txt"_s);
+    FileNameEdit().setText(other);
+    output.SlotUpdateConfiguration();
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE);
+    EXPECT_EQ(Contents(other), LINE);
+
+    SerialCheck().click();
+    output.SlotUpdateConfiguration();
+    NewBearing();
+    EXPECT_EQ(OnLine(LINE.size()), LINE);
+
+    FillOperationMode(7);
+    IntervalSpin().setValue(10);
+    output.SlotUpdateConfiguration();
+    EXPECT_TRUE(SpinUntil([&] { return Contents(other).startsWith(LINE + LINE); }));
+
+    SerialCheck().click();
+    FileCheck().click();
+    output.SlotUpdateConfiguration();
+    EXPECT_FALSE(output.IsEnabled());
+}
+
+TEST_F(DFDataOutputTest, EachDifferenceInThePanelStartsTheOutputAnew) {
+    const std::function<void()> changes[] = {
+        [this] { SerialCheck().click(); }, [this] { AddressEdit().setText(u"COM200"_s); },
+        [this] { FileNameEdit().setText(m_fileName + u'x'); }, [this] { IntervalSpin().setValue(9990); }};
+    for (const auto& change : changes) {
+        FillTree();
+        DFDataOutput& output = MakeOutput(true, false);
+        NewBearing();
+        change();
+        output.SlotUpdateConfiguration();
+        EXPECT_TRUE(output.IsEnabled());
+        EXPECT_TRUE(Contents(m_fileName + u".bak"_s) == LINE || Contents(m_fileName + u'x').isEmpty());
+        m_output.reset();
+        Store().SetString(u"FileOutput_Address"_s, m_fileName);
+        QFile::remove(m_fileName);
+        QFile::remove(m_fileName + u".bak"_s);
+        QFile::remove(m_fileName + u'x');
+    }
+}
+
+TEST_F(DFDataOutputTest, PanelWithoutADifferenceDoesNotStartTheOutputAnew) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false, 0);
+    NewBearing();
+    output.SlotUpdateConfiguration();
+    FileNameEdit().setText(u"x"_s);
+    FileNameEdit().setText(m_fileName);
+    output.SlotUpdateConfiguration();
+    EXPECT_EQ(InFile(), LINE);
+    EXPECT_FALSE(QFileInfo::exists(m_fileName + u".bak"_s));
+    // Switched off by the program, it stays off.
+    output.SetEnabled(false);
+    output.SlotUpdateConfiguration();
+    EXPECT_FALSE(output.IsEnabled());
+}
+
+TEST_F(DFDataOutputTest, PanelThatIsClosedLeavesTheOutputRunning) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false);
+    auto dialog = std::make_unique<QWidget>();
+    output.GetConfigWidget()->setParent(dialog.get());
+    dialog.reset();
+    EXPECT_EQ(output.GetConfigWidget(), nullptr);
+    output.SlotUpdateConfiguration();
+    QMetaObject::invokeMethod(&output, "SlotStateChanged", Qt::DirectConnection);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE);
+    m_output.reset();
+    EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), m_fileName);
+}
+
+TEST_F(DFDataOutputTest, PanelWithAPartMissingChangesNothing) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false);
+    FileCheck().setChecked(false);
+    delete &IntervalSpin();
+    output.SlotUpdateConfiguration();
+    QMetaObject::invokeMethod(&output, "SlotStateChanged", Qt::DirectConnection);
+    EXPECT_TRUE(output.IsEnabled());
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE);
+}
+
+TEST_F(DFDataOutputTest, DestructorDeletesThePanel) {
+    const QPointer<QWidget> panel = MakeOutput(false, false).GetConfigWidget();
+    EXPECT_FALSE(panel.isNull());
+    m_output.reset();
+    EXPECT_TRUE(panel.isNull());
+}
+
+TEST_F(DFDataOutputTest, MetaObjectHasTheTwoSlots) {
+    const QMetaObject& meta = DFDataOutput::staticMetaObject;
+    ASSERT_EQ(meta.methodCount() - meta.methodOffset(), 2);
+    EXPECT_EQ(meta.method(meta.methodOffset()).methodSignature(), "SlotUpdateConfiguration()");
+    EXPECT_EQ(meta.method(meta.methodOffset() + 1).methodSignature(), "SlotStateChanged()");
+    EXPECT_STREQ(meta.superClass()->className(), "ZANAbstractInterface");
+}
+
+} // namespace

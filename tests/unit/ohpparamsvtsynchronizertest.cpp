@@ -1,0 +1,412 @@
+#include "zancommon/ohpparamsvtsynchronizer.h"
+
+#include "kwbase/errorhandler.h"
+#include "support/printing.h"
+#include "valueframework/tree.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using KvZANCommon::OHPParamsVtSynchronizer;
+using KvZANCommon::OverheadPassParams;
+
+namespace {
+
+const QString THRESHOLD_PATH = u"/ZANServer/OverheadPass/Threshold"_s;
+const QString VALID_PATH = u"/ZANServer/OverheadPass/Valid"_s;
+
+template <class T, class... Content>
+T* Insert(const QString& name, Content... content) {
+    auto value = std::make_unique<T>(content...);
+    value->SetName(name, nullptr);
+    return dynamic_cast<T*>(Tree::Instance()->InsertValue(u"/ZANServer/OverheadPass"_s, std::move(value)));
+}
+
+ValueNumericInt* Threshold() {
+    return Tree::Instance()->Find<ValueNumericInt>(THRESHOLD_PATH);
+}
+ValueBool* Valid() {
+    return Tree::Instance()->Find<ValueBool>(VALID_PATH);
+}
+
+class Counter : public IObserver {
+public:
+    void Update(Observable*, TChangeCode) override { ++count; }
+    int count = 0;
+};
+
+class Reaction : public IObserver {
+public:
+    explicit Reaction(std::function<void()> reaction)
+        : m_reaction(std::move(reaction)) {}
+    void Update(Observable*, TChangeCode) override { m_reaction(); }
+
+private:
+    std::function<void()> m_reaction;
+};
+
+class OHPParamsVtSynchronizerTest : public testing::Test {
+protected:
+    void SetUp() override {
+        Tree::Instance()->Clear();
+        ErrorHandler::Instance().SetSink([this](const QString& line) { m_traces.append(line); });
+    }
+    void TearDown() override { ErrorHandler::Instance().SetSink({}); }
+
+    void ExpectParams(int threshold, bool isValid) const {
+        EXPECT_EQ(m_params.GetThreshold(), threshold);
+        EXPECT_EQ(m_params.IsValid(), isValid);
+    }
+    static void ExpectTree(int threshold, bool isValid) {
+        ASSERT_TRUE(Threshold());
+        ASSERT_TRUE(Valid());
+        EXPECT_EQ(Threshold()->GetValue(), threshold);
+        EXPECT_EQ(Valid()->GetValue(), isValid);
+    }
+
+    OverheadPassParams m_params;
+    QStringList m_traces;
+};
+
+TEST_F(OHPParamsVtSynchronizerTest, MissingValuesAreMadeFromTheParameters) {
+    m_params.SetThreshold(450, nullptr);
+    m_params.SetValid(true, nullptr);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ExpectTree(450, true);
+    ExpectParams(450, true);
+    EXPECT_TRUE(m_traces.isEmpty());
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, NewThresholdValueAccepts0To900Only) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    EXPECT_EQ(Threshold()->GetMin(), 0);
+    EXPECT_EQ(Threshold()->GetMax(), 900);
+    EXPECT_EQ(Threshold()->GetStep(), 1);
+    EXPECT_FALSE(Threshold()->SetValue(-1, nullptr));
+    EXPECT_FALSE(Threshold()->SetValue(901, nullptr));
+    ExpectParams(600, false);
+    EXPECT_TRUE(Threshold()->SetValue(0, nullptr));
+    ExpectParams(0, false);
+    EXPECT_TRUE(Threshold()->SetValue(900, nullptr));
+    ExpectParams(900, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ValuesThatAreThereGoIntoTheParametersAndKeepTheirRange) {
+    Insert<ValueNumericInt>(u"Threshold"_s, 1000, -2000, 2000, 5);
+    Insert<ValueBool>(u"Valid"_s, true);
+    Counter counter;
+    m_params.AddObserver(&counter);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ExpectParams(1000, true);
+    ExpectTree(1000, true);
+    EXPECT_EQ(Threshold()->GetMin(), -2000);
+    EXPECT_EQ(Threshold()->GetMax(), 2000);
+    EXPECT_EQ(Threshold()->GetStep(), 5);
+    EXPECT_EQ(counter.count, 2);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, OneValueThatIsThereIsReadAndTheOtherOneMade) {
+    Insert<ValueBool>(u"Valid"_s, true);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ExpectParams(600, true);
+    ExpectTree(600, true);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ValuesStandBelowTheBasePathGiven) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, u"/ZANCONTROL/Device1"_s);
+    const auto* threshold =
+        Tree::Instance()->Find<ValueNumericInt>(u"/ZANCONTROL/Device1/OverheadPass/Threshold"_s);
+    const auto* valid = Tree::Instance()->Find<ValueBool>(u"/ZANCONTROL/Device1/OverheadPass/Valid"_s);
+    ASSERT_TRUE(threshold);
+    ASSERT_TRUE(valid);
+    EXPECT_EQ(threshold->GetValue(), 600);
+    EXPECT_EQ(Tree::Instance()->GetValueCount(), 2);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, BasePathThatIsNoneLeavesTheParametersUsable) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, u"no path"_s);
+    m_params.SetThreshold(1, nullptr);
+    m_params.SetValid(true, nullptr);
+    ExpectParams(1, true);
+    EXPECT_EQ(Tree::Instance()->GetValueCount(), 0);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ChangesOfTheTreeReachTheParameters) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    Threshold()->SetValue(100, nullptr);
+    ExpectParams(100, false);
+    Valid()->SetValue(true, nullptr);
+    ExpectParams(100, true);
+    ExpectTree(100, true);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ChangesOfTheParametersReachTheTree) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    m_params.SetThreshold(100, nullptr);
+    ExpectTree(100, false);
+    m_params.SetValid(true, nullptr);
+    ExpectTree(100, true);
+    ExpectParams(100, true);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, EachChangeIsToldOnceOnEitherSide) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    Counter paramsCounter;
+    Counter treeCounter;
+    m_params.AddObserver(&paramsCounter);
+    Threshold()->AddObserver(&treeCounter);
+    Valid()->AddObserver(&treeCounter);
+    m_params.SetThreshold(100, nullptr);
+    Threshold()->SetValue(200, nullptr);
+    m_params.SetValid(true, nullptr);
+    Valid()->SetValue(false, nullptr);
+    EXPECT_EQ(paramsCounter.count, 4);
+    EXPECT_EQ(treeCounter.count, 4);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, OriginatorOfAChangeIsNotTold) {
+    OHPParamsVtSynchronizer synchronizer(m_params, {});
+    Counter originator;
+    m_params.AddObserver(&originator);
+    Threshold()->AddObserver(&originator);
+    m_params.SetThreshold(100, &originator);
+    EXPECT_EQ(originator.count, 1); // by the value, which it did not change
+    originator.count = 0;
+    Threshold()->SetValue(101, &originator);
+    EXPECT_EQ(originator.count, 1); // by the parameters
+    // The synchroniser's own change does not come back to it.
+    Threshold()->SetValue(102, &synchronizer);
+    ExpectParams(101, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ThresholdOutsideTheRangeStaysInTheParametersOnly) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    for (const int threshold : {901, -1}) {
+        m_params.SetThreshold(threshold, nullptr);
+        ExpectParams(threshold, false);
+        ExpectTree(600, false);
+    }
+    m_params.SetValid(true, nullptr);
+    ExpectParams(-1, true);
+    ExpectTree(600, true);
+    Threshold()->SetValue(300, nullptr);
+    ExpectParams(300, true);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, NewThresholdValueIsZeroWhenTheParametersAreOutsideItsRange) {
+    m_params.SetThreshold(1200, nullptr);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ExpectParams(1200, false);
+    ExpectTree(0, false);
+    Threshold()->SetValue(300, nullptr);
+    ExpectParams(300, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ThresholdOfAnotherTypeIsLeftAloneAndTheFlagStaysSynchronised) {
+    const auto* wrong = Insert<ValueString>(u"Threshold"_s, u"high"_s);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ASSERT_EQ(m_traces.size(), 1);
+    EXPECT_TRUE(m_traces[0].contains(THRESHOLD_PATH)) << m_traces[0].toStdString();
+    EXPECT_EQ(wrong->GetObserverCount(), 0U);
+    m_params.SetThreshold(100, nullptr);
+    EXPECT_EQ(wrong->GetValue(), u"high"_s);
+    m_params.SetValid(true, nullptr);
+    EXPECT_TRUE(Valid()->GetValue());
+    Valid()->SetValue(false, nullptr);
+    ExpectParams(100, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, FlagOfAnotherTypeIsLeftAloneAndTheThresholdStaysSynchronised) {
+    const auto* wrong = Insert<ValueInt>(u"Valid"_s, 5);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ASSERT_EQ(m_traces.size(), 1);
+    EXPECT_TRUE(m_traces[0].contains(VALID_PATH)) << m_traces[0].toStdString();
+    EXPECT_EQ(wrong->GetObserverCount(), 0U);
+    m_params.SetValid(true, nullptr);
+    EXPECT_EQ(wrong->GetValue(), 5);
+    m_params.SetThreshold(100, nullptr);
+    EXPECT_EQ(Threshold()->GetValue(), 100);
+    Threshold()->SetValue(200, nullptr);
+    ExpectParams(200, true);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, IntegerWithoutRangeIsNoThresholdValue) {
+    Insert<ValueInt>(u"Threshold"_s, 5);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ExpectParams(600, false);
+    EXPECT_EQ(m_traces.size(), 1);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, RemovedThresholdValueIsForgottenAndTheFlagStaysSynchronised) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    EXPECT_TRUE(Tree::Instance()->Remove(Threshold()));
+    m_params.SetThreshold(100, nullptr);
+    EXPECT_FALSE(Threshold());
+    m_params.SetValid(true, nullptr);
+    EXPECT_TRUE(Valid()->GetValue());
+    Valid()->SetValue(false, nullptr);
+    ExpectParams(100, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, RemovedFlagIsForgottenAndTheThresholdStaysSynchronised) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    EXPECT_TRUE(Tree::Instance()->Remove(Valid()));
+    m_params.SetValid(true, nullptr);
+    EXPECT_FALSE(Valid());
+    m_params.SetThreshold(100, nullptr);
+    EXPECT_EQ(Threshold()->GetValue(), 100);
+    Threshold()->SetValue(200, nullptr);
+    ExpectParams(200, true);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ValueIsForgottenBeforeItIsGone) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ValueNumericInt* threshold = Threshold();
+    // Told after the synchroniser, while the value still stands.
+    Reaction reaction([&] {
+        EXPECT_EQ(threshold->GetObserverCount(), 1U);
+        m_params.SetThreshold(100, nullptr);
+        EXPECT_EQ(threshold->GetValue(), 600);
+        threshold->SetValue(200, &reaction);
+    });
+    threshold->AddObserver(&reaction);
+    Tree::Instance()->Remove(threshold);
+    ExpectParams(100, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, RemovalOfTheWholeBranchIsSurvived) {
+    {
+        const OHPParamsVtSynchronizer synchronizer(m_params, {});
+        Tree::Instance()->Clear();
+        m_params.SetThreshold(100, nullptr);
+        m_params.SetValid(true, nullptr);
+        ExpectParams(100, true);
+        EXPECT_EQ(Tree::Instance()->GetValueCount(), 0);
+    }
+    EXPECT_EQ(m_params.GetObserverCount(), 0U);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ValueThatAnnouncesGoingAwayButIsNotBeingRemovedIsKept) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    Threshold()->HasChanged(TChangeCode::GoingAway, nullptr);
+    Valid()->HasChanged(TChangeCode::GoingAway, nullptr);
+    m_params.SetThreshold(100, nullptr);
+    m_params.SetValid(true, nullptr);
+    ExpectTree(100, true);
+    Threshold()->SetValue(200, nullptr);
+    Valid()->SetValue(false, nullptr);
+    ExpectParams(200, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, RenamedValueStaysSynchronised) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    ValueNumericInt* threshold = Threshold();
+    threshold->SetName(u"Limit"_s, nullptr);
+    m_params.SetThreshold(100, nullptr);
+    EXPECT_EQ(threshold->GetValue(), 100);
+    threshold->SetValue(200, nullptr);
+    ExpectParams(200, false);
+    EXPECT_FALSE(Threshold());
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ValueInsertedAgainAfterItsRemovalIsLeftAlone) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    Tree::Instance()->Remove(Threshold());
+    auto* newOne = Insert<ValueNumericInt>(u"Threshold"_s, 5, 0, 900, 1);
+    ASSERT_EQ(Threshold(), newOne);
+    m_params.SetThreshold(100, nullptr);
+    EXPECT_EQ(newOne->GetValue(), 5);
+    newOne->SetValue(6, nullptr);
+    ExpectParams(100, false);
+    // A later synchroniser takes it up.
+    const OHPParamsVtSynchronizer later(m_params, {});
+    ExpectParams(6, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, OtherCodesAndSubjectsAreIgnored) {
+    OHPParamsVtSynchronizer synchronizer(m_params, {});
+    m_params.SetThreshold(100, &synchronizer);
+    for (const auto code : {TChangeCode::GoingAway, TChangeCode::ListReplaced, TChangeCode::NodeGoingAway}) {
+        synchronizer.Update(&m_params, code);
+    }
+    OverheadPassParams copy(m_params); // it has the observers of the original
+    copy.SetThreshold(200, nullptr);
+    Tree::Instance()->Remove(Valid());
+    synchronizer.Update(nullptr, TChangeCode::Changed);
+    synchronizer.Update(nullptr, TChangeCode::GoingAway);
+    EXPECT_EQ(Threshold()->GetValue(), 600);
+    ExpectParams(100, false);
+    synchronizer.Update(&m_params, TChangeCode::Changed);
+    EXPECT_EQ(Threshold()->GetValue(), 100);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, DestructionLeavesValuesAndParameters) {
+    {
+        const OHPParamsVtSynchronizer synchronizer(m_params, {});
+        EXPECT_EQ(m_params.GetObserverCount(), 1U);
+        EXPECT_EQ(Threshold()->GetObserverCount(), 1U);
+        EXPECT_EQ(Valid()->GetObserverCount(), 1U);
+    }
+    EXPECT_EQ(m_params.GetObserverCount(), 0U);
+    EXPECT_EQ(Threshold()->GetObserverCount(), 0U);
+    EXPECT_EQ(Valid()->GetObserverCount(), 0U);
+    m_params.SetThreshold(100, nullptr);
+    ExpectTree(600, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ParametersThatAreGoneAreNotTouched) {
+    auto params = std::make_unique<OverheadPassParams>();
+    auto synchronizer = std::make_unique<OHPParamsVtSynchronizer>(*params, QString());
+    params.reset();
+    Threshold()->SetValue(100, nullptr);
+    Valid()->SetValue(true, nullptr);
+    synchronizer->Update(nullptr, TChangeCode::Changed);
+    Tree::Instance()->Remove(Threshold());
+    synchronizer.reset();
+    EXPECT_EQ(Valid()->GetObserverCount(), 0U);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ObserverMayRemoveTheValueWhileItIsRead) {
+    Insert<ValueNumericInt>(u"Threshold"_s, 5, 0, 900, 1);
+    Insert<ValueBool>(u"Valid"_s, true);
+    Reaction reaction([] { Tree::Instance()->Clear(); });
+    m_params.AddObserver(&reaction);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    EXPECT_EQ(m_params.GetThreshold(), 5);
+    m_params.DeleteObserver(&reaction);
+    // The threshold value went while it was read; the flag was made anew.
+    m_params.SetValid(true, nullptr);
+    EXPECT_FALSE(Threshold());
+    EXPECT_TRUE(Valid()->GetValue());
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ObserverMayDestroySynchronizerParametersAndValuesMeanwhile) {
+    auto params = std::make_unique<OverheadPassParams>();
+    auto synchronizer = std::make_unique<OHPParamsVtSynchronizer>(*params, QString());
+    Reaction reaction([&] {
+        Tree::Instance()->Clear();
+        synchronizer.reset();
+        params.reset();
+    });
+    Threshold()->AddObserver(&reaction);
+    params->SetThreshold(100, nullptr);
+    EXPECT_FALSE(params);
+    EXPECT_FALSE(synchronizer);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, SynchronizersOfOneBranchKeepTheirSetsEqual) {
+    OverheadPassParams other;
+    const OHPParamsVtSynchronizer one(m_params, {});
+    const OHPParamsVtSynchronizer two(other, {});
+    m_params.SetThreshold(100, nullptr);
+    other.SetValid(true, nullptr);
+    ExpectParams(100, true);
+    EXPECT_EQ(other.GetThreshold(), 100);
+    ExpectTree(100, true);
+}
+
+} // namespace

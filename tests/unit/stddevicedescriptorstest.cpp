@@ -1,0 +1,140 @@
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "stddevicedefinition/antbuilder.h"
+#include "support/printing.h"
+#include "valueframework/tree.h"
+
+#include <gtest/gtest.h>
+
+#include <QSet>
+
+using namespace Qt::StringLiterals;
+using namespace StdDeviceDefinition;
+using StdDeviceTree::Ant;
+
+namespace {
+
+struct Row {
+    const ValueDescriptor& descriptor;
+    QString path;
+    ValueType type;
+    QString defaultText;
+};
+
+void ExpectCreatedAsDescribed(const Row& row, const QString& basePath) {
+    SCOPED_TRACE(row.path.toStdString());
+    EXPECT_EQ(row.descriptor.PathName(), row.path);
+    const ValueBase* value = Tree::Instance()->GetValue(basePath + row.path);
+    ASSERT_NE(value, nullptr);
+    EXPECT_EQ(value->GetType(), row.type);
+    EXPECT_EQ(value->GetStringValue(), row.defaultText);
+    EXPECT_EQ(value->GetDescriptor(), &row.descriptor);
+}
+
+} // namespace
+
+TEST(StdDeviceDescriptors, ValuesThatTheOutputReadsStandAtTheirPathsWithTheirTypes) {
+    CreateBranch(EBranch::SERVER, u"/ZANServer"_s);
+    const Row rows[] = {
+        {g_vdAzimuth, u"/Res/DfR/Azimuth"_s, ValueType::Bearing, u",,,,,"_s},
+        {g_vdTrueHeading, u"/Res/HeaR/TrueHeading"_s, ValueType::Int, u"0"_s},
+        {g_vdAltitude, u"/Res/PosR/Altitude"_s, ValueType::Double, u"0"_s},
+        {g_vdRoll, u"/Res/PosR/Roll"_s, ValueType::Double, u"0"_s},
+        {g_vdPitch, u"/Res/PosR/Pitch"_s, ValueType::Double, u"0"_s},
+        {g_vdPosLastUpdate, u"/Res/PosR/PosLastUpdate"_s, ValueType::TimeStamp, u"0"_s},
+        {g_vdPosLatitude, u"/Res/PosR/PosLatitude"_s, ValueType::Double, u"0"_s},
+        {g_vdPosLongitude, u"/Res/PosR/PosLongitude"_s, ValueType::Double, u"0"_s},
+        {g_vdAzimuthList, u"/Res/DfR/AzimuthList"_s, ValueType::List, u""_s},
+        {g_vdSRStatus, u"/Par/Evt/SRStatus"_s, ValueType::Selection, u"Off"_s},
+        {g_vdSRNumEmitterResult, u"/Res/EvtR/SRNumEmitterResult"_s, ValueType::Int, u"0"_s},
+        {g_vdOperationMode, u"/DevAttr/OperationMode"_s, ValueType::Selection, u"Standby"_s},
+    };
+    for (const Row& row : rows) {
+        ExpectCreatedAsDescribed(row, u"/ZANServer"_s);
+    }
+}
+
+TEST(StdDeviceDescriptors, DeviceValuesStandBelowTheDeviceNode) {
+    CreateBranch(EBranch::DEVICE, u"/DEVICES/ZANServer"_s);
+    const Row rows[] = {
+        {g_vdCfgModifyTime, u"/Cfg/CfgModifyTime"_s, ValueType::String, u""_s},
+        {g_vdDevType, u"/DevAttr/DevType"_s, ValueType::String, u"ZANTIDE"_s},
+        {g_vdDevOptions, u"/DevAttr/DevOptions"_s, ValueType::String, u""_s},
+        {g_vdDevMaxChannelCount, u"/DevAttr/DevMaxChannelCount"_s, ValueType::Int, u"60000"_s},
+        {g_vdDevState, u"/DevAttr/DevState"_s, ValueType::Int, u"0"_s},
+        {g_vdBitMessages, u"/Res/BitR/BitMessages"_s, ValueType::String, u""_s},
+        {g_vdCmdCommand, u"/Cmd/CmdCommand"_s, ValueType::String, u""_s},
+    };
+    for (const Row& row : rows) {
+        ExpectCreatedAsDescribed(row, u"/DEVICES/ZANServer"_s);
+    }
+    EXPECT_NE(Tree::Instance()->GetNode(u"/DEVICES/ZANServer"_s + g_vdNodeCfg.PathName()), nullptr);
+}
+
+TEST(StdDeviceDescriptors, EveryRowOfEveryBranchIsCreatedUnderAPathOfItsOwn) {
+    for (const EBranch branch : {EBranch::DEVICE, EBranch::SERVER, EBranch::ANTENNA}) {
+        const QString basePath = u"/Branch%1"_s.arg(static_cast<int>(branch));
+        CreateBranch(branch, basePath);
+        QSet<QString> paths;
+        for (const ValueDescriptor* descriptor : GetDescriptors(branch)) {
+            paths.insert(descriptor->PathName());
+            const QString path = basePath + descriptor->PathName();
+            EXPECT_TRUE(Tree::Instance()->GetValue(path) || Tree::Instance()->GetNode(path))
+                << path.toStdString();
+        }
+        EXPECT_EQ(static_cast<std::size_t>(paths.size()), GetDescriptors(branch).size());
+    }
+}
+
+TEST(StdDeviceDescriptors, CreatingABranchAgainLeavesItsValuesAsTheyAre) {
+    CreateBranch(EBranch::SERVER, u"/ZANServer"_s);
+    auto* declination = Tree::Instance()->Find<ValueNumericInt>(u"/ZANServer"_s + g_vdDeclination.PathName());
+    ASSERT_NE(declination, nullptr);
+    declination->SetValue(17, nullptr);
+    CreateBranch(EBranch::SERVER, u"/ZANServer"_s);
+    EXPECT_EQ(Tree::Instance()->Find<ValueNumericInt>(u"/ZANServer"_s + g_vdDeclination.PathName()),
+              declination);
+    EXPECT_EQ(declination->GetValue(), 17);
+}
+
+TEST(StdDeviceDescriptors, CreatingABranchKeepsTheBasePathOfTheProcess) {
+    ValueDescriptor::SetBasePath(u"/Kept"_s);
+    CreateBranch(EBranch::DEVICE, u"/Device"_s);
+    EXPECT_EQ(ValueDescriptor::GetBasePath(), u"/Kept"_s);
+}
+
+TEST(AntBuilder, AntennasBecomeNumberedNodesWithAllTheirValuesAtTheirDefaults) {
+    Node* device = Tree::Instance()->CreateNode(u"/DEVICES/ZANServer"_s);
+    const Node* first = AntBuilder::InsertChild(device);
+    Node* second = AntBuilder::InsertChild(device);
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(first->GetPath(), u"/DEVICES/ZANServer/Ant0"_s);
+    EXPECT_EQ(second->GetPath(), u"/DEVICES/ZANServer/Ant1"_s);
+    EXPECT_EQ(second->GetTreeItems().size(), 20);
+
+    const Ant antenna(second);
+    EXPECT_EQ(antenna.GetValue<ValueString>(g_vdAntName)->GetValue(), QString());
+    EXPECT_EQ(antenna.GetValue<ValueInt>(g_vdAntHandle)->GetValue(), -1);
+    EXPECT_TRUE(antenna.GetValue<ValueBool>(g_vdAntEnabled)->GetValue());
+    EXPECT_EQ(antenna.GetValue<ValueNumericDouble>(g_vdAntCompassValue)->GetValue(), -1.0);
+    EXPECT_EQ(antenna.GetValue<ValueInt>(g_vdAntConverterHandle)->GetValue(), -1);
+    EXPECT_TRUE(antenna.GetValue<ValueSelection>(g_vdAntDfAlgorithm)->GetItems().empty());
+}
+
+TEST(AntBuilder, FreedNumberIsUsedAgain) {
+    Node* device = Tree::Instance()->CreateNode(u"/Device"_s);
+    Node* first = AntBuilder::InsertChild(device);
+    AntBuilder::InsertChild(device);
+    Tree::Instance()->Remove(first);
+    EXPECT_EQ(AntBuilder::InsertChild(device)->GetPath(), u"/Device/Ant0"_s);
+}
+
+TEST(AntBuilder, OnlyNodesOfTheAntennaTypeAreAntennas) {
+    Node* device = Tree::Instance()->CreateNode(u"/Device"_s);
+    EXPECT_TRUE(Ant::IsAntenna(AntBuilder::InsertChild(device)));
+    EXPECT_FALSE(Ant::IsAntenna(Tree::Instance()->CreateNode(u"/Device/Ant"_s)));
+    EXPECT_FALSE(Ant::IsAntenna(nullptr));
+}
+
+TEST(AntBuilder, WithoutAParentNothingIsMade) {
+    EXPECT_EQ(AntBuilder::InsertChild(nullptr), nullptr);
+}
