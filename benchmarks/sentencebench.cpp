@@ -77,7 +77,7 @@ std::string_view WithSentence(const Fields& bearing, DFDataSentence& sentence) {
 void Snprintf(benchmark::State& state) {
     std::array<char, 4096> buffer{};
     std::size_t i = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(WithSnprintf(Bearings()[i++ % COUNT], buffer));
     }
     state.SetItemsProcessed(state.iterations());
@@ -92,7 +92,7 @@ void QStringArg(benchmark::State& state) {
             .arg(second % 60, 2, 10, QChar(u'0'));
     };
     std::size_t i = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const auto& [head, tail] = Bearings()[i++ % COUNT];
         const QByteArray line =
             (u"$PLG,%1,FRQ,%2,CMP,%3,QUA,%4,LEV,%5,TIM,%6"_s.arg(head.azimuth / 10.0, 5, 'f', 1)
@@ -126,7 +126,7 @@ void Sentence(benchmark::State& state) {
         state.SkipWithError("the lines differ in more than the last digit of a half");
     }
     std::size_t i = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(WithSentence(Bearings()[i++ % COUNT], sentence));
     }
     state.SetItemsProcessed(state.iterations());

@@ -144,8 +144,7 @@ bool WriteSimulation(quint64 seed, quint64 rowCount, const QString& fileName) {
 
 int Simulate(const QStringList& arguments) {
     CommandLine line(
-        u"simulate"_s,
-        u"Writes the recording of an emitter that passes the station: one row a second."_s,
+        u"simulate"_s, u"Writes the recording of an emitter that passes the station: one row a second."_s,
         {{u"seed"_s, u"Number that the noise is drawn from."_s, u"N"_s},
          {u"rows"_s, u"Number of rows (default: %1)."_s.arg(PassSimulator::DEFAULT_ROW_COUNT), u"N"_s},
          {u"out"_s, u"File to write."_s, u"FILE"_s}});

@@ -45,12 +45,13 @@ int RunCommand::Run() {
     if (!m_station->GetOutput().IsEnabled()) {
         Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
     }
+    // Before there is a second thread, for a signal may arrive on any.
+    const SignalWatcher watcher;
+    connect(&watcher, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
     if (!StartDriver()) {
         return EXIT_FAILED;
     }
 
-    const SignalWatcher watcher;
-    connect(&watcher, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
     QTimer progress;
     if (AppOptions::GetBoolean(u"Progress"_s, Console::IsTerminal())) {
         connect(&progress, &QTimer::timeout, this, &RunCommand::ShowProgress);

@@ -1,6 +1,7 @@
 #include "zanstation/signalwatcher.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -13,8 +14,10 @@ constexpr std::array SIGNALS{SIGINT, SIGTERM};
 std::array<int, 2> sockets{-1, -1};
 
 void OnSignal(int) {
+    const int savedErrno = errno;
     const char byte = 1;
     [[maybe_unused]] const ssize_t written = ::write(sockets[0], &byte, 1);
+    errno = savedErrno;
 }
 
 int OpenSockets() {

@@ -4,7 +4,8 @@
 #include <QSocketNotifier>
 
 /// Turns the signals that end a program (SIGINT, SIGTERM) into a Qt signal on the event loop, so that the
-/// program can end in its own order. One at a time.
+/// program can end in its own order. One at a time; to be made before further threads are started, and
+/// destroyed after they have ended.
 class SignalWatcher final : public QObject {
     Q_OBJECT
 

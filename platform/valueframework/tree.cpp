@@ -112,7 +112,7 @@ ValueBase* Tree::InsertValue(const QString& parentPath, std::unique_ptr<ValueBas
         return nullptr;
     }
     const QString path = WithoutTrailingSlash(parentPath) + u'/' + value->GetName();
-    if (value->GetName().contains(u'/') || !IsValidPath(path) || !IsFree(path)) {
+    if (!IsValidPath(path) || !IsFree(path)) {
         return nullptr;
     }
     Node* parent = CreateNode(parentPath);

@@ -243,7 +243,7 @@ TEST_F(Station, InterruptedRunEndsWithEverythingWrittenThatCameIn) {
         ::kill(static_cast<pid_t>(process.processId()), signal);
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(process.exitCode(), 130);
+        EXPECT_EQ(process.exitCode(), 130) << process.readAllStandardError().toStdString();
         const Result result{process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()), {}};
         EXPECT_EQ(Counted(result, u"sentences to file"_s), 1);
         EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);

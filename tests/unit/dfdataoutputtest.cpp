@@ -32,6 +32,7 @@
 #include <initializer_list>
 #include <limits>
 #include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -119,7 +120,7 @@ void RunEventLoopForAWhile() {
 }
 
 class DFDataOutputTest : public testing::Test {
-protected:
+public:
     DFDataOutputTest() {
         Tree::Instance()->Clear();
         EXPECT_TRUE(CfgCenter::SetConfigDirectory(m_directory.filePath(u"config"_s)));
@@ -131,6 +132,7 @@ protected:
         CfgCenter::Close();
     }
 
+protected:
     static ICfg& Store() { return CfgCenter::GetAppCfg(ICfg::View::Outputs); }
 
     /// Fills the tree with all values that a sentence is made of, without super-resolution.
@@ -873,11 +875,12 @@ TEST_F(DFDataOutputTest, SettingsAreSavedByTheDestructorOnly) {
 }
 
 TEST_F(DFDataOutputTest, IntervalThatIsNoTimeStartsNoTimerAndOneThatIsTooLongIsTheLongest) {
-    const struct {
+    struct Case {
         qint64 stored;
         int used;
-    } cases[] = {{-1, 0}, {0, 0}, {25, 25}, {4294967297, std::numeric_limits<int>::max()}};
-    for (const auto& [stored, used] : cases) {
+    };
+    for (const auto& [stored, used] :
+         {Case{-1, 0}, Case{0, 0}, Case{25, 25}, Case{4294967297, std::numeric_limits<int>::max()}}) {
         Store().SetInt(u"Output_Interval"_s, stored);
         m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
         m_output.reset();
@@ -963,7 +966,7 @@ TEST_F(DFDataOutputTest, AppliedPanelIsTakenOverAndTheOutputStartsAnew) {
 }
 
 TEST_F(DFDataOutputTest, EachDifferenceInThePanelStartsTheOutputAnew) {
-    const std::function<void()> changes[] = {
+    const std::vector<std::function<void()>> changes{
         [this] { SerialCheck().click(); }, [this] { AddressEdit().setText(u"COM200"_s); },
         [this] { FileNameEdit().setText(m_fileName + u'x'); }, [this] { IntervalSpin().setValue(9990); }};
     for (const auto& change : changes) {

@@ -11,6 +11,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -110,10 +111,11 @@ TEST(DFDataSentence, CompleteSentenceHoldsEveryFieldInItsPlace) {
 }
 
 TEST(DFDataSentence, EachFieldOfTheHeadIsPaddedAndRoundedOnItsOwn) {
-    const struct {
+    struct Case {
         Head head;
         const char* line;
-    } cases[] = {
+    };
+    const std::vector<Case> cases{
         {{.azimuth = 0}, "$PLG,  0.0,FRQ,         0,CMP, -0.1,QUA,  0.0,LEV, -0.5,TIM,"},
         {{.azimuth = 3599}, "$PLG,359.9,FRQ,         0,CMP, -0.1,QUA,  0.0,LEV, -0.5,TIM,"},
         {{.azimuth = 65535}, "$PLG,6553.5,FRQ,         0,CMP, -0.1,QUA,  0.0,LEV, -0.5,TIM,"},
@@ -145,10 +147,11 @@ TEST(DFDataSentence, EachFieldOfTheHeadIsPaddedAndRoundedOnItsOwn) {
 }
 
 TEST(DFDataSentence, EachFieldOfTheTailIsPaddedAndRoundedOnItsOwn) {
-    const struct {
+    struct Case {
         Tail tail;
         const char* line;
-    } cases[] = {
+    };
+    const std::vector<Case> cases{
         {{.elevation = 900}, ",ELV,90.0,PTC,0.0,RLL,0.0,ALT,0.0,PTM,,LAT,  0.00000,LON,0.0000000"},
         {{.elevation = -32768}, ",ELV,-3276.8,PTC,0.0,RLL,0.0,ALT,0.0,PTM,,LAT,  0.00000,LON,0.0000000"},
         {{.pitch = 12.34}, ",ELV,0.0,PTC,12.3,RLL,0.0,ALT,0.0,PTM,,LAT,  0.00000,LON,0.0000000"},

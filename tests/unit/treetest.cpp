@@ -501,6 +501,21 @@ TEST_F(TreeRemovalTest, WhatIsBeingRemovedIsNotRemovedTwice) {
     EXPECT_FALSE(isRemovedAgain);
 }
 
+TEST_F(TreeRemovalTest, WhatAnObserverRemovesHasNoPlaceAnyMoreButLivesUntilTheOuterRemovalEnds) {
+    Build();
+    const ObservablePtr<ITreeItem> inner = Item(u"/Z/z"_s);
+    actions[u"/A/B"_s] = [&] {
+        EXPECT_TRUE(tree.Remove(inner.get()));
+        ASSERT_TRUE(inner);
+        EXPECT_TRUE(inner->GetPath().isEmpty());
+        EXPECT_EQ(inner->GetParent(), nullptr);
+        EXPECT_FALSE(Stands(u"/Z/z"_s));
+        EXPECT_FALSE(tree.Remove(inner.get()));
+    };
+    EXPECT_TRUE(tree.Remove(Item(u"/A"_s)));
+    EXPECT_FALSE(inner);
+}
+
 TEST_F(TreeRemovalTest, NothingIsInsertedBelowWhatIsBeingRemoved) {
     Build();
     int tried = 0;
@@ -706,6 +721,20 @@ TEST_F(TreeTest, ADeleteObserverMayRemoveOtherItems) {
     value->SetDeleteObserver(&deleteObserver);
     EXPECT_TRUE(tree.Remove(value));
     EXPECT_EQ(deleteObserver.told, QStringList{u"/A/v"_s});
+    EXPECT_EQ(Dumped(), QString());
+}
+
+TEST_F(TreeTest, WhenADeleteObserverIsToldTheNodesAboveStillStandAndTakeNothingIn) {
+    ValueInt* value = Insert(u"/A/B/v"_s);
+    DeleteObserver deleteObserver;
+    deleteObserver.onDeleted = [&] {
+        EXPECT_TRUE(Stands(u"/A"_s));
+        EXPECT_TRUE(Stands(u"/A/B"_s));
+        EXPECT_EQ(Insert(u"/A/B/new"_s), nullptr);
+    };
+    value->SetDeleteObserver(&deleteObserver);
+    EXPECT_TRUE(tree.Remove(tree.GetNode(u"/A"_s)));
+    EXPECT_EQ(deleteObserver.told.size(), 1);
     EXPECT_EQ(Dumped(), QString());
 }
 

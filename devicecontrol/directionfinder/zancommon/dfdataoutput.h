@@ -22,8 +22,10 @@ class BearingResult;
 /// A sink that fails does not stop the other one. The first of a run of equal failures is traced, and so is
 /// its end; `GetLastError` and `GetCounters` tell more.
 ///
-/// The configuration widget exists in programs with a QApplication only; without it everything else works.
-/// Values are looked up when the output is switched on. Needs an event loop; belongs to the main thread.
+/// The configuration widget exists in programs with a QApplication only, and the output is then destroyed
+/// before that; without it everything else works. Values are looked up when the output is switched on: one
+/// that comes into the tree later, or that is replaced there, is seen from the next time on. Needs an event
+/// loop; belongs to the main thread.
 class ZANCOMMON_EXPORT DFDataOutput : public ZANAbstractInterface, public IObserver {
     Q_OBJECT
 
