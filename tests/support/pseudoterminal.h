@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 #include <utility>
 
@@ -36,6 +37,11 @@ public:
         const ssize_t count = read(m_farEnd, bytes.data(), static_cast<size_t>(bytes.size()));
         bytes.truncate(std::max<ssize_t>(count, 0));
         return bytes;
+    }
+    /// Whether whoever had opened the path has closed it.
+    [[nodiscard]] bool IsClosed() const {
+        pollfd farEnd{m_farEnd, POLLIN, 0};
+        return poll(&farEnd, 1, 0) == 1 && (farEnd.revents & POLLHUP) != 0;
     }
     [[nodiscard]] bool Write(const QByteArray& bytes) const {
         return write(m_farEnd, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size();

@@ -579,6 +579,15 @@ TEST_F(DFDataOutputTest, BearingIsNoLongerObservedWhenItIsAboutToGo) {
     EXPECT_EQ(InFile(), "");
 }
 
+TEST_F(DFDataOutputTest, BearingThatIsAboutToGoIsAbsentFromAPeriodicSentence) {
+    FillTree();
+    FillOperationMode(7);
+    MakeOutput(true, false, 10);
+    Bearing().HasChanged(TChangeCode::GoingAway, nullptr);
+    EXPECT_TRUE(SpinUntil([this] { return !InFile().isEmpty(); }));
+    EXPECT_TRUE(InFile().startsWith("$PLG, -1.0,FRQ,         0,CMP,359.9,QUA,  0.0,LEV, -0.5,TIM,,ELV,0.0"));
+}
+
 TEST_F(DFDataOutputTest, ValuesThatGoAwayWhileItIsOnCountAsAbsent) {
     FillTree();
     FillSuperResolution(1);
@@ -634,6 +643,14 @@ TEST_F(DFDataOutputTest, SwitchingToTheStateThatItHasDoesNothing) {
     output.SetEnabled(false);
     output.SetEnabled(false);
     EXPECT_FALSE(output.IsEnabled());
+}
+
+TEST_F(DFDataOutputTest, SwitchingOnAgainDoesNotLookForTheValuesAgain) {
+    DFDataOutput& output = MakeOutput(true, false);
+    FillTree();
+    output.SetEnabled(true);
+    NewBearing();
+    EXPECT_EQ(InFile(), "");
 }
 
 TEST_F(DFDataOutputTest, SwitchedOnWithoutASinkItObservesAndSendsNothing) {
@@ -831,12 +848,9 @@ TEST_F(DFDataOutputTest, SerialLineThatIsTooSlowDropsSentencesUntilItHasRoomAgai
 TEST_F(DFDataOutputTest, SerialLineIsClosedWhenTheOutputIsSwitchedOff) {
     FillTree();
     DFDataOutput& output = MakeOutput(false, true);
+    EXPECT_FALSE(m_line.IsClosed());
     output.SetEnabled(false);
-    m_trace.lines.clear();
-    m_line.Unplug();
-    QCoreApplication::processEvents();
-    EXPECT_TRUE(m_trace.lines.isEmpty()); // an open line would be told
-    EXPECT_TRUE(output.findChildren<QTimer*>().isEmpty());
+    EXPECT_TRUE(SpinUntil([this] { return m_line.IsClosed(); }));
 }
 
 // --- Settings ---------------------------------------------------------------------------------------------

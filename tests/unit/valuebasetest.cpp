@@ -363,11 +363,12 @@ TEST_F(ValueBaseTest, TakingBackAnUnknownOverrideChangesNothing) {
 }
 
 TEST_F(ValueBaseTest, SettingTheTimeOverAndOverDoesNotPutOffTheDelivery) {
-    value.SetUpdateTimerTime(5 * SHORT_MS);
+    constexpr unsigned TIME_MS = 300;
+    value.SetUpdateTimerTime(TIME_MS);
     value.SetValue(1, nullptr);
     EXPECT_TRUE(SpinUntil([&] {
-        value.SetUpdateTimerTime(5 * SHORT_MS);
-        value.KillOverrideTimer(value.OverrideTimer(5 * SHORT_MS));
+        value.SetUpdateTimerTime(TIME_MS);
+        value.KillOverrideTimer(value.OverrideTimer(TIME_MS));
         value.SetValue(value.GetValue() + 1, nullptr);
         return !observer.codes.empty();
     }));
