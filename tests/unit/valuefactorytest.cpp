@@ -26,7 +26,9 @@ TEST(ValueFactory, ACloneHasTypeNameContentAndState) {
         const std::unique_ptr<ValueBase> clone = ValueFactory::Instance().CloneValue(*source);
         ASSERT_NE(clone, nullptr);
         EXPECT_NE(clone, source);
-        EXPECT_TRUE(typeid(*clone.get()) == typeid(*source.get()));
+        const ValueBase& copy = *clone;
+        const ValueBase& original = *source;
+        EXPECT_TRUE(typeid(copy) == typeid(original));
         EXPECT_TRUE(clone->Compare(source.get()));
         EXPECT_EQ(clone->GetStringValue(), source->GetStringValue());
         EXPECT_EQ(clone->GetName(), u"name"_s);
