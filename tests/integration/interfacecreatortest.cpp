@@ -4,6 +4,7 @@
 #include "connections/iinterfacecallback.h"
 #include "kwbase/errorhandler.h"
 #include "support/printing.h"
+#include "support/pseudoterminal.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
@@ -14,13 +15,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <fcntl.h>
 #include <functional>
 #include <limits>
 #include <memory>
 #include <termios.h>
-#include <unistd.h>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -28,48 +26,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int MAX_WAITING_BYTES = 4096;
-
-// A serial line without hardware: the interface opens one end, the test holds the other.
-class PseudoTerminal {
-public:
-    PseudoTerminal()
-        : m_farEnd(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)) {
-        EXPECT_GE(m_farEnd, 0);
-        EXPECT_EQ(grantpt(m_farEnd), 0);
-        EXPECT_EQ(unlockpt(m_farEnd), 0);
-        path = QString::fromLocal8Bit(ptsname(m_farEnd));
-    }
-    PseudoTerminal(const PseudoTerminal&) = delete;
-    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
-    ~PseudoTerminal() { Unplug(); }
-
-    void Unplug() {
-        if (m_farEnd >= 0) {
-            close(m_farEnd);
-            m_farEnd = -1;
-        }
-    }
-    [[nodiscard]] QByteArray Read() const {
-        QByteArray bytes(65536, '\0');
-        const ssize_t count = read(m_farEnd, bytes.data(), static_cast<size_t>(bytes.size()));
-        bytes.truncate(std::max<ssize_t>(count, 0));
-        return bytes;
-    }
-    [[nodiscard]] qint64 Write(const QByteArray& bytes) const {
-        return write(m_farEnd, bytes.constData(), static_cast<size_t>(bytes.size()));
-    }
-    // As the interface set it up.
-    [[nodiscard]] termios Settings() const {
-        termios settings{};
-        EXPECT_EQ(tcgetattr(m_farEnd, &settings), 0);
-        return settings;
-    }
-
-    QString path;
-
-private:
-    int m_farEnd;
-};
 
 class Callback final : public IInterfaceCallback {
 public:

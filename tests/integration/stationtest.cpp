@@ -1,4 +1,5 @@
 #include "support/printing.h"
+#include "support/pseudoterminal.h"
 
 #include <gtest/gtest.h>
 
@@ -10,10 +11,6 @@
 #include <QTemporaryDir>
 
 #include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
-#include <termios.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -252,27 +249,22 @@ TEST_F(Station, InterruptedRunEndsWithEverythingWrittenThatCameIn) {
 }
 
 TEST_F(Station, SerialLineReceivesOneSentenceABearing) {
-    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
-    ASSERT_TRUE(terminal >= 0 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
-    const QString address = QString::fromLocal8Bit(::ptsname(terminal)) + u":9600,n,8,1"_s;
+    const PseudoTerminal line;
     QProcess process;
     process.start(QStringLiteral(ZAN_STATION),
                   {u"run"_s, u"--recording"_s,
                    Record("1000,121500000,71.5,,90,,,,,,,\n2000,121500000,72.5,,90,,,,,,,\n"), u"--speed"_s,
-                   u"max"_s, u"--config"_s, Path(u"config"_s), u"--serial"_s, address});
+                   u"max"_s, u"--config"_s, Path(u"config"_s), u"--serial"_s, line.path + u":9600,n,8,1"_s});
     QByteArray received;
     const QDeadlineTimer deadline(PATIENCE_MS);
     while (received.count("\r\n") < 2 && !deadline.hasExpired()) {
         process.waitForFinished(20);
-        char buffer[256];
-        const ssize_t count = ::read(terminal, buffer, sizeof buffer);
-        received.append(buffer, static_cast<int>(std::max<ssize_t>(count, 0)));
+        received += line.Read();
     }
     EXPECT_EQ(received, QByteArray("$PLG, 71.5,FRQ, 121500000,CMP, -0.1,QUA, 90.0,LEV, -0.5,TIM,000001\r\n"
                                    "$PLG, 72.5,FRQ, 121500000,CMP, -0.1,QUA, 90.0,LEV, -0.5,TIM,000002\r\n"));
     EXPECT_TRUE(process.state() == QProcess::NotRunning || process.waitForFinished(PATIENCE_MS));
     EXPECT_EQ(process.exitCode(), 0);
-    ::close(terminal);
 }
 
 TEST_F(Station, IntervalWritesSentencesByTheClock) {

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
+#include <termios.h>
 #include <unistd.h>
 #include <utility>
 
@@ -43,8 +44,15 @@ public:
         pollfd farEnd{m_farEnd, POLLIN, 0};
         return poll(&farEnd, 1, 0) == 1 && (farEnd.revents & POLLHUP) != 0;
     }
-    [[nodiscard]] bool Write(const QByteArray& bytes) const {
-        return write(m_farEnd, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size();
+    /// How many bytes the line took; below 0 when none.
+    [[nodiscard]] qint64 Write(const QByteArray& bytes) const {
+        return write(m_farEnd, bytes.constData(), static_cast<size_t>(bytes.size()));
+    }
+    /// As whoever has opened the path set it up.
+    [[nodiscard]] termios Settings() const {
+        termios settings{};
+        EXPECT_EQ(tcgetattr(m_farEnd, &settings), 0);
+        return settings;
     }
 
     QString path;

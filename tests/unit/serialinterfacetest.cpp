@@ -165,7 +165,7 @@ TEST_F(SerialInterfaceTest, WriteToALineThatIsNotReadyReturnsFalseWithoutATraceL
 TEST_F(SerialInterfaceTest, IncomingDataIsTracedAndIgnored) {
     const PseudoTerminal line;
     const auto serial = MakeOpen(line);
-    EXPECT_TRUE(line.Write("hello"));
+    EXPECT_EQ(line.Write("hello"), 5);
     EXPECT_TRUE(SpinUntil([this] { return !m_trace.lines.isEmpty(); }));
     EXPECT_EQ(m_trace.lines.first(), DATA_CAME);
     EXPECT_TRUE(Write(*serial, "$PLG"));
