@@ -111,7 +111,7 @@ public:
         return true;
     }
 
-    bool OpenStore() const {
+    [[nodiscard]] bool OpenStore() const {
         if (!CfgCenter::SetConfigDirectory(m_parser.value(u"config"_s))) {
             Console::Error(CfgCenter::GetLastError());
             return false;

@@ -36,7 +36,7 @@ public:
     ReplayDriver(KvZANCommon::ILegacyDriverCallback& callback, double pace);
     ReplayDriver(const ReplayDriver&) = delete;
     ReplayDriver& operator=(const ReplayDriver&) = delete;
-    ~ReplayDriver();
+    virtual ~ReplayDriver();
 
     /// How much of the recording has been read, 0 to 1. From any thread.
     [[nodiscard]] double GetProgress() const { return m_progress; }

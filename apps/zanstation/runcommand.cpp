@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -149,17 +150,18 @@ void RunCommand::ShowProgress() {
 void RunCommand::PrintSummary() const {
     const StationCounts& counts = m_station->GetCounts();
     const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
-    const std::pair<QString, quint64> lines[] = {
-        {u"bearings in"_s, counts.bearings},
-        {u"rejected: pitch/roll"_s, counts.rejectedPitchRoll},
-        {u"rejected: overhead pass"_s, counts.rejectedOverhead},
-        {u"without signal"_s, counts.withoutSignal},
-        {u"marked as unusable"_s, counts.unusable},
-        {u"published"_s, counts.published},
-        {u"sentences to file"_s, output.fileSentences},
-        {u"sentences to serial line"_s, output.serialSentences},
-        {u"dropped: file"_s, output.fileDropped},
-        {u"dropped: serial line"_s, output.serialDropped},
+    using Line = std::pair<QString, quint64>;
+    const std::array lines{
+        Line{u"bearings in"_s, counts.bearings},
+        Line{u"rejected: pitch/roll"_s, counts.rejectedPitchRoll},
+        Line{u"rejected: overhead pass"_s, counts.rejectedOverhead},
+        Line{u"without signal"_s, counts.withoutSignal},
+        Line{u"marked as unusable"_s, counts.unusable},
+        Line{u"published"_s, counts.published},
+        Line{u"sentences to file"_s, output.fileSentences},
+        Line{u"sentences to serial line"_s, output.serialSentences},
+        Line{u"dropped: file"_s, output.fileDropped},
+        Line{u"dropped: serial line"_s, output.serialDropped},
     };
     for (const auto& [name, count] : lines) {
         Console::Print(name.leftJustified(26) + Count(count).rightJustified(10));

@@ -115,8 +115,7 @@ void Station::StartOutput() {
 
 Station::~Station() {
     m_overheadSynchronizer.reset();
-    QString name = OutputName();
-    m_interfaces.Remove(name);
+    m_interfaces.Remove(OutputName());
     Tree& tree = *Tree::Instance();
     tree.Remove(tree.GetNode(ZANPath::SERVER.toString()));
     tree.Remove(tree.GetNode(u"/DEVICES"_s));

@@ -3,9 +3,7 @@
 #include "connections/iinterfacecallback.h"
 #include "kwbase/errorhandler.h"
 
-#include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QEvent>
 
 using namespace Qt::StringLiterals;
 
@@ -38,12 +36,9 @@ bool SerialPortInterface::Open() {
     connect(&m_port, &QSerialPort::bytesWritten, this, &SerialPortInterface::TellWritten,
             Qt::QueuedConnection);
     connect(&m_port, &QSerialPort::errorOccurred, this, &SerialPortInterface::Fail, Qt::QueuedConnection);
-    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    QMetaObject::invokeMethod(
+        this, [this] { m_callback.OnOpen(); }, Qt::QueuedConnection);
     return true;
-}
-
-void SerialPortInterface::customEvent(QEvent*) {
-    m_callback.OnOpen();
 }
 
 bool SerialPortInterface::IsReadyToWrite(const char* data, int length) const {

@@ -26,7 +26,6 @@ public:
     bool Write(const char* data, int length) override;
 
 private:
-    void customEvent(QEvent*) override; // posted by Open
     void DiscardInput();
     void TellWritten();
     void Fail();

@@ -31,8 +31,8 @@ const Items POSITION_SOURCES = {{u"None"_s, 0, 0}, {u"GPS"_s, 0, 1}, {u"Manual"_
 
 std::span<const ValueDescriptor* const> GetDescriptors(EBranch branch) {
     static const auto branches = [] {
-        constexpr std::pair<EBranch, const ValueDescriptor*> ROWS[] = {
-#define ZAN_DESCRIPTOR(name, branch, path, maker) {EBranch::branch, &(name)},
+        constexpr std::array ROWS{
+#define ZAN_DESCRIPTOR(name, branch, path, maker) std::pair{EBranch::branch, &(name)},
 #include "stddevicedefinition/stddevicedescriptors.def"
 #undef ZAN_DESCRIPTOR
         };

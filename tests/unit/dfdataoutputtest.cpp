@@ -41,6 +41,9 @@ namespace {
 constexpr quint64 BEARING_TIME = 1527681600000;         // 12:00:00
 constexpr quint64 POSITION_TIME = BEARING_TIME - 61000; // 11:58:59
 
+// Of the lines that the output itself traces.
+const QString ORIGIN = u"zancommon\\dfdataoutput("_s;
+
 const QString BEARING = u"/ZANServer/Res/DfR/Azimuth"_s;
 const QString HEADING = u"/ZANServer/Res/HeaR/TrueHeading"_s;
 const QString ALTITUDE = u"/ZANServer/Res/PosR/Altitude"_s;
@@ -731,7 +734,7 @@ TEST_F(DFDataOutputTest, FileThatCannotBeOpenedIsReportedAndTheSerialLineGoesOn)
         NewBearing();
         EXPECT_EQ(OnLine(HEAD.size() + 2), HEAD + "\r\n");
         EXPECT_EQ(m_output->GetCounters(), (DFDataOutput::Counters{.fileDropped = 1, .serialSentences = 1}));
-        EXPECT_TRUE(m_trace.lines.filter(u"dfdataoutput"_s).isEmpty());
+        EXPECT_TRUE(m_trace.lines.filter(ORIGIN).isEmpty());
         m_output.reset();
     }
     EXPECT_TRUE(QFileInfo(m_directory.filePath(u"folder/occupied"_s)).isDir());
@@ -754,14 +757,14 @@ TEST_F(DFDataOutputTest, FullDiskIsReportedOnceAndAgainWhenThereIsRoomWhileTheSe
               (DFDataOutput::Counters{.fileSentences = 1, .fileDropped = 3, .serialSentences = 4}));
     EXPECT_TRUE(output.GetLastError().startsWith(text));
     EXPECT_GT(output.GetLastError().size(), text.size());
-    EXPECT_EQ(m_trace.lines.filter(u"dfdataoutput"_s).size(), 1);
+    EXPECT_EQ(m_trace.lines.filter(ORIGIN).size(), 1);
     EXPECT_EQ(m_trace.lines.filter(text).size(), 1);
 
     NewBearing();
     NewBearing();
     EXPECT_EQ(InFile(), LINE + LINE + LINE);
     EXPECT_EQ(output.GetCounters().fileSentences, 3U);
-    EXPECT_EQ(m_trace.lines.filter(u"dfdataoutput"_s).size(), 2);
+    EXPECT_EQ(m_trace.lines.filter(ORIGIN).size(), 2);
     EXPECT_TRUE(m_trace.lines.last().endsWith(u"Writing to "_s + m_fileName + u" works again"_s));
     EXPECT_TRUE(output.GetLastError().startsWith(text));
 }
@@ -822,7 +825,7 @@ TEST_F(DFDataOutputTest, SerialLineThatIsNotThereIsReportedOnceAndTheFileGoesOn)
     NewBearing();
     EXPECT_EQ(InFile(), LINE + LINE);
     EXPECT_EQ(m_output->GetCounters(), (DFDataOutput::Counters{.fileSentences = 2, .serialDropped = 2}));
-    EXPECT_EQ(m_trace.lines.filter(u"dfdataoutput"_s).size(), 1);
+    EXPECT_EQ(m_trace.lines.filter(ORIGIN).size(), 1);
     EXPECT_EQ(m_output->GetLastError(),
               u"Writing to "_s + m_line.path + u":9600,e,8,1 failed: the serial line is not ready"_s);
 }

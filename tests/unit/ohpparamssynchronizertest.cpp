@@ -79,6 +79,14 @@ TEST_F(OHPParamsSynchronizerTest, OriginatorOfAChangeIsNotTold) {
     EXPECT_EQ(originator.count, 0);
 }
 
+TEST_F(OHPParamsSynchronizerTest, ItsOwnChangeDoesNotComeBack) {
+    OHPParamsSynchronizer synchronizer(m_first, m_second);
+    m_first.SetValid(true, &synchronizer);
+    m_first.SetThreshold(1, nullptr);
+    ExpectContent(m_first, 1, true);
+    ExpectContent(m_second, 1, true);
+}
+
 TEST_F(OHPParamsSynchronizerTest, OnlyCode3IsHandled) {
     OHPParamsSynchronizer synchronizer(m_first, m_second);
     m_first.SetThreshold(1, &synchronizer);

@@ -183,6 +183,20 @@ TEST_F(OHPParamsVtSynchronizerTest, OriginatorOfAChangeIsNotTold) {
     ExpectParams(101, false);
 }
 
+TEST_F(OHPParamsVtSynchronizerTest, ItsOwnChangeDoesNotComeBackLater) {
+    OHPParamsVtSynchronizer synchronizer(m_params, {});
+    constexpr unsigned LONG_MS = 3600000;
+    Threshold()->SetUpdateTimerTime(LONG_MS);
+    Valid()->SetUpdateTimerTime(LONG_MS);
+    m_params.SetThreshold(100, nullptr);
+    m_params.SetValid(true, nullptr);
+    m_params.SetThreshold(1000, &synchronizer);
+    m_params.SetValid(false, &synchronizer);
+    Threshold()->SetUpdateTimerTime(0); // delivers what is waiting
+    Valid()->SetUpdateTimerTime(0);
+    ExpectParams(1000, false);
+}
+
 TEST_F(OHPParamsVtSynchronizerTest, ThresholdOutsideTheRangeStaysInTheParametersOnly) {
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     for (const int threshold : {901, -1}) {
@@ -382,6 +396,16 @@ TEST_F(OHPParamsVtSynchronizerTest, ObserverMayRemoveTheValueWhileItIsRead) {
     m_params.SetValid(true, nullptr);
     EXPECT_FALSE(Threshold());
     EXPECT_TRUE(Valid()->GetValue());
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ObserverMayDestroyTheParametersMeanwhile) {
+    auto params = std::make_unique<OverheadPassParams>();
+    const OHPParamsVtSynchronizer synchronizer(*params, {});
+    Reaction reaction([&params] { params.reset(); });
+    Threshold()->AddObserver(&reaction);
+    params->SetThreshold(100, nullptr);
+    EXPECT_FALSE(params);
+    ExpectTree(100, false);
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, ObserverMayDestroySynchronizerParametersAndValuesMeanwhile) {

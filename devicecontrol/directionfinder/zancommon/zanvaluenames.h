@@ -2,6 +2,8 @@
 
 #include <QStringView>
 
+#include <array>
+
 /// The prefixes of the paths in the value tree.
 namespace ZANPath {
 
@@ -54,42 +56,42 @@ inline constexpr QStringView AZIMUTH_FILTER_RANGE = u"AZIMUTH_FILTER_RANGE";
 inline constexpr QStringView ELEVATION_FILTER_RANGE = u"ELEVATION_FILTER_RANGE";
 
 /// All names in their order.
-inline constexpr QStringView ALL[] = {TMPDATE,
-                                      IFMAPPING,
-                                      IFSTRING,
-                                      ELEVOVERAZIMAPPING,
-                                      WIDEBANDFFM,
-                                      DFSETTINGS,
-                                      V_ZAN_TYPE,
-                                      SHOWWARNINGS,
-                                      AZIMUTHVARIATION,
-                                      RECORDINGDEVICETYPE,
-                                      JOBLOADED,
-                                      SYSMINFREQ,
-                                      SYSMAXFREQ,
-                                      IFHALFWIDTH,
-                                      LEVELOVERFLOW,
-                                      ZANDATAVALID,
-                                      ZANDATASTATEINFO,
-                                      DFBANDWIDTHVLF,
-                                      DFBANDWIDTHHF,
-                                      DFBANDWIDTHVUHF,
-                                      EXTERNALREFERENCE,
-                                      USEJOBSETTINGSFORFFM,
-                                      COMMANDLOG,
-                                      SCANLOCMODE,
-                                      GSMLOCMODE,
-                                      GSMRESULTFREQUENCY,
-                                      HANDOVERFREQUENCY,
-                                      HANDOVERAUTO,
-                                      HANDOVERSIGNALTIME,
-                                      AUTODISCONNECTAFTERLASTCLIENT,
-                                      SUPERRESPARAMETERHAVECHANGED,
-                                      SYNFASTMODESWITCH,
-                                      VOLKFWVERSION,
-                                      VOLKFWSUBVERSION,
-                                      HANDOVERPOOLFREQUENCY,
-                                      AZIMUTH_FILTER_RANGE,
-                                      ELEVATION_FILTER_RANGE};
+inline constexpr std::array ALL{TMPDATE,
+                                IFMAPPING,
+                                IFSTRING,
+                                ELEVOVERAZIMAPPING,
+                                WIDEBANDFFM,
+                                DFSETTINGS,
+                                V_ZAN_TYPE,
+                                SHOWWARNINGS,
+                                AZIMUTHVARIATION,
+                                RECORDINGDEVICETYPE,
+                                JOBLOADED,
+                                SYSMINFREQ,
+                                SYSMAXFREQ,
+                                IFHALFWIDTH,
+                                LEVELOVERFLOW,
+                                ZANDATAVALID,
+                                ZANDATASTATEINFO,
+                                DFBANDWIDTHVLF,
+                                DFBANDWIDTHHF,
+                                DFBANDWIDTHVUHF,
+                                EXTERNALREFERENCE,
+                                USEJOBSETTINGSFORFFM,
+                                COMMANDLOG,
+                                SCANLOCMODE,
+                                GSMLOCMODE,
+                                GSMRESULTFREQUENCY,
+                                HANDOVERFREQUENCY,
+                                HANDOVERAUTO,
+                                HANDOVERSIGNALTIME,
+                                AUTODISCONNECTAFTERLASTCLIENT,
+                                SUPERRESPARAMETERHAVECHANGED,
+                                SYNFASTMODESWITCH,
+                                VOLKFWVERSION,
+                                VOLKFWSUBVERSION,
+                                HANDOVERPOOLFREQUENCY,
+                                AZIMUTH_FILTER_RANGE,
+                                ELEVATION_FILTER_RANGE};
 
 } // namespace ZANValueName
