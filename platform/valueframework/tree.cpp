@@ -201,8 +201,8 @@ void Tree::Dump(QTextStream& out) const {
             if (node == &m_root) {
                 continue;
             }
-        } else {
-            AppendEscaped(text, static_cast<const ValueBase&>(item).GetStringValue());
+        } else if (const auto* value = dynamic_cast<const ValueBase*>(&item)) {
+            AppendEscaped(text, value->GetStringValue());
         }
         QString path;
         AppendEscaped(path, item.GetPath());

@@ -817,7 +817,7 @@ TEST_F(DFDataOutputTest, FailuresAreTracedOnlyWhenTheMaskWantsThem) {
 
 TEST_F(DFDataOutputTest, SerialLineThatIsNotThereIsReportedOnceAndTheFileGoesOn) {
     FillTree();
-    m_line.Unplug();
+    Store().SetString(u"RS232Output_Address"_s, u"/dev/no-such-line:9600,e,8,1"_s);
     Store().SetBool(u"FileOutput_Enabled"_s, true);
     Store().SetBool(u"RS232Output_Enabled"_s, true);
     m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
@@ -827,7 +827,7 @@ TEST_F(DFDataOutputTest, SerialLineThatIsNotThereIsReportedOnceAndTheFileGoesOn)
     EXPECT_EQ(m_output->GetCounters(), (DFDataOutput::Counters{.fileSentences = 2, .serialDropped = 2}));
     EXPECT_EQ(m_trace.lines.filter(ORIGIN).size(), 1);
     EXPECT_EQ(m_output->GetLastError(),
-              u"Writing to "_s + m_line.path + u":9600,e,8,1 failed: the serial line is not ready"_s);
+              u"Writing to /dev/no-such-line:9600,e,8,1 failed: the serial line is not ready"_s);
 }
 
 TEST_F(DFDataOutputTest, SerialLineThatIsTooSlowDropsSentencesUntilItHasRoomAgain) {
