@@ -9,6 +9,14 @@ public:
     [[nodiscard]] unsigned long long GetCurrentTime() const override {
         return static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch());
     }
+    bool TranslateHostName(const QString& host, QString& translated) const override {
+        const QString name = host.endsWith(u'.') ? host.chopped(1) : host;
+        if (name.isEmpty()) {
+            return false;
+        }
+        translated = name.toLower();
+        return true;
+    }
 };
 
 ITolmOS* replacement = nullptr;

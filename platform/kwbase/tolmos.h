@@ -2,6 +2,8 @@
 
 #include "zanplatform_export.h"
 
+#include <QString>
+
 /// What the library asks of the operating system.
 class ZANPLATFORM_EXPORT ITolmOS {
 public:
@@ -12,6 +14,10 @@ public:
 
     /// The clock: milliseconds since 1970-01-01 00:00:00 UTC, as `Tolm::DateTime` takes them.
     [[nodiscard]] virtual unsigned long long GetCurrentTime() const = 0;
+    /// Brings the name of a host into the one form in which this system writes it, the same on every run:
+    /// lower case, without the dot that may end a whole domain name. Nothing is looked up. False, with
+    /// `translated` as it was, for a name that is empty.
+    virtual bool TranslateHostName(const QString& host, QString& translated) const = 0;
 };
 
 /// Gives access to the operating system of this process.

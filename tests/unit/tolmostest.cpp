@@ -15,6 +15,7 @@ unsigned long long WallClock() {
 class StoppedClock : public ITolmOS {
 public:
     [[nodiscard]] unsigned long long GetCurrentTime() const override { return 1234; }
+    bool TranslateHostName(const QString&, QString&) const override { return false; }
 };
 
 TEST(TolmOS, TheClockIsTheMachinesInMillisecondsSince1970) {

@@ -1,17 +1,37 @@
 #pragma once
 
+#include "kwbase/observable.h"
+#include "valueframework/valuetypes.h"
+#include "zancommon/antennadatalist.h"
 #include "zancommon/zandomain.h"
 #include "zancommon_export.h"
 
 #include <QString>
+#include <QStringView>
 
 #include <array>
 #include <cstddef>
 #include <limits>
+#include <list>
+#include <memory>
+#include <set>
 #include <span>
+#include <vector>
 
-/// What the attached DF device can do.
-class ZANCOMMON_EXPORT ZANCharacteristics {
+class Node;
+
+/// What the attached DF device can do: its antennas, frequency limits, sample modes, bandwidths and methods.
+///
+/// One object answers for the device of the application (`ZANInformationCenter`). `SetBase_ValuePath`
+/// connects it to the device's node in the value tree; from then on it follows the device type, the channel
+/// count, the modify time of the configuration (which has everything read anew) and the polarisation, and
+/// tells its own observers of each with code 3.
+///
+/// Frequencies and bandwidths are in Hz. A mode of OPMODE_ANY, fFREQUENCY_ANY and fBANDWIDTH_ANY restrict
+/// nothing. No query throws; what cannot be answered gives null, an empty container, 0.0, CONVERTER_NONE or
+/// -1. Antennas that are returned belong to this object, and are good until its antennas are read anew.
+/// Everything belongs to the application's main thread.
+class ZANCOMMON_EXPORT ZANCharacteristics : public IObserver, public Observable {
 public:
     /// How a frequency range that straddles two antennas is moved. Any other value leaves it where it is.
     enum EAdjustMode : qint32 {
@@ -22,7 +42,7 @@ public:
     /// Row of the antenna library. A model has one row per frequency range with methods of its own. The
     /// library ends with a row without a name.
     struct AntennaDescription {
-        QString name;                           ///< model name, compared case-sensitively
+        QStringView name;                       ///< model name, compared case-sensitively
         double minFrequency = 0.0;              ///< Hz, inclusive
         double maxFrequency = 0.0;              ///< Hz, inclusive
         qint32 dfMethods = METHODDETAILED_NONE; ///< mask of EZANMethodDetailed
@@ -44,9 +64,19 @@ public:
         /// Closed by OPMODE_END; OPMODE_ANY in the list makes the row valid for every mode.
         std::array<EOperationMode, MAX_LIST_LENGTH + 1> operationModes{OPMODE_END};
         int priority = 0;                             ///< of several rows that fit, the highest wins
-        const double* resolutionBandwidths = nullptr; ///< Hz, closed by -1.0; static data
+        const double* resolutionBandwidths = nullptr; ///< Hz, ascending, closed by -1.0; static data
         qint32 preamplifierAvailable = 0; ///< 0 or 1: the receiver path has a switchable preamplifier
         EFreqRange range = FREQRANGE_HF;
+    };
+
+    struct DeviceTypeName {
+        QStringView name; ///< compared case-sensitively
+        EZANType type = ZANTYPE_ZANTIDE;
+    };
+
+    struct ConverterTypeName {
+        QStringView name; ///< compared case-sensitively
+        EZANConverter converter = CONVERTER_NONE;
     };
 
     /// As an argument: the frequency restricts nothing.
@@ -61,6 +91,187 @@ public:
     static constexpr std::array s_aVUHF_CONVERTERS{CONVERTER_RCV03, CONVERTER_RCV04, CONVERTER_RCV06,
                                                    CONVERTER_RCV08, CONVERTER_RCV10, CONVERTER_NONE};
 
+    // The catalogue of what devices, receivers and antennas can do.
+    static const std::array<AntennaDescription, 49> s_aAntennaLibrary;
+    static const std::array<SampleModeDescription, 30> s_aSampleModeDescription;
+    static const std::array<DeviceTypeName, 5> s_aDeviceTypeNames;
+    static const std::array<ConverterTypeName, 10> s_aConverterTypeNames;
+
+    // Resolution bandwidths (Hz), named after family, first and last value; each list is closed by -1.0.
+    static const std::array<double, 8> s_aRESBWS_STD_20_2K;
+    static const std::array<double, 7> s_aRESBWS_STD_50_2K;
+    static const std::array<double, 10> s_aRESBWS_STD_50_20K;
+    static const std::array<double, 9> s_aRESBWS_STD_100_20K;
+    static const std::array<double, 8> s_aRESBWS_STD_200_20K;
+    static const std::array<double, 7> s_aRESBWS_STD_500_20K;
+    static const std::array<double, 9> s_aRESBWS_STD_500_100K;
+    static const std::array<double, 10> s_aRESBWS_STD_500_200K;
+    static const std::array<double, 8> s_aRESBWS_STD_1K_100K;
+    static const std::array<double, 9> s_aRESBWS_STD_1K_200K;
+    static const std::array<double, 11> s_aRESBWS_EXT_1K_100K;
+    static const std::array<double, 12> s_aRESBWS_EXT_1K_200K;
+    static const std::array<double, 8> s_aRESBWS_STD_2K_200K;
+    static const std::array<double, 11> s_aRESBWS_EXT_2K_200K;
+    static const std::array<double, 2> s_aRESBWS_STD_200K_200K;
+    static const std::array<double, 8> s_aRESBWS_HF_0125K_25K;
+    static const std::array<double, 12> s_aRESBWS_VUHF_1K_200K;
+    static const std::array<double, 6> s_aRESBWS_VUHF_5K_50K;
+    static const std::array<double, 7> s_aRESBWS_HF_0250K_12K;
+
+    ZANCharacteristics() = default;
+    /// A copy holds what its source holds, antennas included, and follows the same device by itself.
+    ZANCharacteristics(const ZANCharacteristics& other);
+    ZANCharacteristics& operator=(const ZANCharacteristics& other);
+    ~ZANCharacteristics() override;
+
+    // The order of the virtual operations is part of the interface.
+
+    /// Called by the values of the tree.
+    void Update(Observable* subject, TChangeCode code) override;
+    /// Connects to the device's node, and reads all that is cached.
+    /// \param autoUpdate whether changes of the tree's values are followed
+    /// \return whether node and values of the device were all found (the polarisation may be missing). With
+    ///         no node at the path the object is not connected any more; what it has cached stays.
+    virtual bool SetBase_ValuePath(const QString& path, bool autoUpdate);
+    /// Reads the antennas and everything else that is cached from the tree. Does nothing while not connected.
+    virtual void UpdateCachedDataFromValueTree();
+    [[nodiscard]] virtual EZANType GetZANType() const;
+    /// Null when no antenna has the handle.
+    [[nodiscard]] virtual AntennaData* GetAntennaByHandle(long handle) const;
+    /// Null outside the list of antennas.
+    [[nodiscard]] virtual AntennaData* GetAntennaByIndex(int index) const;
+    /// Handles of all antennas, or of the enabled ones, ascending.
+    [[nodiscard]] virtual std::set<long> GetAntennaHandles(bool onlyEnabled) const;
+    /// The enabled antenna that serves a frequency, by preference one of the current polarisation, which is
+    /// read anew; null when there is none. fFREQUENCY_ANY is a frequency like any other here.
+    /// \param preferRangeStart an antenna whose range begins at exactly this frequency comes first
+    [[nodiscard]] virtual AntennaData* GetAntennaForFrequency(double frequency, bool preferRangeStart);
+    /// The name without the ending for polarisation or side; empty for null.
+    [[nodiscard]] virtual QString GetAntennaDisplayName(const AntennaData* antenna) const;
+    /// Whether the device has a sample mode for the antenna's whole range. False for null.
+    [[nodiscard]] virtual bool IsAntennaSupportedByDevice(const AntennaData* antenna,
+                                                          EOperationMode mode) const;
+    /// The same for the antenna at a position; false outside the list.
+    [[nodiscard]] virtual bool IsAntennaSupportedByDevice(int index, EOperationMode mode) const;
+    /// False when no antenna has the handle.
+    [[nodiscard]] virtual bool DoesAntennaSupportPolarization(long handle) const;
+    /// False when no antenna has the handle, and for the family PX120, which never switches.
+    [[nodiscard]] virtual bool DoesAntennaSupportActivePassive(long handle) const;
+    /// Range class of the antenna's best sample mode; without one, by its lowest frequency: VUHF from 10 MHz
+    /// on, else HF. FREQRANGE_UNKNOWN for null.
+    [[nodiscard]] virtual EFreqRange GetRangeTypeOfAntenna(const AntennaData* antenna,
+                                                           EOperationMode mode) const;
+    /// Judges an antenna setup: every enabled antenna must be supported, and the ranges in the order of the
+    /// list must join into one span without gaps and overlaps. Antennas whose names end in "_H", "_V", "_L"
+    /// or "_R" may share a range.
+    /// \param list    null: the device's own antennas
+    /// \param message the verdict in one translated sentence
+    [[nodiscard]] virtual bool CheckAntennaSetupValidity(const AntennaDataList* list, QString& message) const;
+    /// Repairs the device's own setup when it is not valid: enables what is supported over its whole
+    /// coverage, and then cuts or disables what overlaps or leaves a gap. The repaired antennas replace those
+    /// in the tree, and the modify time of the configuration is set, so that every observer of it reads them.
+    /// Nothing is changed when no antenna is supported.
+    /// \param message what was done, in one translated sentence
+    /// \return false when no antenna is supported
+    virtual bool MakeAntennaSetupValid(QString& message);
+    /// Polarisations that the enabled switchable antennas have at a frequency, each once, in list order.
+    /// \param secondFrequency above 0: the antennas must reach it too
+    [[nodiscard]] virtual std::list<EZANPolarisation>
+    GetAvailablePolarisationModesForFreq(double frequency, double secondFrequency) const;
+    /// Methods that the enabled antennas have at a frequency, each once, in order of appearance. Finding
+    /// super resolution makes `IsSuperResolutionAvailable` true. The second argument has no effect.
+    [[nodiscard]] virtual std::list<EZANMethod> GetAvailableDfMethodsForFreq(double frequency, double unused);
+    /// Mask of EZANMethodDetailed from the antenna library; of a model that the library does not have at the
+    /// frequency, 10 for a super-resolution antenna ("SR" in its name), else 2. 0 for null.
+    [[nodiscard]] virtual long GetDfMethodsDetailedForAntennaAndFrequency(const AntennaData* antenna,
+                                                                          double frequency) const;
+    /// Whether the antenna has all bits of `method` at the frequency.
+    [[nodiscard]] virtual bool HasAntennaDFMethod(const AntennaData* antenna, double frequency,
+                                                  EZANMethodDetailed method) const;
+    /// Converters of all antennas, enabled or not.
+    [[nodiscard]] virtual std::set<EZANConverter> GetAvailableConverters() const;
+    /// Converter of the first enabled antenna whose range holds both frequencies.
+    [[nodiscard]] virtual EZANConverter GetConverterForFrequencyRange(double start, double stop) const;
+    [[nodiscard]] virtual bool IsHfConverter(EZANConverter converter) const;
+    [[nodiscard]] virtual bool IsVuhfConverter(EZANConverter converter) const;
+    /// Whether the device has a sample mode with preamplifier on the HF converter of an enabled antenna.
+    [[nodiscard]] virtual bool IsHfPreampAvailable() const;
+    [[nodiscard]] virtual bool IsVuhfPreampAvailable() const;
+    /// Lowest and highest frequency of an operation mode, over the enabled antennas that the device supports
+    /// in it. A ZANFERN device stays within 100 MHz to 450 MHz; for any other one a limit that is missing or
+    /// outside 9 kHz to 3.6 GHz is 25 MHz.
+    [[nodiscard]] virtual double GetMinFreq(EOperationMode mode) const;
+    [[nodiscard]] virtual double GetMaxFreq(EOperationMode mode) const;
+    /// Moves a frequency into the limits of its mode, and in wideband FFM so that the whole band lies in the
+    /// antenna's range (a band that is wider begins where the range begins). Returns the serving antenna;
+    /// null when there is none, and in the modes that serve no frequency. The bandwidth is not changed.
+    virtual const AntennaData* ToNextValidFrequency(EOperationMode mode, double& frequency,
+                                                    double& bandwidth);
+    /// Moves a frequency range as a whole: into the limits of its mode (the upper one overrides), and off the
+    /// border of two antennas as `adjustMode` says. Returns the antenna that served the start before the
+    /// second move; start and stop are changed only when a sample mode fits the moved range, else null is
+    /// returned. The other arguments are not changed.
+    virtual const AntennaData* ToNextValidFrequencyRange(EOperationMode mode, double& start, double& stop,
+                                                         double& realtimeBandwidth, double& unused,
+                                                         EAdjustMode adjustMode);
+    /// The next resolution bandwidth that is at least the wanted one; the largest when all are smaller; 0.0
+    /// without a sample mode. A realtime bandwidth below 1 Hz restricts nothing, here and below.
+    [[nodiscard]] virtual double ToNextValidResolutionBandwidth(EOperationMode mode, double start,
+                                                                double stop, double realtimeBandwidth,
+                                                                double wanted) const;
+    /// Realtime bandwidths of all sample modes for the range of the antenna that serves both frequencies.
+    [[nodiscard]] virtual std::set<double> GetRealtimeBandwidths(EOperationMode mode, double start,
+                                                                 double stop) const;
+    /// Realtime bandwidth of the best sample mode; 0.0 without one.
+    [[nodiscard]] virtual double GetDefaultRealtimeBandwidth(EOperationMode mode, double start,
+                                                             double stop) const;
+    /// 20 kHz, or the next resolution bandwidth.
+    [[nodiscard]] virtual double GetDefaultResolutionBandwidth(EOperationMode mode, double start, double stop,
+                                                               double realtimeBandwidth) const;
+    /// Resolution bandwidths of the best sample mode.
+    [[nodiscard]] virtual std::set<double>
+    GetResolutionBandwidths(EOperationMode mode, double start, double stop, double realtimeBandwidth) const;
+    /// Where the converters change: the start of VUHF and the end of HF, each 0 when no enabled antenna fixes
+    /// it. False when the start of VUHF is 0.
+    [[nodiscard]] virtual bool GetConverterSwitchFreq(double& vuhfStart, double& hfEnd) const;
+    /// Range class of the antenna that serves the frequency.
+    [[nodiscard]] virtual EFreqRange GetRangeTypeForFrequency(double frequency);
+    /// The sample mode of the highest priority for the whole range of the antenna that serves both
+    /// frequencies. SAMPLEMODE_END, with a trace line, when there is none.
+    [[nodiscard]] virtual EZANSampleMode GetBestSampleMode(EOperationMode mode, double start, double stop,
+                                                           double realtimeBandwidth) const;
+    /// 60000 unless the device says otherwise.
+    [[nodiscard]] virtual int GetMaxChannelCount() const;
+
+    /// Whether `GetAvailableDfMethodsForFreq` has ever found super resolution.
+    [[nodiscard]] bool IsSuperResolutionAvailable() const { return m_isSuperResolutionAvailable; }
+    /// Turns an azimuth (tenths of a degree, clockwise from north) into the one to display, from 0 to 3599.
+    /// \param displayMode 0: as it is, 1: declination taken off, 2: opposite, 3: both
+    /// \return false, with the azimuth as it was, for another mode, and when the tree has no declination or
+    ///         no heading source
+    bool AdjustAzimuthToDisplayMode(unsigned short& azimuth, int displayMode) const;
+
+    /// A bandwidth for people, such as "12.5 kHz". From 1 GHz on it stays in Hz and without a unit.
+    /// \param precision digits after the decimal point; 6 when negative
+    /// \param keepTrailingZeros otherwise all zeros at the end go, also those of a whole number (100 kHz with
+    ///                          precision 0 becomes "1 kHz")
+    [[nodiscard]] static QString FormatBandwidth(double bandwidth, int precision, bool keepTrailingZeros);
+
+    // These replace the items of a selection; its observers are told once, without the one given.
+    static void FillSelectionWithDfMethods(ValueSelection& selection, const std::list<EZANMethod>& methods,
+                                           IObserver* observer);
+    static void FillSelectionWithPolarisationModes(ValueSelection& selection,
+                                                   const std::list<EZANPolarisation>& modes,
+                                                   IObserver* observer);
+    /// Fills in the resolution bandwidths. A selection stays as it is when there are none.
+    void UpdateResolutionBandwidthSelection(ValueSelection* selection, EOperationMode mode, double start,
+                                            double stop, double realtimeBandwidth, IObserver* observer) const;
+    /// Fills in the bandwidths of hops: the realtime bandwidths.
+    void UpdateHopBandwidthSelection(ValueSelection* selection, EOperationMode mode, double start,
+                                     double stop, IObserver* observer) const;
+    /// Fills in the attenuations: 0 and 12 dB for 0 or 2 as `count`, else 24 and 30 dB as well.
+    static void UpdateRfAttenuatorValuesAtVT(ValueSelection* selection, int count, IObserver* observer);
+
     /// True when the converter stands in the group before its closing CONVERTER_NONE.
     [[nodiscard]] static constexpr bool IsInGroup(std::span<const EZANConverter> group,
                                                   EZANConverter converter);
@@ -69,6 +280,61 @@ public:
     /// below the minimum, stop not above the maximum. fFREQUENCY_ANY is not compared; any other value is, a
     /// negative one too. One frequency is given as start and as stop.
     [[nodiscard]] static constexpr bool LimitsHold(double minimum, double maximum, double start, double stop);
+
+private:
+    /// The frequencies of an operation mode; at first those of a mode that no antenna serves.
+    struct FrequencyLimits {
+        double min = std::numeric_limits<double>::max();
+        double max = 0.0;
+    };
+    static constexpr std::size_t MODE_COUNT = 15; // the operation modes 0 to 14
+
+    bool ConnectToValues();
+    void DisconnectFromValues();
+
+    void UpdateZANType();
+    void UpdateMaxChannelCount();
+    void UpdatePolarisationMode();
+    void UpdateConverterSwitchFreqs();
+    void UpdateAntennaMinMaxFreqs();
+    void ConsiderAntennaForMinMaxFreqs(const AntennaData& antenna);
+    [[nodiscard]] FrequencyLimits GetLimits(EOperationMode mode) const;
+    [[nodiscard]] double ToPlausibleLimit(double frequency) const;
+
+    [[nodiscard]] static EZANConverter GetConverterForTypeName(const QString& typeName);
+    [[nodiscard]] bool IsPreampAvailable(std::span<const EZANConverter> converters) const;
+    [[nodiscard]] bool DoesSampleModeMatch(const SampleModeDescription* row, EOperationMode mode,
+                                           EZANConverter converter, double start, double stop,
+                                           double realtimeBandwidth) const;
+    [[nodiscard]] std::vector<const SampleModeDescription*>
+    GetAllMatchingSampleModeDescriptions(EOperationMode mode, EZANConverter converter, double start,
+                                         double stop, double realtimeBandwidth) const;
+    [[nodiscard]] const SampleModeDescription* GetBestSampleModeDescription(EOperationMode mode,
+                                                                            EZANConverter converter,
+                                                                            double start, double stop,
+                                                                            double realtimeBandwidth) const;
+    [[nodiscard]] const SampleModeDescription* GetBestSampleModeDescription(EOperationMode mode, double start,
+                                                                            double stop,
+                                                                            double realtimeBandwidth) const;
+    [[nodiscard]] static int ValidateAzimuthRange(int azimuth);
+
+    QString m_baseValuePath; // empty: not connected
+    bool m_autoUpdate = false;
+    // Observed; the tree owns them. Null while not connected, and from the moment that they go away.
+    Node* m_pCfgNode = nullptr;
+    ValueString* m_pCfgModifyTime = nullptr;
+    ValueString* m_pDevType = nullptr;
+    ValueNumericInt* m_pDevMaxChannelCount = nullptr;
+    ValueString* m_pPolarisation = nullptr;
+    // What is known of the device
+    EZANType m_zanType = ZANTYPE_ZANTIDE;
+    int m_maxChannelCount = MAX_CHANNEL_COUNT_DEFAULT;
+    AntennaDataList m_antennas;
+    EZANPolarisation m_polarisationMode = POLARISATION_LEFT;
+    std::array<FrequencyLimits, MODE_COUNT> m_limits{};
+    double m_vuhfStart = 0.0; // Hz; 0: no antenna fixes it
+    double m_hfEnd = 0.0;     // Hz; 0: no antenna fixes it
+    bool m_isSuperResolutionAvailable = false;
 };
 
 constexpr bool ZANCharacteristics::IsInGroup(std::span<const EZANConverter> group, EZANConverter converter) {

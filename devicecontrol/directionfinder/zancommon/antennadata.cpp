@@ -1,0 +1,3 @@
+#include "zancommon/antennadata.h"
+
+AntennaData::~AntennaData() = default;

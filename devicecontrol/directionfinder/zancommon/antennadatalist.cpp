@@ -1,0 +1,544 @@
+#include "zancommon/antennadatalist.h"
+
+#include "kwbase/errorhandler.h"
+#include "stddevicedefinition/antbuilder.h"
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "tolmappstartup/icfg.h"
+#include "valueframework/tree.h"
+#include "valueframework/valuetypes.h"
+#include "zancommon/stationcfg.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace StdDeviceDefinition;
+using StdDeviceTree::Ant;
+
+namespace {
+
+// The lines of the list and of its records have one origin.
+constexpr const wchar_t* ASSERTION_ORIGIN = L"devicecontrol\\directionfinder\\zancommon\\antennadata";
+
+const QString& TraceOrigin() {
+    static const QString origin = QString::fromWCharArray(ASSERTION_ORIGIN);
+    return origin;
+}
+
+constexpr double LEAST_STEP = 1.0; // Hz, between ranges that must not share a frequency
+
+bool IsWithin(double frequency, double minimum, double maximum) {
+    return frequency >= minimum && frequency <= maximum;
+}
+
+/// Whether the first antenna stands before the second one. Not transitive for coverages within one another.
+bool IsBefore(const AntennaData& a, const AntennaData& b) {
+    if (b.minFreq > a.minFreq && b.maxFreq >= a.maxFreq) {
+        return true;
+    }
+    if (a.minFreq > b.minFreq && a.maxFreq > b.maxFreq) {
+        return false;
+    }
+    if (b.maxFreq < a.maxFreq) {
+        return false;
+    }
+    return a.name < b.name;
+}
+
+/// The families whose compass is never switched on by default.
+bool HasCompassOfItsOwn(const AntennaData& antenna) {
+    return antenna.name.contains("PX104"_L1) || antenna.name.contains("PX112"_L1);
+}
+
+QString ToText(double number) {
+    return QString::number(number, 'g', 6);
+}
+
+// Settings
+
+QString SectionName(int index) {
+    return u"SystemConfiguration/Antenna"_s + QString::number(index);
+}
+
+/// The section of an entry in the settings of a station; null, with an assertion, when it cannot be had.
+CfgPtr OpenSection(ICfg& station, int index) {
+    CfgPtr pSubCfg(station.GetSubCfg(SectionName(index)));
+    if (!pSubCfg) {
+        _Q_assert(L"pSubCfg", ASSERTION_ORIGIN, __LINE__);
+    }
+    return pSubCfg;
+}
+
+double ReadNumber(const ICfg& section, const QString& key) {
+    return section.GetString(key, {}).toDouble();
+}
+
+void WriteNumber(ICfg& section, const QString& key, double number, int precision) {
+    section.SetString(key, QString::number(number, 'f', precision));
+}
+
+// Value tree
+
+template <class T, class Member>
+void ReadValue(const Ant& node, const ValueDescriptor& descriptor, Member& member) {
+    if (const T* value = node.GetValue<T>(descriptor)) {
+        member = static_cast<Member>(value->GetValue());
+    }
+}
+
+template <class T, class Content>
+void WriteValue(const Ant& node, const ValueDescriptor& descriptor, const Content& content) {
+    if (T* value = node.GetValue<T>(descriptor)) {
+        value->SetValue(content, nullptr);
+    }
+}
+
+void ReadMethods(const Ant& node, AntennaData& antenna) {
+    antenna.dfMethods.clear();
+    antenna.dfAlgorithms.clear();
+    if (const auto* selection = node.GetValue<ValueSelection>(g_vdAntDfAlgorithm)) {
+        for (const SelectionItem& item : selection->GetItems()) {
+            antenna.dfMethods.push_back(static_cast<quint32>(item.GetKey()));
+            antenna.dfAlgorithms.append(item.GetName());
+        }
+    }
+}
+
+/// What an operator edits in the tree, and what the device tells together with it.
+void ReadEditableValues(const Ant& node, AntennaData& antenna) {
+    ReadValue<ValueBool>(node, g_vdAntEnabled, antenna.enabled);
+    ReadValue<ValueNumericDouble>(node, g_vdAntMinRange, antenna.minRange);
+    ReadValue<ValueNumericDouble>(node, g_vdAntMaxRange, antenna.maxRange);
+    ReadValue<ValueBool>(node, g_vdAntCompassEnabled, antenna.compassEnabled);
+    ReadValue<ValueNumericDouble>(node, g_vdAntMechOffset, antenna.mechOffset);
+    ReadValue<ValueBool>(node, g_vdAntCompassSupport, antenna.compassSupport);
+    ReadMethods(node, antenna);
+    ReadValue<ValueNumericDouble>(node, g_vdAntCompassValue, antenna.compassValue);
+    ReadValue<ValueNumericInt>(node, g_vdAntPolarizationSupport, antenna.polarizationSupport);
+    ReadValue<ValueNumericInt>(node, g_vdAntPolarizationMode, antenna.polarizationMode);
+    ReadValue<ValueNumericInt>(node, g_vdAntCompassHandle, antenna.compassHandle);
+    ReadValue<ValueNumericInt>(node, g_vdAntConverterHandle, antenna.converterHandle);
+    ReadValue<ValueString>(node, g_vdAntConverterTypeName, antenna.converterTypeName);
+}
+
+/// What an antenna is and does not change while it is connected.
+void ReadFixedValues(const Ant& node, AntennaData& antenna) {
+    ReadValue<ValueString>(node, g_vdAntName, antenna.name);
+    ReadValue<ValueNumericInt>(node, g_vdAntHandle, antenna.handle);
+    ReadValue<ValueNumericDouble>(node, g_vdAntMinFreq, antenna.minFreq);
+    ReadValue<ValueNumericDouble>(node, g_vdAntMaxFreq, antenna.maxFreq);
+}
+
+} // namespace
+
+AntennaDataList::AntennaDataList(const QString& basePath, const QString& setupName)
+    : m_basePath(basePath)
+    , m_setupName(setupName.isEmpty() ? u"Default"_s : setupName) {}
+
+AntennaDataList::~AntennaDataList() = default;
+
+void AntennaDataList::Clear() {
+    m_antennas.clear();
+}
+
+void AntennaDataList::CopyFrom(AntennaDataList& other) {
+    std::vector<std::shared_ptr<AntennaData>> antennas; // beside the old ones: the other list may be this one
+    for (const auto& antenna : other.m_antennas) {
+        antennas.push_back(std::make_shared<AntennaData>(*antenna));
+    }
+    m_antennas = std::move(antennas);
+    m_basePath = other.m_basePath;
+    m_setupName = other.m_setupName;
+    m_allowSave = other.m_allowSave;
+    SortAntennasByFrequencyRanges();
+}
+
+bool AntennaDataList::AddAntenna(AntennaData* ant) {
+    if (ant) {
+        m_antennas.emplace_back(ant);
+    }
+    return true;
+}
+
+bool AntennaDataList::DeleteAntenna(AntennaData* ant) {
+    if (!ant) {
+        return false;
+    }
+    const auto found =
+        std::ranges::find_if(m_antennas, [ant](const auto& each) { return each->name == ant->name; });
+    if (found == m_antennas.end()) {
+        return false;
+    }
+    m_antennas.erase(found);
+    return true;
+}
+
+AntennaData* AntennaDataList::GetAntennaByIndex(int i) const {
+    const auto index = static_cast<std::size_t>(i);
+    return index < m_antennas.size() ? m_antennas[index].get() : nullptr;
+}
+
+AntennaData* AntennaDataList::GetAntennaByHandle(long h) const {
+    const auto found = std::ranges::find_if(m_antennas, [h](const auto& each) { return each->handle == h; });
+    return found == m_antennas.end() ? nullptr : found->get();
+}
+
+AntennaData* AntennaDataList::GetAntennaForFreqRange(double lo, double hi) const {
+    const auto found = std::ranges::find_if(m_antennas, [lo, hi](const auto& each) {
+        return each->enabled && each->minRange <= lo && hi <= each->maxRange;
+    });
+    return found == m_antennas.end() ? nullptr : found->get();
+}
+
+AntennaData* AntennaDataList::GetAntennaForFrequency(double f, bool preferRangeStart,
+                                                     EZANPolarisation pol) const {
+    if (preferRangeStart) {
+        for (const auto& antenna : m_antennas) {
+            if (antenna->enabled && antenna->minRange == f) {
+                return antenna.get();
+            }
+        }
+    }
+    AntennaData* fallback = nullptr;
+    for (const auto& antenna : m_antennas) {
+        if (antenna->enabled && IsWithin(f, antenna->minRange, antenna->maxRange)) {
+            if (antenna->polarizationMode == pol) {
+                return antenna.get();
+            }
+            fallback = antenna.get();
+        }
+    }
+    return fallback;
+}
+
+bool AntennaDataList::ContainsHFAntenna() const {
+    constexpr double HF = 1e7;
+    return GetAntennaForFrequency(HF, false, POLARISATION_VERTICAL) != nullptr;
+}
+
+std::set<long> AntennaDataList::GetAntennaHandles(bool onlyEnabled) const {
+    std::set<long> handles;
+    for (const auto& antenna : m_antennas) {
+        if (antenna->enabled || !onlyEnabled) {
+            handles.insert(antenna->handle);
+        }
+    }
+    return handles;
+}
+
+bool AntennaDataList::GetCommonAntennaByHandle(long h, AntennaData& out) const {
+    bool isFound = false;
+    bool isAnyEnabled = false;
+    for (const auto& antenna : m_antennas) {
+        if (antenna->handle != h) {
+            continue;
+        }
+        isAnyEnabled = isAnyEnabled || antenna->enabled;
+        if (!isFound) {
+            isFound = true;
+            out = *antenna;
+            if (!antenna->enabled) { // only enabled entries contribute to the range
+                out.minRange = std::numeric_limits<double>::max();
+                out.maxRange = 0.0;
+            }
+            continue;
+        }
+        out.minFreq = std::min(out.minFreq, antenna->minFreq);
+        out.maxFreq = std::max(out.maxFreq, antenna->maxFreq);
+        if (antenna->enabled) {
+            out.minRange = std::min(out.minRange, antenna->minRange);
+            out.maxRange = std::max(out.maxRange, antenna->maxRange);
+        }
+    }
+    out.enabled = isAnyEnabled;
+    if (isFound && out.maxRange == 0.0) {
+        out.minRange = out.minFreq;
+        out.maxRange = out.minFreq;
+        out.enabled = false;
+    }
+    return isFound;
+}
+
+void AntennaDataList::SortAntennasByFrequencyRanges() {
+    // An insertion sort stays within the list even though the comparison is not transitive, which the
+    // standard sorts do not promise; and there are a dozen antennas.
+    for (auto entry = m_antennas.begin(); entry != m_antennas.end(); ++entry) {
+        auto place = entry;
+        while (place != m_antennas.begin() && IsBefore(**entry, **std::prev(place))) {
+            --place;
+        }
+        std::rotate(place, entry, std::next(entry));
+    }
+}
+
+void AntennaDataList::MakeAntennaRangesDisjoint() {
+    double previousEnd = std::numeric_limits<double>::lowest();
+    for (const auto& antenna : m_antennas) {
+        if (!antenna->enabled) {
+            continue;
+        }
+        if (previousEnd > 0.0 && previousEnd == antenna->minRange) {
+            antenna->minRange += LEAST_STEP;
+        }
+        previousEnd = antenna->maxRange;
+    }
+}
+
+void AntennaDataList::SetStartupDefaults(bool compassA, bool compassB) {
+    const auto setCompass = [isOn = compassA || compassB](AntennaData& antenna) {
+        if (!HasCompassOfItsOwn(antenna)) {
+            antenna.compassEnabled = isOn;
+        }
+    };
+    AntennaData* previous = nullptr;
+    for (const auto& antenna : m_antennas) {
+        if (previous) {
+            if (!antenna->enabled) {
+                continue;
+            }
+            const bool isSamePolarisation = antenna->polarizationMode == previous->polarizationMode;
+            if (isSamePolarisation && antenna->minRange == previous->minRange &&
+                antenna->maxRange == previous->maxRange) {
+                antenna->enabled = false;
+            } else if (isSamePolarisation && previous->maxRange >= antenna->minRange) {
+                previous->maxRange = antenna->minRange;
+                antenna->minRange += LEAST_STEP;
+            }
+        }
+        setCompass(*antenna);
+        previous = antenna.get(); // the first entry too when it is disabled, and one that was just disabled
+    }
+}
+
+void AntennaDataList::PrintAntennaTrace() const {
+    for (const auto& antenna : m_antennas) {
+        TraceInformation(
+            [&antenna] {
+                return u"Antenna name=%1 handle=%2 enabled=%3 frequency=%4-%5 range=%6-%7 (at converter %8)"_s
+                    .arg(antenna->name, QString::number(antenna->handle), antenna->enabled ? u"1"_s : u"0"_s,
+                         ToText(antenna->minFreq), ToText(antenna->maxFreq), ToText(antenna->minRange),
+                         ToText(antenna->maxRange), antenna->converterTypeName);
+            },
+            TraceOrigin(), __LINE__);
+    }
+}
+
+int AntennaDataList::BuildAntennasFromCfg(const QString& station) {
+    const CfgPtr cfg(StationCfg::GetStationCfg(station, false));
+    if (!cfg) {
+        return 0;
+    }
+    const int count = static_cast<int>(
+        std::clamp<qint64>(cfg->GetInt(u"SystemConfiguration/AntennaCount"_s, 1), 0, MAX_ANTENNA_COUNT));
+    for (int i = 0; i < count; ++i) {
+        const CfgPtr section = OpenSection(*cfg, i);
+        if (!section) {
+            continue;
+        }
+        auto antenna = std::make_unique<AntennaData>();
+        antenna->name = section->GetString(u"Name"_s, {});
+        antenna->enabled = section->GetBool(u"Enabled"_s, false);
+        antenna->minFreq = ReadNumber(*section, u"MinFreq"_s);
+        antenna->maxFreq = ReadNumber(*section, u"MaxFreq"_s);
+        antenna->minRange = ReadNumber(*section, u"MinRange"_s);
+        if (!IsWithin(antenna->minRange, antenna->minFreq, antenna->maxFreq)) {
+            antenna->minRange = antenna->minFreq;
+        }
+        antenna->maxRange = ReadNumber(*section, u"MaxRange"_s);
+        if (!IsWithin(antenna->maxRange, antenna->minFreq, antenna->maxFreq)) {
+            antenna->maxRange = antenna->maxFreq;
+        }
+        antenna->compassEnabled = section->GetBool(u"CompassEnabled"_s, false);
+        antenna->mechOffset = static_cast<float>(ReadNumber(*section, u"MechOffset"_s));
+        const QString methods = section->GetString(u"DFAlgorithm"_s, {});
+        if (!methods.isEmpty()) {
+            antenna->dfAlgorithms = methods.split(u',');
+        }
+        for (const QString& method : std::as_const(antenna->dfAlgorithms)) {
+            antenna->dfMethods.push_back(static_cast<quint32>(m_tools.TranslateDfMethod(method)));
+        }
+        antenna->compassSupport = section->GetBool(u"CompassSupport"_s, false);
+        antenna->polarizationSupport = section->GetBool(u"PolarizationSupport"_s, false);
+        // "PolarizationMode" is not read: device and value tree decide the polarisation of an entry.
+        antenna->activePassiveSupport = section->GetBool(u"ActivePassiveSupport"_s, false);
+        antenna->compassValue = static_cast<float>(ReadNumber(*section, u"CompassValue"_s));
+        antenna->converterTypeName = section->GetString(u"ConverterTypeName"_s, {});
+        AddAntenna(antenna.release());
+    }
+    MakeAntennaRangesDisjoint();
+    return count;
+}
+
+bool AntennaDataList::ReadAntennaSetupFromCfg(const QString& station) {
+    SortAntennasByFrequencyRanges();
+    const CfgPtr cfg(StationCfg::GetStationCfg(station, false));
+    if (!cfg) {
+        return false;
+    }
+    int next = 0;
+    double previousMaxFreq = -1.0;
+    for (const auto& antenna : m_antennas) {
+        CfgPtr section;
+        QString name;
+        do {
+            section = OpenSection(*cfg, next++);
+            name = section ? section->GetString(u"Name"_s, {}) : QString();
+        } while (!name.isEmpty() && name != antenna->name);
+        if (name.isEmpty()) {
+            break;
+        }
+        antenna->minRange = ReadNumber(*section, u"MinRange"_s);
+        if (!IsWithin(antenna->minRange, antenna->minFreq, antenna->maxFreq)) {
+            antenna->minRange = antenna->minFreq;
+        }
+        if (antenna->minRange == previousMaxFreq) {
+            antenna->minRange += LEAST_STEP;
+        }
+        antenna->maxRange = ReadNumber(*section, u"MaxRange"_s);
+        if (!IsWithin(antenna->maxRange, antenna->minFreq, antenna->maxFreq)) {
+            antenna->maxRange = antenna->maxFreq;
+        }
+        previousMaxFreq = antenna->maxFreq; // what it covers, not what it is used for
+        antenna->enabled = section->GetBool(u"Enabled"_s, false);
+        antenna->compassEnabled = section->GetBool(u"CompassEnabled"_s, false);
+        antenna->mechOffset = static_cast<float>(ReadNumber(*section, u"MechOffset"_s));
+    }
+    MakeAntennaRangesDisjoint();
+    return true;
+}
+
+void AntennaDataList::WriteAntennaSetupToCfg(const QString& station) {
+    if (!m_allowSave) {
+        return;
+    }
+    const CfgPtr cfg(StationCfg::GetStationCfg(station, true));
+    if (!cfg) {
+        return;
+    }
+    // A section saves the file when it is released. They are kept until the last one is written, so that the
+    // file never holds half of a setup.
+    std::vector<CfgPtr> sections;
+    for (const auto& antenna : m_antennas) {
+        CfgPtr section = OpenSection(*cfg, static_cast<int>(sections.size()));
+        if (!section) {
+            continue;
+        }
+        section->SetString(u"Name"_s, antenna->name);
+        section->SetBool(u"Enabled"_s, antenna->enabled);
+        WriteNumber(*section, u"MinRange"_s, antenna->minRange, 3);
+        WriteNumber(*section, u"MaxRange"_s, antenna->maxRange, 3);
+        section->SetBool(u"CompassEnabled"_s, antenna->compassEnabled);
+        WriteNumber(*section, u"MechOffset"_s, antenna->mechOffset, 1);
+        section->SetBool(u"CompassSupport"_s, antenna->compassSupport);
+        section->SetString(u"DFAlgorithm"_s, antenna->dfAlgorithms.join(u','));
+        WriteNumber(*section, u"MinFreq"_s, antenna->minFreq, 3);
+        WriteNumber(*section, u"MaxFreq"_s, antenna->maxFreq, 3);
+        section->SetBool(u"PolarizationSupport"_s, antenna->polarizationSupport);
+        section->SetInt(u"PolarizationMode"_s, antenna->polarizationMode);
+        section->SetBool(u"ActivePassiveSupport"_s, antenna->activePassiveSupport);
+        WriteNumber(*section, u"CompassValue"_s, antenna->compassValue, 3);
+        section->SetString(u"ConverterTypeName"_s, antenna->converterTypeName);
+        sections.push_back(std::move(section));
+    }
+    cfg->SetInt(u"SystemConfiguration/AntennaCount"_s, static_cast<qint64>(sections.size()));
+}
+
+int AntennaDataList::ReadAntennasFromValueTree(const QString& path) {
+    Clear();
+    for (Node* item : GetAntennaNodes(path)) {
+        const Ant node(item);
+        auto antenna = std::make_shared<AntennaData>();
+        ReadFixedValues(node, *antenna);
+        ReadEditableValues(node, *antenna);
+        ReadValue<ValueBool>(node, g_vdAntActivePassiveSupport, antenna->activePassiveSupport);
+        m_antennas.push_back(std::move(antenna));
+    }
+    return static_cast<int>(m_antennas.size());
+}
+
+int AntennaDataList::UpdateAntennasFromValueTree(const QString& path) {
+    int count = 0;
+    for (Node* item : GetAntennaNodes(path)) {
+        const Ant node(item);
+        AntennaData published;
+        ReadFixedValues(node, published);
+        AntennaData* const antenna = GetAntennaByIndex(count);
+        if (antenna && antenna->name == published.name && antenna->minFreq == published.minFreq &&
+            antenna->maxFreq == published.maxFreq) {
+            ReadEditableValues(node, *antenna);
+            ++count;
+        } else {
+            TraceInformation(
+                [&published] {
+                    return u"WARNING: antenna %1 %2 - %3 (handle=%4) in value tree does not match AntennaDataList"_s
+                        .arg(published.name, ToText(published.minFreq), ToText(published.maxFreq),
+                             QString::number(published.handle));
+                },
+                TraceOrigin(), __LINE__);
+        }
+    }
+    return count;
+}
+
+void AntennaDataList::WriteAntennasToValueTree(const QString& path) {
+    Node* const parent = GetNode(path);
+    for (const auto& antenna : m_antennas) {
+        Node* const pAnt = AntBuilder::InsertChild(parent);
+        if (!pAnt) {
+            _Q_assert(L"pAnt", ASSERTION_ORIGIN, __LINE__);
+            continue;
+        }
+        const Ant node(pAnt);
+        WriteValue<ValueString>(node, g_vdAntName, antenna->name);
+        WriteValue<ValueNumericInt>(node, g_vdAntHandle, antenna->handle);
+        WriteValue<ValueBool>(node, g_vdAntEnabled, antenna->enabled);
+        WriteValue<ValueNumericDouble>(node, g_vdAntMinRange, antenna->minRange);
+        WriteValue<ValueNumericDouble>(node, g_vdAntMaxRange, antenna->maxRange);
+        WriteValue<ValueBool>(node, g_vdAntCompassEnabled, antenna->compassEnabled);
+        WriteValue<ValueNumericDouble>(node, g_vdAntMechOffset, antenna->mechOffset);
+        WriteValue<ValueBool>(node, g_vdAntCompassSupport, antenna->compassSupport);
+        if (auto* methods = node.GetValue<ValueSelection>(g_vdAntDfAlgorithm)) {
+            for (const quint32 method : antenna->dfMethods) {
+                methods->AddItem({m_tools.TranslateDfMethod(method), 0.0, static_cast<long>(method)},
+                                 nullptr);
+            }
+        }
+        WriteValue<ValueNumericDouble>(node, g_vdAntMinFreq, antenna->minFreq);
+        WriteValue<ValueNumericDouble>(node, g_vdAntMaxFreq, antenna->maxFreq);
+        WriteValue<ValueNumericInt>(node, g_vdAntPolarizationSupport, antenna->polarizationSupport ? 1 : 0);
+        WriteValue<ValueNumericInt>(node, g_vdAntPolarizationMode,
+                                    static_cast<int>(antenna->polarizationMode));
+        WriteValue<ValueBool>(node, g_vdAntActivePassiveSupport, antenna->activePassiveSupport);
+        WriteValue<ValueNumericDouble>(node, g_vdAntCompassValue, antenna->compassValue);
+        WriteValue<ValueNumericInt>(node, g_vdAntCompassHandle, antenna->compassHandle);
+        WriteValue<ValueNumericInt>(node, g_vdAntConverterHandle, antenna->converterHandle);
+        WriteValue<ValueString>(node, g_vdAntConverterTypeName, antenna->converterTypeName);
+    }
+}
+
+void AntennaDataList::DeleteAllAntennasFromValueTree(const QString& path) {
+    Tree& tree = *Tree::Instance();
+    // What observers do to the tree meanwhile may take antennas away: the nodes are looked up anew.
+    for (auto nodes = GetAntennaNodes(path); !nodes.empty(); nodes = GetAntennaNodes(path)) {
+        if (!tree.Remove(nodes.front())) {
+            break;
+        }
+    }
+}
+
+Node* AntennaDataList::GetNode(const QString& path) const {
+    return Tree::Instance()->GetNode(path.isEmpty() ? m_basePath : path);
+}
+
+std::vector<Node*> AntennaDataList::GetAntennaNodes(const QString& path) const {
+    std::vector<Node*> nodes;
+    if (const Node* const parent = GetNode(path)) {
+        for (ITreeItem* item : parent->GetTreeItems()) {
+            if (Ant::IsAntenna(item)) {
+                nodes.push_back(static_cast<Node*>(item));
+            }
+        }
+    }
+    return nodes;
+}

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "zancommon/antennadata.h"
+#include "zancommon/zancharacteristicstools.h"
+
+#include <QString>
+
+#include <memory>
+#include <set>
+#include <vector>
+
+class Node;
+
+/// The antenna setup of one DF device: its entries in order, the search for the antenna of a frequency, and
+/// the way of the setup to and from the station's settings and the value tree.
+///
+/// Frequencies are in Hz. The list owns its entries; a pointer to one is good until the entry is removed or
+/// the list is read anew. Belongs to the application's main thread.
+class ZANCOMMON_EXPORT AntennaDataList {
+public:
+    AntennaDataList() = default;
+    /// \param basePath  the node that is meant where a value-tree operation is given an empty path
+    /// \param setupName "Default" when it is empty
+    AntennaDataList(const QString& basePath, const QString& setupName);
+    /// A copy shares the records with its source, so that a change of an entry shows in both; a record lives
+    /// until the last list that holds it lets go. `CopyFrom` makes records of its own.
+    AntennaDataList(const AntennaDataList&) = default;
+    AntennaDataList& operator=(const AntennaDataList&) = default;
+    virtual ~AntennaDataList();
+
+    /// Removes all entries.
+    void Clear();
+    /// Takes over paths, name, the permission to save, and a copy of every entry of the other list, sorted.
+    void CopyFrom(AntennaDataList& other);
+    /// Appends an entry and takes it over; null is ignored. Always true.
+    bool AddAntenna(AntennaData* ant);
+    /// Removes the first entry that has the name of `ant`, whichever record that is. False for null, and when
+    /// no entry has the name.
+    bool DeleteAntenna(AntennaData* ant);
+
+    /// The entries in order; none is null.
+    [[nodiscard]] const std::vector<std::shared_ptr<AntennaData>>& GetAntennas() const { return m_antennas; }
+    /// The entry at a position counted from 0; null outside the list.
+    [[nodiscard]] AntennaData* GetAntennaByIndex(int i) const;
+    /// The first entry with the handle, enabled or not; null when there is none.
+    [[nodiscard]] AntennaData* GetAntennaByHandle(long h) const;
+    /// The first enabled entry whose range holds both frequencies; null when there is none.
+    [[nodiscard]] AntennaData* GetAntennaForFreqRange(double lo, double hi) const;
+    /// The enabled entry that serves a frequency; null when there is none. Both ends of a range belong to it.
+    /// Of several entries the first of the wanted polarisation is taken, and without one of it the last.
+    /// \param preferRangeStart the first entry whose range begins at exactly this frequency comes before all
+    ///                         others, so that stepping over the end of a range leads to the next antenna
+    [[nodiscard]] AntennaData* GetAntennaForFrequency(double f, bool preferRangeStart,
+                                                      EZANPolarisation pol) const;
+    /// Whether an enabled entry's range holds 10 MHz.
+    [[nodiscard]] bool ContainsHFAntenna() const;
+    /// The handles of all entries, or of the enabled ones, ascending.
+    [[nodiscard]] std::set<long> GetAntennaHandles(bool onlyEnabled) const;
+    /// Describes one antenna over all entries of its handle: the whole coverage, and the span of the ranges
+    /// of its enabled entries. With none enabled the range is the lowest frequency alone, and the result is
+    /// not enabled. False when no entry has the handle; `out` then is disabled and otherwise as it was.
+    bool GetCommonAntennaByHandle(long h, AntennaData& out) const;
+
+    /// Sorts by coverage, entries of equal coverage by name. Coverages that lie within one another have no
+    /// natural order; entries that nothing separates keep theirs.
+    void SortAntennasByFrequencyRanges();
+    /// Lets a range of an enabled entry that begins exactly where the one before ends begin 1 Hz higher.
+    void MakeAntennaRangesDisjoint();
+    /// Prepares a list that was just built: switches compasses on when one of the two flags is set (never
+    /// those of the families PX104 and PX112), disables entries that repeat the entry before them, and cuts
+    /// an entry where the next one of the same polarisation begins.
+    void SetStartupDefaults(bool compassA, bool compassB);
+    /// Traces one line an entry.
+    void PrintAntennaTrace() const;
+    /// Whether `WriteAntennaSetupToCfg` writes; at first it does.
+    void allowSave(bool allow) { m_allowSave = allow; }
+
+    /// The largest number of entries that `BuildAntennasFromCfg` reads.
+    static constexpr int MAX_ANTENNA_COUNT = 12;
+
+    /// Appends the entries that stand in the settings of a station (`StationCfg`), without handles and
+    /// polarisations: those are the device's. A range that does not lie within the coverage becomes the
+    /// coverage. Returns the number of sections read, 0 when the station has no settings.
+    int BuildAntennasFromCfg(const QString& station);
+    /// Sorts the list and applies the operator's choices from the settings to its entries: range, enabled,
+    /// compass, mounting. The sections are searched by name, forward only: one that was passed over is not
+    /// found again, and one without a name ends the search. False when the station has no settings.
+    bool ReadAntennaSetupFromCfg(const QString& station);
+    /// Writes all entries to the settings of a station, which come into being with it. Sections beyond the
+    /// new count stay.
+    void WriteAntennaSetupToCfg(const QString& station);
+
+    /// Replaces the entries by those of the antenna nodes below a node. What a node lacks has its default.
+    /// Returns the number of entries.
+    int ReadAntennasFromValueTree(const QString& path);
+    /// Takes over what an operator has edited in the antenna nodes below a node. Nodes and entries are walked
+    /// side by side; a node that is not of the entry's name and coverage is traced and passed over. Returns
+    /// the number of entries that were updated.
+    int UpdateAntennasFromValueTree(const QString& path);
+    /// Appends an antenna node for each entry below a node; those that are there stay. Without the node an
+    /// assertion is traced for each entry.
+    void WriteAntennasToValueTree(const QString& path);
+    /// Removes the antenna nodes below a node; other children stay.
+    void DeleteAllAntennasFromValueTree(const QString& path);
+
+private:
+    [[nodiscard]] Node* GetNode(const QString& path) const;
+    [[nodiscard]] std::vector<Node*> GetAntennaNodes(const QString& path) const;
+
+    std::vector<std::shared_ptr<AntennaData>> m_antennas;
+    QString m_basePath;
+    QString m_setupName;
+    ZANCharacteristicsTools m_tools;
+    bool m_allowSave = true;
+};
