@@ -1,18 +1,29 @@
+#include "kwbase/errorhandler.h"
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "valueframework/tree.h"
+#include "zanstation/antennascommand.h"
+#include "zanstation/cataloguecommand.h"
+#include "zanstation/commandline.h"
 #include "zanstation/console.h"
+#include "zanstation/devicecommand.h"
+#include "zanstation/exitcodes.h"
+#include "zanstation/operationmodetext.h"
 #include "zanstation/passsimulator.h"
 #include "zanstation/recordingwriter.h"
 #include "zanstation/runcommand.h"
+#include "zanstation/station.h"
+#include "zanstation/tunecommand.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QDir>
+#include <QDebug>
 #include <QFileInfo>
-#include <QStandardPaths>
+#include <QLocale>
 #include <QTextStream>
+#include <QTranslator>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -21,10 +32,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int EXIT_OK = 0;
-constexpr int EXIT_FAILED = 1;
-constexpr int EXIT_USAGE = 2;
-
 const QString& Usage() {
     static const QString usage =
         u"Usage: zanstation COMMAND [OPTION...]\n"
@@ -32,97 +39,22 @@ const QString& Usage() {
         "Runs the common library of a direction-finding application on recorded bearings.\n"
         "\n"
         "Commands:\n"
-        "  run       replays a recording through driver, filters and outputs\n"
-        "  simulate  writes the recording of an emitter that passes the station\n"
-        "  tree      prints the value tree after start-up\n"
+        "  device     prints what the station's device is and can do\n"
+        "  antennas   shows, checks, repairs and changes the antenna setup\n"
+        "  tune       finds the nearest valid frequency or range, and what serves it\n"
+        "  catalogue  prints a table of the device catalogue\n"
+        "  run        replays a recording through driver, filters and outputs\n"
+        "  simulate   writes the recording of an emitter that passes the station\n"
+        "  tree       prints the value tree after start-up\n"
         "\n"
         "zanstation COMMAND --help tells the options of a command.\n"
         "zanstation --version tells the version.\n"_s;
     return usage;
 }
 
-/// Reads the options of one command. Ends the program's work for a wrong command line, and for --help.
-class CommandLine {
-public:
-    CommandLine(const QString& command, const QString& description, const QList<QCommandLineOption>& options)
-        : m_usage(u"Usage: zanstation "_s + command + u" [OPTION...]"_s) {
-        m_parser.setApplicationDescription(description);
-        m_parser.addOptions(options);
-        m_parser.addOption({{u"h"_s, u"help"_s}, u"Tells the options of this command."_s});
-        m_parser.addOption({u"config"_s, u"Directory of the settings."_s, u"DIR"_s,
-                            QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)});
-        m_parser.addOption(
-            {u"option"_s,
-             u"Application option, NAME or NAME=VALUE. Progress=true shows the progress bar even "
-             "where nobody watches."_s,
-             u"NAME"_s});
-    }
-
-    /// The exit code when there is nothing more to do.
-    std::optional<int> Parse(const QStringList& arguments) {
-        if (!m_parser.parse(arguments)) {
-            return Refuse(m_parser.errorText());
-        }
-        if (m_parser.isSet(u"help"_s)) {
-            const QString help = m_parser.helpText();
-            Print(m_usage + help.sliced(help.indexOf(u'\n')));
-            return EXIT_OK;
-        }
-        if (!m_parser.positionalArguments().isEmpty()) {
-            return Refuse(u"what is '%1' for?"_s.arg(m_parser.positionalArguments().constFirst()));
-        }
-        for (const QString& option : m_parser.values(u"option"_s)) {
-            if (!AppOptions::SetOption(option)) {
-                return Refuse(u"--option needs a name: '%1'"_s.arg(option));
-            }
-        }
-        return {};
-    }
-
-    static int Refuse(const QString& why) {
-        Console::Error(why);
-        return EXIT_USAGE;
-    }
-
-    static void Print(const QString& text) { QTextStream(stdout) << text; }
-
-    /// The text of an option: the one given, its default, or nothing.
-    [[nodiscard]] std::optional<QString> Text(const QString& name) const {
-        return m_parser.values(name).isEmpty() ? std::nullopt : std::optional(m_parser.value(name));
-    }
-
-    /// Reads a number into a variable when the option is given. False, with a message, when it is none, or
-    /// not between the bounds.
-    template <class T>
-    bool Number(const QString& name, T minimum, T maximum, std::optional<T>& number) const {
-        if (!m_parser.isSet(name)) {
-            return true;
-        }
-        bool isNumber = false;
-        const double value = m_parser.value(name).toDouble(&isNumber);
-        if (!isNumber || !(value >= static_cast<double>(minimum) && value <= static_cast<double>(maximum)) ||
-            (std::is_integral_v<T> && value != std::floor(value))) {
-            Refuse(u"--%1 takes a%2 number from %3 to %4, not '%5'"_s.arg(
-                name, std::is_integral_v<T> ? u" whole"_s : QString(), QString::number(minimum),
-                QString::number(maximum), m_parser.value(name)));
-            return false;
-        }
-        number = static_cast<T>(value);
-        return true;
-    }
-
-    [[nodiscard]] bool OpenStore() const {
-        if (!CfgCenter::SetConfigDirectory(m_parser.value(u"config"_s))) {
-            Console::Error(CfgCenter::GetLastError());
-            return false;
-        }
-        return true;
-    }
-
-private:
-    const QString m_usage;
-    QCommandLineParser m_parser;
-};
+void Print(const QString& text) {
+    QTextStream(stdout) << text;
+}
 
 bool WriteSimulation(quint64 seed, quint64 rowCount, const QString& fileName) {
     PassSimulator simulator(seed, rowCount);
@@ -234,19 +166,167 @@ int Run(const QStringList& arguments) {
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }
 
+/// Does something with the station that the settings describe.
+int WithStation(const CommandLine& line, const std::function<int()>& work) {
+    if (!line.OpenStore()) {
+        return EXIT_FAILED;
+    }
+    int exitCode = EXIT_OK;
+    {
+        const Station station;
+        exitCode = work();
+    }
+    return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
+}
+
 int PrintTree(const QStringList& arguments) {
     CommandLine line(
         u"tree"_s, u"Prints the value tree after start-up: path, type, value and number of observers."_s, {});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
-    if (!line.OpenStore()) {
-        return EXIT_FAILED;
+    return WithStation(line, [] {
+        QTextStream out(stdout);
+        Tree::Instance()->Dump(out);
+        return EXIT_OK;
+    });
+}
+
+int Catalogue(const QStringList& arguments) {
+    const QString tables = CatalogueCommand::GetTableNames().join(u'|');
+    CommandLine line(u"catalogue"_s, u"Prints a table of the device catalogue."_s,
+                     {{u"json"_s, u"For programs: an array of objects, frequencies and bandwidths in Hz."_s}},
+                     tables);
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
     }
-    const Station station;
-    QTextStream out(stdout);
-    Tree::Instance()->Dump(out);
+    if (line.Positional().size() != 1 ||
+        !CatalogueCommand::Print(line.Positional().constFirst(), line.IsSet(u"json"_s))) {
+        return CommandLine::Refuse(u"which table? "_s + tables);
+    }
     return EXIT_OK;
+}
+
+int Device(const QStringList& arguments) {
+    CommandLine line(u"device"_s,
+                     u"Prints what the station's device is: type, options, antennas and whether it supports "
+                     "them, limits per mode, and where the converters change."_s,
+                     {});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    return WithStation(line, [] {
+        PrintDevice(Station::GetCharacteristics());
+        return EXIT_OK;
+    });
+}
+
+int Antennas(const QStringList& arguments) {
+    const QString actions = u"list|check|repair|enable NAME|disable NAME|range NAME LOW HIGH"_s;
+    CommandLine line(u"antennas"_s,
+                     u"Works on the antenna setup in the station's settings. Fails when the setup is not "
+                     "valid."_s,
+                     {}, actions);
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    const auto* const action = AntennasCommand::FindAction(line.Positional().value(0));
+    if (!action || line.Positional().size() != 1 + action->argumentCount) {
+        return CommandLine::Refuse(u"what shall be done? "_s + actions);
+    }
+    return WithStation(line, [&line] { return AntennasCommand::Run(line.Positional()); });
+}
+
+/// Reads how a range shall be moved off the border of two antennas.
+std::optional<ZANCharacteristics::EAdjustMode> ReadAdjustMode(const QString& text) {
+    constexpr auto LEAVE = static_cast<ZANCharacteristics::EAdjustMode>(2);
+    if (text == u"down") {
+        return ZANCharacteristics::ADJUST_DOWN;
+    }
+    if (text == u"up") {
+        return ZANCharacteristics::ADJUST_UP;
+    }
+    return text == u"none" ? std::optional(LEAVE) : std::nullopt;
+}
+
+int TuneTo(const QStringList& arguments) {
+    CommandLine line(
+        u"tune"_s,
+        u"Moves a frequency, or a range from --start to --stop, to the nearest valid one, and tells what was "
+        "changed and why, and what receives it. Frequencies: 145.5M, 145.5 MHz, 300k, 1e6."_s,
+        {{u"mode"_s, u"ffm, wideband, scan, search, tdma, or a number from 0 to 14."_s, u"MODE"_s, u"ffm"_s},
+         {u"frequency"_s, u"The frequency wanted."_s, u"F"_s},
+         {u"bandwidth"_s,
+          u"Band around it that the antenna must hold in wideband mode (default: the realtime bandwidth)."_s,
+          u"B"_s},
+         {u"start"_s, u"Start of the range wanted."_s, u"F"_s},
+         {u"stop"_s, u"Stop of the range wanted."_s, u"F"_s},
+         {u"adjust"_s, u"Where a range that straddles two antennas goes: down, up, or none."_s,
+          u"down|up|none"_s, u"down"_s}});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    TuneRequest request;
+    std::optional<double> start;
+    std::optional<double> stop;
+    if (!line.Frequency(u"frequency"_s, request.frequency) ||
+        !line.Frequency(u"bandwidth"_s, request.bandwidth) || !line.Frequency(u"start"_s, start) ||
+        !line.Frequency(u"stop"_s, stop)) {
+        return EXIT_USAGE;
+    }
+    const std::optional<EOperationMode> mode = OperationModeText::Parse(*line.Text(u"mode"_s));
+    if (!mode) {
+        return CommandLine::Refuse(u"--mode takes ffm, wideband, scan, search, tdma or a number to 14"_s);
+    }
+    request.adjustName = *line.Text(u"adjust"_s);
+    const std::optional adjustMode = ReadAdjustMode(request.adjustName);
+    if (!adjustMode) {
+        return CommandLine::Refuse(u"--adjust takes down, up or none"_s);
+    }
+    const bool isRange = start && stop && *start <= *stop && !request.bandwidth;
+    const bool isFrequency = !start && !stop && !line.IsSet(u"adjust"_s);
+    if (request.frequency ? !isFrequency : !isRange) {
+        return CommandLine::Refuse(
+            u"--frequency (with --bandwidth), or --start and --stop (with --adjust), the lower one first"_s);
+    }
+    request.mode = *mode;
+    request.adjustMode = *adjustMode;
+    request.start = start.value_or(0.0);
+    request.stop = stop.value_or(0.0);
+    return WithStation(line, [&request] { return Tune(Station::GetCharacteristics(), request); });
+}
+
+/// A command of the program.
+struct Command {
+    QStringView name;
+    int (*run)(const QStringList& arguments);
+};
+
+constexpr std::array<Command, 7> COMMANDS{{
+    {u"device", Device},
+    {u"antennas", Antennas},
+    {u"tune", TuneTo},
+    {u"catalogue", Catalogue},
+    {u"run", Run},
+    {u"simulate", Simulate},
+    {u"tree", PrintTree},
+}};
+
+/// Shows trace lines on standard error. The library traces every question that it has no sample mode for; the
+/// commands say that in their own words, so these lines are for those who ask for the whole trace.
+void ShowTrace() {
+    ErrorHandler::Instance().SetSink([](const QString& line) {
+        if (!line.contains("No sample mode matching"_L1) || AppOptions::GetBoolean(u"Trace"_s, false)) {
+            qInfo().noquote() << line;
+        }
+    });
+}
+
+/// Has the sentences of the library in the language of the user, where there is a translation.
+void InstallTranslation(QTranslator& translator) {
+    if (translator.load(QLocale(), u"zancommon"_s, u"_"_s, u":/translations"_s)) {
+        QCoreApplication::installTranslator(&translator);
+    }
 }
 
 } // namespace
@@ -259,22 +339,20 @@ int main(int argc, char** argv) {
     const QStringList arguments = QCoreApplication::arguments();
     const QString command = arguments.value(1);
     if (command == u"--version" || command == u"-v") {
-        CommandLine::Print(u"zanstation "_s + QCoreApplication::applicationVersion() + u'\n');
+        Print(u"zanstation "_s + QCoreApplication::applicationVersion() + u'\n');
         return EXIT_OK;
     }
     if (command == u"--help" || command == u"-h") {
-        CommandLine::Print(Usage());
+        Print(Usage());
         return EXIT_OK;
     }
     const QStringList rest = QStringList(u"zanstation "_s + command) + arguments.mid(2);
-    if (command == u"run") {
-        return Run(rest);
-    }
-    if (command == u"simulate") {
-        return Simulate(rest);
-    }
-    if (command == u"tree") {
-        return PrintTree(rest);
+    const auto found = std::ranges::find(COMMANDS, command, &Command::name);
+    if (found != COMMANDS.end()) {
+        QTranslator translator;
+        InstallTranslation(translator);
+        ShowTrace();
+        return found->run(rest);
     }
     QTextStream(stderr) << (command.isEmpty() ? QString() : u"zanstation: no command '%1'\n\n"_s.arg(command))
                         << Usage();

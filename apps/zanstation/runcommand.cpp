@@ -3,6 +3,7 @@
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "zanstation/console.h"
+#include "zanstation/exitcodes.h"
 #include "zanstation/signalwatcher.h"
 
 #include <QCoreApplication>

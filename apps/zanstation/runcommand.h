@@ -29,10 +29,6 @@ class RunCommand final : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr int EXIT_OK = 0;
-    static constexpr int EXIT_FAILED = 1;
-    static constexpr int EXIT_INTERRUPTED = 130; ///< as a shell reports a program that SIGINT has ended
-
     explicit RunCommand(RunOptions options);
 
     /// Runs until the recording has ended or the program is interrupted; returns the exit code.

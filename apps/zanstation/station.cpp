@@ -4,7 +4,11 @@
 #include "valueframework/tree.h"
 #include "valueframework/valueaccess.h"
 #include "zancommon/ohpparamspersistency.h"
+#include "zancommon/stationcfg.h"
+#include "zancommon/zaninformationcenter.h"
+#include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanstation/console.h"
 
 #include <algorithm>
 #include <cmath>
@@ -72,14 +76,12 @@ Station::Station()
     : m_overheadFilter(m_overheadParams) {
     using namespace StdDeviceDefinition;
 
-    // The device connection publishes the device and what belongs to it.
-    CreateBranch(EBranch::DEVICE, ZANPath::DEVICE.chopped(1).toString());
     CreateBranch(EBranch::SERVER, ZANPath::SERVER.toString());
     ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
-    m_pDeviceAddress = ServerValue<ValueString>(g_vdDevAddress);
-    m_pDeviceAddress->SetValue(u"replay"_s, nullptr);
-    ServerValue<ValueString>(g_vdDevName)->SetValue(u"Replay of a recording"_s, nullptr);
+    m_device.emplace(u"replay"_s);
     ServerValue<ValueSelection>(g_vdOperationMode)->SetCurrentKey(OPMODE_SCAN, nullptr);
+    ReadOptions();
+    GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true);
 
     m_pAzimuth = ServerValue<ValueBearing>(g_vdAzimuth);
     m_pHeading = ServerValue<ValueNumericInt>(g_vdTrueHeading);
@@ -108,17 +110,37 @@ Station::Station()
     m_overheadSynchronizer.emplace(m_overheadParams, ZANPath::SERVER.toString());
 }
 
+void Station::ReadOptions() {
+    const QString path =
+        ZANPath::DEVICE.chopped(1).toString() + StdDeviceDefinition::g_vdDevOptions.PathName();
+    const QString options = Tree::Instance()->Find<ValueString>(path)->GetValue();
+    if (!ZANOptions::Instance()->ReadFromValueTree(path) && !options.isEmpty()) {
+        Console::Warn(u"an option of the device is not known, and those behind it are left out: "_s +
+                      options);
+    }
+}
+
 void Station::StartOutput() {
     m_pOutput = new DFDataOutput(OutputName());
-    m_interfaces.Add(m_pOutput);
+    ZANInformationCenter::Instance()->GetZANInterfaces().Add(m_pOutput);
+}
+
+QString Station::GetDeviceAddress() {
+    return StationCfg::GetStationAddress();
+}
+
+ZANCharacteristics& Station::GetCharacteristics() {
+    return ZANInformationCenter::Instance()->GetZANCharacteristics();
 }
 
 Station::~Station() {
     m_overheadSynchronizer.reset();
-    m_interfaces.Remove(OutputName());
+    ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
+    ZANInformationCenter::Finalise();
+    ZANOptions::Finalise();
+    m_device.reset();
     Tree& tree = *Tree::Instance();
     tree.Remove(tree.GetNode(ZANPath::SERVER.toString()));
-    tree.Remove(tree.GetNode(u"/DEVICES"_s));
 }
 
 void Station::SetOverheadThreshold(double degrees) {

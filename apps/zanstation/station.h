@@ -7,7 +7,8 @@
 #include "zancommon/overheadpassfilter.h"
 #include "zancommon/overheadpassparams.h"
 #include "zancommon/pitchrollfilter.h"
-#include "zancommon/zaninterfaceslist.h"
+#include "zancommon/zancharacteristics.h"
+#include "zanstation/deviceconnection.h"
 #include "zanstation/driverreceiver.h"
 
 #include <QString>
@@ -26,11 +27,11 @@ struct StationCounts {
 
 /// The station: does what an application does with the library, in an application's order.
 ///
-/// It publishes the device and the server's values in the tree, restores the parameters from the settings and
-/// makes the filters; starts the output; and then takes block after block from the driver: attitude and
-/// position go into the tree, the filters mark the bearings, and each of them becomes the current bearing,
-/// which the output turns into a sentence. Needs the settings (`CfgCenter::SetConfigDirectory`) before it is
-/// made.
+/// It connects to the device, which publishes itself in the tree, reads the device's options and connects the
+/// characteristics to it; restores the parameters from the settings and makes the filters; starts the output;
+/// and then takes block after block from the driver: attitude and position go into the tree, the filters mark
+/// the bearings, and each of them becomes the current bearing, which the output turns into a sentence. Needs
+/// the settings (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
 class Station {
 public:
     Station();
@@ -55,9 +56,11 @@ public:
     [[nodiscard]] const StationCounts& GetCounts() const { return m_counts; }
     /// Once it has been started.
     [[nodiscard]] DFDataOutput& GetOutput() const { return *m_pOutput; }
-    [[nodiscard]] QString GetDeviceAddress() const { return m_pDeviceAddress->GetValue(); }
+    [[nodiscard]] static QString GetDeviceAddress();
+    [[nodiscard]] static ZANCharacteristics& GetCharacteristics();
 
 private:
+    static void ReadOptions();
     void PublishPlatform(const BearingBlock& block);
     void ApplyBlockFilters(BearingBlock& block);
     void PublishBearing(const BearingBlock& block, const Bearing& bearing);
@@ -76,10 +79,9 @@ private:
     ValueInt* m_pConnectionSpeed;
     ValueNumericDouble* m_pPitchThreshold;
     ValueNumericDouble* m_pRollThreshold;
-    ValueString* m_pDeviceAddress;
 
-    ZANInterfacesList m_interfaces;
-    DFDataOutput* m_pOutput = nullptr; // owned through m_interfaces
+    std::optional<DeviceConnection> m_device;
+    DFDataOutput* m_pOutput = nullptr; // owned through the list of outputs
     KvZANCommon::PitchRollFilter m_pitchRollFilter;
     KvZANCommon::ConnectionSpeedFilter m_connectionSpeedFilter;
     KvZANCommon::OverheadPassParams m_overheadParams;

@@ -1,5 +1,6 @@
 #include "support/printing.h"
 #include "support/pseudoterminal.h"
+#include "support/stationprocess.h"
 
 #include <gtest/gtest.h>
 
@@ -18,40 +19,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int PATIENCE_MS = 60000;
-
 const char* const HEADER =
     "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,"
     "roll_deg,latitude_deg,longitude_deg,altitude_m\n";
 
-struct Result {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-Result RunStation(const QStringList& arguments) {
-    QProcess process;
-    process.start(QStringLiteral(ZAN_STATION), arguments);
-    if (!process.waitForFinished(PATIENCE_MS) || process.exitStatus() != QProcess::NormalExit) {
-        return {};
-    }
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
-
-QByteArray ReadFile(const QString& name) {
-    QFile file(name);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void WriteFile(const QString& name, const QByteArray& content) {
-    QFile file(name);
-    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write(content) == content.size());
-}
-
 /// The number behind a name in the summary; -1 when the summary does not have it.
-int Counted(const Result& result, const QString& name) {
+int Counted(const StationResult& result, const QString& name) {
     const QRegularExpression line(u"^%1 +(\\d+)$"_s.arg(QRegularExpression::escape(name)),
                                   QRegularExpression::MultilineOption);
     const QRegularExpressionMatch match = line.match(result.out);
@@ -81,7 +54,7 @@ protected:
 } // namespace
 
 TEST_F(Station, WritesTheSentencesOfARecordingToTheFile) {
-    const Result result =
+    const StationResult result =
         RunStation(RunArguments(Record("1000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n"
                                        "2000,121500000,0.0,,45,,,,,,,\n")));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
@@ -95,7 +68,7 @@ TEST_F(Station, WritesTheSentencesOfARecordingToTheFile) {
 }
 
 TEST_F(Station, CountsEveryBearingByWhatBecameOfIt) {
-    const Result result =
+    const StationResult result =
         RunStation(RunArguments(Record("1000,121500000,10.0,59.9,90,,,0.0,0.0,,,\n"
                                        "2000,121500000,10.0,60.0,90,,,0.0,0.0,,,\n"
                                        "3000,121500000,10.0,10.0,90,,,5.0,0.0,,,\n"
@@ -118,7 +91,7 @@ TEST_F(Station, CountsEveryBearingByWhatBecameOfIt) {
 TEST_F(Station, SimulatedRecordingGoesThroughWithEveryFilterAtWork) {
     const QString recording = Path(u"simulated.csv"_s);
     ASSERT_EQ(RunStation({u"simulate"_s, u"--seed"_s, u"7"_s, u"--out"_s, recording}).exitCode, 0);
-    const Result result = RunStation(RunArguments(recording, {u"--overhead-threshold"_s, u"60"_s}));
+    const StationResult result = RunStation(RunArguments(recording, {u"--overhead-threshold"_s, u"60"_s}));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(Counted(result, u"bearings in"_s), 600);
     EXPECT_GT(Counted(result, u"rejected: pitch/roll"_s), 0);
@@ -132,7 +105,7 @@ TEST_F(Station, SimulatedRecordingGoesThroughWithEveryFilterAtWork) {
 }
 
 TEST_F(Station, WithoutARecordingASimulatedOneIsReplayed) {
-    const Result result = RunStation(
+    const StationResult result = RunStation(
         {u"run"_s, u"--speed"_s, u"max"_s, u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"out"_s)});
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(Counted(result, u"bearings in"_s), 600);
@@ -140,11 +113,11 @@ TEST_F(Station, WithoutARecordingASimulatedOneIsReplayed) {
 }
 
 TEST_F(Station, BadLinesAreReportedWithTheirNumberAndTheRestIsUsed) {
-    const Result result = RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n"
-                                                         "2000,121500000,360,,90,,,,,,,\n"
-                                                         "3000,abc,10.0,,90,,,,,,,\n"
-                                                         "4000,121500000,10.0\n"
-                                                         "5000,121500000,20.0,,90,,,,,,,\n")));
+    const StationResult result = RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n"
+                                                                "2000,121500000,360,,90,,,,,,,\n"
+                                                                "3000,abc,10.0,,90,,,,,,,\n"
+                                                                "4000,121500000,10.0\n"
+                                                                "5000,121500000,20.0,,90,,,,,,,\n")));
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(Counted(result, u"bearings in"_s), 2);
     for (const QString& line : {u"line 3"_s, u"line 4"_s, u"line 5"_s}) {
@@ -155,7 +128,7 @@ TEST_F(Station, BadLinesAreReportedWithTheirNumberAndTheRestIsUsed) {
 
 TEST_F(Station, RecordingThatCannotBeReadEndsTheRunWithItsName) {
     for (const QString& recording : {Path(u"missing.csv"_s), m_directory.path()}) {
-        const Result result = RunStation(RunArguments(recording));
+        const StationResult result = RunStation(RunArguments(recording));
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_TRUE(result.err.contains(recording)) << result.err.toStdString();
     }
@@ -178,7 +151,7 @@ TEST_F(Station, WrongCommandLineIsRefusedBeforeAnythingIsTouched) {
         {u"simulate"_s, u"--seed"_s, u"x"_s, u"--out"_s, Path(u"x"_s)},
     };
     for (const QStringList& commandLine : commandLines) {
-        const Result result = RunStation(commandLine);
+        const StationResult result = RunStation(commandLine);
         EXPECT_EQ(result.exitCode, 2) << commandLine.join(u' ').toStdString();
         EXPECT_FALSE(result.err.isEmpty()) << commandLine.join(u' ').toStdString();
     }
@@ -189,7 +162,7 @@ TEST_F(Station, HelpAndVersionGoToStandardOutput) {
     for (const QStringList& commandLine :
          {QStringList{u"--help"_s}, QStringList{u"--version"_s}, QStringList{u"run"_s, u"--help"_s},
           QStringList{u"simulate"_s, u"--help"_s}, QStringList{u"tree"_s, u"--help"_s}}) {
-        const Result result = RunStation(commandLine);
+        const StationResult result = RunStation(commandLine);
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_TRUE(result.out.contains(u"zanstation"_s)) << result.out.toStdString();
         EXPECT_TRUE(result.err.isEmpty()) << result.err.toStdString();
@@ -201,7 +174,7 @@ TEST_F(Station, PreviousOutputIsKeptAndTheSettingsOfTheLastRunHold) {
     ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
     const QByteArray sentences = ReadFile(Path(u"out"_s));
     ASSERT_FALSE(sentences.isEmpty());
-    const Result second = RunStation(
+    const StationResult second = RunStation(
         {u"run"_s, u"--recording"_s, recording, u"--speed"_s, u"max"_s, u"--config"_s, Path(u"config"_s)});
     EXPECT_EQ(second.exitCode, 0) << second.err.toStdString();
     EXPECT_EQ(ReadFile(Path(u"out"_s)), sentences);
@@ -209,9 +182,9 @@ TEST_F(Station, PreviousOutputIsKeptAndTheSettingsOfTheLastRunHold) {
 }
 
 TEST_F(Station, OutputFileThatCannotBeOpenedIsToldAndFailsTheRun) {
-    const Result result = RunStation({u"run"_s, u"--recording"_s, Record("1000,121500000,10.0,,90,,,,,,,\n"),
-                                      u"--speed"_s, u"max"_s, u"--config"_s, Path(u"config"_s), u"--output"_s,
-                                      Path(u"no/such/directory/out"_s)});
+    const StationResult result = RunStation(
+        {u"run"_s, u"--recording"_s, Record("1000,121500000,10.0,,90,,,,,,,\n"), u"--speed"_s, u"max"_s,
+         u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"no/such/directory/out"_s)});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.err.contains(u"no/such/directory/out"_s)) << result.err.toStdString();
     EXPECT_EQ(Counted(result, u"published"_s), 1);
@@ -220,7 +193,7 @@ TEST_F(Station, OutputFileThatCannotBeOpenedIsToldAndFailsTheRun) {
 
 TEST_F(Station, SettingsDirectoryThatCannotBeHadEndsTheRun) {
     WriteFile(Path(u"config"_s), "a file");
-    const Result result = RunStation(RunArguments(Record("")));
+    const StationResult result = RunStation(RunArguments(Record("")));
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.err.contains(u"config"_s)) << result.err.toStdString();
 }
@@ -241,7 +214,8 @@ TEST_F(Station, InterruptedRunEndsWithEverythingWrittenThatCameIn) {
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(process.exitCode(), 130) << process.readAllStandardError().toStdString();
-        const Result result{process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()), {}};
+        const StationResult result{
+            process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()), {}};
         EXPECT_EQ(Counted(result, u"sentences to file"_s), 1);
         EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
         QFile::remove(Path(u"out"_s));
@@ -292,9 +266,9 @@ TEST_F(Station, ProgressIsShownWhereItIsAskedFor) {
 }
 
 TEST_F(Station, TreeShowsPathTypeAndValueOfWhatAStartPublishes) {
-    const Result result = RunStation({u"tree"_s, u"--config"_s, Path(u"config"_s)});
+    const StationResult result = RunStation({u"tree"_s, u"--config"_s, Path(u"config"_s)});
     EXPECT_EQ(result.exitCode, 0);
-    for (const QString& line : {u"/DEVICES/ZANServer/DevAttr/DevType\tString\tZANTIDE\t0\n"_s,
+    for (const QString& line : {u"/DEVICES/ZANServer/DevAttr/DevType\tString\tZANTIDE\t1\n"_s,
                                 u"/ZANServer/DevAttr/OperationMode\tSelection\tScan\t0\n"_s,
                                 u"/ZANServer/Res/DfR/Azimuth\tBearing\t,,,,,\t0\n"_s,
                                 u"/ZANServer/OverheadPass/Threshold\tInt\t600\t1\n"_s}) {
@@ -319,7 +293,7 @@ protected:
 };
 
 TEST_F(RecordedStation, OverheadPassesOfAnAircraftAreRejectedFromSixtyDegreesOn) {
-    const Result result =
+    const StationResult result =
         RunStation(RunArguments(m_recordings + u"/overhead.csv"_s, {u"--overhead-threshold"_s, u"60"_s}));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(Counted(result, u"bearings in"_s), 6450);
@@ -330,7 +304,7 @@ TEST_F(RecordedStation, OverheadPassesOfAnAircraftAreRejectedFromSixtyDegreesOn)
 }
 
 TEST_F(RecordedStation, BearingsOfATiltedVehicleAreRejectedFromFiveDegreesOn) {
-    const Result result = RunStation(RunArguments(
+    const StationResult result = RunStation(RunArguments(
         m_recordings + u"/vehicle.csv"_s, {u"--pitch-threshold"_s, u"5"_s, u"--roll-threshold"_s, u"5"_s}));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(Counted(result, u"bearings in"_s), 449);

@@ -24,8 +24,8 @@ inline AntennaData MakeAntenna(const QString& name, const QString& converter, do
     return antenna;
 }
 
-/// A ZANTIDE device without options and antennas in the value tree, as a device connection publishes it. At its
-/// end tree, options and characteristics are as if there had been none.
+/// A ZANTIDE device without options and antennas in the value tree, as a device connection publishes it. At
+/// its end tree, options and characteristics are as if there had been none.
 class DeviceTree {
 public:
     DeviceTree() {

@@ -1,0 +1,190 @@
+#include "zanstation/antennascommand.h"
+
+#include "zancommon/antennadatalist.h"
+#include "zanstation/commandline.h"
+#include "zanstation/console.h"
+#include "zanstation/exitcodes.h"
+#include "zanstation/frequencytext.h"
+#include "zanstation/station.h"
+#include "zanstation/table.h"
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using AntennasCommand::Action;
+
+QString DescribeUse(const AntennaData& antenna) {
+    return antenna.enabled ? FrequencyText::FormatRange(antenna.minRange, antenna.maxRange) : u"disabled"_s;
+}
+
+bool IsSameEntry(const AntennaData& a, const AntennaData& b) {
+    return a.name == b.name && a.minFreq == b.minFreq && a.maxFreq == b.maxFreq;
+}
+
+/// The setup in the settings of the station.
+class AntennaSetup {
+public:
+    AntennaSetup()
+        : m_address(Station::GetDeviceAddress()) {
+        m_list.BuildAntennasFromCfg(m_address);
+    }
+
+    void Print() const {
+        Table table({u"antenna"_s, u"enabled"_s, u"range"_s, u"covers"_s, u"converter"_s});
+        for (const auto& antenna : m_list.GetAntennas()) {
+            table.Add({antenna->name, antenna->enabled ? u"yes"_s : u"no"_s,
+                       FrequencyText::FormatRange(antenna->minRange, antenna->maxRange),
+                       FrequencyText::FormatRange(antenna->minFreq, antenna->maxFreq),
+                       antenna->converterTypeName});
+        }
+        table.Print();
+    }
+
+    /// Says whether the setup is valid; returns the exit code.
+    [[nodiscard]] int Check() const {
+        QString verdict;
+        const bool isValid = Station::GetCharacteristics().CheckAntennaSetupValidity(&m_list, verdict);
+        Console::Print(verdict);
+        return isValid ? EXIT_OK : EXIT_FAILED;
+    }
+
+    int Repair() {
+        ZANCharacteristics& characteristics = Station::GetCharacteristics();
+        QString message;
+        const bool isRepaired = characteristics.MakeAntennaSetupValid(message);
+        Console::Print(message);
+        for (int i = 0; const AntennaData* repaired = characteristics.GetAntennaByIndex(i); ++i) {
+            TakeOver(*repaired);
+        }
+        Save();
+        return isRepaired ? EXIT_OK : EXIT_FAILED;
+    }
+
+    /// Enables or disables all entries of an antenna. One whose range was collapsed when it was disabled is
+    /// used for all that it covers.
+    int SetEnabled(const QString& name, bool enabled) {
+        bool isFound = false;
+        for (const auto& antenna : m_list.GetAntennas()) {
+            if (antenna->name == name) {
+                antenna->enabled = enabled;
+                if (enabled && antenna->minRange == antenna->maxRange) {
+                    antenna->minRange = antenna->minFreq;
+                    antenna->maxRange = antenna->maxFreq;
+                }
+                isFound = true;
+            }
+        }
+        return isFound ? SaveAndCheck() : RefuseName(name);
+    }
+
+    /// Sets the range of the entry of an antenna that covers it.
+    int SetRange(const QString& name, const QString& lowText, const QString& highText) {
+        const std::optional<double> low = FrequencyText::Parse(lowText);
+        const std::optional<double> high = FrequencyText::Parse(highText);
+        if (!low || !high || *low > *high) {
+            return CommandLine::Refuse(
+                u"a range is two frequencies such as 300k 30M, the lower one first, not '%1' '%2'"_s.arg(
+                    lowText, highText));
+        }
+        QStringList coverages;
+        for (const auto& antenna : m_list.GetAntennas()) {
+            if (antenna->name != name) {
+                continue;
+            }
+            if (antenna->minFreq <= *low && *high <= antenna->maxFreq) {
+                antenna->minRange = *low;
+                antenna->maxRange = *high;
+                return SaveAndCheck();
+            }
+            coverages.append(FrequencyText::FormatRange(antenna->minFreq, antenna->maxFreq));
+        }
+        if (coverages.isEmpty()) {
+            return RefuseName(name);
+        }
+        Console::Error(u"%1 covers %2, not %3; nothing was changed"_s.arg(
+            name, coverages.join(u" and "_s), FrequencyText::FormatRange(*low, *high)));
+        return EXIT_FAILED;
+    }
+
+private:
+    [[nodiscard]] int RefuseName(const QString& name) const {
+        QStringList names;
+        for (const auto& antenna : m_list.GetAntennas()) {
+            names.append(antenna->name);
+        }
+        Console::Error(u"the station has no antenna '%1', only %2"_s.arg(name, names.join(u", "_s)));
+        return EXIT_FAILED;
+    }
+
+    /// Takes over how an antenna is used, and tells what is changed by that.
+    void TakeOver(const AntennaData& repaired) {
+        for (const auto& antenna : m_list.GetAntennas()) {
+            if (!IsSameEntry(*antenna, repaired)) {
+                continue;
+            }
+            const QString before = DescribeUse(*antenna);
+            antenna->enabled = repaired.enabled;
+            antenna->minRange = repaired.minRange;
+            antenna->maxRange = repaired.maxRange;
+            if (const QString after = DescribeUse(*antenna); after != before) {
+                Console::Print(antenna->name + u": "_s + before + u" -> "_s + after);
+            }
+        }
+    }
+
+    void Save() {
+        m_list.SortAntennasByFrequencyRanges();
+        m_list.WriteAntennaSetupToCfg(m_address);
+    }
+
+    [[nodiscard]] int SaveAndCheck() {
+        Save();
+        return Check();
+    }
+
+    QString m_address;
+    AntennaDataList m_list;
+};
+
+} // namespace
+
+namespace AntennasCommand {
+
+const Action* FindAction(const QString& name) {
+    static const std::array<Action, 6> actions{{
+        {u"list"_s, 0},
+        {u"check"_s, 0},
+        {u"repair"_s, 0},
+        {u"enable"_s, 1},
+        {u"disable"_s, 1},
+        {u"range"_s, 3},
+    }};
+    const auto* const action = std::ranges::find(actions, name, &Action::name);
+    return action == actions.end() ? nullptr : action;
+}
+
+int Run(const QStringList& actionAndArguments) {
+    const QString& action = actionAndArguments.at(0);
+    AntennaSetup setup;
+    if (action == u"list") {
+        setup.Print();
+        return setup.Check();
+    }
+    if (action == u"check") {
+        return setup.Check();
+    }
+    if (action == u"repair") {
+        return setup.Repair();
+    }
+    const QString& name = actionAndArguments.at(1);
+    if (action == u"range") {
+        return setup.SetRange(name, actionAndArguments.at(2), actionAndArguments.at(3));
+    }
+    return setup.SetEnabled(name, action == u"enable");
+}
+
+} // namespace AntennasCommand

@@ -1,0 +1,83 @@
+#include "zanstation/commandline.h"
+
+#include "tolmappstartup/appoptions.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "zanstation/exitcodes.h"
+#include "zanstation/frequencytext.h"
+
+#include <QStandardPaths>
+#include <QTextStream>
+
+using namespace Qt::StringLiterals;
+
+CommandLine::CommandLine(const QString& command, const QString& description,
+                         const QList<QCommandLineOption>& options, const QString& positional)
+    : m_usage(u"Usage: zanstation "_s + command + (positional.isEmpty() ? QString() : u' ' + positional) +
+              u" [OPTION...]"_s)
+    , m_takesArguments(!positional.isEmpty()) {
+    m_parser.setApplicationDescription(description);
+    m_parser.addOptions(options);
+    m_parser.addOption({{u"h"_s, u"help"_s}, u"Tells the options of this command."_s});
+    m_parser.addOption({u"config"_s, u"Directory of the settings."_s, u"DIR"_s,
+                        QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)});
+    m_parser.addOption({u"option"_s,
+                        u"Application option, NAME or NAME=VALUE. Progress=true shows the progress bar even "
+                        "where nobody watches, Trace=true the whole trace."_s,
+                        u"NAME"_s});
+}
+
+std::optional<int> CommandLine::Parse(const QStringList& arguments) {
+    if (!m_parser.parse(arguments)) {
+        return Refuse(m_parser.errorText());
+    }
+    if (m_parser.isSet(u"help"_s)) {
+        const QString help = m_parser.helpText();
+        QTextStream(stdout) << m_usage << help.sliced(help.indexOf(u'\n'));
+        return EXIT_OK;
+    }
+    if (!m_takesArguments && !Positional().isEmpty()) {
+        return Refuse(u"what is '%1' for?"_s.arg(Positional().constFirst()));
+    }
+    for (const QString& option : m_parser.values(u"option"_s)) {
+        if (!AppOptions::SetOption(option)) {
+            return Refuse(u"--option needs a name: '%1'"_s.arg(option));
+        }
+    }
+    return {};
+}
+
+int CommandLine::Refuse(const QString& why) {
+    Console::Error(why);
+    return EXIT_USAGE;
+}
+
+std::optional<QString> CommandLine::Text(const QString& name) const {
+    return m_parser.values(name).isEmpty() ? std::nullopt : std::optional(m_parser.value(name));
+}
+
+bool CommandLine::Frequency(const QString& name, std::optional<double>& frequency) const {
+    if (!m_parser.isSet(name)) {
+        return true;
+    }
+    frequency = FrequencyText::Parse(m_parser.value(name));
+    if (!frequency) {
+        Refuse(u"--%1 takes a frequency such as 145.5M, 145.5 MHz, 300k or 1e6, not '%2'"_s.arg(
+            name, m_parser.value(name)));
+    }
+    return frequency.has_value();
+}
+
+bool CommandLine::OpenStore() const {
+    if (!CfgCenter::SetConfigDirectory(m_parser.value(u"config"_s))) {
+        Console::Error(CfgCenter::GetLastError());
+        return false;
+    }
+    return true;
+}
+
+bool CommandLine::RefuseNumber(const QString& name, const QString& kind, const QString& minimum,
+                               const QString& maximum) const {
+    Refuse(u"--%1 takes a%2 number from %3 to %4, not '%5'"_s.arg(name, kind, minimum, maximum,
+                                                                  m_parser.value(name)));
+    return false;
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+/// The connection to the device: publishes it in the value tree as the station's settings describe it.
+///
+/// A station without settings gets an example: a ZANTIDE device with three antennas for 300 kHz to 3 GHz,
+/// written there for people to edit.
+class DeviceConnection {
+public:
+    /// Publishes the device of an address: its address, name, type, options and antennas.
+    explicit DeviceConnection(const QString& address);
+    DeviceConnection(const DeviceConnection&) = delete;
+    DeviceConnection& operator=(const DeviceConnection&) = delete;
+    /// Takes the device out of the tree.
+    ~DeviceConnection();
+
+private:
+    static void PublishDevice(const QString& address);
+    static void PublishAntennas(const QString& address);
+};

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+/// A table that is printed with its columns aligned.
+class Table {
+public:
+    explicit Table(QStringList titles);
+
+    /// Adds a row of as many cells as there are titles.
+    void Add(QStringList row);
+    /// Prints titles and rows on standard output.
+    void Print() const;
+
+private:
+    std::vector<QStringList> m_rows; // the titles first
+};

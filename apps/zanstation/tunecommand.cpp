@@ -1,0 +1,152 @@
+#include "zanstation/tunecommand.h"
+
+#include "zanstation/console.h"
+#include "zanstation/exitcodes.h"
+#include "zanstation/frequencytext.h"
+#include "zanstation/operationmodetext.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+using namespace Qt::StringLiterals;
+using FrequencyText::Format;
+using FrequencyText::FormatRange;
+
+namespace {
+
+void PrintLine(const QString& name, const QString& text) {
+    Console::Print(name.leftJustified(14) + text);
+}
+
+/// "raised by 1 MHz" or "lowered by 1 MHz"
+QString DescribeMove(double move) {
+    return (move > 0.0 ? u"raised by "_s : u"lowered by "_s) + Format(std::abs(move));
+}
+
+void PrintChanges(const QStringList& changes) {
+    PrintLine(u"changed"_s, changes.isEmpty() ? u"nothing"_s : changes.constFirst());
+    for (qsizetype i = 1; i < changes.size(); ++i) {
+        PrintLine({}, changes.at(i));
+    }
+}
+
+int PrintFailure(const QString& why) {
+    PrintLine(u"valid"_s, u"no: "_s + why);
+    return EXIT_FAILED;
+}
+
+/// The texts of bandwidths in Hz.
+QString FormatBandwidths(const std::set<double>& bandwidths) {
+    QStringList texts;
+    for (const double bandwidth : bandwidths) {
+        texts.append(ZANCharacteristics::FormatBandwidth(bandwidth, 3, false));
+    }
+    return texts.isEmpty() ? u"none"_s : texts.join(u", "_s);
+}
+
+/// Prints what receives a range: antenna, converter, sample mode and bandwidths. Returns the exit code.
+int PrintReception(ZANCharacteristics& characteristics, EOperationMode mode, double start, double stop,
+                   double realtimeBandwidth) {
+    const AntennaData* const antenna = characteristics.GetAntennaForFrequency(start, false);
+    PrintLine(u"antenna"_s,
+              antenna->name + u" ("_s + FormatRange(antenna->minRange, antenna->maxRange) + u')');
+    PrintLine(u"converter"_s, antenna->converterTypeName);
+    const EZANSampleMode sampleMode = characteristics.GetBestSampleMode(mode, start, stop, realtimeBandwidth);
+    if (sampleMode == SAMPLEMODE_END) {
+        PrintLine(u"sample mode"_s,
+                  u"no: there are the realtime bandwidths "_s +
+                      FormatBandwidths(characteristics.GetRealtimeBandwidths(mode, start, stop)));
+        return EXIT_FAILED;
+    }
+    const auto row = std::ranges::find(ZANCharacteristics::s_aSampleModeDescription, sampleMode,
+                                       &ZANCharacteristics::SampleModeDescription::sampleMode);
+    PrintLine(u"sample mode"_s, QString::number(sampleMode) + u", realtime bandwidth "_s +
+                                    ZANCharacteristics::FormatBandwidth(row->realtimeBandwidth, 3, false));
+    PrintLine(u"resolution"_s, FormatBandwidths(characteristics.GetResolutionBandwidths(mode, start, stop,
+                                                                                        realtimeBandwidth)));
+    return EXIT_OK;
+}
+
+QString DescribeLimits(const ZANCharacteristics& characteristics, EOperationMode mode) {
+    const double lowest = characteristics.GetMinFreq(mode);
+    const double highest = characteristics.GetMaxFreq(mode);
+    return lowest < highest ? u"the mode goes from "_s + Format(lowest) + u" to "_s + Format(highest)
+                            : u"the device serves no range in this mode"_s;
+}
+
+int TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& request) {
+    const EOperationMode mode = request.mode;
+    const double asked = *request.frequency;
+    const bool hasBand = mode == OPMODE_WIDEBAND_FFM;
+    double bandwidth = request.bandwidth.value_or(
+        hasBand ? characteristics.GetDefaultRealtimeBandwidth(mode, asked, asked) : 0.0);
+    PrintLine(u"asked"_s, Format(asked) + u", mode "_s + OperationModeText::Format(mode) +
+                              (hasBand ? u", bandwidth "_s + Format(bandwidth) : QString()));
+
+    double frequency = asked;
+    const AntennaData* const antenna = characteristics.ToNextValidFrequency(mode, frequency, bandwidth);
+    // Within the limits of the mode first, and then with the whole band within the antenna's range.
+    const double inLimits =
+        std::min(std::max(asked, characteristics.GetMinFreq(mode)), characteristics.GetMaxFreq(mode));
+    if (!antenna) {
+        return PrintFailure(u"no enabled antenna serves "_s + Format(inLimits) + u" in this mode; "_s +
+                            DescribeLimits(characteristics, mode));
+    }
+    QStringList changes;
+    if (inLimits != asked) {
+        changes.append(
+            u"frequency %1: %2"_s.arg(DescribeMove(inLimits - asked), DescribeLimits(characteristics, mode)));
+    }
+    if (frequency != inLimits) {
+        changes.append(u"frequency %1: the band of %2 shall lie in the range of %3"_s.arg(
+            DescribeMove(frequency - inLimits), Format(bandwidth), antenna->name));
+    }
+    PrintLine(u"valid"_s, Format(frequency));
+    PrintChanges(changes);
+    return PrintReception(characteristics, mode, frequency, frequency,
+                          request.bandwidth.value_or(ZANCharacteristics::fBANDWIDTH_ANY));
+}
+
+int TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request) {
+    const EOperationMode mode = request.mode;
+    PrintLine(u"asked"_s, FormatRange(request.start, request.stop) + u", mode "_s +
+                              OperationModeText::Format(mode) + u", adjust "_s + request.adjustName);
+
+    double start = request.start;
+    double stop = request.stop;
+    double anyBandwidth = ZANCharacteristics::fBANDWIDTH_ANY;
+    double unused = 0.0;
+    const AntennaData* const antenna = characteristics.ToNextValidFrequencyRange(
+        mode, start, stop, anyBandwidth, unused, request.adjustMode);
+    if (!antenna) {
+        return PrintFailure(u"no antenna with a sample mode holds the whole range; "_s +
+                            DescribeLimits(characteristics, mode));
+    }
+    QStringList changes;
+    double intoLimits = 0.0;
+    if (request.stop > characteristics.GetMaxFreq(mode)) {
+        intoLimits = characteristics.GetMaxFreq(mode) - request.stop;
+    } else if (request.start < characteristics.GetMinFreq(mode)) {
+        intoLimits = characteristics.GetMinFreq(mode) - request.start;
+    }
+    if (intoLimits != 0.0) {
+        changes.append(
+            u"range %1: %2"_s.arg(DescribeMove(intoLimits), DescribeLimits(characteristics, mode)));
+    }
+    if (const double inLimits = request.start + intoLimits; start != inLimits) {
+        changes.append(
+            u"range %1: it straddled the border of two antennas"_s.arg(DescribeMove(start - inLimits)));
+    }
+    PrintLine(u"valid"_s, FormatRange(start, stop));
+    PrintChanges(changes);
+    return PrintReception(characteristics, mode, start, stop, anyBandwidth);
+}
+
+} // namespace
+
+int Tune(ZANCharacteristics& characteristics, const TuneRequest& request) {
+    return request.frequency ? TuneFrequency(characteristics, request) : TuneRange(characteristics, request);
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+
+// The station as a person runs it. The test names the program: ZAN_STATION.
+
+inline constexpr int PATIENCE_MS = 60000;
+
+struct StationResult {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+/// Runs the station with these arguments to its end.
+/// \param language what LANGUAGE names in its environment
+inline StationResult RunStation(const QStringList& arguments, const QString& language = {}) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LANGUAGE"), language);
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(ZAN_STATION), arguments);
+    if (!process.waitForFinished(PATIENCE_MS) || process.exitStatus() != QProcess::NormalExit) {
+        return {};
+    }
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+inline QByteArray ReadFile(const QString& name) {
+    QFile file(name);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline void WriteFile(const QString& name, const QByteArray& content) {
+    QFile file(name);
+    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write(content) == content.size());
+}
