@@ -1,6 +1,8 @@
 // The value tree beside what its users would write without it: a path look-up beside a plain hash of the same
 // keys, and a change that observers are told of beside a Qt signal with as many receivers.
 
+#include "allocationcounter.h"
+
 #include "valueframework/tree.h"
 #include "valueframework/valuetypes.h"
 
@@ -10,54 +12,13 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <random>
 #include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-std::size_t allocationCount = 0;
-
-} // namespace
-
-// Every allocation of the process is counted, so that a look-up that allocates shows.
-void* operator new(std::size_t size) {
-    ++allocationCount;
-    if (void* memory = std::malloc(size)) { // NOLINT(cppcoreguidelines-no-malloc)
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
-}
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
-}
-
-namespace {
-
-/// Reports the allocations since it was made, per iteration.
-class AllocationCounter {
-public:
-    explicit AllocationCounter(benchmark::State& state)
-        : m_state(state) {}
-    AllocationCounter(const AllocationCounter&) = delete;
-    AllocationCounter& operator=(const AllocationCounter&) = delete;
-    ~AllocationCounter() {
-        const std::size_t count = allocationCount - m_before;
-        m_state.counters["allocations"] =
-            static_cast<double>(count) / static_cast<double>(m_state.iterations());
-    }
-
-private:
-    benchmark::State& m_state;
-    std::size_t m_before = allocationCount;
-};
 
 // --- finding a value by its path ---
 

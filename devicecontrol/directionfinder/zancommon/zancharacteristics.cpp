@@ -181,15 +181,23 @@ void ZANCharacteristics::DisconnectFromValues() {
 
 void ZANCharacteristics::Update(Observable* subject, TChangeCode code) {
     const auto forget = [this, subject](auto*& member) {
-        if (member && member == subject && member->DeleteObserver(this)) {
+        const bool isGoing = member && member == subject && member->DeleteObserver(this);
+        if (isGoing) {
             member = nullptr;
         }
+        return isGoing;
     };
     if (code == TChangeCode::GoingAway) {
-        forget(m_pDevType);
-        forget(m_pDevMaxChannelCount);
-        forget(m_pCfgModifyTime);
-        forget(m_pPolarisation);
+        // What was known from a value that is gone becomes its default.
+        if (forget(m_pDevType)) {
+            UpdateZANType();
+        } else if (forget(m_pDevMaxChannelCount)) {
+            UpdateMaxChannelCount();
+        } else if (forget(m_pPolarisation)) {
+            UpdatePolarisationMode();
+        } else {
+            forget(m_pCfgModifyTime);
+        }
     } else if (code == TChangeCode::NodeGoingAway) {
         forget(m_pCfgNode);
     } else if (code == TChangeCode::Changed && m_autoUpdate && subject) {
@@ -462,9 +470,12 @@ bool ZANCharacteristics::MakeAntennaSetupValid(QString& message) {
         last = antenna->maxRange;
     }
 
-    m_antennas.CopyFrom(repaired);
-    m_antennas.DeleteAllAntennasFromValueTree(m_baseValuePath);
-    m_antennas.WriteAntennasToValueTree(m_baseValuePath);
+    AntennaDataList
+        written; // the own list comes last: observers of the nodes may have it read anew meanwhile
+    written.CopyFrom(repaired);
+    written.DeleteAllAntennasFromValueTree(m_baseValuePath);
+    written.WriteAntennasToValueTree(m_baseValuePath);
+    m_antennas = written;
     if (m_pCfgModifyTime) {
         const auto now =
             QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(TolmOS::Create().GetCurrentTime()));
@@ -533,18 +544,7 @@ bool ZANCharacteristics::IsVuhfPreampAvailable() const {
 bool ZANCharacteristics::DoesSampleModeMatch(const SampleModeDescription* row, EOperationMode mode,
                                              EZANConverter converter, double start, double stop,
                                              double realtimeBandwidth) const {
-    const EZANType type = GetZANType();
-    const auto isOfDevice = [type](EZANType each) { return each == type || each == ZANTYPE_END; };
-    if (*std::ranges::find_if(row->deviceTypes, isOfDevice) == ZANTYPE_END) {
-        return false;
-    }
-    const ZANOptions& options = *ZANOptions::Instance();
-    if (!options.HasOption(row->requiredOption)) {
-        return false;
-    }
-    if (row->excludedOption != OPTION_NONE && options.HasOption(row->excludedOption)) {
-        return false;
-    }
+    // All of these must hold. The searches for options cost most and stand last.
     if (converter == CONVERTER_NONE ||
         (converter != row->firstConverter && converter != row->secondConverter)) {
         return false;
@@ -555,13 +555,20 @@ bool ZANCharacteristics::DoesSampleModeMatch(const SampleModeDescription* row, E
     if (!LimitsHold(row->minFrequency, row->maxFrequency, start, stop)) {
         return false;
     }
-    if (mode == OPMODE_ANY) {
-        return true;
+    const EZANType type = GetZANType();
+    const auto endsTypes = [type](EZANType each) { return each == type || each == ZANTYPE_END; };
+    if (*std::ranges::find_if(row->deviceTypes, endsTypes) == ZANTYPE_END) {
+        return false;
     }
-    const auto decides = [mode](EOperationMode each) {
+    const auto endsModes = [mode](EOperationMode each) {
         return each == mode || each == OPMODE_ANY || each == OPMODE_END;
     };
-    return *std::ranges::find_if(row->operationModes, decides) != OPMODE_END;
+    if (mode != OPMODE_ANY && *std::ranges::find_if(row->operationModes, endsModes) == OPMODE_END) {
+        return false;
+    }
+    const ZANOptions& options = *ZANOptions::Instance();
+    return options.HasOption(row->requiredOption) &&
+           (row->excludedOption == OPTION_NONE || !options.HasOption(row->excludedOption));
 }
 
 std::vector<const ZANCharacteristics::SampleModeDescription*>
