@@ -1,7 +1,10 @@
 #include "stddevicedefinition/antbuilder.h"
 
+#include "kwbase/errorhandler.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
+
+using namespace Qt::StringLiterals;
 
 namespace StdDeviceDefinition {
 
@@ -11,18 +14,26 @@ bool StdDeviceTree::Ant::IsAntenna(const ITreeItem* item) {
 
 Node* AntBuilder::InsertChild(Node* parent) {
     Tree& tree = *Tree::Instance();
-    if (!parent) {
-        return nullptr;
+    Node* antenna = nullptr;
+    if (parent) {
+        const QString pathWithoutNumber = parent->GetPath() + g_vdNodeAnt.PathName();
+        int number = 0;
+        QString path;
+        do {
+            path = pathWithoutNumber + QString::number(number++);
+        } while (tree.GetNode(path) || tree.GetValue(path));
+        antenna = tree.CreateNode(path, &g_vdNodeAnt);
     }
-    const QString pathWithoutNumber = parent->GetPath() + g_vdNodeAnt.PathName();
-    int number = 0;
-    QString path;
-    do {
-        path = pathWithoutNumber + QString::number(number++);
-    } while (tree.GetNode(path) || tree.GetValue(path));
-    Node* antenna = tree.CreateNode(path, &g_vdNodeAnt);
     if (antenna) {
-        CreateBranch(EBranch::ANTENNA, path);
+        CreateBranch(EBranch::ANTENNA, antenna->GetPath());
+    } else {
+        // The origin is the one that a node which cannot be made has everywhere.
+        TraceInformation(
+            [] {
+                return u"Could not create node according to value descriptor "_s + g_vdNodeAnt.PathName() +
+                       u'.';
+            },
+            u"valueframework\\valueclasses\\valueobservermacros"_s, 175);
     }
     return antenna;
 }

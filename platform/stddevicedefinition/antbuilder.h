@@ -22,8 +22,8 @@ public:
 class ZANPLATFORM_EXPORT AntBuilder {
 public:
     /// Makes a node of the antenna type with all its values at their defaults, as the last child of a node.
-    /// Its name is "Ant" and the first number from 0 that is free there. Owned by the tree; null for a null
-    /// parent, or one that is being removed.
+    /// Its name is "Ant" and the first number from 0 that is free there. Owned by the tree. Null, with
+    /// a trace line, for a null parent, one that is being removed, and one below which there is no room.
     static Node* InsertChild(Node* parent);
 };
 

@@ -1,6 +1,8 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "stddevicedefinition/antbuilder.h"
+#include "support/observers.h"
 #include "support/printing.h"
+#include "support/tracelines.h"
 #include "valueframework/tree.h"
 
 #include <gtest/gtest.h>
@@ -135,6 +137,32 @@ TEST(AntBuilder, OnlyNodesOfTheAntennaTypeAreAntennas) {
     EXPECT_FALSE(Ant::IsAntenna(nullptr));
 }
 
-TEST(AntBuilder, WithoutAParentNothingIsMade) {
+TEST(AntBuilder, NodeThatCannotBeMadeIsTraced) {
+    const QString deepest = u"/n"_s.repeated(Tree::MAX_LEVELS);
+    Tree& tree = *Tree::Instance();
+    Node* const withoutRoom = tree.CreateNode(deepest);
+    ASSERT_NE(withoutRoom, nullptr);
+    Node* const going = tree.CreateNode(u"/Going"_s);
+    Node* made = going;
+    FunctionObserver observer([&](Observable*, TChangeCode) { made = AntBuilder::InsertChild(going); });
+    going->AddObserver(&observer);
+
+    TraceLines trace;
     EXPECT_EQ(AntBuilder::InsertChild(nullptr), nullptr);
+    EXPECT_EQ(AntBuilder::InsertChild(withoutRoom), nullptr);
+    EXPECT_TRUE(tree.Remove(going));
+    EXPECT_EQ(made, nullptr);
+    const QString line = u"valueframework\\valueclasses\\valueobservermacros(175): "
+                         u"Could not create node according to value descriptor /Ant."_s;
+    EXPECT_EQ(trace.lines, (QStringList{line, line, line}));
+
+    ErrorHandler::Instance().SetTraceMask(~TraceBit::INFORMATION);
+    EXPECT_EQ(AntBuilder::InsertChild(nullptr), nullptr);
+    EXPECT_EQ(trace.lines.size(), 3);
+}
+
+TEST(AntBuilder, NodeThatIsMadeIsNotTraced) {
+    TraceLines trace;
+    EXPECT_NE(AntBuilder::InsertChild(Tree::Instance()->GetNode(u"/"_s)), nullptr);
+    EXPECT_TRUE(trace.lines.isEmpty());
 }

@@ -1,6 +1,7 @@
 #include "zancommon/zanabstractinterface.h"
 
 #include "support/printing.h"
+#include "support/virtualslots.h"
 
 #include <QCoreApplication>
 #include <QMetaMethod>
@@ -111,6 +112,16 @@ TEST(ZANAbstractInterface, MetaObjectHasTheTwoSlots) {
     EXPECT_EQ(meta.method(meta.methodOffset() + 1).methodSignature(), "SlotUpdateConfiguration()");
     EXPECT_EQ(meta.method(meta.methodOffset()).methodType(), QMetaMethod::Slot);
     EXPECT_EQ(meta.method(meta.methodOffset() + 1).methodType(), QMetaMethod::Slot);
+}
+
+TEST(ZANAbstractInterface, VirtualOperationsStandInOrderRightAfterThoseOfQObject) {
+    struct OpenQObject : QObject {
+        using QObject::disconnectNotify;
+    };
+    using I = ZANAbstractInterface;
+    ExpectVirtualSlotsFrom(VirtualSlot(&OpenQObject::disconnectNotify) + 1, &I::SetConfigPath, &I::SetEnabled,
+                           &I::IsEnabled, &I::GetConfigWidget, &I::GetName, &I::SlotUpdateConfiguration,
+                           &TestInterface::SetAddress, &TestInterface::GetAddress);
 }
 
 TEST(ZANAbstractInterface, BothTranslationFunctionsTranslateAlike) {

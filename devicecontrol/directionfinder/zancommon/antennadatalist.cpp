@@ -132,6 +132,7 @@ void ReadFixedValues(const Ant& node, AntennaData& antenna) {
 
 } // namespace
 
+// NOLINTNEXTLINE(modernize-pass-by-value): as the other operations take their texts
 AntennaDataList::AntennaDataList(const QString& basePath, const QString& setupName)
     : m_basePath(basePath)
     , m_setupName(setupName.isEmpty() ? u"Default"_s : setupName) {}
@@ -518,11 +519,15 @@ void AntennaDataList::WriteAntennasToValueTree(const QString& path) {
 }
 
 void AntennaDataList::DeleteAllAntennasFromValueTree(const QString& path) {
+    // An observer that is told of a removal may change the tree, so the nodes are kept by their paths.
+    QStringList paths;
+    for (const Node* node : GetAntennaNodes(path)) {
+        paths.append(node->GetPath());
+    }
     Tree& tree = *Tree::Instance();
-    // What observers do to the tree meanwhile may take antennas away: the nodes are looked up anew.
-    for (auto nodes = GetAntennaNodes(path); !nodes.empty(); nodes = GetAntennaNodes(path)) {
-        if (!tree.Remove(nodes.front())) {
-            break;
+    for (const QString& each : std::as_const(paths)) {
+        if (Node* const node = tree.GetNode(each); Ant::IsAntenna(node)) {
+            tree.Remove(node);
         }
     }
 }

@@ -100,7 +100,8 @@ public:
     /// Appends an antenna node for each entry below a node; those that are there stay. Without the node an
     /// assertion is traced for each entry.
     void WriteAntennasToValueTree(const QString& path);
-    /// Removes the antenna nodes below a node; other children stay.
+    /// Removes the antenna nodes below a node; other children stay, and so do nodes that observers make
+    /// meanwhile.
     void DeleteAllAntennasFromValueTree(const QString& path);
 
 private:

@@ -1,5 +1,6 @@
 #include "zancommon/stationcfg.h"
 
+#include "kwbase/errorhandler.h"
 #include "kwbase/tolmos.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
@@ -10,19 +11,46 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString& DefaultName() {
-    static const QString name = u"Default"_s;
-    return name;
+QString DefaultName() {
+    return u"Default"_s;
 }
 
 QString SectionName(qint64 index) {
     return u"ZANStation"_s + QString::number(index);
 }
 
+QString AddressOf(const ICfg& stations, qint64 index) {
+    return stations.GetString(SectionName(index) + u"/DeviceAddress"_s, {});
+}
+
+/// The number of station sections. One that cannot be true is replaced by the number of sections that stand
+/// there one after the other, so that a slip in the file neither holds up the program nor loses a station.
+qint64 GetStationCount(const ICfg& stations) {
+    constexpr qint64 MOST_STATIONS = 10'000; // far more than anybody has devices
+    constexpr qint64 UNREADABLE = -1;
+    const bool isThere = !stations.GetString(u"Count"_s, {}).isEmpty();
+    const qint64 stored = stations.GetInt(u"Count"_s, isThere ? UNREADABLE : 0);
+    if (stored >= 0 && stored <= MOST_STATIONS) {
+        return stored;
+    }
+    qint64 count = 0;
+    while (!AddressOf(stations, count).isEmpty()) {
+        ++count;
+    }
+    TraceInformation(
+        [&] {
+            return u"WARNING: the number of stations in the settings cannot be true; the first %1 are used"_s
+                .arg(count);
+        },
+        u"devicecontrol\\directionfinder\\zancommon\\stationcfg"_s, __LINE__);
+    return count;
+}
+
 /// The text of a value of the server; "Default" when it is missing or empty.
 QString GetServerText(const ValueDescriptor& descriptor) {
+    const Tree* const tree = Tree::Instance(); // null at the end of the process
     const ValueBase* const value =
-        Tree::Instance()->GetValue(ZANPath::SERVER.toString() + descriptor.PathName());
+        tree ? tree->GetValue(ZANPath::SERVER.toString() + descriptor.PathName()) : nullptr;
     const QString text = value ? value->GetStringValue() : QString();
     return text.isEmpty() ? DefaultName() : text;
 }
@@ -30,13 +58,12 @@ QString GetServerText(const ValueDescriptor& descriptor) {
 } // namespace
 
 ICfg* StationCfg::GetStationCfg(const QString& address, bool create) {
-    const QString& wanted = address.isEmpty() ? DefaultName() : address;
+    const QString wanted = address.isEmpty() ? DefaultName() : address;
     const CfgPtr stations(CfgCenter::GetAppCfg(ICfg::View::Stations).GetSubCfg(u"ZANStations"_s));
-    const qint64 count = stations->GetInt(u"Count"_s, 0);
+    const qint64 count = GetStationCount(*stations);
     for (qint64 i = 0; i < count; ++i) {
-        CfgPtr station(stations->GetSubCfg(SectionName(i)));
-        if (station->GetString(u"DeviceAddress"_s, {}) == wanted) {
-            return station.release();
+        if (AddressOf(*stations, i) == wanted) {
+            return stations->GetSubCfg(SectionName(i));
         }
     }
     if (!create) {
@@ -49,7 +76,7 @@ ICfg* StationCfg::GetStationCfg(const QString& address, bool create) {
 }
 
 QString StationCfg::GetStationAddress() {
-    const QString text = GetServerText(StdDeviceDefinition::g_vdDevAddress);
+    QString text = GetServerText(StdDeviceDefinition::g_vdDevAddress);
     const qsizetype colon = text.indexOf(u':');
     QString host;
     if (colon >= 0 && TolmOS::Create().TranslateHostName(text.first(colon), host)) {

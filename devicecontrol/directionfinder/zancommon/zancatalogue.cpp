@@ -253,9 +253,10 @@ constexpr bool HasClosedLists(const SampleMode& row) {
            modes.front() != OPMODE_END && std::ranges::find(modes, OPMODE_END) != modes.end();
 }
 
+// A list that is missing does not compile: g++ cannot compare its address under the sanitizers.
 constexpr bool HasConverterAndBandwidths(const SampleMode& row) {
     return row.firstConverter != CONVERTER_NONE && row.realtimeBandwidth > 0.0 &&
-           row.resolutionBandwidths != nullptr && row.resolutionBandwidths[0] > 0.0;
+           row.resolutionBandwidths[0] > 0.0;
 }
 
 static_assert(Rows(ZANCharacteristics::s_aAntennaLibrary).size() == 48);

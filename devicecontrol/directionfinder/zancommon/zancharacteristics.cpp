@@ -4,6 +4,7 @@
 #include "kwbase/tolmos.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
+#include "zancommon/truncation.h"
 #include "zancommon/zancharacteristicstools.h"
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
@@ -64,12 +65,6 @@ QString ToMHz(double frequency) {
 
 QString Translate(const char* text) {
     return QCoreApplication::translate("ZANCharacteristics", text);
-}
-
-/// A number cut off to an integer; the lowest integer for what does not fit into one.
-int ToInt(double number) {
-    constexpr double LIMIT = 2147483648.0;
-    return number > -LIMIT && number < LIMIT ? static_cast<int>(number) : std::numeric_limits<int>::min();
 }
 
 /// Replaces the items of a selection by one for each element; `toItem` makes it of the element and its
@@ -236,7 +231,7 @@ void ZANCharacteristics::UpdateZANType() {
         return;
     }
     const QString& name = m_pDevType->GetValue();
-    const auto known = std::ranges::find(s_aDeviceTypeNames, name, &DeviceTypeName::name);
+    const auto* const known = std::ranges::find(s_aDeviceTypeNames, name, &DeviceTypeName::name);
     if (known != s_aDeviceTypeNames.end()) {
         m_zanType = known->type;
     } else {
@@ -470,8 +465,8 @@ bool ZANCharacteristics::MakeAntennaSetupValid(QString& message) {
         last = antenna->maxRange;
     }
 
-    AntennaDataList
-        written; // the own list comes last: observers of the nodes may have it read anew meanwhile
+    // The own list comes last: observers of the nodes may have it read anew meanwhile.
+    AntennaDataList written;
     written.CopyFrom(repaired);
     written.DeleteAllAntennasFromValueTree(m_baseValuePath);
     written.WriteAntennasToValueTree(m_baseValuePath);
@@ -495,7 +490,7 @@ bool ZANCharacteristics::MakeAntennaSetupValid(QString& message) {
 // Converters and sample modes
 
 EZANConverter ZANCharacteristics::GetConverterForTypeName(const QString& typeName) {
-    const auto known = std::ranges::find(s_aConverterTypeNames, typeName, &ConverterTypeName::name);
+    const auto* const known = std::ranges::find(s_aConverterTypeNames, typeName, &ConverterTypeName::name);
     return known == s_aConverterTypeNames.end() ? CONVERTER_NONE : known->converter;
 }
 
@@ -630,7 +625,7 @@ EZANSampleMode ZANCharacteristics::GetBestSampleMode(EOperationMode mode, double
         [=] {
             return QString::asprintf("WARNING: No sample mode found for eOpMode=%d, fStartFreq=%f, "
                                      "fStopFreq=%f, fRealtimeBw=%d",
-                                     mode, start, stop, ToInt(realtimeBandwidth));
+                                     mode, start, stop, Truncate<int>(realtimeBandwidth));
         },
         TraceOrigin(), __LINE__);
     return SAMPLEMODE_END;

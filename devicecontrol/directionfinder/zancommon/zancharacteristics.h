@@ -203,7 +203,7 @@ public:
     [[nodiscard]] virtual double GetMinFreq(EOperationMode mode) const;
     [[nodiscard]] virtual double GetMaxFreq(EOperationMode mode) const;
     /// Moves a frequency into the limits of its mode, and in wideband FFM so that the whole band lies in the
-    /// antenna's range (a band that is wider begins where the range begins). Returns the serving antenna;
+    /// antenna's range (a band that is wider is flush with one end of it). Returns the serving antenna;
     /// null when there is none, and in the modes that serve no frequency. The bandwidth is not changed.
     virtual const AntennaData* ToNextValidFrequency(EOperationMode mode, double& frequency,
                                                     double& bandwidth);

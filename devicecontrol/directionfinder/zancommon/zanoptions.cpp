@@ -22,6 +22,16 @@ static_assert(std::ranges::all_of(ZANOptions::s_aOptionEntries,
                                   }),
               "every name stands for an option");
 
+namespace {
+
+/// Null when there is no text value at the path, and no tree any more at the end of the process.
+ValueString* FindText(const QString& path) {
+    const Tree* const tree = Tree::Instance();
+    return tree ? tree->Find<ValueString>(path) : nullptr;
+}
+
+} // namespace
+
 ZANOptions* ZANOptions::m_pInstance = nullptr;
 
 ZANOptions* ZANOptions::Instance() {
@@ -67,6 +77,7 @@ bool ZANOptions::AddOptionByName(const QString& name) {
 }
 
 bool ZANOptions::AddOptionsFromString(const QString& text) {
+    // NOLINTNEXTLINE(readability-use-anyofallof): each round adds an option
     for (const QStringView name : QStringView(text).tokenize(u';')) {
         const EZANOptions option = GetOptionForName(name);
         if (option == OPTION_NONE) {
@@ -86,7 +97,7 @@ QString ZANOptions::GetOptionsAsString() const {
 }
 
 bool ZANOptions::ReadFromValueTree(const QString& path) {
-    const auto* const value = Tree::Instance()->Find<ValueString>(path);
+    const ValueString* const value = FindText(path);
     if (!value) {
         return false;
     }
@@ -95,10 +106,11 @@ bool ZANOptions::ReadFromValueTree(const QString& path) {
 }
 
 bool ZANOptions::WriteToValueTree(const QString& path, IObserver* originator) const {
-    auto* const value = Tree::Instance()->Find<ValueString>(path);
+    ValueString* const value = FindText(path);
     return value && value->SetValue(GetOptionsAsString(), originator);
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): changes the settings
 bool ZANOptions::WriteToCfg() {
     const CfgPtr station(StationCfg::GetStationCfg(StationCfg::GetStationAddress(), true));
     if (!station) {
@@ -109,11 +121,11 @@ bool ZANOptions::WriteToCfg() {
 }
 
 QString ZANOptions::GetNameForOption(EZANOptions option) {
-    const auto entry = std::ranges::find(s_aOptionEntries, option, &OptionEntry::option);
+    const auto* const entry = std::ranges::find(s_aOptionEntries, option, &OptionEntry::option);
     return entry == s_aOptionEntries.end() ? QString() : entry->name.toString();
 }
 
 EZANOptions ZANOptions::GetOptionForName(QStringView name) {
-    const auto entry = std::ranges::find(s_aOptionEntries, name, &OptionEntry::name);
+    const auto* const entry = std::ranges::find(s_aOptionEntries, name, &OptionEntry::name);
     return entry == s_aOptionEntries.end() ? OPTION_NONE : entry->option;
 }
