@@ -20,9 +20,6 @@ if(ZAN_WERROR)
     add_compile_options(-Werror)
 endif()
 
-# A library calls its own functions directly, as clang always does; nobody replaces them from outside.
-add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
-
 # Conversions between QString and plain char arrays are spelled out: their encoding is then visible.
 add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
 

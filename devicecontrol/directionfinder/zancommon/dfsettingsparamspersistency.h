@@ -1,0 +1,32 @@
+#pragma once
+
+#include "tolmappstartup/icfg.h"
+#include "zancommon_export.h"
+
+#include <QString>
+
+namespace KvZANCommon {
+
+class DFSettingsParams;
+
+/// Keeps DF settings in a settings file of their own, in the sub-configuration "DFSettings" under the integer
+/// keys "DFBandwidthKey", "DFModeKey", "UpdateIntervalKey" and "LevelThreshold".
+class ZANCOMMON_EXPORT DFSettingsParamsPersistency {
+public:
+    /// \param params is not owned and must outlive this object.
+    /// \param name   of the settings file
+    DFSettingsParamsPersistency(DFSettingsParams& params, const QString& name, ICfg::View view);
+
+    /// Writes the settings; the level threshold loses its fraction. Nothing when the file cannot be had.
+    void MakePersistent();
+    /// Sets the settings from the file. A key that is missing or unreadable is written with its default, so
+    /// that all are there after the first run. Nothing when the file cannot be had.
+    void Restore();
+
+private:
+    DFSettingsParams& m_params;
+    QString m_name;
+    ICfg::View m_view;
+};
+
+} // namespace KvZANCommon

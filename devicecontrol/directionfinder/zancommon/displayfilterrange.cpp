@@ -1,0 +1,108 @@
+#include "zancommon/displayfilterrange.h"
+
+#include "kwbase/errorhandler.h"
+#include "valueframework/valueaccess.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr double NORTH = 0.0;
+// The end of the circle. Azimuths have two decimals: this is the last one before north.
+constexpr double CIRCLE_END = 359.99;
+
+using Sector = std::pair<double, double>;
+
+const QString& TraceOrigin() {
+    static const QString origin = u"devicecontrol\\directionfinder\\zancommon\\displayfilterrange"_s;
+    return origin;
+}
+
+/// Splits the sectors that go through north in two.
+void SplitAtNorth(std::vector<Sector>& sectors) {
+    const std::size_t count = sectors.size(); // the second halves are appended, and need no split
+    for (std::size_t i = 0; i < count; ++i) {
+        if (sectors[i].first > sectors[i].second) {
+            sectors.emplace_back(NORTH, sectors[i].second);
+            sectors[i].second = CIRCLE_END;
+        }
+    }
+}
+
+/// Where sectors of the circle begin and end, ascending, each azimuth once.
+std::vector<double> GetBoundaries(const std::vector<Sector>& sectors) {
+    std::vector<double> boundaries{NORTH, CIRCLE_END};
+    for (const auto& [from, to] : sectors) {
+        boundaries.push_back(from);
+        boundaries.push_back(to);
+    }
+    // What lies off the circle is no boundary on it.
+    std::erase_if(boundaries, [](double azimuth) { return azimuth < NORTH || azimuth > CIRCLE_END; });
+    std::ranges::sort(boundaries);
+    boundaries.erase(std::ranges::unique(boundaries).begin(), boundaries.end());
+    return boundaries;
+}
+
+} // namespace
+
+DisplayFilterRange::DisplayFilterRange(const QString& name, const QString& basePath)
+    : m_pFilterRangesForDisplay(GetOrCreateValue<ValueQuadFloatList>(basePath + u'/' + name)) {
+    if (!m_pFilterRangesForDisplay) {
+        _Q_assert(L"m_pFilterRangesForDisplay",
+                  L"devicecontrol\\directionfinder\\zancommon\\displayfilterrange", __LINE__);
+    }
+}
+
+DisplayFilterRange::~DisplayFilterRange() = default;
+
+void DisplayFilterRange::Reset() {
+    if (!m_pFilterRangesForDisplay) {
+        return;
+    }
+    if (m_pFilterRangesForDisplay->IsTransactionActive()) {
+        TraceInformation(
+            [] { return u"DisplayFilterRange::Reset(): Stopping already running transaction."_s; },
+            TraceOrigin(), __LINE__);
+        Publish();
+    }
+    if (m_pFilterRangesForDisplay) { // an observer may have removed it
+        m_pFilterRangesForDisplay->StartTransaction(nullptr);
+        m_pFilterRangesForDisplay->Clear(nullptr);
+    }
+}
+
+void DisplayFilterRange::AddDeviceFilterRange(DeviceFilterRange range) {
+    if (!m_pFilterRangesForDisplay) {
+        return;
+    }
+    std::vector<Sector>& sectors = range.acceptedSectors;
+    std::erase_if(sectors,
+                  [](const Sector& sector) { return std::isnan(sector.first) || std::isnan(sector.second); });
+    SplitAtNorth(sectors);
+    const std::vector<double> boundaries = GetBoundaries(sectors);
+    std::ranges::sort(sectors);
+    auto next = sectors.begin();
+    double acceptedTo = NORTH; // the furthest that a sector reaches which begins at or before the boundary
+    for (std::size_t j = 0; j + 1 < boundaries.size(); ++j) {
+        for (; next != sectors.end() && next->first <= boundaries[j]; ++next) {
+            acceptedTo = std::max(acceptedTo, next->second);
+        }
+        if (boundaries[j] >= acceptedTo) {
+            m_pFilterRangesForDisplay->PushBack(
+                {range.lowerFrequency, range.upperFrequency, boundaries[j], boundaries[j + 1]}, nullptr);
+        }
+    }
+}
+
+void DisplayFilterRange::Publish() {
+    if (!m_pFilterRangesForDisplay) {
+        return;
+    }
+    if (!m_pFilterRangesForDisplay->EndTransaction(TChangeCode::Changed, nullptr)) {
+        TraceInformation([] { return u"DisplayFilterRange::Publish(): No active transaction."_s; },
+                         TraceOrigin(), __LINE__);
+    }
+}

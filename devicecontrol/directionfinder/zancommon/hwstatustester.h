@@ -1,0 +1,82 @@
+#pragma once
+
+#include "zancommon_export.h"
+
+#include <QString>
+
+#include <set>
+
+class ICfg;
+class ValueDescriptor;
+class ValueSelection;
+
+/// Compares the hardware components that a DF device reports with those that this station requires, and those
+/// that it may have.
+///
+/// Names are case-sensitive. In texts, names stand with ";" between them. The requirements stand in the value
+/// tree while the device runs, and in the station's settings between runs.
+class ZANCOMMON_EXPORT HwStatusTester {
+public:
+    enum HwComponentState : int {
+        RequiredMissing = 0,   ///< required, not installed
+        RequiredInstalled = 1, ///< required and installed
+        OptionalInstalled = 2, ///< optional and installed
+        OptionalMissing = 3,   ///< optional, not installed
+        NotRequired = 4        ///< neither required nor optional, installed or not
+    };
+
+    /// \param path the node below which the device's values stand, such as "/ZANServer"
+    explicit HwStatusTester(const QString& path);
+    /// A copy tests the device of its source, and knows no components yet.
+    HwStatusTester(const HwStatusTester& other);
+    HwStatusTester& operator=(const HwStatusTester& other);
+
+    // The order of the virtual operations is part of the interface.
+
+    virtual ~HwStatusTester();
+    /// Takes the requirements from the tree. A value that is missing there counts as empty and false.
+    virtual void ReadHwRequirementsFromTree();
+    virtual void WriteHwRequirementsToTree() const;
+    /// Takes the requirements from the settings of a station; null changes nothing. What is missing there
+    /// counts as empty and false.
+    virtual void ReadHwRequirementsFromCfg(ICfg* cfg);
+    /// Null writes nothing.
+    virtual void WriteHwRequirementsToCfg(ICfg* cfg) const;
+    /// Adds the components of the device information in the tree. An assertion is reported when it is
+    /// missing.
+    virtual void ReadHwListFromTree();
+    /// Adds the components of a device information: of each line the fourth of its fields, which ";"
+    /// separates. Lines that begin with ">>" or "Option" tell of no component. Null adds nothing.
+    virtual void ReadHwListFromValue(const ValueSelection* info);
+    /// Whether the operator may change the requirements.
+    [[nodiscard]] virtual bool AreRequirementsEditable() const;
+    virtual void SetRequirementsEditable(bool editable);
+    /// Whether the operator is to be warned of missing components.
+    [[nodiscard]] virtual bool GetCheckRequirements() const;
+    virtual void SetCheckRequirements(bool check);
+    /// Required components that are not installed.
+    [[nodiscard]] virtual std::set<QString> FindMissingRequiredHardware() const;
+    /// Installed components that are neither required nor optional.
+    [[nodiscard]] virtual std::set<QString> FindUnknownHardware() const;
+    /// Installed, required and optional components together.
+    [[nodiscard]] virtual std::set<QString> GetAllComponents() const;
+    virtual void SetRequiredComponents(const std::set<QString>& components);
+    virtual void SetOptionalComponents(const std::set<QString>& components);
+
+    /// A component that is both required and optional counts as required.
+    [[nodiscard]] HwComponentState GetComponentState(const QString& name) const;
+
+private:
+    static QString HwSet2String(const std::set<QString>& components);
+    static std::set<QString> String2HwSet(const QString& text);
+
+    template <class T>
+    [[nodiscard]] T* GetValue(const ValueDescriptor& descriptor) const;
+
+    QString m_valuePath;
+    std::set<QString> m_installed;
+    std::set<QString> m_required;
+    std::set<QString> m_optional;
+    bool m_requirementsEditable = false;
+    bool m_checkRequirements = false;
+};

@@ -1,0 +1,204 @@
+#include "zancommon/mshmanager.h"
+
+#include "kwbase/errorhandler.h"
+#include "mshclient/imshclientdll.h"
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "valueframework/tree.h"
+#include "zancommon/zanvaluenames.h"
+
+using namespace Qt::StringLiterals;
+using namespace StdDeviceDefinition;
+
+namespace {
+
+QString ServerPath(const ValueDescriptor& descriptor) {
+    return ZANPath::SERVER.toString() + descriptor.PathName();
+}
+
+QString ServerPath(QStringView name) {
+    return ZANPath::SERVER_CHILD.toString() + name.toString();
+}
+
+QString ControlPath(QStringView name) {
+    return ZANPath::CONTROL.toString() + name.toString();
+}
+
+ICfg& GetCfg() {
+    return CfgCenter::GetAppCfg(ICfg::View::Outputs);
+}
+
+/// The hub's client; null when it cannot be had.
+IMshClientDll* LoadClient() {
+    IDllInstance* const instance =
+        CfgCenter::CreateDllInstanceByFileName(u"MshClient.dll"_s, {}, false, false);
+    auto* const client = dynamic_cast<IMshClientDll*>(instance);
+    if (instance && !client) {
+        TraceInformation([] { return u"The component \"MshClient.dll\" is no client of the message hub."_s; },
+                         u"devicecontrol\\directionfinder\\zancommon\\mshmanager"_s, __LINE__);
+        CfgCenter::DestroyDllInstanceByPointer(instance);
+    }
+    return client;
+}
+
+/// A received bandwidth that the device does not have becomes the next larger one.
+const QString& BandwidthAlgorithm() {
+    static const QString name = u"AdAlgSelectEqualOrBiggerValue"_s;
+    return name;
+}
+
+void MapReceiverValues(IMshClientDll& client) {
+    client.MapValue(u"FRQ"_s, ServerPath(g_vdFrequency), {});
+    client.MapValue(u"BW"_s, ServerPath(g_vdBandwidth), BandwidthAlgorithm());
+    client.MapValue(u"DEM"_s, ServerPath(g_vdDemodulation), {});
+    client.MapSelectionValue(u"FFM"_s, ServerPath(g_vdOperationMode));
+}
+
+void MapSenderValues(IMshClientDll& client) {
+    client.MapValue(u"BW"_s, ServerPath(g_vdBandwidth), BandwidthAlgorithm());
+    client.MapValue(u"DEM"_s, ServerPath(g_vdDemodulation), {});
+    client.MapSelectionValue(u"FFM"_s, ServerPath(g_vdOperationMode));
+    client.MapValue(u"AUDIO_MODE"_s, ControlPath(u"AUDIOMODES"), {});
+    client.MapValue(u"AUDIO_CHANNELMUTE"_s, ServerPath(g_vdAuChannelMute), {});
+    client.MapValue(u"AUDIO_CHANNELVOLUME"_s, ServerPath(g_vdAuChannelVolume), {});
+    client.MapValue(u"AUDIO_SOUNDCARDOUTPUT"_s, ControlPath(u"SOUNDCARDOUTPUT"), {});
+    client.MapValue(u"AUDIO_DEVICEOUTPUT"_s, ControlPath(u"DEVICEOUTPUT"), {});
+    client.MapValue(u"SQUELCHSTATE"_s, ServerPath(g_vdAuSquelch), {});
+    client.MapValue(u"SQUELCHVALUE"_s, ServerPath(g_vdAudioThreshold), {});
+}
+
+} // namespace
+
+MshManager::~MshManager() {
+    DestroyMshSender();
+    DestroyMshReceiver();
+}
+
+void MshManager::Update(Observable* subject, TChangeCode code) {
+    if (!subject || (subject != m_pMinFrequency && subject != m_pMaxFrequency)) {
+        return;
+    }
+    if (code == TChangeCode::GoingAway) {
+        Forget(subject == m_pMinFrequency ? m_pMinFrequency : m_pMaxFrequency);
+    } else {
+        UpdateMshReceiverRange();
+    }
+}
+
+void MshManager::CreateMshReceiver(const QString& name) {
+    DestroyMshReceiver();
+    m_pReceiver = LoadClient();
+    if (!m_pReceiver) {
+        return;
+    }
+    Observe(m_pMinFrequency, ControlPath(ZANValueName::SYSMINFREQ));
+    Observe(m_pMaxFrequency, ControlPath(ZANValueName::SYSMAXFREQ));
+    CommonMshInit(m_pReceiver, name);
+    m_pReceiver->SetReceiver(true);
+    const ValueBase* const address = Tree::Instance()->GetValue(ServerPath(g_vdDevAddress));
+    m_pReceiver->SetDeviceAddress(address ? address->GetStringValue() : QString());
+    MapReceiverValues(*m_pReceiver);
+    m_pReceiver->Start();
+    UpdateMshReceiverRange();
+}
+
+void MshManager::CreateMshReceiverIfConfigured(const QString& name, const QString& cfgKey,
+                                               bool defaultValue) {
+    if (GetOrCreateBooleanCfg(cfgKey, defaultValue)) {
+        CreateMshReceiver(name);
+    }
+}
+
+void MshManager::CreateMshSender(const QString& name, QToolBar* toolBar) {
+    DestroyMshSender();
+    IMshClientDll* const client = LoadClient();
+    if (!client) {
+        return;
+    }
+    m_pSender = client;
+    CommonMshInit(client, name);
+    client->SetReceiver(false);
+    client->AttachToolBar(toolBar, 0);
+    client->SetHandoverValue(ControlPath(ZANValueName::HANDOVERFREQUENCY));
+    client->MapValue(u"FRQ"_s, ControlPath(ZANValueName::HANDOVERFREQUENCY), {});
+    client->SetHandoverPoolValue(ServerPath(ZANValueName::HANDOVERPOOLFREQUENCY));
+    MapSenderValues(*client);
+    client->Start();
+}
+
+void MshManager::CreateMshSenderIfConfigured(const QString& name, QToolBar* toolBar, const QString& cfgKey,
+                                             bool defaultValue) {
+    if (GetOrCreateBooleanCfg(cfgKey, defaultValue)) {
+        CreateMshSender(name, toolBar);
+    }
+}
+
+void MshManager::DestroyMshReceiver() {
+    Forget(m_pMinFrequency);
+    Forget(m_pMaxFrequency);
+    if (m_pReceiver) {
+        CfgCenter::DestroyDllInstanceByPointer(m_pReceiver);
+        m_pReceiver = nullptr;
+    }
+}
+
+void MshManager::DestroyMshSender() {
+    if (m_pSender) {
+        CfgCenter::DestroyDllInstanceByPointer(m_pSender);
+        m_pSender = nullptr;
+    }
+}
+
+bool MshManager::GetOrCreateBooleanCfg(const QString& key, bool defaultValue) {
+    ICfg& cfg = GetCfg();
+    const bool value = cfg.GetBool(key, defaultValue);
+    cfg.SetBool(key, value);
+    cfg.CommitKey(key);
+    return value;
+}
+
+void MshManager::CommonMshInit(IMshClientDll* pMshClientDll, const QString& name) {
+    if (!pMshClientDll) {
+        _Q_assert(L"pMshClientDll != NULL", L"devicecontrol\\directionfinder\\zancommon\\mshmanager", 154);
+        return;
+    }
+    const ICfg& cfg = GetCfg();
+    const QString address = cfg.GetString(u"MshCentralAddress"_s, u"127.0.0.1"_s);
+    constexpr int DEFAULT_PORT = 4500;
+    const auto port = static_cast<int>(cfg.GetInt(u"MshCentralPort"_s, DEFAULT_PORT));
+    QString clientName = cfg.GetString(u"MshClientName"_s, {});
+    if (clientName.isEmpty()) {
+        clientName = name.isEmpty() ? u"ZAN"_s : name;
+    }
+    pMshClientDll->SetClientName(clientName);
+    pMshClientDll->SetApplicationId(u"KORVA_ZAN"_s);
+    pMshClientDll->SetCentralAddress(address, port);
+    pMshClientDll->SetAutoCoupleTargets(cfg.GetString(u"AutoCoupleTargets"_s, {}));
+}
+
+void MshManager::UpdateMshReceiverRange() {
+    if (!m_pMinFrequency || !m_pMaxFrequency || !m_pReceiver) {
+        return;
+    }
+    const double lowest = m_pMinFrequency->GetValue();
+    const double highest = m_pMaxFrequency->GetValue();
+    if (highest > lowest && lowest > 0.0) {
+        m_pReceiver->SetFrequencyRange(QString::number(lowest, 'f', 0) + u',' +
+                                       QString::number(highest, 'f', 0));
+    }
+}
+
+void MshManager::Observe(ValueNumericDouble*& member, const QString& path) {
+    Forget(member);
+    member = Tree::Instance()->Find<ValueNumericDouble>(path);
+    if (member) {
+        member->AddObserver(this);
+    }
+}
+
+void MshManager::Forget(ValueNumericDouble*& member) {
+    if (member) {
+        member->DeleteObserver(this);
+        member = nullptr;
+    }
+}

@@ -1,0 +1,94 @@
+#include "zancommon/tcfrequencylistpersistency.h"
+
+#include "kwbase/errorhandler.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "tolmappstartup/cfgdefault.h"
+#include "zancommon/truncation.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace KvZANCommon {
+
+namespace {
+
+/// The sub-configuration of the list in a file; null when it cannot be had.
+CfgPtr OpenList(const QString& name, ICfg::View view) {
+    const CfgPtr store(CfgCenter::CreateCfg(name, view, {}));
+    return CfgPtr(store ? store->GetSubCfg(u"TrafficControlFrequencies"_s) : nullptr);
+}
+
+CfgPtr OpenEntry(ICfg& list, qsizetype index) {
+    return CfgPtr(list.GetSubCfg(u"TCFrequency_"_s + QString::number(index)));
+}
+
+/// A number that is too large for a channel number is none.
+int ReadChannelID(const ICfg& entry) {
+    const qint64 channelID = entry.GetInt(u"ChannelID"_s, 0);
+    if (std::in_range<int>(channelID)) {
+        return static_cast<int>(channelID);
+    }
+    TraceInformation(
+        [channelID] {
+            return u"The traffic-control channel number %1 of the settings is out of range; 0 is used."_s.arg(
+                channelID);
+        },
+        u"devicecontrol\\directionfinder\\zancommon\\tcfrequencylistpersistency"_s, __LINE__);
+    return 0;
+}
+
+} // namespace
+
+TCFrequencyListPersistency::TCFrequencyListPersistency(ValueTrafficControlFrequencyList* list,
+                                                       const QString& name, ICfg::View view)
+    : m_pList(list)
+    , m_name(name)
+    , m_view(view) {}
+
+void TCFrequencyListPersistency::MakePersistent() {
+    const CfgPtr cfg = m_pList ? OpenList(m_name, m_view) : nullptr;
+    if (!cfg) {
+        return;
+    }
+    const std::vector<TrafficControlFrequency>& entries = m_pList->GetElements();
+    cfg->SetInt(u"TCFrequencyCount"_s, static_cast<qint64>(entries.size()));
+    // An entry saves the file when it is released. They are kept until the last one is written, so that the
+    // file never holds half of a list.
+    std::vector<CfgPtr> written;
+    for (const TrafficControlFrequency& entry : entries) {
+        CfgPtr section = OpenEntry(*cfg, static_cast<qsizetype>(written.size()));
+        if (section) {
+            section->SetInt(u"ChannelID"_s, entry.GetChannelID());
+            section->SetInt(u"Frequency"_s, Truncate<qint64>(entry.GetFrequency()));
+            section->SetInt(u"Alarm"_s, entry.IsAlarmChannel() ? 1 : 0);
+        }
+        written.push_back(std::move(section));
+    }
+}
+
+void TCFrequencyListPersistency::Restore() {
+    const CfgPtr cfg = m_pList ? OpenList(m_name, m_view) : nullptr;
+    if (!cfg) {
+        return;
+    }
+    const qint64 count = std::min<qint64>(ReadOrCreateInt(*cfg, u"TCFrequencyCount"_s, 0), MAX_COUNT);
+    if (count < 1) {
+        return;
+    }
+    const ValueTransaction transaction = m_pList->CreateTransaction({TChangeCode::ListReplaced}, nullptr);
+    m_pList->Clear(nullptr);
+    for (qint64 i = 0; i < count; ++i) {
+        if (const CfgPtr section = OpenEntry(*cfg, i)) {
+            TrafficControlFrequency entry;
+            entry.SetChannelID(ReadChannelID(*section));
+            entry.SetFrequency(static_cast<double>(section->GetInt(u"Frequency"_s, 0)));
+            entry.SetIsAlarmChannel(section->GetBool(u"Alarm"_s, false));
+            m_pList->PushBack(entry, nullptr);
+        }
+    }
+}
+
+} // namespace KvZANCommon

@@ -1,0 +1,3 @@
+#include "mshclient/imshclientdll.h"
+
+IMshClientDll::~IMshClientDll() = default;
