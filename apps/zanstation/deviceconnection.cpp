@@ -5,6 +5,7 @@
 #include "valueframework/tree.h"
 #include "valueframework/valueaccess.h"
 #include "zancommon/antennadatalist.h"
+#include "zancommon/hwstatustester.h"
 #include "zancommon/stationcfg.h"
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
@@ -79,6 +80,7 @@ DeviceConnection::DeviceConnection(const QString& address) {
         WriteExample(address);
     }
     PublishDevice(address);
+    PublishHardware(address);
     PublishAntennas(address);
 }
 
@@ -100,6 +102,25 @@ void DeviceConnection::PublishDevice(const QString& address) {
     find(g_vdDevType)->SetValue(ReadOrCreateString(*station, u"DevType"_s, u"ZANTIDE"_s), nullptr);
     const QString options = ReadOrCreateString(*station, u"DevOptions"_s, {});
     find(g_vdDevOptions)->SetValue(options, nullptr);
+}
+
+void DeviceConnection::PublishHardware(const QString& address) {
+    // Each line of device information: number; kind; version; component.
+    auto* const information = CreateValue<ValueSelection>(g_vdDevInfo, nullptr);
+    information->Clear(nullptr);
+    long line = 0;
+    const auto add = [&](const QString& text) { information->AddItem({text, 0.0, line++}, nullptr); };
+    add(u">>Antennas and receivers"_s);
+    AntennaDataList antennas;
+    antennas.BuildAntennasFromCfg(address);
+    for (const auto& antenna : antennas.GetAntennas()) {
+        add(QString::number(line) + u";antenna;;"_s + antenna->name);
+        add(QString::number(line) + u";receiver;;"_s + antenna->converterTypeName);
+    }
+    const CfgPtr station(StationCfg::GetStationCfg(address, true));
+    HwStatusTester hardware(ZANPath::SERVER.toString());
+    hardware.ReadHwRequirementsFromCfg(station.get());
+    hardware.WriteHwRequirementsToTree();
 }
 
 void DeviceConnection::PublishAntennas(const QString& address) {

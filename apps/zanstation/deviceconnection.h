@@ -8,7 +8,7 @@
 /// written there for people to edit.
 class DeviceConnection {
 public:
-    /// Publishes the device of an address: its address, name, type, options and antennas.
+    /// Publishes the device of an address: its address, name, type, options, hardware and antennas.
     explicit DeviceConnection(const QString& address);
     DeviceConnection(const DeviceConnection&) = delete;
     DeviceConnection& operator=(const DeviceConnection&) = delete;
@@ -17,5 +17,6 @@ public:
 
 private:
     static void PublishDevice(const QString& address);
+    static void PublishHardware(const QString& address);
     static void PublishAntennas(const QString& address);
 };

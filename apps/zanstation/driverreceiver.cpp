@@ -31,6 +31,10 @@ void DriverReceiver::CloseDataLink() {
     Post(End{});
 }
 
+void DriverReceiver::SetCommandLog(QString& line) {
+    Post(line);
+}
+
 void DriverReceiver::Post(Delivery delivery) {
     if (m_queue.Push(std::move(delivery))) {
         QMetaObject::invokeMethod(this, &DriverReceiver::PassOnWaiting, Qt::QueuedConnection);
@@ -43,6 +47,8 @@ void DriverReceiver::PassOnWaiting() {
             Q_EMIT BlockReceived(*block);
         } else if (const auto* error = std::get_if<KvZANCommon::ErrorStruct>(&delivery)) {
             Q_EMIT ErrorReported(*error);
+        } else if (const auto* command = std::get_if<QString>(&delivery)) {
+            Q_EMIT CommandReported(*command);
         } else {
             Q_EMIT LinkClosed();
         }

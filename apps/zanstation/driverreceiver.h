@@ -40,6 +40,7 @@ public:
                         Bearing* bearings, KvZANCommon::StatusStruct& status) override;
     void reportError(KvZANCommon::ErrorStruct& error) override;
     void CloseDataLink() override;
+    void SetCommandLog(QString& line) override;
     QString GetDevAddress() override { return m_deviceAddress; }
 
     void fillFFMBuffer(const KvZANCommon::FFMData&, KvZANCommon::StatusStruct&, bool) override {}
@@ -56,19 +57,20 @@ public:
     void setSearchFrequency(double) override {}
     void getOperateMode(EMode& mode) override { mode = EMODE_SCAN; }
     void ReportBITResult(KvZANCommon::ErrorStruct&) override {}
-    void SetCommandLog(QString&) override {}
     void SetEndOfScan(bool) override {}
     void fillSyncTimestamp(long long) override {}
 
 Q_SIGNALS:
     void BlockReceived(BearingBlock& block);
     void ErrorReported(const KvZANCommon::ErrorStruct& error);
+    /// The driver tells of a command that it exchanges with its device.
+    void CommandReported(const QString& command);
     /// The driver delivers nothing more.
     void LinkClosed();
 
 private:
     struct End {};
-    using Delivery = std::variant<BearingBlock, KvZANCommon::ErrorStruct, End>;
+    using Delivery = std::variant<BearingBlock, KvZANCommon::ErrorStruct, QString, End>;
 
     void Post(Delivery delivery);
 

@@ -7,7 +7,11 @@
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
 #include "zanstation/devicecommand.h"
+#include "zanstation/doctorcommand.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/frequenciescommand.h"
+#include "zanstation/hardwarecommand.h"
+#include "zanstation/hubcommand.h"
 #include "zanstation/operationmodetext.h"
 #include "zanstation/passsimulator.h"
 #include "zanstation/recordingwriter.h"
@@ -17,6 +21,7 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QDir>
 #include <QFileInfo>
 #include <QLocale>
 #include <QTextStream>
@@ -39,13 +44,17 @@ const QString& Usage() {
         "Runs the common library of a direction-finding application on recorded bearings.\n"
         "\n"
         "Commands:\n"
-        "  device     prints what the station's device is and can do\n"
-        "  antennas   shows, checks, repairs and changes the antenna setup\n"
-        "  tune       finds the nearest valid frequency or range, and what serves it\n"
-        "  catalogue  prints a table of the device catalogue\n"
-        "  run        replays a recording through driver, filters and outputs\n"
-        "  simulate   writes the recording of an emitter that passes the station\n"
-        "  tree       prints the value tree after start-up\n"
+        "  device       prints what the station's device is and can do\n"
+        "  antennas     shows, checks, repairs and changes the antenna setup\n"
+        "  tune         finds the nearest valid frequency or range, and what serves it\n"
+        "  catalogue    prints a table of the device catalogue\n"
+        "  hardware     compares the device's components with those required\n"
+        "  run          replays a recording through driver, filters and outputs\n"
+        "  simulate     writes the recording of an emitter that passes the station\n"
+        "  frequencies  imports and lists the traffic-control frequencies\n"
+        "  hub          joins the message hub as a receiver or a sender\n"
+        "  doctor       tells what works on this machine\n"
+        "  tree         prints the value tree after start-up\n"
         "\n"
         "zanstation COMMAND --help tells the options of a command.\n"
         "zanstation --version tells the version.\n"_s;
@@ -141,6 +150,9 @@ int Run(const QStringList& arguments) {
     }
     options.pace = *pace;
     options.output = line.Text(u"output"_s);
+    if (options.output && !options.output->isEmpty()) {
+        options.output = QFileInfo(*options.output).absoluteFilePath();
+    }
     options.serial = line.Text(u"serial"_s);
     constexpr int LONGEST_INTERVAL = 10000;
     if (!line.Number(u"interval"_s, 0, LONGEST_INTERVAL, options.interval) ||
@@ -153,15 +165,18 @@ int Run(const QStringList& arguments) {
     if (!line.OpenStore()) {
         return EXIT_FAILED;
     }
+    const QString configDirectory = QFileInfo(*line.Text(u"config"_s)).absoluteFilePath();
     if (const std::optional<QString> recording = line.Text(u"recording"_s)) {
-        options.recording = *recording;
+        options.recording = QFileInfo(*recording).absoluteFilePath();
     } else {
-        options.recording = *line.Text(u"config"_s) + u"/example.csv"_s;
+        options.recording = configDirectory + u"/example.csv"_s;
         if (!QFileInfo::exists(options.recording) &&
             !WriteSimulation(1, PassSimulator::DEFAULT_ROW_COUNT, options.recording)) {
             return EXIT_FAILED;
         }
     }
+    // The command log is kept below the current directory: with the settings.
+    QDir::setCurrent(configDirectory);
     const int exitCode = RunCommand(options).Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }
@@ -296,17 +311,88 @@ int TuneTo(const QStringList& arguments) {
     return WithStation(line, [&request] { return Tune(Station::GetCharacteristics(), request); });
 }
 
+int Hardware(const QStringList& arguments) {
+    CommandLine line(u"hardware"_s,
+                     u"Compares the components that the device reports with those that the settings require. "
+                     "Fails when a required one is missing."_s,
+                     {});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    return WithStation(line, PrintHardware);
+}
+
+int Frequencies(const QStringList& arguments) {
+    const QString actions = u"import FILE|list"_s;
+    CommandLine line(
+        u"frequencies"_s,
+        u"Imports the traffic-control frequencies from a CSV file with a name and a frequency column, "
+        "or lists them."_s,
+        {}, actions);
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    const QStringList words = line.Positional();
+    if (words.value(0) == u"import" && words.size() == 2) {
+        return WithStation(line, [&words] { return FrequenciesCommand::Import(words.at(1)); });
+    }
+    if (words == QStringList{u"list"_s}) {
+        return WithStation(line, FrequenciesCommand::List);
+    }
+    return CommandLine::Refuse(u"what shall be done? "_s + actions);
+}
+
+/// The directory of the components that are installed with the program.
+QString GetComponentDirectory() {
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/" ZAN_COMPONENT_DIR));
+}
+
+QCommandLineOption ComponentsOption() {
+    return {u"components"_s, u"Directory of the component libraries."_s, u"DIR"_s, GetComponentDirectory()};
+}
+
+int Hub(const QStringList& arguments) {
+    const QString roles = u"receive|send"_s;
+    CommandLine line(
+        u"hub"_s, u"Joins the message hub through the installed client component, until it is interrupted."_s,
+        {ComponentsOption(), {u"name"_s, u"Name at the hub."_s, u"NAME"_s}}, roles);
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    const QString role = line.Positional().value(0);
+    if (line.Positional().size() != 1 || (role != u"receive" && role != u"send")) {
+        return CommandLine::Refuse(u"in which role? "_s + roles);
+    }
+    CfgCenter::SetComponentDirectory(QFileInfo(*line.Text(u"components"_s)).absoluteFilePath());
+    return WithStation(line,
+                       [&] { return JoinHub(role == u"receive", line.Text(u"name"_s).value_or(QString())); });
+}
+
+int Doctor(const QStringList& arguments) {
+    CommandLine line(u"doctor"_s, u"Tells what works on this machine. Fails when something is broken."_s,
+                     {ComponentsOption()});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    CfgCenter::SetComponentDirectory(QFileInfo(*line.Text(u"components"_s)).absoluteFilePath());
+    return WithStation(line, [&line] { return RunDoctor(*line.Text(u"config"_s)); });
+}
+
 /// A command of the program.
 struct Command {
     QStringView name;
     int (*run)(const QStringList& arguments);
 };
 
-constexpr std::array<Command, 7> COMMANDS{{
+constexpr std::array<Command, 11> COMMANDS{{
     {u"device", Device},
     {u"antennas", Antennas},
     {u"tune", TuneTo},
     {u"catalogue", Catalogue},
+    {u"hardware", Hardware},
+    {u"frequencies", Frequencies},
+    {u"hub", Hub},
+    {u"doctor", Doctor},
     {u"run", Run},
     {u"simulate", Simulate},
     {u"tree", PrintTree},

@@ -63,6 +63,7 @@ int ReplayDriver::Initialize(std::string& recording, bool /*simulation*/) {
     m_reportedLines = 0;
     m_progress = 0.0;
     m_blockCount = 0;
+    ReportCommand(u"open "_s + QString::fromStdString(recording));
     if (!m_reader.Open(QString::fromStdString(recording))) {
         m_lastError = m_reader.GetErrorText();
         return FAILED;
@@ -80,6 +81,7 @@ void ReplayDriver::ClearLastError() {
 
 long ReplayDriver::SetMode(EMode mode) {
     Stop();
+    ReportCommand(u"mode "_s + QString::number(mode));
     if (mode != EMODE_STANDBY) {
         Start();
     }
@@ -118,6 +120,7 @@ void ReplayDriver::Replay() {
     if (!m_reader.GetErrorText().isEmpty()) {
         Report(m_reader.GetErrorText(), true);
     }
+    ReportCommand(u"end of the recording"_s);
     m_callback.CloseDataLink();
 }
 
@@ -133,6 +136,10 @@ std::optional<RecordedBearing> ReplayDriver::NextRow() {
 void ReplayDriver::Report(const QString& text, bool isFatal) {
     KvZANCommon::ErrorStruct error{FAILED, isFatal, text};
     m_callback.reportError(error);
+}
+
+void ReplayDriver::ReportCommand(QString command) {
+    m_callback.SetCommandLog(command);
 }
 
 bool ReplayDriver::WaitFor(quint64 recordedTime) {

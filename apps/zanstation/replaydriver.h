@@ -21,8 +21,8 @@
 /// `Initialize` opens the recording that its first argument names. `SetMode` with a mode other than standby
 /// starts a thread that delivers the rows as scan blocks, at the pace of their times, and ends with
 /// `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data make one block.
-/// Lines that are no rows are reported through `reportError`. What a recording cannot do answers
-/// `NOT_SUPPORTED`.
+/// Lines that are no rows are reported through `reportError`, and the commands that the driver is given
+/// through `SetCommandLog`. What a recording cannot do answers `NOT_SUPPORTED`.
 class ReplayDriver final : public KvZANCommon::ILegacyDriver {
 public:
     static constexpr long OK = 0;
@@ -122,6 +122,7 @@ private:
     void Stop();
     void Replay();
     std::optional<RecordedBearing> NextRow();
+    void ReportCommand(QString command);
     void Report(const QString& text, bool isFatal);
     /// Waits for the moment of a recorded time. False when the driver is being stopped.
     bool WaitFor(quint64 recordedTime);

@@ -2,12 +2,12 @@
 
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
+#include "zancommon/stationcfg.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/signalwatcher.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QTimer>
 
 #include <array>
@@ -80,8 +80,7 @@ void RunCommand::StoreOutputSettings() const {
     if (m_options.output) {
         cfg.SetBool(u"FileOutput_Enabled"_s, !m_options.output->isEmpty());
         if (!m_options.output->isEmpty()) {
-            // A later run may be started from another directory.
-            cfg.SetString(u"FileOutput_Address"_s, QFileInfo(*m_options.output).absoluteFilePath());
+            cfg.SetString(u"FileOutput_Address"_s, *m_options.output);
         }
     }
     if (m_options.serial) {
@@ -100,8 +99,13 @@ bool RunCommand::StartDriver() {
     connect(&*m_receiver, &DriverReceiver::BlockReceived, this,
             [this](BearingBlock& block) { m_station->Process(block); });
     connect(&*m_receiver, &DriverReceiver::ErrorReported, this, &RunCommand::OnError);
+    connect(&*m_receiver, &DriverReceiver::CommandReported, this, &RunCommand::LogCommand);
     connect(&*m_receiver, &DriverReceiver::LinkClosed, this, [] { QCoreApplication::quit(); });
 
+    m_commandLog.emplace(Station::GetDeviceAddress(), StationCfg::GetStationName());
+    if (!m_commandLog->Init()) {
+        ReportCommandLogProblem();
+    }
     m_driver.emplace(m_adapter, m_options.pace);
     m_adapter.SetLegacyDriver(&*m_driver);
     m_device.SetCallback(&*m_receiver);
@@ -123,6 +127,17 @@ void RunCommand::Interrupt() {
 void RunCommand::OnError(const KvZANCommon::ErrorStruct& error) {
     m_hasFailed = m_hasFailed || error.fatal;
     Console::Warn(error.text);
+}
+
+void RunCommand::LogCommand(const QString& command) {
+    if (!m_isCommandLogBroken && !m_commandLog->Add(command)) {
+        ReportCommandLogProblem();
+    }
+}
+
+void RunCommand::ReportCommandLogProblem() {
+    m_isCommandLogBroken = true; // once is enough
+    Console::Warn(u"no command log: "_s + m_commandLog->GetLastError());
 }
 
 void RunCommand::ReportOutputProblem() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zancommon/commandprotocol.h"
 #include "zancommon/legacydriveradapter.h"
 #include "zanstation/driverreceiver.h"
 #include "zanstation/replaydriver.h"
@@ -13,9 +14,9 @@
 
 /// What `zanstation run` is asked to do. What is not set stays as it is in the settings.
 struct RunOptions {
-    QString recording;
-    double pace = 1.0; ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
-    std::optional<QString> output;
+    QString recording;             ///< absolute path
+    double pace = 1.0;             ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
+    std::optional<QString> output; ///< absolute path; a later run may be started elsewhere
     std::optional<QString> serial;
     std::optional<int> interval; ///< milliseconds
     std::optional<double> pitchThreshold;
@@ -40,16 +41,20 @@ private:
     void Interrupt();
     void OnError(const KvZANCommon::ErrorStruct& error);
     void ReportOutputProblem();
+    void LogCommand(const QString& command);
+    void ReportCommandLogProblem();
     void ShowProgress();
     void PrintSummary() const;
 
     const RunOptions m_options;
     std::optional<Station> m_station;
     std::optional<DriverReceiver> m_receiver;
+    std::optional<CommandProtocol> m_commandLog;
     KvZANCommon::LegacyDriverAdapter m_adapter;
     KvZANCommon::IDriver& m_device = m_adapter; // what the application knows of the driver
     std::optional<ReplayDriver> m_driver;
     QString m_reportedProblem;
+    bool m_isCommandLogBroken = false;
     bool m_hasFailed = false;
     bool m_isInterrupted = false;
 };

@@ -73,7 +73,8 @@ BearingResult ToResult(const BearingBlock& block, const Bearing& bearing) {
 } // namespace
 
 Station::Station()
-    : m_overheadFilter(m_overheadParams) {
+    : m_setup(u"Station"_s, ZANPath::SERVER.toString())
+    , m_overheadFilter(m_overheadParams) {
     using namespace StdDeviceDefinition;
 
     CreateBranch(EBranch::SERVER, ZANPath::SERVER.toString());
@@ -98,6 +99,8 @@ Station::Station()
     m_pDataStateInfo = GetOrCreateValue<ValueString>(ServerPath(ZANValueName::ZANDATASTATEINFO));
     m_pConnectionSpeed = GetOrCreateValue<ValueInt>(ServerPath(u"ConnectionSpeed"));
 
+    RestoreSetup();
+
     // The filters and their parameters.
     m_pitchRollFilter.SetPitchValuePath(ServerPath(g_vdPitch));
     m_pitchRollFilter.SetRollValuePath(ServerPath(g_vdRoll));
@@ -120,6 +123,15 @@ void Station::ReadOptions() {
     }
 }
 
+void Station::RestoreSetup() {
+    m_setup.ReadFromValueTree({});
+    m_setup.ReadFromCfg(GetDeviceAddress());
+    m_setup.WriteToValueTree(nullptr, {});
+    // Where the station stood when it was last used is not where it has been measured to be.
+    m_pLatitude->SetState(TValueState::NotMeasured, nullptr);
+    m_pLongitude->SetState(TValueState::NotMeasured, nullptr);
+}
+
 void Station::StartOutput() {
     m_pOutput = new DFDataOutput(OutputName());
     ZANInformationCenter::Instance()->GetZANInterfaces().Add(m_pOutput);
@@ -136,6 +148,8 @@ ZANCharacteristics& Station::GetCharacteristics() {
 Station::~Station() {
     m_overheadSynchronizer.reset();
     ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
+    m_setup.ReadFromValueTree({});
+    m_setup.WriteToCfg(GetDeviceAddress());
     ZANInformationCenter::Finalise();
     ZANOptions::Finalise();
     m_device.reset();

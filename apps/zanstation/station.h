@@ -8,6 +8,7 @@
 #include "zancommon/overheadpassparams.h"
 #include "zancommon/pitchrollfilter.h"
 #include "zancommon/zancharacteristics.h"
+#include "zancommon/zansetupdata.h"
 #include "zanstation/deviceconnection.h"
 #include "zanstation/driverreceiver.h"
 
@@ -30,8 +31,9 @@ struct StationCounts {
 /// It connects to the device, which publishes itself in the tree, reads the device's options and connects the
 /// characteristics to it; restores the parameters from the settings and makes the filters; starts the output;
 /// and then takes block after block from the driver: attitude and position go into the tree, the filters mark
-/// the bearings, and each of them becomes the current bearing, which the output turns into a sentence. Needs
-/// the settings (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
+/// the bearings, and each of them becomes the current bearing, which the output turns into a sentence. What
+/// the operator has set for the device is kept in the settings from run to run. Needs the settings
+/// (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
 class Station {
 public:
     Station();
@@ -61,6 +63,7 @@ public:
 
 private:
     static void ReadOptions();
+    void RestoreSetup();
     void PublishPlatform(const BearingBlock& block);
     void ApplyBlockFilters(BearingBlock& block);
     void PublishBearing(const BearingBlock& block, const Bearing& bearing);
@@ -81,6 +84,7 @@ private:
     ValueNumericDouble* m_pRollThreshold;
 
     std::optional<DeviceConnection> m_device;
+    ZANSetupData m_setup;
     DFDataOutput* m_pOutput = nullptr; // owned through the list of outputs
     KvZANCommon::PitchRollFilter m_pitchRollFilter;
     KvZANCommon::ConnectionSpeedFilter m_connectionSpeedFilter;

@@ -1,0 +1,296 @@
+#include "zancommon/mshmanager.h"
+
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "support/printing.h"
+#include "support/tracelines.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "valueframework/tree.h"
+#include "valueframework/valueaccess.h"
+#include "zancommon/zanvaluenames.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QToolBar>
+
+using namespace Qt::StringLiterals;
+using namespace StdDeviceDefinition;
+
+// The manager with a client that is loaded at run time, as the application's is.
+
+namespace {
+
+QString ServerPath(const ValueDescriptor& descriptor) {
+    return ZANPath::SERVER.toString() + descriptor.PathName();
+}
+
+class Hub : public testing::Test {
+protected:
+    void SetUp() override {
+        qputenv("ZAN_HUB_LOG", m_directory.filePath(u"calls"_s).toUtf8());
+        ASSERT_TRUE(CfgCenter::SetConfigDirectory(m_directory.filePath(u"config"_s)));
+        Install(u"libhubclient.so"_s);
+        ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
+        CreateValue<ValueString>(g_vdDevAddress, nullptr)->SetValue(u"10.0.0.1:5555"_s, nullptr);
+        m_pLowest = GetOrCreateValue<ValueNumericDouble>(ControlPath(ZANValueName::SYSMINFREQ));
+        m_pHighest = GetOrCreateValue<ValueNumericDouble>(ControlPath(ZANValueName::SYSMAXFREQ));
+        m_pLowest->SetValue(20e6, nullptr);
+        m_pHighest->SetValue(3e9, nullptr);
+    }
+    void TearDown() override {
+        Tree::Instance()->Clear();
+        CfgCenter::Close();
+    }
+
+    static QString ControlPath(QStringView name) { return ZANPath::CONTROL.toString() + name.toString(); }
+
+    /// Puts one of the libraries of the tests where the client is looked for.
+    void Install(const QString& library) {
+        const QString directory = m_directory.filePath(u"components"_s);
+        ASSERT_TRUE(QDir().mkpath(directory));
+        QFile::remove(directory + u"/libmshclient.so"_s);
+        if (!library.isEmpty()) {
+            ASSERT_TRUE(QFile::copy(QStringLiteral(ZAN_TEST_COMPONENTS "/") + library,
+                                    directory + u"/libmshclient.so"_s));
+        }
+        ASSERT_TRUE(CfgCenter::SetComponentDirectory(directory));
+    }
+    /// What the clients were told since the last time.
+    QStringList TakeCalls() {
+        QFile log(qEnvironmentVariable("ZAN_HUB_LOG"));
+        QStringList calls;
+        if (log.open(QIODevice::ReadOnly)) {
+            calls = QString::fromUtf8(log.readAll()).split(u'\n', Qt::SkipEmptyParts);
+            log.remove();
+        }
+        return calls;
+    }
+    static ICfg& Settings() { return CfgCenter::GetAppCfg(ICfg::View::Outputs); }
+
+    QTemporaryDir m_directory;
+    ValueNumericDouble* m_pLowest = nullptr;
+    ValueNumericDouble* m_pHighest = nullptr;
+};
+
+QStringList ReceiverCalls(const QString& name) {
+    return {u"1 created"_s,
+            u"1 SetClientName "_s + name,
+            u"1 SetApplicationId KORVA_ZAN"_s,
+            u"1 SetCentralAddress 127.0.0.1 4500"_s,
+            u"1 SetAutoCoupleTargets"_s,
+            u"1 SetReceiver true"_s,
+            u"1 SetDeviceAddress 10.0.0.1:5555"_s,
+            u"1 MapValue FRQ "_s + ServerPath(g_vdFrequency),
+            u"1 MapValue BW "_s + ServerPath(g_vdBandwidth) + u" AdAlgSelectEqualOrBiggerValue"_s,
+            u"1 MapValue DEM "_s + ServerPath(g_vdDemodulation),
+            u"1 MapSelectionValue FFM "_s + ServerPath(g_vdOperationMode),
+            u"1 Start"_s,
+            u"1 SetFrequencyRange 20000000,3000000000"_s};
+}
+
+QStringList SenderCalls(const QString& number, const QString& name, const QString& toolBar) {
+    QStringList calls{u"created"_s,
+                      u"SetClientName "_s + name,
+                      u"SetApplicationId KORVA_ZAN"_s,
+                      u"SetCentralAddress 127.0.0.1 4500"_s,
+                      u"SetAutoCoupleTargets"_s,
+                      u"SetReceiver false"_s,
+                      u"AttachToolBar "_s + toolBar + u" 0"_s,
+                      u"SetHandoverValue /ZANCONTROL/HANDOVERFREQUENCY"_s,
+                      u"MapValue FRQ /ZANCONTROL/HANDOVERFREQUENCY"_s,
+                      u"SetHandoverPoolValue /ZANServer/HANDOVERPOOLFREQUENCY"_s,
+                      u"MapValue BW "_s + ServerPath(g_vdBandwidth) + u" AdAlgSelectEqualOrBiggerValue"_s,
+                      u"MapValue DEM "_s + ServerPath(g_vdDemodulation),
+                      u"MapSelectionValue FFM "_s + ServerPath(g_vdOperationMode),
+                      u"MapValue AUDIO_MODE /ZANCONTROL/AUDIOMODES"_s,
+                      u"MapValue AUDIO_CHANNELMUTE "_s + ServerPath(g_vdAuChannelMute),
+                      u"MapValue AUDIO_CHANNELVOLUME "_s + ServerPath(g_vdAuChannelVolume),
+                      u"MapValue AUDIO_SOUNDCARDOUTPUT /ZANCONTROL/SOUNDCARDOUTPUT"_s,
+                      u"MapValue AUDIO_DEVICEOUTPUT /ZANCONTROL/DEVICEOUTPUT"_s,
+                      u"MapValue SQUELCHSTATE "_s + ServerPath(g_vdAuSquelch),
+                      u"MapValue SQUELCHVALUE "_s + ServerPath(g_vdAudioThreshold),
+                      u"Start"_s};
+    for (QString& call : calls) {
+        call.prepend(number + u' ');
+    }
+    return calls;
+}
+
+} // namespace
+
+TEST_F(Hub, ReceiverIsSetUpCallByCall) {
+    MshManager manager;
+    manager.CreateMshReceiver(u"Station 7"_s);
+    EXPECT_TRUE(manager.IsReceiver());
+    EXPECT_FALSE(manager.IsSender());
+    EXPECT_EQ(TakeCalls(), ReceiverCalls(u"Station 7"_s));
+    manager.DestroyMshReceiver();
+    EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
+    EXPECT_FALSE(manager.IsReceiver());
+}
+
+TEST_F(Hub, SenderIsSetUpCallByCall) {
+    QToolBar toolBar;
+    toolBar.setObjectName(u"tools"_s);
+    MshManager manager;
+    manager.CreateMshSender(u"Station 7"_s, &toolBar);
+    EXPECT_TRUE(manager.IsSender());
+    EXPECT_EQ(TakeCalls(), SenderCalls(u"1"_s, u"Station 7"_s, u"tools"_s));
+    m_pLowest->SetValue(30e6, nullptr);
+    EXPECT_EQ(TakeCalls(), QStringList()) << "the range is the receiver's";
+    manager.DestroyMshSender();
+    EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
+}
+
+TEST_F(Hub, ReceiverAndSenderWorkAtOnce) {
+    {
+        MshManager manager;
+        manager.CreateMshReceiver(u"both"_s);
+        manager.CreateMshSender(u"both"_s, nullptr);
+        EXPECT_TRUE(manager.IsReceiver() && manager.IsSender());
+        EXPECT_EQ(TakeCalls(), ReceiverCalls(u"both"_s) + SenderCalls(u"2"_s, u"both"_s, u"none"_s));
+    }
+    EXPECT_EQ(TakeCalls(), (QStringList{u"2 destroyed"_s, u"1 destroyed"_s})) << "the sender leaves first";
+}
+
+TEST_F(Hub, SecondReceiverTakesThePlaceOfTheFirst) {
+    MshManager manager;
+    manager.CreateMshReceiver(u"first"_s);
+    TakeCalls();
+    manager.CreateMshReceiver(u"second"_s);
+    EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s} + ReceiverCalls(u"second"_s));
+    EXPECT_EQ(m_pLowest->GetObserverCount(), 1U);
+    m_pLowest->SetValue(30e6, nullptr);
+    EXPECT_EQ(TakeCalls(), QStringList{u"1 SetFrequencyRange 30000000,3000000000"_s}) << "told once";
+}
+
+TEST_F(Hub, SettingsSayWhereTheHubIsAndWhoJoins) {
+    Settings().SetString(u"MshCentralAddress"_s, u"hub.example"_s);
+    Settings().SetInt(u"MshCentralPort"_s, 4711);
+    Settings().SetString(u"MshClientName"_s, u"Configured"_s);
+    Settings().SetString(u"AutoCoupleTargets"_s, u"A;B"_s);
+    MshManager manager;
+    manager.CreateMshReceiver(u"Argument"_s);
+    EXPECT_EQ(TakeCalls().mid(1, 4),
+              (QStringList{u"1 SetClientName Configured"_s, u"1 SetApplicationId KORVA_ZAN"_s,
+                           u"1 SetCentralAddress hub.example 4711"_s, u"1 SetAutoCoupleTargets A;B"_s}));
+}
+
+TEST_F(Hub, ClientWithoutAnyNameIsCalledZan) {
+    MshManager manager;
+    manager.CreateMshReceiver({});
+    EXPECT_EQ(TakeCalls(), ReceiverCalls(u"ZAN"_s));
+    EXPECT_EQ(Settings().GetString(u"MshClientName"_s, u"absent"_s), u"absent"_s)
+        << "nothing is written back";
+}
+
+TEST_F(Hub, RangeFollowsItsTwoValues) {
+    MshManager manager;
+    manager.CreateMshReceiver({});
+    TakeCalls();
+    struct Case {
+        double lowest;
+        double highest;
+        QStringList calls;
+    };
+    const Case cases[] = {
+        {0.0, 3e9, {}},
+        {-1.0, 3e9, {}},
+        {3e9, 3e9, {}},
+        {2e9, 1e9, {}},
+        {0.6, 1e9, {u"1 SetFrequencyRange 1,1000000000"_s}},
+        {9000.0, 3.6e9, {u"1 SetFrequencyRange 9000,3600000000"_s}},
+    };
+    for (const Case& each : cases) {
+        m_pLowest->SetValue(0.0, nullptr); // no range
+        m_pHighest->SetValue(each.highest, nullptr);
+        TakeCalls();
+        m_pLowest->SetValue(each.lowest, nullptr);
+        EXPECT_EQ(TakeCalls(), each.calls) << each.lowest << " to " << each.highest;
+    }
+    m_pHighest->HasChanged(TChangeCode::ListReplaced, nullptr);
+    EXPECT_EQ(TakeCalls(), QStringList{u"1 SetFrequencyRange 9000,3600000000"_s}) << "any notice counts";
+}
+
+TEST_F(Hub, ValueThatGoesAwayIsForgotten) {
+    MshManager manager;
+    manager.CreateMshReceiver({});
+    TakeCalls();
+    Tree::Instance()->Remove(m_pHighest);
+    m_pLowest->SetValue(40e6, nullptr);
+    EXPECT_EQ(TakeCalls(), QStringList());
+    Tree::Instance()->Remove(m_pLowest);
+    manager.DestroyMshReceiver();
+    EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
+}
+
+TEST_F(Hub, WithoutRangeValuesAndAddressTheReceiverWorksAllTheSame) {
+    Tree::Instance()->Clear();
+    MshManager manager;
+    manager.CreateMshReceiver({});
+    EXPECT_TRUE(manager.IsReceiver());
+    const QStringList calls = TakeCalls();
+    EXPECT_TRUE(calls.contains(u"1 SetDeviceAddress"_s));
+    EXPECT_EQ(calls.last(), u"1 Start"_s);
+}
+
+TEST_F(Hub, RolesAreTakenWhenTheSettingsSaySoAndTheFlagIsWritten) {
+    MshManager manager;
+    manager.CreateMshReceiverIfConfigured({}, u"MshReceive"_s, false);
+    EXPECT_FALSE(manager.IsReceiver());
+    EXPECT_FALSE(Settings().GetBool(u"MshReceive"_s, true)) << "the default is there now";
+    manager.CreateMshReceiverIfConfigured({}, u"MshReceive"_s, true);
+    EXPECT_FALSE(manager.IsReceiver()) << "the settings count, not the default";
+    Settings().SetBool(u"MshReceive"_s, true);
+    manager.CreateMshReceiverIfConfigured({}, u"MshReceive"_s, false);
+    EXPECT_TRUE(manager.IsReceiver());
+
+    manager.CreateMshSenderIfConfigured({}, nullptr, u"MshSend"_s, false);
+    EXPECT_FALSE(manager.IsSender());
+    Settings().SetBool(u"MshSend"_s, true);
+    manager.CreateMshSenderIfConfigured({}, nullptr, u"MshSend"_s, false);
+    EXPECT_TRUE(manager.IsSender());
+    EXPECT_TRUE(Settings().GetBool(u"MshSend"_s, false));
+}
+
+TEST_F(Hub, LibraryThatIsNoClientIsRefusedWithAReason) {
+    struct Case {
+        QString library;
+        QString reason;
+    };
+    for (const Case& each :
+         {Case{QString(), u"there is no file"_s}, Case{u"libnocomponent.so"_s, u"is no component"_s},
+          Case{u"libotherversioncomponent.so"_s, u"version"_s}}) {
+        Install(each.library);
+        MshManager manager;
+        manager.CreateMshReceiver({});
+        manager.CreateMshSender({}, nullptr);
+        EXPECT_FALSE(manager.IsReceiver() || manager.IsSender()) << each.library.toStdString();
+        EXPECT_TRUE(CfgCenter::GetLastError().contains(each.reason))
+            << CfgCenter::GetLastError().toStdString();
+        EXPECT_TRUE(CfgCenter::GetLastError().contains(m_directory.path())) << "it says where it looked";
+        EXPECT_EQ(m_pLowest->GetObserverCount(), 0U);
+    }
+}
+
+TEST_F(Hub, ComponentOfAnotherKindLeavesTheManagerWithoutTheRole) {
+    Install(u"libgoodcomponent.so"_s);
+    TraceLines trace;
+    MshManager manager;
+    manager.CreateMshReceiver({});
+    manager.CreateMshSender({}, nullptr);
+    EXPECT_FALSE(manager.IsReceiver() || manager.IsSender());
+    ASSERT_EQ(trace.lines.size(), 2);
+    EXPECT_TRUE(
+        trace.lines[0].endsWith(u": The component \"MshClient.dll\" is no client of the message hub."_s));
+}
+
+TEST_F(Hub, DestroyingWhatIsNotThereDoesNothing) {
+    TraceLines trace;
+    MshManager manager;
+    manager.DestroyMshReceiver();
+    manager.DestroyMshSender();
+    EXPECT_TRUE(trace.lines.isEmpty());
+}
