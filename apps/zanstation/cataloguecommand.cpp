@@ -1,5 +1,6 @@
 #include "zanstation/cataloguecommand.h"
 
+#include "zancommon/closedtable.h"
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zanoptions.h"
 #include "zanstation/console.h"
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <array>
-#include <span>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -53,12 +53,6 @@ struct Catalogue {
     std::vector<Column> columns;
     QJsonArray (*rows)();
 };
-
-/// The rows of a table in front of the one that closes it.
-template <class Array>
-auto Rows(const Array& table) {
-    return std::span(table).first(table.size() - 1);
-}
 
 QJsonArray MethodNames(qint32 mask) {
     constexpr std::array<std::pair<EZANMethodDetailed, QStringView>, 4> NAMES{{

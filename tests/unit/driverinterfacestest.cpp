@@ -1,6 +1,7 @@
 #include "support/driveroperations.h"
 #include "support/printing.h"
 #include "support/stubdrivers.h"
+#include "support/virtualslots.h"
 #include "zancommon/legacydriveradapter.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstring>
 #include <numeric>
 #include <span>
 #include <type_traits>
@@ -46,21 +46,10 @@ static_assert(Number(LegacyOperation::GetSyncMissedCount) == 63);
 static_assert(Number(LegacyOperation::SetSyncTrigger) == 64);
 static_assert(Number(CallbackOperation::fillSyncTimestamp) == 22);
 
-/// Place of a virtual operation in its virtual table. Under the Itanium C++ ABI a pointer to a virtual member
-/// function holds the offset of its slot and a mark that it is virtual: 1 added to the offset, or to the
-/// second word on ARM.
-template <class Member>
-std::ptrdiff_t Slot(Member member) {
-    std::array<std::ptrdiff_t, 2> words{};
-    static_assert(sizeof member == sizeof words);
-    std::memcpy(words.data(), &member, sizeof member);
-    EXPECT_EQ((words[0] | words[1]) & 1, 1) << "is not virtual";
-    return words[0] / static_cast<std::ptrdiff_t>(sizeof(void*));
-}
-
 template <class Members>
 std::vector<std::ptrdiff_t> Slots(const Members& members) {
-    return std::apply([](auto... member) { return std::vector<std::ptrdiff_t>{Slot(member)...}; }, members);
+    return std::apply([](auto... member) { return std::vector<std::ptrdiff_t>{VirtualSlot(member)...}; },
+                      members);
 }
 
 std::vector<std::ptrdiff_t> Consecutive(std::ptrdiff_t first, std::size_t count) {
@@ -100,7 +89,7 @@ void ExpectDefaults(std::span<void* const> table, const std::array<bool, Count>&
 }
 
 TEST(IDriver, OperationsStandInOrderRightAfterThoseOfQObject) {
-    const std::ptrdiff_t lastOfQObject = Slot(&OpenQObject::disconnectNotify);
+    const std::ptrdiff_t lastOfQObject = VirtualSlot(&OpenQObject::disconnectNotify);
     EXPECT_EQ(lastOfQObject, QOBJECT_SLOTS - 1);
     EXPECT_EQ(Slots(driverMembers<IDriver>), Consecutive(lastOfQObject + 1, 64));
 }

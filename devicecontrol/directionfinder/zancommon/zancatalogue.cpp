@@ -1,5 +1,7 @@
 #include "zancommon/zancharacteristics.h"
 
+#include "zancommon/closedtable.h"
+
 #include <algorithm>
 #include <functional>
 #include <iterator>
@@ -199,12 +201,6 @@ static_assert(AreDisjoint(ZANCharacteristics::s_aHF_CONVERTERS, ZANCharacteristi
 template <class Table, class IsEnd>
 constexpr bool IsClosedBy(const Table& table, IsEnd isEnd) {
     return isEnd(table.back()) && std::ranges::count_if(table, isEnd) == 1;
-}
-
-/// The rows of a closed table.
-template <class Table>
-constexpr auto Rows(const Table& table) {
-    return std::span(table).first(table.size() - 1);
 }
 
 constexpr bool HasOrderedFrequencies(const auto& row) {

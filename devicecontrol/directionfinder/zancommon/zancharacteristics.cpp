@@ -1,9 +1,11 @@
 #include "zancommon/zancharacteristics.h"
+#include "zancommon/closedtable.h"
 
 #include "kwbase/errorhandler.h"
 #include "kwbase/tolmos.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
+#include "zancommon/closedtable.h"
 #include "zancommon/truncation.h"
 #include "zancommon/zancharacteristicstools.h"
 #include "zancommon/zanoptions.h"
@@ -27,12 +29,6 @@ const QString& TraceOrigin() {
 
 QString ServerPath(const ValueDescriptor& descriptor) {
     return ZANPath::SERVER.toString() + descriptor.PathName();
-}
-
-/// The rows of a table in front of the one that closes it.
-template <class Table>
-constexpr auto Rows(const Table& table) {
-    return std::span(table).first(table.size() - 1);
 }
 
 /// The values of a list of resolution bandwidths, which ends at the first value that is not above 0.

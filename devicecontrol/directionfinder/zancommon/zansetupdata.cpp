@@ -6,6 +6,7 @@
 #include "valueframework/tree.h"
 #include "valueframework/valuefactory.h"
 #include "valueframework/valuetypes.h"
+#include "zancommon/closedtable.h"
 #include "zancommon/hwstatustester.h"
 #include "zancommon/stationcfg.h"
 #include "zancommon/zanvaluenames.h"
@@ -40,12 +41,6 @@ std::array<ZANSetupData::DataEntry, 23> ZANSetupData::s_aDataEntries{{
 }};
 
 namespace {
-
-/// The rows of the table in front of the one that closes it.
-template <class Table>
-auto Rows(Table& table) {
-    return std::span(table).first(table.size() - 1);
-}
 
 QString PathBelowBase(const ZANSetupData::DataEntry& row) {
     return row.descriptor ? row.descriptor->PathName() : u'/' + row.alternativeName;
