@@ -124,8 +124,7 @@ int Run(const QStringList& arguments) {
     CommandLine line(
         u"run"_s,
         u"Replays a recording through driver, adapter, filters and outputs. What is not given here stays as "
-        u"it "
-        "is in the settings; --output, --serial, --interval and --overhead-threshold are kept there."_s,
+        "it is in the settings; what is given for outputs and thresholds is kept there."_s,
         {{u"recording"_s, u"Recording to replay (default: a simulated one)."_s, u"FILE"_s},
          {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
           u"realtime"_s},

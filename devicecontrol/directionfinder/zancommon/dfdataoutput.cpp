@@ -323,9 +323,9 @@ void DFDataOutput::OpenFile() {
         return;
     }
     const QString& name = m_p->fileName;
+    const QString backup = name + u".bak"_s;
+    QFile::remove(backup);
     if (QFileInfo(name).isFile()) {
-        const QString backup = name + u".bak"_s;
-        QFile::remove(backup);
         QFile old(name);
         if (!old.rename(backup)) {
             m_p->lastError = tr("Could not move file %1 to %2, the output is appended to it: %3")
