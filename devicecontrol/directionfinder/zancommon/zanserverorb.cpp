@@ -42,7 +42,8 @@ ZANServerORB::ZANServerORB() {
         int argumentCount = 0;
         m_orb = CORBA::ORB_init(argumentCount, nullptr, "");
         omniORB::setClientCallTimeout(CALL_TIMEOUT_MS);
-        RootPoa()->the_POAManager()->activate();
+        const PortableServer::POAManager_var manager = RootPoa()->the_POAManager();
+        manager->activate();
     } catch (...) {
         Trace(u"ZANServerORB::ZANServerORB(): Exception caught in constructor of ZANServerORB !!!"_s,
               __LINE__);
