@@ -37,7 +37,7 @@ QString AsYesOrNo(const QJsonValue& cell) {
 template <QString (*Format)(const QJsonValue&)>
 QString AsList(const QJsonValue& cell) {
     QStringList texts;
-    for (const QJsonValue& element : cell.toArray()) {
+    for (const auto element : cell.toArray()) {
         texts.append(Format(element));
     }
     return texts.isEmpty() ? u"-"_s : texts.join(u", "_s);
@@ -83,7 +83,7 @@ QJsonArray AntennaRows() {
 
 QString DeviceTypeName(EZANType type) {
     const auto& names = ZANCharacteristics::s_aDeviceTypeNames;
-    const auto named = std::ranges::find(names, type, &ZANCharacteristics::DeviceTypeName::type);
+    const auto* const named = std::ranges::find(names, type, &ZANCharacteristics::DeviceTypeName::type);
     return named == names.end() ? QString::number(type) : named->name.toString();
 }
 
@@ -244,7 +244,7 @@ void PrintTable(const Catalogue& catalogue) {
         titles.append(Title(column.key));
     }
     Table table(titles);
-    for (const QJsonValue& row : catalogue.rows()) {
+    for (const auto row : catalogue.rows()) {
         QStringList cells;
         for (const Column& column : catalogue.columns) {
             cells.append(column.format(row[column.key]));
@@ -268,7 +268,7 @@ QStringList GetTableNames() {
 
 bool Print(const QString& tableName, bool asJson) {
     const auto& catalogues = GetCatalogues();
-    const auto catalogue = std::ranges::find(catalogues, tableName, &Catalogue::name);
+    const auto* const catalogue = std::ranges::find(catalogues, tableName, &Catalogue::name);
     if (catalogue == catalogues.end()) {
         return false;
     }

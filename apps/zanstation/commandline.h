@@ -40,8 +40,8 @@ public:
     [[nodiscard]] bool OpenStore() const;
 
 private:
-    bool RefuseNumber(const QString& name, const QString& kind, const QString& minimum,
-                      const QString& maximum) const;
+    [[nodiscard]] bool RefuseNumber(const QString& name, const QString& kind, const QString& minimum,
+                                    const QString& maximum) const;
 
     const QString m_usage;
     const bool m_takesArguments;

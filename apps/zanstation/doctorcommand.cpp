@@ -11,6 +11,9 @@
 #include <QStringList>
 #include <QTemporaryFile>
 
+#include <array>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -78,12 +81,13 @@ Finding ExamineHubClient() {
 } // namespace
 
 int RunDoctor(const QString& configDirectory) {
-    const std::pair<QString, Finding> findings[] = {
-        {u"settings"_s, ExamineSettings(configDirectory)},
-        {u"device setup"_s, ExamineSetup()},
-        {u"serial ports"_s, ExamineSerialPorts()},
-        {u"broker"_s, ExamineBroker()},
-        {u"hub client"_s, ExamineHubClient()},
+    using NamedFinding = std::pair<QString, Finding>;
+    const std::array findings{
+        NamedFinding{u"settings"_s, ExamineSettings(configDirectory)},
+        NamedFinding{u"device setup"_s, ExamineSetup()},
+        NamedFinding{u"serial ports"_s, ExamineSerialPorts()},
+        NamedFinding{u"broker"_s, ExamineBroker()},
+        NamedFinding{u"hub client"_s, ExamineHubClient()},
     };
     int exitCode = EXIT_OK;
     for (const auto& [name, finding] : findings) {

@@ -10,7 +10,7 @@ namespace {
 struct Unit {
     QStringView name;
     QStringView shortName;
-    double factor;
+    double factor = 1.0;
 };
 
 // "Hz" is the end of all the others, and comes last.

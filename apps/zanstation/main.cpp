@@ -380,7 +380,7 @@ int Doctor(const QStringList& arguments) {
 /// A command of the program.
 struct Command {
     QStringView name;
-    int (*run)(const QStringList& arguments);
+    int (*run)(const QStringList& arguments) = nullptr;
 };
 
 constexpr std::array<Command, 11> COMMANDS{{
@@ -432,7 +432,7 @@ int main(int argc, char** argv) {
         return EXIT_OK;
     }
     const QStringList rest = QStringList(u"zanstation "_s + command) + arguments.mid(2);
-    const auto found = std::ranges::find(COMMANDS, command, &Command::name);
+    const auto* const found = std::ranges::find(COMMANDS, command, &Command::name);
     if (found != COMMANDS.end()) {
         QTranslator translator;
         InstallTranslation(translator);

@@ -9,7 +9,7 @@ namespace {
 
 struct ModeName {
     QStringView name;
-    EOperationMode mode;
+    EOperationMode mode = OPMODE_ANY;
 };
 
 constexpr std::array<ModeName, 6> MODE_NAMES{{
@@ -26,7 +26,7 @@ constexpr std::array<ModeName, 6> MODE_NAMES{{
 namespace OperationModeText {
 
 std::optional<EOperationMode> Parse(const QString& text) {
-    const auto named = std::ranges::find_if(MODE_NAMES, [&text](const ModeName& each) {
+    const auto* const named = std::ranges::find_if(MODE_NAMES, [&text](const ModeName& each) {
         return each.mode != OPMODE_ANY && each.name.compare(text, Qt::CaseInsensitive) == 0;
     });
     if (named != MODE_NAMES.end()) {
@@ -41,7 +41,7 @@ std::optional<EOperationMode> Parse(const QString& text) {
 }
 
 QString Format(EOperationMode mode) {
-    const auto named = std::ranges::find(MODE_NAMES, mode, &ModeName::mode);
+    const auto* const named = std::ranges::find(MODE_NAMES, mode, &ModeName::mode);
     return named == MODE_NAMES.end() ? QString::number(mode) : named->name.toString();
 }
 

@@ -15,7 +15,7 @@ namespace {
 using SampleMode = ZANCharacteristics::SampleModeDescription;
 
 bool IsForDevice(const SampleMode& row, EZANType type) {
-    const auto end = std::ranges::find(row.deviceTypes, ZANTYPE_END);
+    const auto* const end = std::ranges::find(row.deviceTypes, ZANTYPE_END);
     return std::find(row.deviceTypes.begin(), end, type) != end;
 }
 
@@ -31,8 +31,8 @@ QString GetSupportProblem(const ZANCharacteristics& characteristics, const Anten
         return {};
     }
     const auto& names = ZANCharacteristics::s_aConverterTypeNames;
-    const auto named = std::ranges::find(names, QStringView(antenna.converterTypeName),
-                                         &ZANCharacteristics::ConverterTypeName::name);
+    const auto* const named = std::ranges::find(names, QStringView(antenna.converterTypeName),
+                                                &ZANCharacteristics::ConverterTypeName::name);
     if (named == names.end()) {
         return u"there is no converter '%1'"_s.arg(antenna.converterTypeName);
     }

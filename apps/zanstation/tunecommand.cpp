@@ -61,8 +61,8 @@ int PrintReception(ZANCharacteristics& characteristics, EOperationMode mode, dou
                       FormatBandwidths(characteristics.GetRealtimeBandwidths(mode, start, stop)));
         return EXIT_FAILED;
     }
-    const auto row = std::ranges::find(ZANCharacteristics::s_aSampleModeDescription, sampleMode,
-                                       &ZANCharacteristics::SampleModeDescription::sampleMode);
+    const auto* const row = std::ranges::find(ZANCharacteristics::s_aSampleModeDescription, sampleMode,
+                                              &ZANCharacteristics::SampleModeDescription::sampleMode);
     PrintLine(u"sample mode"_s, QString::number(sampleMode) + u", realtime bandwidth "_s +
                                     ZANCharacteristics::FormatBandwidth(row->realtimeBandwidth, 3, false));
     PrintLine(u"resolution"_s, FormatBandwidths(characteristics.GetResolutionBandwidths(mode, start, stop,

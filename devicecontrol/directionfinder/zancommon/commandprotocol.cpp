@@ -49,6 +49,7 @@ QByteArray ToEightBitText(const QString& entry) {
 
 IMessageStore::~IMessageStore() = default;
 
+// NOLINTNEXTLINE(modernize-pass-by-value): the signature is part of the interface
 CommandProtocol::CommandProtocol(const QString& deviceAddress, QString deviceLabel)
     : m_strDeviceAddress(deviceAddress)
     , m_strDeviceLabel(std::move(deviceLabel)) {}

@@ -5,6 +5,8 @@
 #include "zancommon/dfsettingsparams.h"
 #include "zancommon/truncation.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace KvZANCommon {
@@ -19,10 +21,10 @@ CfgPtr OpenSettings(const QString& name, ICfg::View view) {
 
 } // namespace
 
-DFSettingsParamsPersistency::DFSettingsParamsPersistency(DFSettingsParams& params, const QString& name,
+DFSettingsParamsPersistency::DFSettingsParamsPersistency(DFSettingsParams& params, QString name,
                                                          ICfg::View view)
     : m_params(params)
-    , m_name(name)
+    , m_name(std::move(name))
     , m_view(view) {}
 
 void DFSettingsParamsPersistency::MakePersistent() {

@@ -15,7 +15,7 @@ class ZANCOMMON_EXPORT DFSettingsParamsPersistency {
 public:
     /// \param params is not owned and must outlive this object.
     /// \param name   of the settings file
-    DFSettingsParamsPersistency(DFSettingsParams& params, const QString& name, ICfg::View view);
+    DFSettingsParamsPersistency(DFSettingsParams& params, QString name, ICfg::View view);
 
     /// Writes the settings; the level threshold loses its fraction. Nothing when the file cannot be had.
     void MakePersistent();

@@ -42,7 +42,7 @@ std::vector<double> GetBoundaries(const std::vector<Sector>& sectors) {
     // What lies off the circle is no boundary on it.
     std::erase_if(boundaries, [](double azimuth) { return azimuth < NORTH || azimuth > CIRCLE_END; });
     std::ranges::sort(boundaries);
-    boundaries.erase(std::ranges::unique(boundaries).begin(), boundaries.end());
+    boundaries.erase(std::unique(boundaries.begin(), boundaries.end()), boundaries.end());
     return boundaries;
 }
 

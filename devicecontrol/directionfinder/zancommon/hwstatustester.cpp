@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
@@ -29,8 +30,8 @@ std::optional<QString> ComponentOf(const QString& line) {
 
 } // namespace
 
-HwStatusTester::HwStatusTester(const QString& path)
-    : m_valuePath(path) {}
+HwStatusTester::HwStatusTester(QString path)
+    : m_valuePath(std::move(path)) {}
 
 HwStatusTester::HwStatusTester(const HwStatusTester& other)
     : HwStatusTester(other.m_valuePath) {}

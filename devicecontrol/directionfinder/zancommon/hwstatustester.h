@@ -26,7 +26,7 @@ public:
     };
 
     /// \param path the node below which the device's values stand, such as "/ZANServer"
-    explicit HwStatusTester(const QString& path);
+    explicit HwStatusTester(QString path);
     /// A copy tests the device of its source, and knows no components yet.
     HwStatusTester(const HwStatusTester& other);
     HwStatusTester& operator=(const HwStatusTester& other);

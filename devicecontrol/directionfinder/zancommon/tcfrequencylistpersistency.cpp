@@ -42,10 +42,10 @@ int ReadChannelID(const ICfg& entry) {
 
 } // namespace
 
-TCFrequencyListPersistency::TCFrequencyListPersistency(ValueTrafficControlFrequencyList* list,
-                                                       const QString& name, ICfg::View view)
+TCFrequencyListPersistency::TCFrequencyListPersistency(ValueTrafficControlFrequencyList* list, QString name,
+                                                       ICfg::View view)
     : m_pList(list)
-    , m_name(name)
+    , m_name(std::move(name))
     , m_view(view) {}
 
 void TCFrequencyListPersistency::MakePersistent() {

@@ -19,7 +19,7 @@ public:
 
     /// \param list is not owned; null, and a list that has gone from the tree, make both operations do
     /// nothing. \param name of the settings file
-    TCFrequencyListPersistency(ValueTrafficControlFrequencyList* list, const QString& name, ICfg::View view);
+    TCFrequencyListPersistency(ValueTrafficControlFrequencyList* list, QString name, ICfg::View view);
 
     /// Writes the list, frequencies without their fraction. Entries of a longer list before stay in the file,
     /// the count tells which are valid. Nothing when the file cannot be had.

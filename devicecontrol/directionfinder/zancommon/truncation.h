@@ -8,7 +8,7 @@
 template <std::signed_integral Integer>
 constexpr Integer Truncate(double number) {
     using Limits = std::numeric_limits<Integer>;
-    constexpr double LOWEST = static_cast<double>(Limits::min()); // a power of two: exact
+    constexpr auto LOWEST = static_cast<double>(Limits::min()); // a power of two: exact
     if (number != number) {
         return 0;
     }

@@ -1,5 +1,4 @@
 #include "zancommon/zancharacteristics.h"
-#include "zancommon/closedtable.h"
 
 #include "kwbase/errorhandler.h"
 #include "kwbase/tolmos.h"

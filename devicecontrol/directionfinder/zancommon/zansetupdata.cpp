@@ -11,6 +11,8 @@
 #include "zancommon/stationcfg.h"
 #include "zancommon/zanvaluenames.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
 
@@ -42,17 +44,30 @@ std::array<ZANSetupData::DataEntry, 23> ZANSetupData::s_aDataEntries{{
 
 namespace {
 
+const QString& TraceOrigin() {
+    static const QString origin = u"devicecontrol\\directionfinder\\zancommon\\zansetupdata"_s;
+    return origin;
+}
+
 QString PathBelowBase(const ZANSetupData::DataEntry& row) {
     return row.descriptor ? row.descriptor->PathName() : u'/' + row.alternativeName;
 }
 
+/// Loads a snapshot. A setting that is no content of its value is told, and the snapshot stays as it is.
 void ReadSnapshot(const ICfg& cfg, const QString& key, ValueBase& value) {
+    bool isLoaded = true;
     if (auto* selection = dynamic_cast<ValueSelection*>(&value)) {
-        selection->SetCurrentKey(static_cast<long>(cfg.GetInt(key, selection->GetCurrentKey())), nullptr);
+        const long current = selection->GetCurrentKey();
+        const auto stored = static_cast<long>(cfg.GetInt(key, current));
+        isLoaded = stored == current || selection->SetCurrentKey(stored, nullptr);
     } else if (auto* flag = dynamic_cast<ValueBool*>(&value)) {
         flag->SetValue(cfg.GetBool(key, flag->GetValue()), nullptr);
     } else {
-        value.SetStringValue(cfg.GetString(key, value.GetStringValue()), nullptr);
+        isLoaded = value.SetStringValue(cfg.GetString(key, value.GetStringValue()), nullptr);
+    }
+    if (!isLoaded) {
+        TraceInformation([&key] { return u"WARNING: the setting "_s + key + u" cannot be used"_s; },
+                         TraceOrigin(), __LINE__);
     }
 }
 
@@ -68,9 +83,9 @@ void WriteSnapshot(ICfg& cfg, const QString& key, const ValueBase& value) {
 
 } // namespace
 
-ZANSetupData::ZANSetupData(const QString& name, const QString& basePath)
-    : m_name(name)
-    , m_basePath(basePath) {}
+ZANSetupData::ZANSetupData(QString name, QString basePath)
+    : m_name(std::move(name))
+    , m_basePath(std::move(basePath)) {}
 
 ZANSetupData::~ZANSetupData() {
     for (DataEntry& row : Rows(s_aDataEntries)) {
@@ -125,7 +140,7 @@ void ZANSetupData::WriteToCfg(const QString& station) {
 void ZANSetupData::PrintSetupTrace() const {
     const auto trace = [](const QString& key, const QString& path, const QString& value) {
         TraceInformation([&] { return key.leftJustified(30) + u' ' + path.leftJustified(30) + u' ' + value; },
-                         u"devicecontrol\\directionfinder\\zancommon\\zansetupdata"_s, __LINE__);
+                         TraceOrigin(), __LINE__);
     };
     trace(u"KEY"_s, u"PATH"_s, u"VALUE"_s);
     for (const DataEntry& row : Rows(s_aDataEntries)) {

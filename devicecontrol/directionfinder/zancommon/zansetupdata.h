@@ -30,7 +30,7 @@ public:
 
     /// \param name     kept only
     /// \param basePath the node that is meant where an operation is given an empty path
-    ZANSetupData(const QString& name, const QString& basePath);
+    ZANSetupData(QString name, QString basePath);
     ZANSetupData(const ZANSetupData&) = default;
     ZANSetupData& operator=(const ZANSetupData&) = default;
     /// Drops all snapshots, those of other objects too: the table is one.
@@ -40,7 +40,8 @@ public:
     void ReadFromValueTree(const QString& path);
     /// Sets the values below a node from the snapshots, without telling the originator.
     void WriteToValueTree(IObserver* originator, const QString& path);
-    /// Loads the snapshots from the settings of a station (`StationCfg`). What is not stored stays as it is.
+    /// Loads the snapshots from the settings of a station (`StationCfg`). What is not stored stays as it is,
+    /// and so does what is stored but is no content of its value; that is traced.
     void ReadFromCfg(const QString& station);
     /// Stores the snapshots in the settings of a station, which come into being with it, and with them the
     /// hardware requirements that stand in the tree (`HwStatusTester`).

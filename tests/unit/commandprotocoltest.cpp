@@ -1,0 +1,392 @@
+#include "zancommon/commandprotocol.h"
+
+#include "kwbase/tolmos.h"
+#include "support/printing.h"
+#include "support/tracelines.h"
+
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const char* const BANNER = " >>>>>>>>>> PROTOCOL FILE REACHED MAXIMUM SIZE - THIS IS A CONTINUATION FILE\n\n";
+
+/// A clock that goes on when it is told to.
+class DrivenClock : public ITolmOS {
+public:
+    DrivenClock() { TolmOS::Replace(this); }
+    DrivenClock(const DrivenClock&) = delete;
+    DrivenClock& operator=(const DrivenClock&) = delete;
+    ~DrivenClock() override { TolmOS::Replace(nullptr); }
+
+    [[nodiscard]] unsigned long long GetCurrentTime() const override { return now; }
+    bool TranslateHostName(const QString&, QString&) const override { return false; }
+
+    // 2026-11-15 22:17:51.007 UTC
+    unsigned long long now = 1794781071007;
+};
+
+/// Runs in a directory of its own, where the log is kept.
+class CommandLog : public testing::Test {
+protected:
+    void SetUp() override {
+        qputenv("TZ", "UTC-1"); // an hour ahead, so that local time and UTC differ
+        ASSERT_TRUE(m_directory.isValid());
+        ASSERT_TRUE(QDir::setCurrent(m_directory.path()));
+    }
+    void TearDown() override { QDir::setCurrent(QDir::rootPath()); }
+
+    static QByteArray Read(const QString& name) {
+        QFile file(u"ZANControl/"_s + name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
+    }
+    static void Write(const QString& name, const QByteArray& content) {
+        QDir().mkpath(u"ZANControl"_s);
+        QFile file(u"ZANControl/"_s + name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    }
+    static QStringList Backups() {
+        return QDir(u"ZANControl"_s).entryList({u"*.bak"_s}, QDir::Files, QDir::Name);
+    }
+
+    QTemporaryDir m_directory;
+    DrivenClock m_clock;
+};
+
+const QString LOG = u"commandlog-10.0.0.1_5555.txt"_s;
+const QByteArray HEADER = "23:17:51:007:\tDF-Address: 10.0.0.1:5555\tStation 7\n\n";
+
+CommandProtocol MakeLog() {
+    return {u"10.0.0.1:5555"_s, u"Station 7"_s};
+}
+
+} // namespace
+
+TEST_F(CommandLog, NothingIsOpenedBeforeItIsInitialised) {
+    CommandProtocol log = MakeLog();
+    EXPECT_FALSE(log.Add(u"early"_s));
+    EXPECT_EQ(log.GetLastError(), u"CommandProtocol::Add: m_pCurrentFile == NULL"_s);
+    EXPECT_TRUE(QDir(m_directory.path()).isEmpty());
+}
+
+TEST_F(CommandLog, StartMovesThePreviousLogIntoABackupAndWritesAHeader) {
+    Write(LOG, "from the last run\n");
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init()) << log.GetLastError().toStdString();
+    EXPECT_EQ(log.GetLastError(), QString());
+    EXPECT_EQ(Read(LOG), HEADER);
+    EXPECT_EQ(Backups(), QStringList{LOG + u"-2026-11-15_22-17-51-7.bak"_s});
+    EXPECT_EQ(Read(Backups().constFirst()), QByteArray("from the last run\n"));
+}
+
+TEST_F(CommandLog, FirstStartMovesAnEmptyLogIntoABackupToo) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    ASSERT_EQ(Backups().size(), 1);
+    EXPECT_EQ(Read(Backups().constFirst()), QByteArray());
+}
+
+TEST_F(CommandLog, LinesCarryTheLocalTimeOfDayAndAreOnDiskAtOnce) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    m_clock.now += 3600000 - 7;
+    EXPECT_TRUE(log.Add(u"SetFrequency 145500000"_s));
+    EXPECT_EQ(Read(LOG), HEADER + "00:17:51:000:\tSetFrequency 145500000\n");
+    EXPECT_TRUE(log.Add({}));
+    EXPECT_TRUE(log.Add(u"a %1 %2 b"_s));
+    EXPECT_TRUE(Read(LOG).endsWith("00:17:51:000:\t\n00:17:51:000:\ta %1 %2 b\n"));
+}
+
+TEST_F(CommandLog, FileNamesAreCleanedOfWhatTheyMustNotHold) {
+    CommandProtocol log(u"a:b*c\"d?e<f"_s, {});
+    ASSERT_TRUE(log.Init());
+    EXPECT_EQ(Read(u"commandlog-a_b_c_d?e<f.txt"_s),
+              QByteArray("23:17:51:007:\tDF-Address: a:b*c\"d?e<f\t\n\n"));
+    EXPECT_EQ(Backups(), QStringList{u"commandlog-a_b_c_d?e<f.txt-2026-11-15_22-17-51-7.bak"_s});
+}
+
+TEST_F(CommandLog, NewAddressCountsForTheFileFromTheNextStartOn) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    log.SetDeviceAddress(u"10.0.0.2"_s);
+    ASSERT_TRUE(log.Add(u"still here"_s));
+    EXPECT_TRUE(Read(LOG).endsWith("still here\n"));
+    ++m_clock.now;
+    ASSERT_TRUE(log.Init());
+    EXPECT_EQ(Read(u"commandlog-10.0.0.2.txt"_s),
+              QByteArray("23:17:51:008:\tDF-Address: 10.0.0.2\tStation 7\n\n"));
+}
+
+TEST_F(CommandLog, LogIsRolledOverWhenItIsLargerThanItsLimitAndNotBefore) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    log.SetMaxBytes(static_cast<unsigned long>(HEADER.size()));
+    EXPECT_TRUE(log.Add(u"exactly at the limit"_s));
+    EXPECT_EQ(Backups().size(), 1);
+    const QByteArray full = Read(LOG);
+
+    m_clock.now += 1;
+    EXPECT_TRUE(log.Add(u"beyond it"_s));
+    ASSERT_EQ(Backups().size(), 2);
+    EXPECT_EQ(Read(Backups().at(1)), full);
+    EXPECT_EQ(Read(LOG), QByteArray("23:17:51:008:\t") + BANNER +
+                             "\n23:17:51:008:\tDF-Address: 10.0.0.1:5555\tStation 7\n\n" +
+                             "23:17:51:008:\tbeyond it\n");
+}
+
+TEST_F(CommandLog, LimitIsTwentyMillionBytesUnlessSetOtherwise) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    const qsizetype frame = HEADER.size() + qsizetype(sizeof("23:17:51:007:\t\n") - 1);
+    ASSERT_TRUE(log.Add(QString(20000000 - frame, u'x')));
+    EXPECT_EQ(QFile(u"ZANControl/"_s + LOG).size(), 20000000);
+    m_clock.now += 1;
+    EXPECT_TRUE(log.Add(u"at the limit"_s));
+    EXPECT_EQ(Backups().size(), 1);
+    EXPECT_TRUE(log.Add(u"beyond"_s));
+    EXPECT_EQ(Backups().size(), 2);
+}
+
+TEST_F(CommandLog, NoAcceptedLineIsLostOverThirtyRollOvers) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    log.SetMaxBytes(2000);
+    QStringList written;
+    // Backups are collected as they appear: the oldest ones are removed meanwhile.
+    QMap<QString, QByteArray> files;
+    int rollOvers = 0;
+    for (int i = 0; rollOvers < 31; ++i) {
+        m_clock.now += 1;
+        const QString line = u"command %1 "_s.arg(i) + QString(i % 40, u'x');
+        const qint64 sizeBefore = QFile(u"ZANControl/"_s + LOG).size();
+        ASSERT_TRUE(log.Add(line));
+        written.append(line);
+        if (QFile(u"ZANControl/"_s + LOG).size() < sizeBefore) {
+            ++rollOvers;
+            for (const QString& name : Backups()) {
+                files.insert(name, Read(name));
+            }
+        }
+        ASSERT_LE(Backups().size(), 20);
+    }
+    files.insert(LOG + u"~"_s, Read(LOG)); // the last one, behind the dated names
+    QStringList read;
+    for (const QByteArray& content : std::as_const(files)) {
+        for (const QByteArray& line : content.split('\n')) {
+            const qsizetype tab = line.indexOf('\t');
+            if (tab >= 0 && line.mid(tab + 1).startsWith("command ")) {
+                read.append(QString::fromLatin1(line.mid(tab + 1)));
+            }
+        }
+    }
+    read.sort();
+    written.sort();
+    EXPECT_EQ(read, written);
+}
+
+TEST_F(CommandLog, OneBackupIsRemovedForEachOneMadeHoweverManyThereAre) {
+    for (int i = 0; i < 25; ++i) {
+        Write(u"old%1.bak"_s.arg(i, 2, 10, QChar(u'0')), "x");
+        QFile file(u"ZANControl/old%1.bak"_s.arg(i, 2, 10, QChar(u'0')));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        // In the opposite order of their names.
+        ASSERT_TRUE(
+            file.setFileTime(QDateTime::fromSecsSinceEpoch(2000000 - i), QFileDevice::FileModificationTime));
+    }
+    TraceLines trace;
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    EXPECT_EQ(Backups().size(), 25);
+    EXPECT_FALSE(Backups().contains(u"old24.bak"_s)) << "the oldest by its time";
+    EXPECT_EQ(trace.lines, QStringList{u"devicecontrol\\directionfinder\\zancommon\\commandprotocol(263): "
+                                       "CommandProtocol: Going to delete the oldest backup file."_s});
+}
+
+TEST_F(CommandLog, TwentyBackupsStayAndNineteenAreLeftAlone) {
+    for (int i = 0; i < 19; ++i) {
+        Write(u"old%1.bak"_s.arg(i), "x");
+    }
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    EXPECT_EQ(Backups().size(), 20);
+    ++m_clock.now;
+    ASSERT_TRUE(log.Init());
+    EXPECT_EQ(Backups().size(), 20);
+}
+
+TEST_F(CommandLog, OfBackupsOfTheSameTimeTheFirstByNameIsTheOldest) {
+    for (int i = 0; i < 20; ++i) {
+        const QString name = u"%1.bak"_s.arg(QChar(u'a' + (i * 7) % 20));
+        Write(name, "x");
+        QFile file(u"ZANControl/"_s + name);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(
+            file.setFileTime(QDateTime::fromSecsSinceEpoch(1000000), QFileDevice::FileModificationTime));
+    }
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    EXPECT_FALSE(Backups().contains(u"a.bak"_s));
+    EXPECT_TRUE(Backups().contains(u"t.bak"_s));
+}
+
+TEST_F(CommandLog, TwoDevicesShareTheDirectoryAndItsBackups) {
+    CommandProtocol first(u"one"_s, {});
+    CommandProtocol second(u"two"_s, {});
+    ASSERT_TRUE(first.Init() && second.Init());
+    for (int i = 0; i < 30; ++i) {
+        m_clock.now += 1;
+        CommandProtocol& log = i % 2 == 0 ? first : second;
+        log.SetMaxBytes(0);
+        ASSERT_TRUE(log.Add(u"%1"_s.arg(i)));
+    }
+    EXPECT_EQ(Backups().size(), 20);
+    EXPECT_TRUE(Read(u"commandlog-one.txt"_s).endsWith("\t28\n"));
+    EXPECT_TRUE(Read(u"commandlog-two.txt"_s).endsWith("\t29\n"));
+}
+
+TEST_F(CommandLog, BackupOfTheSameNameIsReplaced) {
+    Write(LOG + u"-2026-11-15_22-17-51-7.bak"_s, "earlier");
+    Write(LOG, "later");
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    EXPECT_EQ(Read(LOG + u"-2026-11-15_22-17-51-7.bak"_s), QByteArray("later"));
+}
+
+TEST_F(CommandLog, XmlIsIndentedByFourBlanksALevel) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    EXPECT_TRUE(log.Add(u"<?xml version=\"1.0\"?><Command><Set Id=\"1\"><Value>5</Value></Set></Command>"_s));
+    EXPECT_EQ(QString::fromLatin1(Read(LOG)),
+              QString::fromLatin1(HEADER + "23:17:51:007:\t<?xml version='1.0'?>\n"
+                                           "<Command>\n"
+                                           "    <Set Id=\"1\">\n"
+                                           "        <Value>5</Value>\n"
+                                           "    </Set>\n"
+                                           "</Command>\n\n"));
+}
+
+TEST_F(CommandLog, WhatIsNoXmlIsWrittenAsItStands) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    const QString texts[] = {
+        u"<?xml version=\"1.0\"?><Command><Set></Command>"_s,
+        u"<?xml version="_s,
+        u"the text ?xml version= alone"_s,
+        u"<Command><Set/></Command>"_s,
+        u"<?XML version=\"1.0\"?><Command><Set/></Command>"_s,
+        // An entity that would grow to gigabytes.
+        u"<?xml version=\"1.0\"?><!DOCTYPE a [<!ENTITY b \"bbbbbbbbbb\"><!ENTITY c "
+        u"\"&b;&b;&b;&b;&b;&b;&b;&b;\">"
+        "<!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;\"><!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;\">"
+        "<!ENTITY f \"&e;&e;&e;&e;&e;&e;&e;&e;\">]><a>&f;</a>"_s,
+    };
+    for (const QString& text : texts) {
+        EXPECT_TRUE(log.Add(text));
+        EXPECT_TRUE(Read(LOG).endsWith("\t" + text.toLatin1() + "\n")) << text.toStdString();
+    }
+}
+
+TEST_F(CommandLog, TextIsWrittenWithEightBitsACharacter) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    EXPECT_TRUE(log.Add(u"Gerät \u20AC\tEnde\nneue Zeile"_s));
+    EXPECT_TRUE(Read(LOG).endsWith("\tGer\xE4t ?\tEnde\nneue Zeile\n"));
+}
+
+TEST_F(CommandLog, DirectoryThatCannotBeMadeIsTold) {
+    QFile file(u"ZANControl"_s); // a file has its name
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    CommandProtocol log = MakeLog();
+    EXPECT_FALSE(log.Init());
+    EXPECT_EQ(log.GetLastError(),
+              u"CommandProtocol: Could not open file ZANControl/commandlog-10.0.0.1_5555.txt."_s);
+    EXPECT_FALSE(log.Add(u"x"_s));
+    EXPECT_EQ(log.GetLastError(),
+              u"CommandProtocol: Writing commandfile ZANControl/commandlog-10.0.0.1_5555.txt failed."_s);
+}
+
+TEST_F(CommandLog, AddressThatLeadsOutOfTheDirectoryOpensNothing) {
+    CommandProtocol log(u"../../outside"_s, {});
+    EXPECT_FALSE(log.Init());
+    EXPECT_FALSE(QFile::exists(m_directory.path() + u"/../outside.txt"_s));
+}
+
+TEST_F(CommandLog, RenameThatFailsLeavesTheLogClosed) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    log.SetMaxBytes(1);
+    m_clock.now += 1;
+    // A directory has the name of the backup.
+    const QString backup = u"ZANControl/"_s + LOG + u"-2026-11-15_22-17-51-8.bak"_s;
+    ASSERT_TRUE(QDir().mkpath(backup));
+    const QByteArray before = Read(LOG);
+    EXPECT_FALSE(log.Add(u"x"_s));
+    EXPECT_EQ(log.GetLastError(), u"CommandProtocol::BackupFile: renaming <ZANControl/"_s + LOG +
+                                      u"> to <"_s + backup + u"> failed."_s);
+    EXPECT_EQ(Read(LOG), before);
+    EXPECT_FALSE(log.Add(u"y"_s));
+    EXPECT_EQ(log.GetLastError(), u"CommandProtocol::Add: m_pCurrentFile == NULL"_s);
+    m_clock.now += 1;
+    EXPECT_TRUE(log.Init()) << "a new start works where the name is free";
+}
+
+TEST_F(CommandLog, LogThatSomebodyRemovedCannotBecomeABackup) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    log.SetMaxBytes(1);
+    ASSERT_TRUE(QFile::remove(u"ZANControl/"_s + LOG));
+    EXPECT_FALSE(log.Add(u"x"_s));
+    EXPECT_EQ(log.GetLastError(),
+              u"CommandProtocol::BackupFile: file <ZANControl/"_s + LOG + u"> does not exist."_s);
+}
+
+TEST_F(CommandLog, LineThatDoesNotFitOnTheDiskIsRefusedWhole) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    ASSERT_TRUE(log.Add(u"fits"_s));
+    const QByteArray before = Read(LOG);
+    // The system ends a file at this size, as a full disk does, in the middle of a line.
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    rlimit limit = unlimited;
+    limit.rlim_cur = static_cast<rlim_t>(before.size() + 5);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    const bool isWritten = log.Add(u"does not fit"_s);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    EXPECT_FALSE(isWritten);
+    EXPECT_EQ(log.GetLastError(),
+              u"CommandProtocol: Writing commandfile ZANControl/commandlog-10.0.0.1_5555.txt failed."_s);
+    EXPECT_EQ(Read(LOG), before);
+    EXPECT_TRUE(log.Add(u"fits again"_s));
+    EXPECT_EQ(Read(LOG), before + "23:17:51:007:\tfits again\n");
+    std::signal(SIGXFSZ, previousHandler);
+}
+
+TEST_F(CommandLog, CopyWritesIntoTheSameFile) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    {
+        CommandProtocol copy(log);
+        EXPECT_TRUE(copy.Add(u"from the copy"_s));
+    }
+    EXPECT_FALSE(log.Add(u"from the source"_s)) << "the copy has closed the file at its end";
+    EXPECT_EQ(Read(LOG), HEADER + "23:17:51:007:\tfrom the copy\n");
+}
+
+TEST_F(CommandLog, IsAMessageStore) {
+    const std::unique_ptr<IMessageStore> store = std::make_unique<CommandProtocol>(u"x"_s, QString());
+    EXPECT_NE(dynamic_cast<CommandProtocol*>(store.get()), nullptr);
+}
