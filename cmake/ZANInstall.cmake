@@ -8,6 +8,7 @@ configure_package_config_file(
     INSTALL_DESTINATION ${ZAN_PACKAGE_DIR})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZANCommonConfigVersion.cmake
                                  COMPATIBILITY SameMinorVersion)
+file(RELATIVE_PATH ZAN_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/zancommon.pc.in ${PROJECT_BINARY_DIR}/zancommon.pc @ONLY)
 
 install(EXPORT ZANCommonTargets NAMESPACE ZANCommon:: DESTINATION ${ZAN_PACKAGE_DIR})

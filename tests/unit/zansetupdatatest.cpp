@@ -436,7 +436,7 @@ TEST_F(ZANSetupDataTest, SettingThatIsNoContentOfTheValueKeepsTheSnapshot) {
     for (const auto& [key, text] : cases) {
         settings.Write(FileWith(Text(key).toUtf8() + '=' + text + '\n'));
         data.ReadFromValueTree({});
-        TraceLines trace;
+        trace.lines.clear();
         data.ReadFromCfg(Station());
         EXPECT_EQ(SnapshotText(key), Text(RowOf(key).content)) << Text(key).toStdString() << '=' << text;
         EXPECT_FALSE(trace.lines.filter(Text(key)).isEmpty()) << "it is told";
