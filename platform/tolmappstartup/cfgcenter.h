@@ -10,10 +10,11 @@
 ///
 /// Settings files are readable text in one directory: `[section/subsection]` headers, `key=value` lines,
 /// UTF-8. A value reads as the text that stands there, whatever commas, semicolons or backslashes it holds;
-/// only a value enclosed in double quotes is unescaped (\\ \" \n \r \t \uXXXX). Lines that begin with ";" or
-/// "#" are comments; they are not kept when the program writes the file.
+/// only a value enclosed in double quotes is unescaped: a backslash in front of n, r, t, uXXXX, a quote or a
+/// backslash. Lines that begin with ";" or "#" are comments; they are not kept when the program writes the
+/// file.
 ///
-/// A file is replaced as a whole or not at all. A damaged one is kept beside as "<file>.damaged-<n>" and
+/// A file is replaced as a whole or not at all. A damaged one is kept beside as "FILE.damaged-N" and
 /// reported; what is readable of it stays in force. Before a value that could not be read as the type wanted
 /// is overwritten, the file is kept in the same way.
 ///
