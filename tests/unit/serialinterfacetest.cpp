@@ -136,6 +136,25 @@ TEST_F(SerialInterfaceTest, UnpluggedPortIsDroppedAndFoundAgainWhenItIsBack) {
     EXPECT_EQ(m_trace.lines.count(FAILED), 1);
 }
 
+TEST_F(SerialInterfaceTest, LineThatIsUnpluggedAHundredTimesWorksEachTimeItIsBack) {
+    auto first = std::make_unique<PseudoTerminal>();
+    const auto serial = MakeOpen(*first);
+    std::unique_ptr<PseudoTerminal> line = std::move(first);
+    for (int plug = 0; plug < 100; ++plug) {
+        line->Unplug();
+        ASSERT_TRUE(SpinUntil([this] { return m_trace.lines.contains(FAILED); })) << "unplugged " << plug;
+        m_trace.lines.clear();
+        line = std::make_unique<PseudoTerminal>();
+        PlugIn(*line);
+        ASSERT_TRUE(SpinUntil([this] { return m_trace.lines.contains(OPENED); })) << "plugged in " << plug;
+        m_trace.lines.clear();
+        const QByteArray text = "sentence " + QByteArray::number(plug);
+        ASSERT_TRUE(Write(*serial, text));
+        QByteArray received;
+        ASSERT_TRUE(SpinUntil([&] { return (received += line->Read()) == text; })) << received.toStdString();
+    }
+}
+
 TEST_F(SerialInterfaceTest, EventLoopIsIdleWhileThePortIsGone) {
     PseudoTerminal line;
     const auto serial = MakeOpen(line);
