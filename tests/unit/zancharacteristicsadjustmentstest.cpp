@@ -682,4 +682,19 @@ TEST_F(CharacteristicsAdjustments, CapabilitiesAreThoseOfTheRecordBut_PX120_Neve
     }
 }
 
+TEST_F(CharacteristicsAdjustments, ARangeOnASharedEdgeBelongsToTheAntennaThatEndsThere) {
+    ZANCharacteristics& characteristics =
+        Connect({Polarised(Antenna(1, u"RCV03"_s, 20e6, 30e6), POLARISATION_VERTICAL),
+                 Polarised(Antenna(2, u"RCV03"_s, 30e6, 40e6), POLARISATION_VERTICAL)});
+    double start = 30e6;
+    double stop = 30e6;
+    double realtimeBandwidth = ZANCharacteristics::fBANDWIDTH_ANY;
+    double unused = 0.0;
+    const AntennaData* const antenna = characteristics.ToNextValidFrequencyRange(
+        OPMODE_SCAN, start, stop, realtimeBandwidth, unused, ZANCharacteristics::ADJUST_UP);
+    ASSERT_NE(antenna, nullptr);
+    EXPECT_EQ(antenna->handle, 1);
+    EXPECT_EQ(start, 30e6);
+}
+
 } // namespace
