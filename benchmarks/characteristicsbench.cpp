@@ -90,7 +90,7 @@ public:
             Tree::Instance()->Find<ValueString>(ZANPath::SERVER.toString() + g_vdPolarisation.PathName());
     }
 
-    static QString Path() { return ZANPath::DEVICE.chopped(1).toString(); }
+    static QString Path() { return ZANPath::DEVICE_NODE.toString(); }
 
     ZANCharacteristics& characteristics = ZANInformationCenter::Instance()->GetZANCharacteristics();
     std::vector<PlainAntenna> plainAntennas;

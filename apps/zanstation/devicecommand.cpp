@@ -53,7 +53,7 @@ void PrintLimits(const ZANCharacteristics& characteristics) {
 } // namespace
 
 void PrintDevice(const ZANCharacteristics& characteristics) {
-    const auto* const type = Tree::Instance()->Find<ValueString>(ZANPath::DEVICE.chopped(1).toString() +
+    const auto* const type = Tree::Instance()->Find<ValueString>(ZANPath::DEVICE_NODE.toString() +
                                                                  StdDeviceDefinition::g_vdDevType.PathName());
     PrintLine(u"device"_s, StationCfg::GetStationAddress() + u" ("_s + StationCfg::GetStationName() + u')');
     PrintLine(u"type"_s, type->GetValue());

@@ -7,7 +7,6 @@
 #include "zancommon/antennadatalist.h"
 #include "zancommon/hwstatustester.h"
 #include "zancommon/stationcfg.h"
-#include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
 
 #include <QStringList>
@@ -70,7 +69,7 @@ EZANPolarisation GetPolarisation(const QString& name) {
 }
 
 QString DevicePath() {
-    return ZANPath::DEVICE.chopped(1).toString();
+    return ZANPath::DEVICE_NODE.toString();
 }
 
 } // namespace

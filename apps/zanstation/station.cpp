@@ -114,8 +114,7 @@ Station::Station()
 }
 
 void Station::ReadOptions() {
-    const QString path =
-        ZANPath::DEVICE.chopped(1).toString() + StdDeviceDefinition::g_vdDevOptions.PathName();
+    const QString path = ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdDevOptions.PathName();
     const QString options = Tree::Instance()->Find<ValueString>(path)->GetValue();
     if (!ZANOptions::Instance()->ReadFromValueTree(path) && !options.isEmpty()) {
         Console::Warn(u"an option of the device is not known, and those behind it are left out: "_s +

@@ -47,13 +47,16 @@ QString FormatBandwidths(const std::set<double>& bandwidths) {
     return texts.isEmpty() ? u"none"_s : texts.join(u", "_s);
 }
 
-/// Prints what receives a range: antenna, converter, sample mode and bandwidths. Returns the exit code.
-int PrintReception(ZANCharacteristics& characteristics, EOperationMode mode, double start, double stop,
-                   double realtimeBandwidth) {
-    const AntennaData* const antenna = characteristics.GetAntennaForFrequency(start, false);
-    PrintLine(u"antenna"_s,
-              antenna->name + u" ("_s + FormatRange(antenna->minRange, antenna->maxRange) + u')');
-    PrintLine(u"converter"_s, antenna->converterTypeName);
+QString DescribeAntenna(const AntennaData& antenna) {
+    return antenna.name + u" ("_s + FormatRange(antenna.minRange, antenna.maxRange) + u')';
+}
+
+/// Prints what receives a range with an antenna: converter, sample mode and bandwidths. Returns the exit
+/// code.
+int PrintReception(const ZANCharacteristics& characteristics, const AntennaData& antenna, EOperationMode mode,
+                   double start, double stop, double realtimeBandwidth) {
+    PrintLine(u"antenna"_s, DescribeAntenna(antenna));
+    PrintLine(u"converter"_s, antenna.converterTypeName);
     const EZANSampleMode sampleMode = characteristics.GetBestSampleMode(mode, start, stop, realtimeBandwidth);
     if (sampleMode == SAMPLEMODE_END) {
         PrintLine(u"sample mode"_s,
@@ -80,20 +83,24 @@ QString DescribeLimits(const ZANCharacteristics& characteristics, EOperationMode
 int TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& request) {
     const EOperationMode mode = request.mode;
     const double asked = *request.frequency;
+    const double inLimits =
+        std::min(std::max(asked, characteristics.GetMinFreq(mode)), characteristics.GetMaxFreq(mode));
     const bool hasBand = mode == OPMODE_WIDEBAND_FFM;
     double bandwidth = request.bandwidth.value_or(
-        hasBand ? characteristics.GetDefaultRealtimeBandwidth(mode, asked, asked) : 0.0);
+        hasBand ? characteristics.GetDefaultRealtimeBandwidth(mode, inLimits, inLimits) : 0.0);
     PrintLine(u"asked"_s, Format(asked) + u", mode "_s + OperationModeText::Format(mode) +
                               (hasBand ? u", bandwidth "_s + Format(bandwidth) : QString()));
 
+    // Moved within the limits of the mode first, and then with the whole band within the antenna's range.
     double frequency = asked;
     const AntennaData* const antenna = characteristics.ToNextValidFrequency(mode, frequency, bandwidth);
-    // Within the limits of the mode first, and then with the whole band within the antenna's range.
-    const double inLimits =
-        std::min(std::max(asked, characteristics.GetMinFreq(mode)), characteristics.GetMaxFreq(mode));
     if (!antenna) {
         return PrintFailure(u"no enabled antenna serves "_s + Format(inLimits) + u" in this mode; "_s +
                             DescribeLimits(characteristics, mode));
+    }
+    if (hasBand && bandwidth > antenna->maxRange - antenna->minRange) {
+        return PrintFailure(u"the band of "_s + Format(bandwidth) + u" is wider than the range of "_s +
+                            DescribeAntenna(*antenna));
     }
     QStringList changes;
     if (inLimits != asked) {
@@ -106,7 +113,7 @@ int TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& reques
     }
     PrintLine(u"valid"_s, Format(frequency));
     PrintChanges(changes);
-    return PrintReception(characteristics, mode, frequency, frequency,
+    return PrintReception(characteristics, *antenna, mode, frequency, frequency,
                           request.bandwidth.value_or(ZANCharacteristics::fBANDWIDTH_ANY));
 }
 
@@ -142,7 +149,9 @@ int TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request) {
     }
     PrintLine(u"valid"_s, FormatRange(start, stop));
     PrintChanges(changes);
-    return PrintReception(characteristics, mode, start, stop, anyBandwidth);
+    // What was returned served the start before the second move.
+    const AntennaData* const serving = characteristics.GetAntennaForFrequency(start, false);
+    return PrintReception(characteristics, *serving, mode, start, stop, anyBandwidth);
 }
 
 } // namespace

@@ -40,7 +40,7 @@ public:
         Tree::Instance()->Clear();
     }
 
-    static QString Path() { return ZANPath::DEVICE.chopped(1).toString(); }
+    static QString Path() { return ZANPath::DEVICE_NODE.toString(); }
 
     /// A value of the device.
     template <class T>

@@ -47,7 +47,7 @@ bool IsBefore(const AntennaData& a, const AntennaData& b) {
 }
 
 /// The families whose compass is never switched on by default.
-bool HasCompassOfItsOwn(const AntennaData& antenna) {
+bool IsCompassLeftAlone(const AntennaData& antenna) {
     return antenna.name.contains("PX104"_L1) || antenna.name.contains("PX112"_L1);
 }
 
@@ -288,7 +288,7 @@ void AntennaDataList::MakeAntennaRangesDisjoint() {
 
 void AntennaDataList::SetStartupDefaults(bool compassA, bool compassB) {
     const auto setCompass = [isOn = compassA || compassB](AntennaData& antenna) {
-        if (!HasCompassOfItsOwn(antenna)) {
+        if (!IsCompassLeftAlone(antenna)) {
             antenna.compassEnabled = isOn;
         }
     };

@@ -10,6 +10,7 @@ namespace ZANPath {
 inline constexpr QStringView SERVER = u"/ZANServer";          ///< root of the server's values
 inline constexpr QStringView SERVER_CHILD = u"/ZANServer/";   ///< the same, to put a name behind
 inline constexpr QStringView DEVICE = u"/DEVICES/ZANServer/"; ///< the device node
+inline constexpr QStringView DEVICE_NODE = DEVICE.chopped(1); ///< the same, as a base path
 inline constexpr QStringView CONTROL = u"/ZANCONTROL/";       ///< values of the control application
 
 } // namespace ZANPath
