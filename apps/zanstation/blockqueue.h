@@ -31,6 +31,7 @@ public:
         {
             const std::lock_guard lock(m_mutex);
             items.swap(m_items);
+            m_items.reserve(items.size()); // as much will come next, most likely
         }
         m_hasRoom.notify_all();
         return items;

@@ -42,7 +42,9 @@ void DriverReceiver::Post(Delivery delivery) {
 }
 
 void DriverReceiver::PassOnWaiting() {
-    for (Delivery& delivery : m_queue.TakeAll()) {
+    std::vector<Delivery> waiting = m_queue.TakeAll();
+    Q_EMIT PassingOnBegins();
+    for (Delivery& delivery : waiting) {
         if (auto* block = std::get_if<BearingBlock>(&delivery)) {
             Q_EMIT BlockReceived(*block);
         } else if (const auto* error = std::get_if<KvZANCommon::ErrorStruct>(&delivery)) {
@@ -53,4 +55,5 @@ void DriverReceiver::PassOnWaiting() {
             Q_EMIT LinkClosed();
         }
     }
+    Q_EMIT PassingOnEnds();
 }

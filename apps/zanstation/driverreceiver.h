@@ -61,6 +61,9 @@ public:
     void fillSyncTimestamp(long long) override {}
 
 Q_SIGNALS:
+    /// What has been waiting is passed on now, all of it, between these two.
+    void PassingOnBegins();
+    void PassingOnEnds();
     void BlockReceived(BearingBlock& block);
     void ErrorReported(const KvZANCommon::ErrorStruct& error);
     /// The driver tells of a command that it exchanges with its device.

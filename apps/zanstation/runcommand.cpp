@@ -96,6 +96,10 @@ void RunCommand::StoreOutputSettings() const {
 
 bool RunCommand::StartDriver() {
     m_receiver.emplace(m_station->GetDeviceAddress());
+    // What has been waiting since the last time is written together.
+    connect(&*m_receiver, &DriverReceiver::PassingOnBegins, this,
+            [this] { m_burst.emplace(m_station->GetOutput()); });
+    connect(&*m_receiver, &DriverReceiver::PassingOnEnds, this, [this] { m_burst.reset(); });
     connect(&*m_receiver, &DriverReceiver::BlockReceived, this,
             [this](BearingBlock& block) { m_station->Process(block); });
     connect(&*m_receiver, &DriverReceiver::ErrorReported, this, &RunCommand::OnError);

@@ -48,6 +48,7 @@ private:
 
     const RunOptions m_options;
     std::optional<Station> m_station;
+    std::optional<DFDataOutput::Burst> m_burst;
     std::optional<DriverReceiver> m_receiver;
     std::optional<CommandProtocol> m_commandLog;
     KvZANCommon::LegacyDriverAdapter m_adapter;

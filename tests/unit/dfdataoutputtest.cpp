@@ -805,6 +805,78 @@ TEST_F(DFDataOutputTest, FullDiskInSuperResolutionDropsTheSentencesThatDoNotFit)
     EXPECT_TRUE(m_trace.lines.last().contains(u"failed"_s));
 }
 
+TEST_F(DFDataOutputTest, SentencesOfABurstAreWrittenTogetherWhenTheOutermostEnds) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, true);
+    {
+        const DFDataOutput::Burst outer(output);
+        {
+            const DFDataOutput::Burst inner(output);
+            NewBearing();
+        }
+        NewBearing();
+        EXPECT_EQ(InFile(), "");
+        EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.serialSentences = 2}));
+        EXPECT_EQ(OnLine(2 * LINE.size()), LINE + LINE);
+    }
+    EXPECT_EQ(InFile(), LINE + LINE);
+    EXPECT_EQ(output.GetCounters().fileSentences, 2U);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE + LINE + LINE);
+}
+
+TEST_F(DFDataOutputTest, BurstHoldsNoMoreThan64KiB) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false);
+    const DFDataOutput::Burst burst(output);
+    const qsizetype count = 65536 / LINE.size();
+    for (qsizetype i = 0; i < count; ++i) {
+        NewBearing();
+    }
+    EXPECT_EQ(InFile(), "");
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE.repeated(count + 1));
+}
+
+TEST_F(DFDataOutputTest, OutputThatIsSwitchedOffInABurstWritesWhatItHas) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false);
+    {
+        const DFDataOutput::Burst burst(output);
+        NewBearing();
+        output.SetEnabled(false);
+        EXPECT_EQ(InFile(), LINE);
+    }
+    EXPECT_EQ(InFile(), LINE);
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 1}));
+}
+
+TEST_F(DFDataOutputTest, FullDiskInABurstDropsTheSentencesThatDoNotFitAndTakesTheNextThatDoes) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false);
+    BearingResult far = MakeBearing();
+    far.SetFrequency(100000000000.0); // two digits more than there is room for
+    {
+        const FullDisk disk(3 * LINE.size());
+        const DFDataOutput::Burst burst(output);
+        NewBearing();
+        NewBearing();
+        NewBearing(far);
+        NewBearing();
+        NewBearing();
+    }
+    EXPECT_EQ(InFile(), LINE + LINE + LINE);
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 3, .fileDropped = 2}));
+    EXPECT_EQ(m_trace.lines.filter(u"failed"_s).size(), 2); // the long one, and the last one
+    EXPECT_EQ(m_trace.lines.filter(u"works again"_s).size(), 1);
+    {
+        const DFDataOutput::Burst burst(output);
+        NewBearing();
+    }
+    EXPECT_EQ(InFile(), LINE + LINE + LINE + LINE);
+    EXPECT_TRUE(m_trace.lines.last().endsWith(u"works again"_s));
+}
+
 TEST_F(DFDataOutputTest, FailuresAreTracedOnlyWhenTheMaskWantsThem) {
     ErrorHandler::Instance().SetTraceMask(0);
     Store().SetString(u"FileOutput_Address"_s, m_directory.path());

@@ -246,6 +246,33 @@ TEST(DFDataSentence, TiesArePrintedAsByQt) {
     }
 }
 
+TEST(DFDataSentence, NumbersBesideTheMiddleOfTwoDigitsArePrintedAsByQt) {
+    for (const int precision : {0, 1, 5, 7}) {
+        const double unit = std::pow(10.0, precision);
+        for (const double whole : {0.0, 1.0, 9.0, 99.0, 12345.0, 87654321.0, 99999999999.0, 999999999999.0}) {
+            for (const double distance :
+                 {0.0, 1e-16, 1e-12, 1e-9, 1e-6, 1e-4, 0.0009999, 0.001, 0.0010001, 0.01}) {
+                for (const double side : {-1.0, 1.0}) {
+                    const double number = (whole + 0.5 + side * distance) / unit;
+                    ASSERT_TRUE(IsPrintedAsByQt(number));
+                    ASSERT_TRUE(IsPrintedAsByQt(-std::nextafter(number, 0.0)));
+                    ASSERT_TRUE(IsPrintedAsByQt(std::nextafter(number, LARGEST)));
+                }
+            }
+        }
+    }
+}
+
+TEST(DFDataSentence, NumbersAtTheEndOfTheCertainOnesArePrintedAsByQt) {
+    for (const int precision : {0, 1, 5, 7}) {
+        const double end = 1e12 / std::pow(10.0, precision);
+        for (const double number :
+             {std::nextafter(end, 0.0), end, std::nextafter(end, LARGEST), end - 1.0, end + 1.0}) {
+            ASSERT_TRUE(IsPrintedAsByQt(number));
+        }
+    }
+}
+
 TEST(DFDataSentence, IntegerFieldsOfTheWhole16BitRangeArePrintedAsByQt) {
     DFDataSentence sentence;
     for (int number = -32768; number <= 65535; ++number) {

@@ -22,6 +22,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -39,6 +40,7 @@ const QString KEY_FILE_NAME = u"FileOutput_Address"_s;
 constexpr unsigned short RETRY_MS = 5000;
 constexpr unsigned short SECOND = 10;
 constexpr int NO_TIMER = -1;
+constexpr std::size_t MOST_WAITING = 65536; // bytes, some four hundred sentences
 constexpr long SUPER_RESOLUTION_ACTIVE = 1; // index of the super-resolution status
 
 /// The values of the tree that the sentences are made of; null when absent.
@@ -117,6 +119,11 @@ DFDataSentence::Tail MakeTail(const BearingResult& bearing, const TreeValues& va
     return tail;
 }
 
+/// The number of sentences in lines: each has one dollar sign, the line that closes a group none.
+quint64 CountSentences(std::string_view lines) {
+    return static_cast<quint64>(std::count(lines.begin(), lines.end(), '$'));
+}
+
 void Trace(const QString& message, unsigned line) {
     TraceInformation([&] { return message; }, u"devicecontrol\\directionfinder\\zancommon\\dfdataoutput"_s,
                      line);
@@ -124,13 +131,15 @@ void Trace(const QString& message, unsigned line) {
 
 } // namespace
 
-struct DFDataOutput::Private {
+struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
     /// Notes a failure, and traces the first of a run of equal ones: a full disk must not flood the trace.
     void Fail(QString& run, const QString& text);
     /// Ends a run of failures.
     static void EndFailures(QString& run, const QString& name);
-    /// Writes a line to the file, as a whole or not at all. On failure false.
-    bool WriteLine(std::string_view line);
+    /// Adds a line to what waits for the file, which takes it at once unless a burst gathers.
+    void WriteLine(std::string_view line);
+    /// Hands what waits to the file. A line is in it as a whole or not at all.
+    void Flush();
     /// The settings panel, while all of it is there.
     [[nodiscard]] bool HasWidgets() const {
         return serialCheck && addressEdit && fileCheck && fileNameEdit && intervalSpin;
@@ -139,6 +148,8 @@ struct DFDataOutput::Private {
     TreeValues values;
     std::unique_ptr<SerialInterface> serial;
     std::unique_ptr<QFile> file; // open, or null
+    std::string waiting;         // whole lines for the file
+    int bursts = 0;
     DFDataSentence sentence;
 
     bool serialEnabled = false;
@@ -174,24 +185,52 @@ void DFDataOutput::Private::EndFailures(QString& run, const QString& name) {
     }
 }
 
-bool DFDataOutput::Private::WriteLine(std::string_view line) {
-    const auto length = static_cast<qint64>(line.size());
-    // When there is room for a part only, the system takes that and gives the reason with the next try.
-    qint64 written = 0;
-    qint64 taken = 0;
-    do {
-        taken = file->write(line.data() + written, length - written);
-        written += std::max<qint64>(taken, 0);
-    } while (taken > 0 && written < length);
-    if (written == length) {
-        EndFailures(fileFailures, file->fileName());
-        return true;
+void DFDataOutput::Private::WriteLine(std::string_view line) {
+    waiting += line;
+    if (bursts == 0 || waiting.size() >= MOST_WAITING) {
+        Flush();
     }
-    Fail(fileFailures, tr("Writing to %1 failed: %2").arg(file->fileName(), file->errorString()));
-    if (written > 0) {
-        file->resize(file->size() - written);
+}
+
+void DFDataOutput::Private::Flush() {
+    std::string_view lines = waiting;
+    while (!lines.empty()) {
+        // When there is room for a part only, the system takes that and gives the reason with the next try.
+        std::size_t written = 0;
+        qint64 taken = 0;
+        do {
+            taken = file->write(lines.data() + written, static_cast<qint64>(lines.size() - written));
+            written += static_cast<std::size_t>(std::max<qint64>(taken, 0));
+        } while (taken > 0 && written < lines.size());
+
+        const std::size_t whole = lines.substr(0, written).rfind('\n') + 1; // none: 0
+        if (whole > 0) {
+            counters.fileSentences += CountSentences(lines.substr(0, whole));
+            EndFailures(fileFailures, file->fileName());
+            lines.remove_prefix(whole);
+        }
+        if (!lines.empty()) {
+            Fail(fileFailures, tr("Writing to %1 failed: %2").arg(file->fileName(), file->errorString()));
+            if (written > whole) {
+                file->resize(file->size() - static_cast<qint64>(written - whole));
+            }
+            const std::size_t next = lines.find('\n') + 1;
+            counters.fileDropped += CountSentences(lines.substr(0, next));
+            lines.remove_prefix(next);
+        }
     }
-    return false;
+    waiting.clear();
+}
+
+DFDataOutput::Burst::Burst(DFDataOutput& output)
+    : m_output(output) {
+    ++m_output.m_p->bursts;
+}
+
+DFDataOutput::Burst::~Burst() {
+    if (--m_output.m_p->bursts == 0) {
+        m_output.m_p->Flush();
+    }
 }
 
 DFDataOutput::DFDataOutput(QString name)
@@ -343,6 +382,7 @@ void DFDataOutput::OpenFile() {
 }
 
 void DFDataOutput::CloseFile() {
+    m_p->Flush();
     m_p->file.reset();
 }
 
@@ -488,6 +528,7 @@ void DFDataOutput::SendNormal(const BearingResult& current) {
 }
 
 void DFDataOutput::SendSuperResolution(const BearingResult& current) {
+    const Burst burst(*this);
     const DFDataSentence::Time time = MakeHead(current).time;
     const DFDataSentence::Tail tail = MakeTail(current, m_p->values);
     unsigned number = 0;
@@ -507,11 +548,10 @@ void DFDataOutput::SendSuperResolution(const BearingResult& current) {
 }
 
 void DFDataOutput::WriteToFile() {
-    // That the file could not be opened has been told.
-    if (m_p->file && m_p->WriteLine(m_p->sentence.GetText())) {
-        ++m_p->counters.fileSentences;
+    if (m_p->file) {
+        m_p->WriteLine(m_p->sentence.GetText());
     } else {
-        ++m_p->counters.fileDropped;
+        ++m_p->counters.fileDropped; // that it could not be opened has been told
     }
 }
 

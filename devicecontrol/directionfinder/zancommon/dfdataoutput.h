@@ -40,6 +40,21 @@ public:
         bool operator==(const Counters&) const = default;
     };
 
+    /// While one lives, the file takes its sentences together: when the last one ends, or earlier when 64 KiB
+    /// wait. For who publishes bearings that arrived together; without it each sentence is written, by a
+    /// system call of its own, when its bearing is published. `GetCounters` counts a sentence once it is
+    /// written. The serial line is not held up. The output outlives the burst.
+    class ZANCOMMON_EXPORT Burst {
+    public:
+        explicit Burst(DFDataOutput& output);
+        Burst(const Burst&) = delete;
+        Burst& operator=(const Burst&) = delete;
+        ~Burst();
+
+    private:
+        DFDataOutput& m_output;
+    };
+
     explicit DFDataOutput(QString name);
     ~DFDataOutput() override;
 

@@ -21,10 +21,46 @@ bool IsTieRoundedDown(double value, int precision) {
     return whole % 4 == 1 && static_cast<double>(whole) == multiple;
 }
 
+/// Prints a number whose last digit is beyond doubt with integers, which is several times as fast as the
+/// exact arithmetic of std::to_chars. \return behind the last character; null when the number is too large or
+/// too near to the middle of two digits
+char* PrintCertain(char* begin, char* end, double value, int precision) {
+    constexpr std::array UNITS{1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
+    // Below the bound the product is off by less than the margin.
+    constexpr double BOUND = 1e12;
+    constexpr double MARGIN = 1e-3;
+    const double unit = UNITS[static_cast<std::size_t>(precision)];
+    const double product = std::fabs(value) * unit;
+    if (!(product < BOUND)) {
+        return nullptr;
+    }
+    const auto cut = static_cast<quint64>(product);
+    const double rest = product - static_cast<double>(cut);
+    if (std::fabs(rest - 0.5) < MARGIN) {
+        return nullptr;
+    }
+    const quint64 rounded = cut + (rest > 0.5 ? 1 : 0);
+    const auto divisor = static_cast<quint64>(unit);
+    if (value < 0.0) {
+        *begin++ = '-';
+    }
+    char* const point = std::to_chars(begin, end, rounded / divisor).ptr;
+    if (precision == 0) {
+        return point;
+    }
+    // The one in front keeps the zeros behind the point, and gives its place to it.
+    char* const last = std::to_chars(point, end, divisor + rounded % divisor).ptr;
+    *point = '.';
+    return last;
+}
+
 /// Prints a number in fixed-point notation to its last digit as QString::arg does.
 /// \return behind the last character
 char* Print(char* begin, char* end, double value, int precision) {
-    if (value == 0.0 || std::isnan(value)) {
+    if (char* const last = PrintCertain(begin, end, value, precision)) {
+        return last;
+    }
+    if (std::isnan(value)) {
         value = std::fabs(value); // Qt prints no sign
     }
     end = std::to_chars(begin, end, value, std::chars_format::fixed, precision).ptr;
