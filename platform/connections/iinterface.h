@@ -2,8 +2,11 @@
 
 #include "zanplatform_export.h"
 
-/// An open communication interface that sends. Whoever had it opened owns it and closes it by deleting it,
-/// on the thread that opened it. What still waits to be sent is sent first, unless the line stands still.
+/// An open communication interface that sends. Whoever had it opened owns it and closes it by deleting it.
+/// What still waits to be sent is sent first, which holds up the thread: a serial line for about 5 s at most,
+/// and for no more than 1 s in which nothing is sent.
+///
+/// All operations belong to the thread that opened the interface, whose event loop does the sending.
 class ZANPLATFORM_EXPORT IInterface {
 public:
     IInterface() = default;
@@ -12,8 +15,10 @@ public:
     virtual ~IInterface();
 
     /// Whether `Write` would take this data now. False while too much of what was written before waits to be
-    /// sent, so that a slow line drops data instead of piling it up; and after an error.
+    /// sent, so that a slow line drops data instead of piling it up; after an error; for null and for
+    /// a negative length. On a serial line at most 4096 bytes wait, so that a longer block is never taken.
     [[nodiscard]] virtual bool IsReadyToWrite(const char* data, int length) const = 0;
-    /// Takes the data for sending, as a whole or not at all, and returns at once. False when it is not taken.
+    /// Takes a copy of `length` bytes for sending, as a whole or not at all, and returns at once. False when
+    /// they are not taken.
     virtual bool Write(const char* data, int length) = 0;
 };

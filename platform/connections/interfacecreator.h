@@ -10,14 +10,15 @@ class IInterfaceCallback;
 /// Opens communication interfaces from address strings.
 class ZANPLATFORM_EXPORT CInterfaceCreator {
 public:
-    /// Opens a serial line for sending.
+    /// Opens a serial line for sending, on the calling thread, which needs an event loop.
     /// \param address "PORT:BAUD,PARITY,DATABITS,STOPBITS", for example "COM1:9600,e,8,1" or
-    ///        "/dev/ttyUSB0:9600,n,8,1". The port is "COM1" to "COM256", which stand for "/dev/ttyS0" to
-    ///        "/dev/ttyS255", or a path below "/dev/". The parity is n(one), e(ven), o(dd), m(ark) or
-    ///        s(pace), in either case; the data bits are 5 to 8; the stop bits are 1, 1.5 (with 5 data bits
-    ///        only) or 2 (not with 5). A part that is missing or empty is, in this order, 9600, n, 8, 1; a
-    ///        port path that holds a ":" itself needs one behind it in any case.
-    /// \param callback is told of the interface's events, and has to live as long as it; not null
+    ///        "/dev/ttyUSB0:9600,n,8,1". The port is "COM1" to "COM256" (in either case), which stand for
+    ///        "/dev/ttyS0" to "/dev/ttyS255", or a path below "/dev/" without "..". The baud rate is any
+    ///        number above 0 that the port can do. The parity is n(one), e(ven), o(dd), m(ark) or s(pace), in
+    ///        either case; the data bits are 5 to 8; the stop bits are 1, 1.5 (with 5 data bits only) or 2
+    ///        (not with 5). A part that is missing or empty is, in this order, 9600, n, 8, 1; a port path
+    ///        that holds a ":" itself needs one behind it in any case.
+    /// \param callback is told of the interface's events, and has to live as long as it; null is refused
     /// \param context the caller's number for the interface; a serial line has no use for it
     /// \param unused false in every use; has no effect
     /// \return the open interface, which the caller deletes; null when it cannot be opened. The reason is

@@ -1,5 +1,7 @@
 #pragma once
 
+/// \file
+
 /// What a subject tells its observers. The numbers cross program borders and are kept.
 enum class TChangeCode : int {
     GoingAway = 2,      ///< the value is about to be removed; observers detach and forget it

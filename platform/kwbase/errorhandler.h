@@ -1,5 +1,7 @@
 #pragma once
 
+/// \file
+
 #include "zanplatform_export.h"
 
 #include <QString>
@@ -15,9 +17,10 @@ inline constexpr unsigned INFORMATION = 0x20; ///< information and warnings
 /// The process-wide handler of diagnostic lines: the mask that selects them and the sink that takes them.
 class ZANPLATFORM_EXPORT ErrorHandler {
 public:
-    /// Takes one finished line. Called on the thread that traces.
+    /// Takes one finished line. Called on the thread that traces, and so from several threads at a time.
     using Sink = std::function<void(const QString& line)>;
 
+    /// The one handler of the process, from any thread.
     static ErrorHandler& Instance();
 
     /// The mask in force. It is read anew for each message, from any thread. At start-up both bits are set.
@@ -27,6 +30,7 @@ public:
     /// Replaces the sink; an empty one brings back the default, Qt's logging in the category "zan.trace".
     /// Set it while one thread runs.
     void SetSink(Sink sink);
+    /// Hands a finished line to the sink, whatever the mask. From any thread.
     void Write(const QString& line) const;
 
 private:
@@ -35,16 +39,19 @@ private:
 };
 
 /// Writes one trace line with its origin: a path below the source root without extension, and a line number.
-/// The caller tests the mask before it builds the message; `TraceInformation` does both.
+/// The caller tests the mask before it builds the message; `TraceInformation` does both. From any thread.
 ZANPLATFORM_EXPORT void _Q_Trace(const QString& message, const QString& sourceFile, unsigned short line);
-/// Writes one finished trace line.
+/// Writes one finished trace line, whatever the mask. From any thread.
 ZANPLATFORM_EXPORT void _Q_TraceOld(const QString& line);
-/// Reports a failed assertion. Written when the mask has `TraceBit::ASSERTION`; the program goes on.
+/// Reports a failed assertion. Written when the mask has `TraceBit::ASSERTION`; the program goes on. The
+/// texts are not null. From any thread.
 ZANPLATFORM_EXPORT void _Q_assert(const wchar_t* expression, const wchar_t* sourceFile, unsigned short line);
 
-/// Traces information or a warning under `TraceBit::INFORMATION`.
+/// Traces information or a warning under `TraceBit::INFORMATION`. From any thread.
 /// \param makeMessage makes the QString; it is called only when the line is written, so that nothing is
-///        formatted for a line that nobody reads.
+///        formatted for a line that nobody reads
+/// \param sourceFile path below the source root without extension, with backslashes
+/// \param line       of which the lowest 16 bits are written
 template <class MakeMessage>
 void TraceInformation(MakeMessage makeMessage, const QString& sourceFile, unsigned line) {
     if (ErrorHandler::Instance().GetTraceMask() & TraceBit::INFORMATION) {

@@ -14,7 +14,8 @@ public:
     static constexpr unsigned NO_CODE = 0xFFFFFFFFU;
 
     /// \param sourceFile path below the source root without extension
-    /// \param detail a further text; empty in every use so far
+    /// \param detail     a further text; empty in every use so far
+    /// \param code       `NO_CODE` in every use so far
     KWException(QString message, QString sourceFile, QString detail, QString functionName,
                 unsigned sourceLine, unsigned code);
 
@@ -24,7 +25,7 @@ public:
     [[nodiscard]] const QString& GetFunctionName() const { return m_functionName; }
     [[nodiscard]] unsigned GetSourceLine() const { return m_sourceLine; }
     [[nodiscard]] unsigned GetCode() const { return m_code; }
-    /// The message in UTF-8.
+    /// The message in UTF-8; good as long as the exception.
     [[nodiscard]] const char* what() const noexcept override;
 
 private:

@@ -14,7 +14,8 @@ class Observable;
 /// Receives the changes of the subjects that it has been added to.
 ///
 /// An observer that is destroyed detaches itself from all its subjects; a subject that is destroyed forgets
-/// its observers. Neither side is left with a dangling pointer. A copy of an observer observes nothing.
+/// its observers. Neither side is left with a dangling pointer, and neither owns the other. A copy of an
+/// observer observes nothing.
 class ZANPLATFORM_EXPORT IObserver {
 public:
     IObserver() = default;
@@ -39,18 +40,19 @@ private:
 class ZANPLATFORM_EXPORT Observable {
 public:
     Observable() = default;
-    /// A copy is observed by the observers of its source.
+    /// A copy is observed by the observers of its source; one that is assigned to, by those only. Nobody is
+    /// told.
     Observable(const Observable& other);
     Observable& operator=(const Observable& other);
     virtual ~Observable();
 
     /// Appends an observer. False for null and for one that observes this subject already.
     bool AddObserver(IObserver* observer);
-    /// False when the observer does not observe this subject.
+    /// False for null and when the observer does not observe this subject.
     bool DeleteObserver(IObserver* observer);
     void DeleteObservers();
-    /// Makes an observer of this subject the first to be told, from the next notification on. False when it
-    /// does not observe this subject.
+    /// Makes an observer of this subject the first to be told, from the next notification on (those that run
+    /// end first). False for null and when it does not observe this subject.
     bool MakeFirstObserver(IObserver* observer);
     [[nodiscard]] std::size_t GetObserverCount() const;
 
@@ -84,7 +86,8 @@ inline void Observable::NotifyObservers(TChangeCode code, IObserver* originator)
 
 /// A pointer to an observable object that becomes null when the object is destroyed.
 ///
-/// Does not own. For holders of tree values that are no observers themselves.
+/// Does not own. For holders of tree values that are no observers themselves. Belongs to the thread of the
+/// object.
 template <class T>
 class ObservablePtr {
 public:
@@ -94,6 +97,7 @@ public:
         : m_pObject(object)
         , m_pSelf(object ? static_cast<const Observable*>(object)->Self() : nullptr) {}
 
+    /// Null for a pointer to nothing, and once the object is gone. What is null may not be dereferenced.
     [[nodiscard]] T* get() const { return m_pSelf && *m_pSelf ? m_pObject : nullptr; }
     T* operator->() const { return get(); }
     T& operator*() const { return *get(); }

@@ -6,7 +6,8 @@
 
 namespace Tolm {
 
-/// Cuts a text at any of a set of separator characters, one token a call.
+/// Cuts a text at any of a set of separator characters, one token a call. Without separators the whole text
+/// is one token.
 ///
 /// \code
 /// Tolm::Tokenizer next(u","_s);

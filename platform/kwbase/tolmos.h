@@ -4,7 +4,7 @@
 
 #include <QString>
 
-/// What the library asks of the operating system.
+/// What the library asks of the operating system. The real one answers on any thread.
 class ZANPLATFORM_EXPORT ITolmOS {
 public:
     ITolmOS() = default;
@@ -23,8 +23,9 @@ public:
 /// Gives access to the operating system of this process.
 class ZANPLATFORM_EXPORT TolmOS {
 public:
+    /// The system in use: always the same object until `Replace`, and not the caller's to destroy.
     static ITolmOS& Create();
     /// Replaces the system that `Create` returns, for example by one with a clock under control. Does not
-    /// take ownership; null brings back the real one.
+    /// take ownership; null brings back the real one. To be called while one thread runs.
     static void Replace(ITolmOS* os);
 };

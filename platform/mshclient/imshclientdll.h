@@ -11,8 +11,9 @@ class QToolBar;
 /// ("MshClient.dll") that is loaded at run time.
 ///
 /// The receiver's client sets values of the tree from what the hub sends; the sender's client offers values
-/// of the tree to the hub. Values are named by their paths in the value tree; a tag names a parameter at the
-/// hub. Everything is called on the application's main thread, before `Start` unless said otherwise.
+/// of the tree to the hub. Values are named by their full paths in the value tree, and need not be there; a
+/// tag names a parameter at the hub. No operation tells of a failure to its caller. Everything is called on
+/// the application's main thread, before `Start` unless said otherwise.
 class ZANPLATFORM_EXPORT IMshClientDll : public IDllInstance {
 public:
     ~IMshClientDll() override;
@@ -28,17 +29,20 @@ public:
     virtual void SetHandoverPoolValue(const QString& path) = 0;
     /// Couples a parameter to a selection.
     virtual void MapSelectionValue(const QString& tag, const QString& path) = 0;
-    /// Puts the client's controls into a tool bar, which is not owned and outlives the client.
+    /// Puts the client's controls into a tool bar, which is not owned and outlives the client; null when the
+    /// application has none. The position is 0 in every use.
     virtual void AttachToolBar(QToolBar* toolBar, int position) = 0;
     /// True: receiver, false: sender.
     virtual void SetReceiver(bool isReceiver) = 0;
+    /// Names the kind of the application to the hub ("KORVA_ZAN").
     virtual void SetApplicationId(const QString& id) = 0;
-    /// The range that the device receives, "lowest,highest" in Hz. Also after `Start`.
+    /// The range that the device receives, "lowest,highest" in Hz without a fraction. Also after `Start`.
     virtual void SetFrequencyRange(const QString& range) = 0;
+    /// The address of the device as it stands in the tree; empty when there is none. Receivers only.
     virtual void SetDeviceAddress(const QString& address) = 0;
-    /// Where the hub is.
+    /// Where the hub is: host name or address, and port, as they stand in the settings.
     virtual void SetCentralAddress(const QString& address, int port) = 0;
-    /// The clients to couple to without being asked.
+    /// The clients to couple to without being asked, as they stand in the settings; empty for none.
     virtual void SetAutoCoupleTargets(const QString& targets) = 0;
     /// Joins the hub.
     virtual void Start() = 0;

@@ -8,11 +8,11 @@
 
 /// The configuration centre: the process's settings files and component libraries.
 ///
-/// Settings files are readable text in one directory: `[section/subsection]` headers, `key=value` lines,
-/// UTF-8. A value reads as the text that stands there, whatever commas, semicolons or backslashes it holds;
-/// only a value enclosed in double quotes is unescaped: a backslash in front of n, r, t, uXXXX, a quote or a
-/// backslash. Lines that begin with ";" or "#" are comments; they are not kept when the program writes the
-/// file.
+/// Settings files are readable text in the manner of INI files, in one directory: `[section/subsection]`
+/// headers, `key=value` lines, UTF-8. A value reads as the text that stands there, whatever commas,
+/// semicolons or backslashes it holds; only a value enclosed in double quotes is unescaped: a backslash in
+/// front of n, r, t, uXXXX, a quote or a backslash. Lines that begin with ";" or "#" are comments; they are
+/// not kept when the program writes the file.
 ///
 /// A file is replaced as a whole or not at all. A damaged one is kept beside as "FILE.damaged-N" and
 /// reported; what is readable of it stays in force. Before a value that could not be read as the type wanted
@@ -22,7 +22,8 @@
 class ZANPLATFORM_EXPORT CfgCenter {
 public:
     /// Chooses the directory of the settings files, and makes it when it is missing. What was open before is
-    /// closed, as by `Close`. False when the directory cannot be had; then none is set.
+    /// closed, as by `Close`. A relative path counts from the current directory. False when the directory
+    /// cannot be had; then none is set.
     static bool SetConfigDirectory(const QString& directory);
     /// The application's settings, in the file "Application.ini"; every view shows the same. Never to be
     /// released, and good for the whole run. Without a directory the settings live in memory only.
@@ -32,12 +33,13 @@ public:
     /// name that is empty or holds a separator, ".." or control characters.
     /// The third argument is empty in every use and has no effect; nor has the view.
     static ICfg* CreateCfg(const QString& name, ICfg::View view, const QString& unused);
-    /// Saves every settings file. To be called at the end of the program; settings that are set later, or
-    /// before the next `SetConfigDirectory`, live in memory only. False when something could not be saved.
+    /// Saves every settings file. To be called at the end of the program; what is set in `GetAppCfg` later,
+    /// or before the next `SetConfigDirectory`, lives in memory only. Objects of `CreateCfg` and `GetSubCfg`
+    /// that have not been released go on with their file. False when something could not be saved.
     static bool Close();
 
-    /// Chooses the one directory in which components are looked for. False for a path that is not absolute;
-    /// then none is set.
+    /// Chooses the one directory in which components are looked for; it need not be there yet. False for a
+    /// path that is not absolute; then none is set.
     static bool SetComponentDirectory(const QString& directory);
     /// Loads a component library and returns a new instance; it is destroyed with
     /// `DestroyDllInstanceByPointer`. "MshClient.dll" stands for "libmshclient.so" in the component

@@ -28,23 +28,26 @@ public:
     /// The value that is stored under a key, or the default when there is none. Nothing is written.
     [[nodiscard]] virtual QString GetString(const QString& key, const QString& defaultValue) const = 0;
     /// As `GetString`. Wide enough for any frequency in Hz. A text that is no integer, or out of range, gives
-    /// the default and is reported.
+    /// the default and is reported, once a value.
     [[nodiscard]] virtual qint64 GetInt(const QString& key, qint64 defaultValue) const = 0;
     /// As `GetString`. "true" and "false" in any case, and the integers 1 and 0; any other text gives the
-    /// default and is reported.
+    /// default and is reported, once a value.
     [[nodiscard]] virtual bool GetBool(const QString& key, bool defaultValue) const = 0;
     /// Saves what has been set, under this and any other key of the file. A failure is reported, the values
     /// stay in force, and the next commit tries again.
     virtual void CommitKey(const QString& key) = 0;
-    /// Stores a value. It is saved with the next commit, when a sub-configuration of the file is released,
-    /// when the event loop runs, or when the store is closed, whichever comes first.
+    /// Stores a value, which is in force at once. It is saved with the next commit, when a sub-configuration
+    /// of the file is released, when the event loop runs, or when the store is closed, whichever comes first.
+    /// Under a text that is no key nothing is stored; that is reported.
     virtual void SetString(const QString& key, const QString& value) = 0;
+    /// As `SetString`, in decimal digits.
     virtual void SetInt(const QString& key, qint64 value) = 0;
+    /// As `SetString`, as "true" or "false".
     virtual void SetBool(const QString& key, bool value) = 0;
     /// The sub-configuration of a name; the caller releases it. One that is not there yet reads as empty and
     /// comes into being with its first key. Null when the name cannot be one (see the keys).
     [[nodiscard]] virtual ICfg* GetSubCfg(const QString& name) = 0;
-    /// Saves what has been set and destroys this object.
+    /// Saves what has been set, in this object or elsewhere in its file, and destroys this object.
     virtual void Release() = 0;
 
 protected:

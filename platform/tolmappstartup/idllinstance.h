@@ -1,5 +1,7 @@
 #pragma once
 
+/// \file
+
 #include "zanplatform_export.h"
 
 #include <QtGlobal>
@@ -16,7 +18,7 @@
 ///
 /// Destroying the last instance unloads the library, and with it the library's code and constants: a string
 /// literal (`u"..."_s`, `QStringLiteral`) that it left in the value tree would dangle. What outlives the
-/// instance has to be a copy on the heap.
+/// instance has to be a copy on the heap. Instances are made and destroyed on the application's main thread.
 class ZANPLATFORM_EXPORT IDllInstance {
 public:
     /// Changes with every change of this interface or of the platform that a built component would not

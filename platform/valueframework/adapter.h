@@ -4,7 +4,7 @@
 #include "valueframework/valuedescriptor.h"
 
 /// The base of typed accessors over one node. Does not own the node; when the node is gone, there are no
-/// values.
+/// values. Belongs to the thread of the value tree.
 class ZANPLATFORM_EXPORT Adapter {
 public:
     explicit Adapter(Node* node)
@@ -16,7 +16,8 @@ public:
     /// Null when there is none, or when it is gone.
     [[nodiscard]] Node* GetNode() const { return m_pNode.get(); }
 
-    /// The child value that a descriptor names. Null, with a trace line, when it is absent or not of type T.
+    /// The child value that a descriptor names; owned by the tree. Null, with a trace line, when it is absent
+    /// or not of type T.
     template <class T>
     [[nodiscard]] T* GetValue(const ValueDescriptor& descriptor) const {
         const Node* node = GetNode();

@@ -2,9 +2,10 @@
 
 #include <QtGlobal>
 
-/// One processed bearing as the value tree carries it. Azimuths count clockwise.
+/// One processed bearing as the value tree carries it. Azimuths count clockwise from north.
 ///
 /// A member holds a value only after it has been set; until then it reads as 0 and `IsValueValid` is false.
+/// The setters take any number: the ranges are those that other parts rely on.
 class BearingResult {
 public:
     /// The members by index, as `IsValueValid` takes them.

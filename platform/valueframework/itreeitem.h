@@ -7,7 +7,8 @@
 class Node;
 class ValueDescriptor;
 
-/// What stands in the value tree: a node or a value. It has a name and, once inserted, a place.
+/// What stands in the value tree: a node or a value. It has a name and, once inserted, a place; the tree then
+/// owns it. Belongs to the application's main thread.
 class ZANPLATFORM_EXPORT ITreeItem : public Observable {
 public:
     ITreeItem() = default;
@@ -24,7 +25,7 @@ public:
     [[nodiscard]] const QString& GetPath() const { return m_path; }
     /// The node that the item stands in; null while it is not in the tree.
     [[nodiscard]] Node* GetParent() const { return m_pParent; }
-    /// The descriptor that the item was made from, or null. Not owned.
+    /// The descriptor that the item was made from, or null. Not owned; it outlives the item.
     [[nodiscard]] const ValueDescriptor* GetDescriptor() const { return m_pDescriptor; }
     void SetDescriptor(const ValueDescriptor* descriptor) { m_pDescriptor = descriptor; }
     /// The type in words, for people.

@@ -11,7 +11,7 @@ class ValueBase;
 class ZANPLATFORM_EXPORT Node final : public ITreeItem {
 public:
     /// The value that a descriptor names below this node (its path name is taken relative to the node). Null
-    /// when absent.
+    /// when absent, and for null. Owned by the tree.
     [[nodiscard]] ValueBase* GetChildValue(const ValueDescriptor* descriptor) const;
     /// The children in their order, as a list of its own: it stays whole while the tree is changed.
     [[nodiscard]] QList<ITreeItem*> GetTreeItems() const;

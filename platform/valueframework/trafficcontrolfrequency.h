@@ -1,6 +1,6 @@
 #pragma once
 
-/// A channel of traffic control that the operator watches.
+/// A channel of traffic control that the operator watches. The setters take any number.
 class TrafficControlFrequency {
 public:
     [[nodiscard]] int GetChannelID() const { return m_channelID; }

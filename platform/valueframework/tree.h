@@ -19,6 +19,7 @@ class QTextStream;
 /// The tree and everything in it belong to the application's main thread.
 class ZANPLATFORM_EXPORT Tree {
 public:
+    /// The most components of a path.
     static constexpr int MAX_LEVELS = 100;
 
     /// The tree, made on first use; null only while the process is being torn down.
@@ -27,22 +28,25 @@ public:
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
 
-    /// The value at the path; null when there is none, or when a node stands there. Owned by the tree.
+    /// The value at the path, which has no slash at its end; null when there is none, or when a node stands
+    /// there. Owned by the tree.
     [[nodiscard]] ValueBase* GetValue(const QString& path) const { return m_values.value(path); }
     /// The value at the path when it is of type T (or of a type derived from T), else null.
     template <class T>
     [[nodiscard]] T* Find(const QString& path) const {
         return dynamic_cast<T*>(GetValue(path));
     }
-    /// The node at the path; null when there is none. "/" is the root.
+    /// The node at the path; null when there is none. "/" is the root. Owned by the tree.
     [[nodiscard]] Node* GetNode(const QString& path) const;
 
-    /// The node at the path, made with all that is missing above it. Null when the path is not valid or a
-    /// value stands on the way.
+    /// The node at the path, made with all that is missing above it. Null when the path is not valid, a value
+    /// stands on the way, or a node on it is being removed.
+    /// \param descriptor is noted in the node when that is made now, and outlives it; may be null
     Node* CreateNode(const QString& path, const ValueDescriptor* descriptor = nullptr);
     /// Inserts a value under a parent path (with or without its slash at the end), making missing nodes.
     /// On success the tree takes the value over and returns it. Null when the value has no valid name, the
-    /// name is taken, the path is not valid or a value stands on the way: the caller keeps the value.
+    /// name is taken, the path is not valid, a value stands on the way or a node on it is being removed: the
+    /// caller keeps the value.
     ValueBase* InsertValue(const QString& parentPath, std::unique_ptr<ValueBase>&& value);
     /// Takes over a value that the tree refused and that nobody else holds. It stays alive, outside the tree,
     /// as long as the process, so that whoever was handed it meanwhile is not left with a dangling pointer.
@@ -57,7 +61,7 @@ public:
 
     [[nodiscard]] qsizetype GetValueCount() const { return m_values.size(); }
     /// Writes one line an item in tree order: path, type, text of the value, number of observers, separated
-    /// by tabs. Control characters are escaped.
+    /// by tabs. Paths and texts are escaped as by `AppendEscaped`.
     void Dump(QTextStream& out) const;
 
 private:

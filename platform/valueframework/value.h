@@ -14,6 +14,7 @@ public:
     explicit Value(T content)
         : m_content(std::move(content)) {}
 
+    /// Good until the content is set again or the value is gone.
     [[nodiscard]] const T& GetValue() const { return m_content; }
     /// Sets the content and tells the observers when it has changed. False, with nothing changed, when the
     /// value does not accept the content (see `ValueNumeric`).
@@ -56,6 +57,7 @@ public:
 
 protected:
     Value(const Value&) = default;
+    /// Whether a content may be set.
     [[nodiscard]] virtual bool Accepts(const T& /*content*/) const { return true; }
 
 private:
@@ -66,13 +68,14 @@ private:
 /// the range is that of the type.
 ///
 /// A content outside the range is refused, never clipped: the value stays as it was and the setter returns
-/// false. Not-a-number is outside every range.
+/// false. Not-a-number is outside every range. Only `SetMinMax` moves the content.
 template <class T, class Format, class Stream = StreamFormat<T, Format>>
 class ValueNumeric final : public Value<T, Format, Stream> {
 public:
     using Base = Value<T, Format, Stream>;
 
     ValueNumeric() = default;
+    /// Nothing is checked: the content lies from `min` to `max`, and the step is not negative.
     ValueNumeric(T content, T min, T max, T step)
         : Base(content)
         , m_min(min)
@@ -82,11 +85,13 @@ public:
     [[nodiscard]] T GetMin() const { return m_min; }
     [[nodiscard]] T GetMax() const { return m_max; }
     [[nodiscard]] T GetStep() const { return m_step; }
+    /// These three are `SetMinMax` with the other two as they are.
     bool SetMin(T min, IObserver* originator) { return SetMinMax(min, m_max, m_step, originator); }
     bool SetMax(T max, IObserver* originator) { return SetMinMax(m_min, max, m_step, originator); }
     bool SetStep(T step, IObserver* originator) { return SetMinMax(m_min, m_max, step, originator); }
     /// Sets the range. A content that lies outside it moves to the nearer bound. Observers are told once.
-    /// False, with nothing changed, when the minimum is above the maximum or the step is negative.
+    /// False, with nothing changed, when the minimum is above the maximum, the step is negative, or one of
+    /// them is not a number.
     bool SetMinMax(T min, T max, T step, IObserver* originator) {
         if (!(min <= max) || !(step >= T{})) {
             return false;

@@ -9,12 +9,16 @@
 
 #include <memory>
 
-// The ways in which the library gets at its values.
+/// \file
+/// The ways in which the library gets at its values. Everything belongs to the thread of the value tree, and
+/// what is returned is owned by the tree.
 
+/// What the templates below stand on.
 namespace ValueAccess {
 
 /// Traces that the tree has refused a new value at this path.
 ZANPLATFORM_EXPORT void TraceRefusedValue(const QString& path);
+/// Throws the `KWException` of `CreateValue`.
 [[noreturn]] ZANPLATFORM_EXPORT void ThrowWrongType(const ValueDescriptor& descriptor);
 
 } // namespace ValueAccess
@@ -40,8 +44,8 @@ T* GetOrCreateValue(const QString& path) {
     return nullptr;
 }
 
-/// Creates the value of a descriptor, of type T. Throws `KWException` when what stands at the descriptor's
-/// place is of another type, or could not be made.
+/// Creates the value of a descriptor, of type T, or returns the one that stands at its place already. Throws
+/// `KWException` when that is of another type, or none could be made. Never null.
 template <class T>
 T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator) {
     if (T* value = dynamic_cast<T*>(descriptor.Create(originator))) {
@@ -50,5 +54,6 @@ T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator) {
     ValueAccess::ThrowWrongType(descriptor);
 }
 
-/// Creates the node of a descriptor. Throws `KWException` when it could not be made.
+/// Creates the node of a descriptor, or returns the one that stands at its place already. Throws
+/// `KWException` when it could not be made. Never null.
 ZANPLATFORM_EXPORT Node* CreateNode(const ValueDescriptor& descriptor, IObserver* originator);

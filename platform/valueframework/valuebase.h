@@ -1,5 +1,7 @@
 #pragma once
 
+/// \file
+
 #include "valueframework/itreeitem.h"
 
 #include <QString>
@@ -23,15 +25,17 @@ class ValueTransaction;
 /// The common base of all values of the tree.
 ///
 /// Every setter takes the observer that caused the change as its last argument (null: nobody); the originator
-/// is not told of its own change. Setting what is there already tells nobody.
+/// is not told of its own change. Setting what is there already tells nobody (but see `ValueBearing`, where
+/// each bearing is news). Unless a code is given, observers are told `TChangeCode::Changed`; they may destroy
+/// the value meanwhile. Everything belongs to the application's main thread.
 class ZANPLATFORM_EXPORT ValueBase : public ITreeItem {
 public:
     ValueBase();
     ~ValueBase() override;
     ValueBase& operator=(const ValueBase&) = delete;
 
-    /// Gives the value its name; in the tree, also its new path. False when the name is empty, holds a slash,
-    /// or is taken.
+    /// Gives the value its name; in the tree, also its new path. False, with the name as it was, when the new
+    /// one is empty, holds a slash, or is taken, and when the value is being removed.
     bool SetName(const QString& name, IObserver* originator);
 
     [[nodiscard]] TValueState GetState() const { return m_state; }
@@ -42,10 +46,10 @@ public:
     /// The content as text, in a form that `SetStringValue` reads.
     [[nodiscard]] virtual QString GetStringValue() const = 0;
     /// Sets the content from text. False, with the value unchanged, when the text is not a content of the
-    /// type.
+    /// type, or one that the value does not accept (a number outside its range).
     virtual bool SetStringValue(const QString& text, IObserver* originator) = 0;
-    /// Takes over content and state of a value of the same type; observers are told once. False, with nothing
-    /// changed, when the type is another one or the content is not accepted.
+    /// Takes over content and state of a value of the same type, but not its name and range; observers are
+    /// told once. False, with nothing changed, when the type is another one or the content is not accepted.
     virtual bool Assign(const ValueBase& other) = 0;
     /// Whether the other value has the same type and content. False for null.
     [[nodiscard]] virtual bool Compare(const ValueBase* other) const = 0;
@@ -53,39 +57,45 @@ public:
     [[nodiscard]] virtual std::unique_ptr<ValueBase> Clone() const = 0;
 
     /// Begins a group of changes: until the matching `EndTransaction`, observers are told nothing. Groups
-    /// nest; the outermost end tells.
+    /// nest; the outermost end tells, with its own code. The argument has no effect.
     void StartTransaction(IObserver* originator);
-    /// Ends a group and tells the observers once, with this code. False when no group is open.
+    /// Ends a group and tells the observers once, with this code, whether something was changed or not. False
+    /// when no group is open.
     bool EndTransaction(TChangeCode code, IObserver* originator);
     [[nodiscard]] bool IsTransactionActive() const { return m_transactions > 0; }
-    /// Begins a group that ends when the returned object is destroyed; the codes are told in their order.
+    /// Begins a group that ends when the returned object is destroyed; the codes are told in their order,
+    /// without any nothing is told.
     [[nodiscard]] ValueTransaction CreateTransaction(std::initializer_list<TChangeCode> codes,
                                                      IObserver* originator);
     /// Tells the observers of a change that was made without a setter. Inside a transaction the end tells.
     void HasChanged(TChangeCode code, IObserver* originator);
 
     /// Delivers changes at most once in this many milliseconds, through the event loop; 0 (the default): at
-    /// once. What is waiting when it becomes 0 is delivered at once.
+    /// once. What is waiting when it becomes 0 is delivered at once. Changes of one code are told as one, and
+    /// then also to their originators when there were several.
     void SetUpdateTimerTime(unsigned milliseconds);
-    /// Puts another delivery time in force until `KillOverrideTimer` takes it back; the shortest one counts.
-    /// Returns its identifier.
+    /// Puts another delivery time (milliseconds) in force, shorter or longer, until `KillOverrideTimer` takes
+    /// it back; of several the shortest one counts. Returns its identifier, from 1 on.
     int OverrideTimer(unsigned milliseconds);
+    /// An identifier that is not in force has no effect.
     void KillOverrideTimer(int identifier);
 
-    /// The item that is told when the tree destroys this value; null for none. Not owned.
+    /// The item that is told when the tree destroys this value; null for none. Not owned; one that is gone is
+    /// forgotten.
     void SetDeleteObserver(ITreeItem* item);
     [[nodiscard]] ITreeItem* GetDeleteObserver() const;
     /// What an observer that was told `TChangeCode::GoingAway` asks: 1 when the value is being removed, else
-    /// 0.
+    /// 0. The argument has no effect.
     [[nodiscard]] int QueryRemoval(IObserver* observer) const;
 
-    /// The content as one command line of a recording, at a time in milliseconds: time, path and text with
-    /// tabs between them, control characters escaped.
+    /// The content as one command line of a recording, at a time in milliseconds since a moment of the
+    /// caller's choice: time, path and text with tabs between them, path and text escaped as by
+    /// `AppendEscaped`.
     [[nodiscard]] QString GetCommandStringForRecording(unsigned timeMs) const;
     /// The same for another process, with a sequence number in place of the time.
     [[nodiscard]] QString GetCommandStringForTransmission(unsigned sequence) const;
-    /// Carries out a command line of either kind. False when it is malformed, names another path, or its text
-    /// is not a content of this type.
+    /// Carries out a command line of either kind, whatever its time. False, with the value unchanged, when it
+    /// is malformed, names another path, or its text is no content that the value accepts.
     bool SetCommandString(const QString& command, IObserver* originator);
 
 protected:
@@ -121,7 +131,8 @@ private:
     ObservablePtr<ITreeItem> m_pDeleteObserver;
 };
 
-/// A group of changes of one value; its end tells the observers. It may outlive the value.
+/// A group of changes of one value; its end tells the observers. It may outlive the value. One that was moved
+/// from ends nothing.
 class ZANPLATFORM_EXPORT ValueTransaction {
 public:
     ValueTransaction(ValueBase& value, std::initializer_list<TChangeCode> codes, IObserver* originator);

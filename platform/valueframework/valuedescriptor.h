@@ -9,7 +9,7 @@
 #include <memory>
 
 /// A static description of one value or node: where it stands below the base path, of what type it is, and
-/// what it holds at first.
+/// what it holds at first. It outlives what is made from it. Belongs to the thread of the value tree.
 class ZANPLATFORM_EXPORT ValueDescriptor {
 public:
     /// Makes the value that the descriptor describes, without a name; empty for the descriptor of a node.
@@ -28,10 +28,13 @@ public:
     [[nodiscard]] std::unique_ptr<ValueBase> MakeValue() const;
 
     /// Makes the value or node at the base path plus the path name. A value that stands there already is
-    /// returned as it is, whatever its type. Null for a node, and for what could not be made.
+    /// returned as it is, whatever its type. Null for a node, and for what could not be made. Owned by the
+    /// tree, which keeps the address of the descriptor. Nobody observes a value that is new, so that the
+    /// originator makes no difference.
     ValueBase* Create(IObserver* originator) const;
 
-    /// The process-wide base path against which all descriptors are resolved; empty at first.
+    /// The process-wide base path against which all descriptors are resolved, without a slash at its end;
+    /// empty at first. Nothing is checked.
     static void SetBasePath(const QString& path);
     [[nodiscard]] static QString GetBasePath();
 
@@ -40,7 +43,8 @@ private:
     Maker m_maker;
 };
 
-/// Makers of the common types, for tables of descriptors.
+/// Makers of the common types, for tables of descriptors. Ranges include their bounds, as in `ValueNumeric`;
+/// nothing is checked.
 namespace MakeDefault {
 
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Bool(bool content = false);
@@ -48,11 +52,14 @@ ZANPLATFORM_EXPORT ValueDescriptor::Maker Int(int content, int min, int max, int
 /// An integer without a range.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Int(int content = 0);
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Double(double content, double min, double max, double step);
+/// A number without a range.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Double(double content = 0.0);
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Text(const QString& content = {});
+/// Milliseconds since 1970-01-01 00:00:00 UTC, 0 at first.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker TimeStamp();
-/// A selection with the first item current.
+/// A selection with the first item current; the items are copied.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Selection(std::initializer_list<SelItemDesc> items);
+/// A bearing none of whose members holds a value.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Bearing();
 ZANPLATFORM_EXPORT ValueDescriptor::Maker BearingList();
 /// A node.

@@ -7,6 +7,7 @@
 /// Makes values whose type only the given value knows.
 class ZANPLATFORM_EXPORT ValueFactory {
 public:
+    /// The one factory of the process; never null, never destroyed before the end of the program.
     static ValueFactory& Instance();
 
     /// A copy of a value of any type: same name, content, state and limits, outside the tree, not observed.

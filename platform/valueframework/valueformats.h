@@ -11,11 +11,14 @@
 #include <type_traits>
 #include <utility>
 
-// A format says how a content type reads as text and when it has changed:
-//   TYPE        the type of a value with this content
-//   ToString    the text of a content
-//   FromString  reads a content; false, with the content unchanged, when the text is none
-//   IsChange    whether setting the second over the first is a change that observers hear of
+/// \file
+/// A format says how a content type reads as text and when it has changed:
+/// - `TYPE`: the type of a value with this content
+/// - `ToString`: the text of a content
+/// - `FromString`: reads a content; false, with the content unchanged, when the text is none
+/// - `IsChange`: whether setting the second over the first is a change that observers hear of
+///
+/// Formats know nothing of languages: numbers stand in them as in the "C" locale. From any thread.
 
 /// Reads a whole decimal number. False, with the number unchanged, when the text is none or does not fit.
 template <class T>
@@ -36,7 +39,7 @@ bool ReadInteger(const QString& text, T& number) {
     return true;
 }
 
-/// "0" and "1"; reads "true" and "false" as well.
+/// "0" and "1"; reads "true" and "false", in any case, as well.
 template <class T>
 struct FormatBool {
     static constexpr ValueType TYPE = ValueType::Bool;
@@ -101,7 +104,8 @@ struct FormatTimeStamp {
     static bool IsChange(const T& before, const T& after) { return before != after; }
 };
 
-/// The six members in their order with "," between them; a member without a value is empty.
+/// The six members in their order and units (see `BearingResult`) with "," between them; a member without a
+/// value is empty.
 struct ZANPLATFORM_EXPORT FormatBearingResult {
     static constexpr ValueType TYPE = ValueType::Bearing;
     static QString ToString(const BearingResult& content);
@@ -116,7 +120,7 @@ struct ZANPLATFORM_EXPORT QuadFloatFormat {
     static bool FromString(const QString& text, QuadFloat& content);
 };
 
-/// Channel number, frequency and alarm flag with "," between them.
+/// Channel number, frequency (Hz) and alarm flag with "," between them.
 struct ZANPLATFORM_EXPORT FormatTrafficControlFrequency {
     static QString ToString(const TrafficControlFrequency& content);
     static bool FromString(const QString& text, TrafficControlFrequency& content);

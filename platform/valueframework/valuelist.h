@@ -9,16 +9,19 @@
 #include <utility>
 #include <vector>
 
-/// An ordered list of elements as one value.
+/// An ordered list of elements as one value. As text, the elements stand one after the other in the form of
+/// `StreamFormat`.
 template <class T, class Format, class Stream = StreamFormat<T, Format>>
 class ValueList final : public ValueBase {
 public:
     ValueList() = default;
 
+    /// Appends a copy, which is always a change.
     void PushBack(const T& element, IObserver* originator) {
         m_elements.push_back(element);
         Changed(originator);
     }
+    /// Removes all elements. Nobody is told when there are none.
     void Clear(IObserver* originator) {
         m_cursor = 0;
         if (!m_elements.empty()) {
@@ -28,12 +31,13 @@ public:
     }
     [[nodiscard]] bool Empty() const { return m_elements.empty(); }
     [[nodiscard]] std::size_t GetCount() const { return m_elements.size(); }
-    /// The elements in their order.
+    /// The elements in their order; good until the list is changed.
     [[nodiscard]] const std::vector<T>& GetElements() const { return m_elements; }
 
     /// Begins a walk: the next call of `Next` returns the first element. There is one walk at a time.
     void ToBegin() { m_cursor = 0; }
-    /// The next element of the walk. Who changes it says so by `HasChanged`. Only while `IsLast` is false.
+    /// The next element of the walk, good until the list is changed. Who changes it says so by `HasChanged`.
+    /// Only while `IsLast` is false; a debug build stops otherwise.
     T& Next() {
         Q_ASSERT_X(m_cursor < m_elements.size(), "ValueList::Next", "the walk has passed the last element");
         return m_elements[m_cursor++];

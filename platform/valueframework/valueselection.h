@@ -7,7 +7,8 @@
 #include <utility>
 #include <vector>
 
-/// One item of a selection: a name for people, a number that goes with it, and the key that programs use.
+/// One item of a selection: a name for people, a number that goes with it (such as a bandwidth in Hz), and
+/// the key that programs use.
 class SelectionItem {
 public:
     SelectionItem(QString name, double value, long key)
@@ -29,14 +30,15 @@ private:
 
 class ValueSelection;
 
-/// Describes one item of a selection in a static table.
+/// Describes one item of a selection in a static table, as `SelectionItem` does.
 struct ZANPLATFORM_EXPORT SelItemDesc {
     SelItemDesc(QString itemName, double itemValue, long itemKey)
         : name(std::move(itemName))
         , value(itemValue)
         , key(itemKey) {}
 
-    /// Appends `count` items to a selection; its observers are told once. Null arguments add nothing.
+    /// Appends copies of `count` items to a selection; its observers are told once. Null arguments, and a
+    /// count below 1, add nothing.
     static void AddItems(const SelItemDesc* items, int count, ValueSelection* target);
 
     QString name;
@@ -50,9 +52,11 @@ class ZANPLATFORM_EXPORT ValueSelection final : public ValueBase {
 public:
     ValueSelection() = default;
 
+    /// Appends an item, which is always a change. Names and keys may stand in several items.
     void AddItem(SelectionItem item, IObserver* originator);
-    /// Removes all items.
+    /// Removes all items. Nobody is told when there are none.
     void Clear(IObserver* originator);
+    /// The items in their order; good until the selection is changed.
     [[nodiscard]] const std::vector<SelectionItem>& GetItems() const { return m_items; }
 
     /// The key of the current item; 0 without items.
@@ -61,7 +65,7 @@ public:
     [[nodiscard]] long GetCurrentIndex() const { return m_current; }
     /// Makes the first item with this key the current one. False when no item has it.
     bool SetCurrentKey(long key, IObserver* originator);
-    /// False when there is no such position.
+    /// Makes the item at a position, counted from 0, the current one. False when there is no such position.
     bool SetCurrentIndex(long index, IObserver* originator);
 
     [[nodiscard]] ValueType GetType() const override { return ValueType::Selection; }
@@ -69,8 +73,9 @@ public:
     [[nodiscard]] QString GetStringValue() const override;
     /// Makes the first item with this name the current one. False when no item has it.
     bool SetStringValue(const QString& name, IObserver* originator) override;
-    /// Takes over items and choice.
+    /// Takes over items, choice and state.
     bool Assign(const ValueBase& other) override;
+    /// Whether items and choice are the same.
     [[nodiscard]] bool Compare(const ValueBase* other) const override;
     [[nodiscard]] std::unique_ptr<ValueBase> Clone() const override;
 

@@ -5,13 +5,17 @@
 #include "valueframework/valuelist.h"
 #include "valueframework/valueselection.h"
 
-// The value types in use, by short names. They are instantiated once, in the platform library, so that every
-// program and component of the process agrees on them.
+/// \file
+/// The value types in use, by short names. They are instantiated once, in the platform library, so that every
+/// program and component of the process agrees on them.
 
 using ValueBool = Value<bool, FormatBool<bool>>;
+/// An integer. A `ValueNumericInt` is one as well, and is found as one.
 using ValueInt = Value<int, FormatInt<int>>;
 using ValueString = Value<QString, FormatString<QString>>;
+/// Milliseconds since 1970-01-01 00:00:00 UTC.
 using ValueTimeStamp = Value<quint64, FormatTimeStamp<quint64>>;
+/// Every bearing that is set is told, also when it equals the one before.
 using ValueBearing = Value<BearingResult, FormatBearingResult>;
 using ValueNumericInt = ValueNumeric<int, FormatInt<int>>;
 using ValueNumericDouble = ValueNumeric<double, FormatFloat<double>>;

@@ -10,6 +10,7 @@
 /// the driver; a limit of 0 restricts nothing.
 class ZANCOMMON_EXPORT AlarmSettings {
 public:
+    /// Azimuths from north, clockwise.
     struct Sector {
         double azimuthFrom = 0.0; ///< degrees, clockwise to `azimuthTo`
         double azimuthTo = 0.0;   ///< degrees

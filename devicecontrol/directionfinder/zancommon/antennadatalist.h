@@ -32,10 +32,10 @@ public:
     void Clear();
     /// Takes over paths, name, the permission to save, and a copy of every entry of the other list, sorted.
     void CopyFrom(AntennaDataList& other);
-    /// Appends an entry and takes it over; null is ignored. Always true.
+    /// Appends an entry, made with `new`, and takes it over; null is ignored. Always true.
     bool AddAntenna(AntennaData* ant);
     /// Removes the first entry that has the name of `ant`, whichever record that is. False for null, and when
-    /// no entry has the name.
+    /// no entry has the name. `ant` is not taken over, and may be an entry itself.
     bool DeleteAntenna(AntennaData* ant);
 
     /// The entries in order; none is null.
@@ -70,7 +70,7 @@ public:
     /// those of the families PX104 and PX112), disables entries that repeat the entry before them, and cuts
     /// an entry where the next one of the same polarisation begins.
     void SetStartupDefaults(bool compassA, bool compassB);
-    /// Traces one line an entry.
+    /// Traces one line an entry, frequencies in Hz.
     void PrintAntennaTrace() const;
     /// Whether `WriteAntennaSetupToCfg` writes; at first it does.
     void allowSave(bool allow) { m_allowSave = allow; }
@@ -80,18 +80,20 @@ public:
 
     /// Appends the entries that stand in the settings of a station (`StationCfg`), without handles and
     /// polarisations: those are the device's. A range that does not lie within the coverage becomes the
-    /// coverage. Returns the number of sections read, 0 when the station has no settings.
+    /// coverage, and the ranges are made disjoint. Returns the number of sections read, 0 when the station
+    /// has no settings.
     int BuildAntennasFromCfg(const QString& station);
     /// Sorts the list and applies the operator's choices from the settings to its entries: range, enabled,
     /// compass, mounting. The sections are searched by name, forward only: one that was passed over is not
-    /// found again, and one without a name ends the search. False when the station has no settings.
+    /// found again, and one without a name ends the search. Then the ranges are made disjoint. False when the
+    /// station has no settings.
     bool ReadAntennaSetupFromCfg(const QString& station);
-    /// Writes all entries to the settings of a station, which come into being with it. Sections beyond the
-    /// new count stay.
+    /// Writes all entries to the settings of a station, which come into being with it, and saves them: Hz
+    /// with three decimals. Sections beyond the new count stay.
     void WriteAntennaSetupToCfg(const QString& station);
 
     /// Replaces the entries by those of the antenna nodes below a node. What a node lacks has its default.
-    /// Returns the number of entries.
+    /// Returns the number of entries, 0 without the node.
     int ReadAntennasFromValueTree(const QString& path);
     /// Takes over what an operator has edited in the antenna nodes below a node. Nodes and entries are walked
     /// side by side; a node that is not of the entry's name and coverage is traced and passed over. Returns

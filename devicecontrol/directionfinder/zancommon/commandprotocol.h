@@ -11,7 +11,7 @@
 
 class QFile;
 
-/// Takes messages to store.
+/// The base of what takes messages to store; it asks for nothing.
 class ZANCOMMON_EXPORT IMessageStore {
 public:
     IMessageStore() = default;
@@ -21,34 +21,40 @@ public:
 };
 
 /// The log of the commands that the application exchanges with one DF device: a text file
-/// "ZANControl/commandlog-<address>.txt" below the current directory, each line with the time of day.
+/// "ZANControl/commandlog-<address>.txt" below the current directory, each entry with the local time of day.
 ///
 /// A start, and a file that has grown beyond its limit, move the log into a backup beside it that is named
-/// after the date and time; of all backups in the directory the oldest is removed when there are 20. XML is
-/// written indented. Lines are 8-bit text, and are flushed one by one. No operation throws; a failure returns
-/// false and leaves its text in `GetLastError`. One thread.
+/// after date and time in UTC; of all backups in the directory, of any device, the oldest is removed when
+/// there are 20. XML is written indented. The file is in ISO 8859-1, where other characters become "?", and
+/// an entry is in it when the operation returns. No operation throws; a failure returns false and leaves its
+/// text in `GetLastError`. One thread.
 class ZANCOMMON_EXPORT CommandProtocol : public IMessageStore {
 public:
+    /// The limit of a log at first.
     static constexpr quint32 DEFAULT_MAX_BYTES = 20000000;
 
     /// Opens nothing.
     /// \param deviceAddress part of the file name, where ':', '*' and '"' become '_', and of the header
     /// \param deviceLabel   stands behind the address in the header
     CommandProtocol(const QString& deviceAddress, QString deviceLabel);
-    /// A copy writes into the same open file as its source.
+    /// A copy writes into the same open file as its source, and whichever of the two ends first closes it.
     CommandProtocol(const CommandProtocol&) = default;
     CommandProtocol& operator=(const CommandProtocol&) = default;
     ~CommandProtocol() override;
 
-    /// Moves the log of the previous start into a backup and begins a new one.
+    /// Moves the log of the previous start into a backup (an empty one when there was none) and begins a new
+    /// one. False when the directory or a file cannot be had or written, and when the log cannot be moved.
     bool Init();
-    /// Appends an entry; before that, moves a log that has grown beyond its limit into a backup.
+    /// Appends an entry, as a whole or not at all; before that, moves a log that has grown beyond its limit
+    /// into a backup. False before `Init`, after a backup that failed, and when the disk does not take the
+    /// entry.
     bool Add(const QString& text);
-    /// The limit in bytes on disk, in force from the next entry on. A log exceeds it by one entry at most.
+    /// The limit in bytes on disk, in force from the next entry on. A log exceeds it by one entry at most. It
+    /// is 32 bits wide and wraps.
     void SetMaxBytes(unsigned long bytes);
     /// In force for the file name from the next start or backup on.
     void SetDeviceAddress(const QString& address);
-    /// The text of the last failure; empty after the file was opened.
+    /// The text of the last failure; empty after the file was opened. A success does not clear it.
     [[nodiscard]] const QString& GetLastError() const { return m_strLastError; }
 
 private:

@@ -16,11 +16,11 @@ namespace KvZANCommon {
 /// until the tree destroys the value, which it owns. All operations belong to the thread of the value tree.
 class ZANCOMMON_EXPORT ConnectionSpeedFilter {
 public:
-    /// The connection runs while this value is 1 or more.
+    /// The connection runs while this integer value is 1 or more.
     void SetConnectionSpeedValuePath(const QString& path);
 
-    /// Sets the marker of each of `count` bearings whose quality is 0 to -4000. Nothing while the connection
-    /// does not run or its speed is not known.
+    /// Of `count` bearings, marks those whose quality is 0 as unusable (marker -4000). Nothing while the
+    /// connection does not run or its speed is not known.
     /// \param bearings may be null when `count` is 0.
     void Apply(unsigned count, Bearing* bearings) const;
 

@@ -5,9 +5,11 @@
 namespace KvZANCommon {
 
 /// The DF settings that a user chooses once: bandwidth, mode and update interval as the keys of entries in
-/// the selections of the application, and the level threshold.
+/// the selections of the application, and the level threshold. A plain record: nothing is checked. Keys
+/// beyond the highest `long` read as negative numbers.
 class ZANCOMMON_EXPORT DFSettingsParams {
 public:
+    /// The keys at first.
     static constexpr unsigned long DEFAULT_DF_BANDWIDTH_KEY = 7;
     static constexpr unsigned long DEFAULT_DF_MODE_KEY = 0;
     static constexpr unsigned long DEFAULT_UPDATE_INTERVAL_KEY = 4;
@@ -21,6 +23,7 @@ public:
     [[nodiscard]] long GetUpdateIntervalKey() const { return static_cast<long>(m_updateIntervalKey); }
     void SetUpdateIntervalKey(unsigned long key) { m_updateIntervalKey = key; }
 
+    /// dB; 0 at first.
     [[nodiscard]] double GetLevelThreshold() const { return m_levelThreshold; }
     void SetLevelThreshold(double threshold) { m_levelThreshold = threshold; }
 

@@ -10,17 +10,21 @@ namespace KvZANCommon {
 class DFSettingsParams;
 
 /// Keeps DF settings in a settings file of their own, in the sub-configuration "DFSettings" under the integer
-/// keys "DFBandwidthKey", "DFModeKey", "UpdateIntervalKey" and "LevelThreshold".
+/// keys "DFBandwidthKey", "DFModeKey", "UpdateIntervalKey" and "LevelThreshold" (dB). Belongs to the
+/// application's main thread.
 class ZANCOMMON_EXPORT DFSettingsParamsPersistency {
 public:
     /// \param params is not owned and must outlive this object.
-    /// \param name   of the settings file
+    /// \param name   of the settings file, as `CfgCenter::CreateCfg` takes it
+    /// \param view   likewise
     DFSettingsParamsPersistency(DFSettingsParams& params, QString name, ICfg::View view);
 
-    /// Writes the settings; the level threshold loses its fraction. Nothing when the file cannot be had.
+    /// Writes the settings and saves them; the level threshold loses its fraction. Nothing when the file
+    /// cannot be had, which `CfgCenter` reports.
     void MakePersistent();
     /// Sets the settings from the file. A key that is missing or unreadable is written with its default, so
-    /// that all are there after the first run. Nothing when the file cannot be had.
+    /// that all are there after the first run. Nothing when the file cannot be had, which `CfgCenter`
+    /// reports.
     void Restore();
 
 private:

@@ -20,7 +20,8 @@ struct DeviceFilterRange {
 ///
 /// The sectors stand in a list value of the tree, each with the frequency limits (Hz) that it applies to and
 /// its lower and upper azimuth (degrees, 0 to 359.99). An update is `Reset`, `AddDeviceFilterRange` for each
-/// range, and `Publish`, which tells the observers of the list once.
+/// range, and `Publish`, which tells the observers of the list once. The list is owned by the tree; when it
+/// is gone the operations do nothing. Copies fill the same list. Belongs to the thread of the value tree.
 class ZANCOMMON_EXPORT DisplayFilterRange {
 public:
     /// Takes the list at basePath + "/" + name, or makes it there. Without it (a value of another type has
@@ -32,8 +33,9 @@ public:
 
     /// Begins a new set of sectors; one that is open is published first.
     void Reset();
-    /// Adds the sectors of a range that none of its accepted ones covers. Sectors that are no numbers accept
-    /// nothing.
+    /// Adds the sectors of a range that none of its accepted ones covers; without accepted ones that is the
+    /// whole circle. Sectors that are no numbers accept nothing, and ends off the circle (below 0 or above
+    /// 359.99) bound nothing. Outside of a set the observers are told of each sector.
     void AddDeviceFilterRange(DeviceFilterRange range);
     /// Ends the set and tells the observers. Without a set that is only traced.
     void Publish();

@@ -1,5 +1,11 @@
 #pragma once
 
+/// \file
+/// The records that cross the driver interfaces: plain values, compared by content. Drivers are built apart
+/// from the application, so the order and the widths of the fields stay as they are. Times are milliseconds
+/// since 1970-01-01 00:00:00 UTC, angles clockwise from north, positions WGS84. Handles are the device's own;
+/// -1: none. Nothing is checked here.
+
 #include "zancommon/bearing.h"
 #include "zancommon/zandomain.h"
 
@@ -21,11 +27,6 @@ enum EMode : qint32 {
 };
 
 namespace KvZANCommon {
-
-// The records that cross the driver interfaces: plain values, compared by content. Drivers are built apart
-// from the application, so the order and the widths of the fields stay as they are. Times are milliseconds
-// since the Unix epoch (UTC), angles clockwise from north, positions WGS84. Handles are the device's own; -1:
-// none.
 
 /// DF measurement settings of one frequency range; -1 and -1.0: not set.
 struct DFSettingsStruct {
@@ -73,14 +74,16 @@ struct FilterSettingsStruct {
     bool operator==(const FilterSettingsStruct&) const = default;
 };
 
+/// Gain control of the receiver.
 struct GainControlStruct {
-    QString mode;
+    QString mode;            ///< as the driver names it
     qint32 attenuation = -1; ///< dB, -1: not set
     double gain = -1.0;      ///< dB, -1.0: not set
 
     bool operator==(const GainControlStruct&) const = default;
 };
 
+/// A frequency converter and how it is set up.
 struct ConverterSetupStruct {
     qint32 handle = -1;
     qint32 type = CONVERTER_NONE; ///< EZANConverter
@@ -102,6 +105,7 @@ struct AntennaSubRangeStruct {
     bool operator==(const AntennaSubRangeStruct&) const = default;
 };
 
+/// How an antenna is set up.
 struct AntennaSetupStruct {
     qint32 handle = -1;
     std::pair<double, double> range; ///< Hz, lower and upper end of the range in which the antenna is used
@@ -114,6 +118,7 @@ struct AntennaSetupStruct {
     bool operator==(const AntennaSetupStruct&) const = default;
 };
 
+/// What an antenna is and covers.
 struct AntennaPropertyStruct {
     qint32 handle = -1;
     QString name;
@@ -126,6 +131,7 @@ struct AntennaPropertyStruct {
     bool operator==(const AntennaPropertyStruct&) const = default;
 };
 
+/// What a compass is.
 struct CompassPropertyStruct {
     qint32 handle = -1;
     QString typeName;
@@ -140,13 +146,14 @@ struct GPSStruct {
     double latitude = 0.0;  ///< degrees, north positive
     double longitude = 0.0; ///< degrees, east positive
     double altitude = 0.0;  ///< metres
-    quint64 time = 0;       ///< of the fix
+    quint64 time = 0;       ///< of the fix, milliseconds since 1970-01-01 00:00:00 UTC
     qint32 satelliteCount = 0;
     bool valid = false; ///< false: the other fields hold no fix
 
     bool operator==(const GPSStruct&) const = default;
 };
 
+/// What of a GSM cell is measured.
 struct GSMSettingsStruct {
     qint32 channel = -1;  ///< radio channel number, -1: any
     qint32 timeSlot = -1; ///< 0 to 7, -1: all
@@ -170,7 +177,7 @@ struct ChannelRangeStruct {
     quint32 firstChannel = 0;
     quint32 lastChannel = 0;
     double startFrequency = 0.0; ///< Hz, of the first channel
-    double stepFrequency = 0.0;  ///< Hz
+    double stepFrequency = 0.0;  ///< Hz, from channel to channel
 
     bool operator==(const ChannelRangeStruct&) const = default;
 };
@@ -200,7 +207,7 @@ struct StatusStruct {
 
 /// One result in fixed frequency mode.
 struct FFMData {
-    quint64 time = 0;
+    quint64 time = 0;                         ///< milliseconds since 1970-01-01 00:00:00 UTC
     double frequency = 0.0;                   ///< Hz
     double bandwidth = 0.0;                   ///< Hz
     quint16 azimuth = 0;                      ///< tenths of a degree, 0 to 3599
@@ -215,7 +222,7 @@ struct FFMData {
 
 /// One super-resolution result: the emitters that share a frequency.
 struct SuperResolutionStruct {
-    quint64 time = 0;
+    quint64 time = 0;       ///< milliseconds since 1970-01-01 00:00:00 UTC
     double frequency = 0.0; ///< Hz
     std::vector<Bearing> emitters;
 

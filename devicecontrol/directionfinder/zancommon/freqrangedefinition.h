@@ -10,7 +10,8 @@ namespace KvZANCommon {
 
 /// One frequency range (scan or channel range) of a measurement with the settings that apply inside it.
 ///
-/// A value record: the application fills it and hands a pointer to the driver. Nothing is checked here.
+/// A value record: the application fills it and hands a pointer to the driver; it stays the application's.
+/// Nothing is checked here, and nothing is locked.
 class ZANCOMMON_EXPORT FreqRangeDefinition {
 public:
     FreqRangeDefinition() = default;
@@ -33,12 +34,15 @@ public:
     [[nodiscard]] QString GetName() const { return m_name; }
     void SetName(const QString& name) { m_name = name; }
 
+    /// Channel numbers, as the device counts.
     [[nodiscard]] unsigned long GetFirstChannel() const { return m_firstChannel; }
     void SetFirstChannel(unsigned long channel) { m_firstChannel = channel; }
     [[nodiscard]] unsigned long GetLastChannel() const { return m_lastChannel; }
     void SetLastChannel(unsigned long channel) { m_lastChannel = channel; }
 
-    // The setters copy; the references stay valid as long as the range.
+    /// \name Settings
+    /// The setters copy; the references stay valid as long as the range.
+    /// @{
     [[nodiscard]] DFSettingsStruct& GetDFSettings() { return m_dfSettings; }
     [[nodiscard]] const DFSettingsStruct& GetDFSettings() const { return m_dfSettings; }
     void SetDFSettings(const DFSettingsStruct& settings) { m_dfSettings = settings; }
@@ -58,12 +62,14 @@ public:
     [[nodiscard]] GainControlStruct& GetGainSettings() { return m_gainSettings; }
     [[nodiscard]] const GainControlStruct& GetGainSettings() const { return m_gainSettings; }
     void SetGainSettings(const GainControlStruct& settings) { m_gainSettings = settings; }
+    /// @}
 
-    /// Average time in milliseconds.
+    /// Average time in milliseconds; 0 at first. Not the one of the DF settings, which is in seconds.
     [[nodiscard]] long GetAverageTime() const { return m_averageTime; }
     void SetAverageTime(int time) { m_averageTime = time; }
 
-    /// The level threshold of the DF settings (dB): one value under two names. It is 32 bits wide and wraps.
+    /// The level threshold of the DF settings (dB; -1: not set): one value under two names. It is 32 bits
+    /// wide and wraps.
     [[nodiscard]] long GetThreshold() const { return m_dfSettings.levelThreshold; }
     void SetThreshold(long threshold) { m_dfSettings.levelThreshold = static_cast<qint32>(threshold); }
 

@@ -14,9 +14,11 @@ class ValueSelection;
 /// that it may have.
 ///
 /// Names are case-sensitive. In texts, names stand with ";" between them. The requirements stand in the value
-/// tree while the device runs, and in the station's settings between runs.
+/// tree while the device runs, and in the station's settings between runs. Belongs to the application's main
+/// thread.
 class ZANCOMMON_EXPORT HwStatusTester {
 public:
+    /// How a component stands to the requirements.
     enum HwComponentState : int {
         RequiredMissing = 0,   ///< required, not installed
         RequiredInstalled = 1, ///< required and installed
@@ -25,7 +27,8 @@ public:
         NotRequired = 4        ///< neither required nor optional, installed or not
     };
 
-    /// \param path the node below which the device's values stand, such as "/ZANServer"
+    /// \param path the node below which the device's values stand, without a slash at its end, such as
+    ///             "/ZANServer"
     explicit HwStatusTester(QString path);
     /// A copy tests the device of its source, and knows no components yet.
     HwStatusTester(const HwStatusTester& other);
@@ -36,22 +39,26 @@ public:
     virtual ~HwStatusTester();
     /// Takes the requirements from the tree. A value that is missing there counts as empty and false.
     virtual void ReadHwRequirementsFromTree();
+    /// Writes the requirements to the tree, whose observers are told. A value that is missing there is left
+    /// out.
     virtual void WriteHwRequirementsToTree() const;
-    /// Takes the requirements from the settings of a station; null changes nothing. What is missing there
-    /// counts as empty and false.
+    /// Takes the requirements from the settings of a station, which stay the caller's; null changes nothing.
+    /// What is missing there counts as empty and false.
     virtual void ReadHwRequirementsFromCfg(ICfg* cfg);
-    /// Null writes nothing.
+    /// Writes the requirements to the settings of a station, which stay the caller's to save and release;
+    /// null writes nothing.
     virtual void WriteHwRequirementsToCfg(ICfg* cfg) const;
-    /// Adds the components of the device information in the tree. An assertion is reported when it is
-    /// missing.
+    /// Adds the components of the device information in the tree to those known as installed. An assertion is
+    /// reported when it is missing.
     virtual void ReadHwListFromTree();
     /// Adds the components of a device information: of each line the fourth of its fields, which ";"
-    /// separates. Lines that begin with ">>" or "Option" tell of no component. Null adds nothing.
+    /// separates. Lines that begin with ">>" or "Option", and those of fewer fields, tell of no component.
+    /// Null adds nothing.
     virtual void ReadHwListFromValue(const ValueSelection* info);
-    /// Whether the operator may change the requirements.
+    /// Whether the operator may change the requirements; at first not.
     [[nodiscard]] virtual bool AreRequirementsEditable() const;
     virtual void SetRequirementsEditable(bool editable);
-    /// Whether the operator is to be warned of missing components.
+    /// Whether the operator is to be warned of missing components; at first not.
     [[nodiscard]] virtual bool GetCheckRequirements() const;
     virtual void SetCheckRequirements(bool check);
     /// Required components that are not installed.
@@ -60,6 +67,7 @@ public:
     [[nodiscard]] virtual std::set<QString> FindUnknownHardware() const;
     /// Installed, required and optional components together.
     [[nodiscard]] virtual std::set<QString> GetAllComponents() const;
+    /// These two replace the components; what is there in tree and settings stays.
     virtual void SetRequiredComponents(const std::set<QString>& components);
     virtual void SetOptionalComponents(const std::set<QString>& components);
 

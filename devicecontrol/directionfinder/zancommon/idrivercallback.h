@@ -10,19 +10,26 @@ namespace KvZANCommon {
 
 /// What a driver calls back with: measurement data, errors and requests.
 ///
-/// The operations are called on whatever thread the driver delivers on. Arrays, references and pointers are
-/// valid during the call only: what is to be kept must be copied. Drivers are built apart from the
-/// application, so the order of the operations is part of the interface. The driver does not own its callback
-/// and never destroys it, hence the protected destructor.
+/// The operations are called on whatever thread the driver delivers on, maybe on several at a time, or from
+/// within an operation that the application is calling; they hold the driver up until they return.
+/// Arrays, references and pointers are valid during the call only: what is to be kept must be copied. Drivers
+/// are built apart from the application, so the order of the operations is part of the interface. The driver
+/// does not own its callback and never destroys it, hence the protected destructor.
+///
+/// Times are milliseconds since 1970-01-01 00:00:00 UTC; the units of records stand there. What has no unit
+/// here has the one that driver and application agree on.
 class ZANCOMMON_EXPORT IDriverCallback {
 public:
     /// A block of bearings: index of the frequency range, time stamp, first channel, number of bearings, the
     /// bearings, the state of the device during the block.
     virtual void fillTDMABuffer(long range, unsigned long long& time, unsigned firstChannel, unsigned count,
                                 Bearing* bearings, StatusStruct& status) = 0;
+    /// As `fillTDMABuffer`, in scan mode.
     virtual void fillScanBuffer(long range, unsigned long long& time, unsigned firstChannel, unsigned count,
                                 Bearing* bearings, StatusStruct& status) = 0;
+    /// One result in fixed frequency mode, and whether it is the mean of several.
     virtual void fillFFMBuffer(const FFMData& data, StatusStruct& status, bool averaged) = 0;
+    /// One super-resolution result.
     virtual void fillFFMSRBuffer(SuperResolutionStruct& data, StatusStruct& status) = 0;
     virtual void fillSpectrumBuffer(const short* values, int count) = 0;
     virtual void fillSRSpectrumBuffer(short* values, int count, unsigned long long& time) = 0;
@@ -31,10 +38,12 @@ public:
     virtual void fillAudioBufferTime(void* times, unsigned byteCount) = 0;
     virtual void fillAudioFormat(void* format, unsigned byteCount) = 0;
     virtual void fillAudioLevel(double level) = 0;
-    /// Degrees, north and east positive.
+    /// A position fix: degrees, north and east positive. Not valid: the other arguments hold no fix.
     virtual void fillGPSData(double latitude, double longitude, unsigned long long time, bool valid,
                              int satelliteCount, int quality) = 0;
+    /// An error of the driver or its device, whatever operation it came up in.
     virtual void reportError(ErrorStruct& error) = 0;
+    /// \param ranges `rangeCount` of them
     virtual void InitSimulation(INITStruct& setup, unsigned rangeCount, ChannelRangeStruct* ranges) = 0;
     /// Hz.
     virtual void setSearchFrequency(double frequency) = 0;
@@ -46,7 +55,9 @@ public:
     virtual void SetCommandLog(QString& line) = 0;
     /// Address of the device that the driver is to connect to.
     virtual QString GetDevAddress() = 0;
+    /// The driver delivers nothing more.
     virtual void CloseDataLink() = 0;
+    /// Whether a scan has been through all its ranges.
     virtual void SetEndOfScan(bool end) = 0;
     virtual void fillSyncTimestamp(long long time) = 0;
 

@@ -13,8 +13,9 @@ namespace KvZANCommon {
 class FreqRangeDefinition;
 
 /// Driver written against the older interface. The operations mean what those of the same name in IDriver
-/// mean and have the same defaults; their order differs, and it is part of the interface. A
-/// LegacyDriverAdapter makes such a driver usable as IDriver.
+/// mean, with the same units, owners, threads and defaults; their order differs, and it is part of the
+/// interface. A LegacyDriverAdapter makes such a driver usable as IDriver. There is no `SetCallback`: a
+/// driver is given its `ILegacyDriverCallback` in a way of its own.
 ///
 /// There is no virtual destructor: it would take places in the order. A legacy driver is destroyed by whoever
 /// created it, through its own type, after the adapter that it was given to.
@@ -61,6 +62,7 @@ public:
     virtual long GetMeasureSettings(double& frequency, DFSettingsStruct& dfSettings,
                                     DEMSettingsStruct& demSettings) = 0;
     virtual long GetFilterSettings(FilterSettingsStruct& settings) = 0;
+    /// Seconds.
     virtual long GetAverageTime(double& time) = 0;
     virtual long GetAntennaProperty(unsigned long antenna, AntennaPropertyStruct& property,
                                     AntennaSubRangeStruct& subRange, int& subRangeCount) = 0;
@@ -83,7 +85,7 @@ public:
     virtual long GetReadCount() = 0;
     virtual long GetBufferCount();
     virtual long RestartMassData();
-    /// Appends the components that the driver knows; they become the caller's to delete.
+    /// Appends the components that the driver knows; they become the caller's to delete. Not null.
     virtual long RequestHWStatus(QList<ComponentInfo*>* components) = 0;
     /// Milliseconds.
     virtual long GetSweepTime(long& time) = 0;

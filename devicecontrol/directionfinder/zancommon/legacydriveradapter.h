@@ -14,10 +14,11 @@ class ILegacyDriver;
 /// Whoever wires the two together gives the adapter the legacy driver (`SetLegacyDriver`) and the legacy
 /// driver the adapter as its callback. Neither partner is owned: both must outlive the adapter.
 ///
-/// Without a legacy driver the operations without result do nothing, and without a callback the data of the
-/// driver is dropped. An operation with a result needs its partner, because there is no answer to give in its
-/// place: calling one before is an error of the caller. A debug build stops with the name of the operation; a
-/// build with QT_NO_DEBUG (RelWithDebInfo too) checks nothing and goes through the null pointer.
+/// Without a legacy driver the operations without result do nothing (what they would fill in stays as it
+/// was), and without a callback the data of the driver is dropped. An operation with a result needs its
+/// partner, because there is no answer to give in its place: calling one before is an error of the caller. A
+/// debug build stops with the name of the operation; a build with QT_NO_DEBUG (RelWithDebInfo too) checks
+/// nothing and goes through the null pointer.
 ///
 /// No locks: a callback passes on the thread on which the driver delivers it. The partners are set before the
 /// driver starts and stay while it runs.

@@ -7,7 +7,8 @@ namespace KvZANCommon {
 class OverheadPassParams;
 
 /// Keeps overhead-pass parameters in the application's settings, in the sub-configuration "OverheadPass"
-/// under the keys "Threshold" (integer, tenths of a degree) and "Valid" (boolean).
+/// under the keys "Threshold" (integer, tenths of a degree) and "Valid" (boolean). Belongs to the
+/// application's main thread.
 class ZANCOMMON_EXPORT OHPParamsPersistency {
 public:
     /// \param params is not owned and must outlive this object.
@@ -16,8 +17,9 @@ public:
     /// Writes the parameters to the settings and saves them.
     void MakePersistent();
     /// Sets the parameters from the settings. A key that is missing or unreadable is written with its default
-    /// (600 and false), so that both are there after the first run. A threshold too large for an `int` counts
-    /// as the default; it stays in the settings as it stands, and is reported.
+    /// (600 and false), so that both are there after the first run. A threshold that no `int` holds counts as
+    /// the default; it stays in the settings as it stands, and is traced. Observers of the parameters are
+    /// told.
     void Restore();
 
 private:

@@ -13,8 +13,8 @@ namespace KvZANCommon {
 /// "OverheadPass/Valid" below a base path.
 ///
 /// What stands in the tree already goes into the parameters; what is missing is made from the parameters. A
-/// new threshold value accepts 0 to 900. The tree does not clip: a parameter threshold outside the range of
-/// the value stays in the parameters, and the value keeps its content (a new one: 0).
+/// new threshold value accepts 0 to 900 (tenths of a degree). The tree does not clip: a parameter threshold
+/// outside the range of the value stays in the parameters, and the value keeps its content (a new one: 0).
 ///
 /// A value that cannot be made, because something else has its name, is left out; so is a value from the time
 /// on when it is removed from the tree, also when another one is inserted at its path later. The other value
@@ -30,6 +30,7 @@ public:
     OHPParamsVtSynchronizer& operator=(const OHPParamsVtSynchronizer&) = delete;
     ~OHPParamsVtSynchronizer() override;
 
+    /// Called by the parameters and the values.
     void Update(Observable* subject, TChangeCode code) override;
 
 private:

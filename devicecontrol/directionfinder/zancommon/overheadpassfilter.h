@@ -8,7 +8,8 @@ namespace KvZANCommon {
 
 class OverheadPassParams;
 
-/// Rejects bearing results that were taken while the emitter stood high above the antenna.
+/// Rejects bearing results that were taken while the emitter stood high above the antenna. Belongs to the
+/// thread of the parameters.
 class ZANCOMMON_EXPORT OverheadPassFilter {
 public:
     /// \param params is not owned and must outlive the filter; its changes are in force at once.

@@ -13,7 +13,7 @@ namespace KvZANCommon {
 /// `Observable`, the observers; assigning tells nobody.
 class ZANCOMMON_EXPORT OverheadPassParams : public Observable {
 public:
-    static constexpr int DEFAULT_THRESHOLD = 600;
+    static constexpr int DEFAULT_THRESHOLD = 600; ///< tenths of a degree
     static constexpr bool DEFAULT_VALID = false;
 
     OverheadPassParams() = default;

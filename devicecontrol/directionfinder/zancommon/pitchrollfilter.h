@@ -16,7 +16,8 @@ namespace KvZANCommon {
 /// The inputs and the status values are bound by path. The first binding that succeeds holds: a path that
 /// names no value, or one of another type, leaves the member unbound, and a call for a bound member does
 /// nothing. A member whose value the tree has destroyed is unbound again. The values belong to the tree;
-/// copies of the filter are bound to the same ones.
+/// copies of the filter are bound to the same ones. Angles and thresholds are `ValueNumericDouble`, the flag
+/// is a `ValueBool`, the text a `ValueString`.
 ///
 /// All operations belong to the thread of the value tree.
 class ZANCOMMON_EXPORT PitchRollFilter {

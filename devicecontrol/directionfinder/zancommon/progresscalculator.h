@@ -9,24 +9,25 @@
 class QTimer;
 
 /// Turns an expected duration into a percentage, told once a second, for operations whose length is known
-/// only as a time. Needs an event loop.
+/// only as a time. Needs an event loop; belongs to the thread that it lives on.
 class ZANCOMMON_EXPORT ProgressCalculator : public QObject {
     Q_OBJECT
 
 public:
-    /// Milliseconds from a fixed point in the past; never goes back.
+    /// Milliseconds from a fixed point in the past; never goes back. Called on the thread of the calculator.
     using Clock = std::function<qint64()>;
 
     /// \param clock measures the time; without one the system's monotonic clock does
     explicit ProgressCalculator(QObject* parent, Clock clock = {});
     ~ProgressCalculator() override;
 
-    /// Begins a calculation, in place of one that runs. 0 is ignored.
+    /// Begins a calculation, in place of one that runs; the first signal comes after a second. 0 is ignored.
     void Start(unsigned int durationMs);
 
 Q_SIGNALS:
-    /// The part of the duration that has passed. The calculation ends without a signal when the part is above
-    /// 100. After 11.9 hours the calculation wraps around.
+    /// The part of the duration that has passed, 0 to 100, without its fraction. The calculation ends without
+    /// a signal when the part is above 100, so that 100 may never be told. After 11.9 hours the calculation
+    /// wraps around.
     void Progress(uint percent);
 
 private Q_SLOTS:

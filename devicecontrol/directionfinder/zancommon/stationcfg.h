@@ -6,7 +6,8 @@
 #include <QString>
 
 /// The settings of each DF device that the application has been connected to, found by the device's address:
-/// the sections "ZANStations/ZANStation0", "ZANStation1" and so on of the application's settings.
+/// the sections "ZANStations/ZANStation0", "ZANStation1" and so on of the application's settings. Belongs to
+/// the application's main thread.
 class ZANCOMMON_EXPORT StationCfg {
 public:
     /// The section of the device with this address; "Default" stands for an empty address. Addresses are

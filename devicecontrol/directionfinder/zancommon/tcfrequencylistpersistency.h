@@ -11,22 +11,25 @@ namespace KvZANCommon {
 /// Keeps a list of traffic-control frequencies in a settings file, in the sub-configuration
 /// "TrafficControlFrequencies": the number of entries under "TCFrequencyCount", and for each of them a
 /// sub-configuration "TCFrequency_0", "TCFrequency_1" and so on with "ChannelID", "Frequency" (Hz) and
-/// "Alarm".
+/// "Alarm" (1 or 0). Belongs to the application's main thread.
 class ZANCOMMON_EXPORT TCFrequencyListPersistency {
 public:
     /// The most entries that are read, whatever count the settings name.
     static constexpr int MAX_COUNT = 100000;
 
     /// \param list is not owned; null, and a list that has gone from the tree, make both operations do
-    /// nothing. \param name of the settings file
+    ///             nothing
+    /// \param name of the settings file, as `CfgCenter::CreateCfg` takes it
+    /// \param view likewise
     TCFrequencyListPersistency(ValueTrafficControlFrequencyList* list, QString name, ICfg::View view);
 
-    /// Writes the list, frequencies without their fraction. Entries of a longer list before stay in the file,
-    /// the count tells which are valid. Nothing when the file cannot be had.
+    /// Writes the list and saves it, frequencies without their fraction. Entries of a longer list before stay
+    /// in the file, the count tells which are valid. Nothing when the file cannot be had, which `CfgCenter`
+    /// reports.
     void MakePersistent();
     /// Replaces the list by the one in the file and tells its observers once, with code 7. The list stays as
-    /// it is when the file holds no entries. An entry that the file lacks is channel 0 with 0 Hz. Nothing
-    /// when the file cannot be had.
+    /// it is when the file holds no entries. An entry that the file lacks is channel 0 with 0 Hz and without
+    /// alarm; a channel number that no `int` holds is 0, and traced. Nothing when the file cannot be had.
     void Restore();
 
 private:

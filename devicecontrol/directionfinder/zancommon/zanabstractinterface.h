@@ -31,6 +31,7 @@ public:
     virtual void SetConfigPath(const QString& path);
     /// Switches the output on or off; what that means is up to the interface.
     virtual void SetEnabled(bool on) = 0;
+    /// Whether the output is switched on; at first it is not.
     [[nodiscard]] virtual bool IsEnabled() const;
     /// The configuration widget; null when the interface made none, or when it has been destroyed. Whoever
     /// shows it may take it over by giving it a parent.

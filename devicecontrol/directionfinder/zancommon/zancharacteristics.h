@@ -69,11 +69,13 @@ public:
         EFreqRange range = FREQRANGE_HF;
     };
 
+    /// What a device model is called in the value tree.
     struct DeviceTypeName {
         QStringView name; ///< compared case-sensitively
         EZANType type = ZANTYPE_ZANTIDE;
     };
 
+    /// What a converter is called in the value tree and in the settings.
     struct ConverterTypeName {
         QStringView name; ///< compared case-sensitively
         EZANConverter converter = CONVERTER_NONE;
@@ -83,21 +85,30 @@ public:
     static constexpr double fFREQUENCY_ANY = std::numeric_limits<double>::lowest();
     /// As an argument: the bandwidth restricts nothing.
     static constexpr double fBANDWIDTH_ANY = std::numeric_limits<double>::lowest();
+    /// The number of channels of a device that does not tell it.
     static constexpr int MAX_CHANNEL_COUNT_DEFAULT = 60000;
 
-    /// Converters of each group, closed by CONVERTER_NONE.
+    /// \name The groups of converters
+    /// Each is closed by CONVERTER_NONE.
+    /// @{
     static constexpr std::array s_aHF_CONVERTERS{CONVERTER_RCV01, CONVERTER_RCV02, CONVERTER_RCV09,
                                                  CONVERTER_RCV07, CONVERTER_NONE};
     static constexpr std::array s_aVUHF_CONVERTERS{CONVERTER_RCV03, CONVERTER_RCV04, CONVERTER_RCV06,
                                                    CONVERTER_RCV08, CONVERTER_RCV10, CONVERTER_NONE};
+    /// @}
 
-    // The catalogue of what devices, receivers and antennas can do.
+    /// \name The catalogue of what devices, receivers and antennas can do
+    /// Antenna library and sample-mode table are closed by a row of their own (`Rows` leaves it out).
+    /// @{
     static const std::array<AntennaDescription, 49> s_aAntennaLibrary;
     static const std::array<SampleModeDescription, 30> s_aSampleModeDescription;
     static const std::array<DeviceTypeName, 5> s_aDeviceTypeNames;
     static const std::array<ConverterTypeName, 10> s_aConverterTypeNames;
+    /// @}
 
-    // Resolution bandwidths (Hz), named after family, first and last value; each list is closed by -1.0.
+    /// \name Resolution bandwidths
+    /// In Hz, ascending, named after family, first and last value; each list is closed by -1.0.
+    /// @{
     static const std::array<double, 8> s_aRESBWS_STD_20_2K;
     static const std::array<double, 7> s_aRESBWS_STD_50_2K;
     static const std::array<double, 10> s_aRESBWS_STD_50_20K;
@@ -117,6 +128,7 @@ public:
     static const std::array<double, 12> s_aRESBWS_VUHF_1K_200K;
     static const std::array<double, 6> s_aRESBWS_VUHF_5K_50K;
     static const std::array<double, 7> s_aRESBWS_HF_0250K_12K;
+    /// @}
 
     ZANCharacteristics() = default;
     /// A copy holds what its source holds, antennas included, and follows the same device by itself.
@@ -129,12 +141,14 @@ public:
     /// Called by the values of the tree.
     void Update(Observable* subject, TChangeCode code) override;
     /// Connects to the device's node, and reads all that is cached.
+    /// \param path       of the node, such as "/DEVICES/ZANServer"
     /// \param autoUpdate whether changes of the tree's values are followed
     /// \return whether node and values of the device were all found (the polarisation may be missing). With
     ///         no node at the path the object is not connected any more; what it has cached stays.
     virtual bool SetBase_ValuePath(const QString& path, bool autoUpdate);
     /// Reads the antennas and everything else that is cached from the tree. Does nothing while not connected.
     virtual void UpdateCachedDataFromValueTree();
+    /// ZANTYPE_ZANTIDE for a device whose type is missing or unknown.
     [[nodiscard]] virtual EZANType GetZANType() const;
     /// Null when no antenna has the handle.
     [[nodiscard]] virtual AntennaData* GetAntennaByHandle(long handle) const;
@@ -169,8 +183,8 @@ public:
     [[nodiscard]] virtual bool CheckAntennaSetupValidity(const AntennaDataList* list, QString& message) const;
     /// Repairs the device's own setup when it is not valid: enables what is supported over its whole
     /// coverage, and then cuts or disables what overlaps or leaves a gap. The repaired antennas replace those
-    /// in the tree, and the modify time of the configuration is set, so that every observer of it reads them.
-    /// Nothing is changed when no antenna is supported.
+    /// in the tree, and the modify time of the configuration is set (local time as ddMMyyhhmmss), so that
+    /// every observer of it reads them. Nothing is changed when no antenna is supported.
     /// \param message what was done, in one translated sentence
     /// \return false when no antenna is supported
     virtual bool MakeAntennaSetupValid(QString& message);
@@ -192,15 +206,19 @@ public:
     [[nodiscard]] virtual std::set<EZANConverter> GetAvailableConverters() const;
     /// Converter of the first enabled antenna whose range holds both frequencies.
     [[nodiscard]] virtual EZANConverter GetConverterForFrequencyRange(double start, double stop) const;
+    /// Whether the converter belongs to the group; CONVERTER_NONE and CONVERTER_RCV05 belong to neither.
     [[nodiscard]] virtual bool IsHfConverter(EZANConverter converter) const;
+    /// Whether the converter belongs to the group; CONVERTER_NONE and CONVERTER_RCV05 belong to neither.
     [[nodiscard]] virtual bool IsVuhfConverter(EZANConverter converter) const;
     /// Whether the device has a sample mode with preamplifier on the HF converter of an enabled antenna.
     [[nodiscard]] virtual bool IsHfPreampAvailable() const;
+    /// The same for the VUHF converter.
     [[nodiscard]] virtual bool IsVuhfPreampAvailable() const;
     /// Lowest and highest frequency of an operation mode, over the enabled antennas that the device supports
     /// in it. A ZANFERN device stays within 100 MHz to 450 MHz; for any other one a limit that is missing or
     /// outside 9 kHz to 3.6 GHz is 25 MHz.
     [[nodiscard]] virtual double GetMinFreq(EOperationMode mode) const;
+    /// See `GetMinFreq`.
     [[nodiscard]] virtual double GetMaxFreq(EOperationMode mode) const;
     /// Moves a frequency into the limits of its mode, and in wideband FFM so that the whole band lies in the
     /// antenna's range (a band that is wider is flush with one end of it). Returns the serving antenna;
@@ -246,7 +264,8 @@ public:
     /// Whether `GetAvailableDfMethodsForFreq` has ever found super resolution.
     [[nodiscard]] bool IsSuperResolutionAvailable() const { return m_isSuperResolutionAvailable; }
     /// Turns an azimuth (tenths of a degree, clockwise from north) into the one to display, from 0 to 3599.
-    /// \param displayMode 0: as it is, 1: declination taken off, 2: opposite, 3: both
+    /// \param displayMode 0: as it is, 1: declination (tenths of a degree, from the tree) taken off,
+    ///                    2: opposite, 3: both
     /// \return false, with the azimuth as it was, for another mode, and when the tree has no declination or
     ///         no heading source
     bool AdjustAzimuthToDisplayMode(unsigned short& azimuth, int displayMode) const;
@@ -257,20 +276,29 @@ public:
     ///                          precision 0 becomes "1 kHz")
     [[nodiscard]] static QString FormatBandwidth(double bandwidth, int precision, bool keepTrailingZeros);
 
-    // These replace the items of a selection; its observers are told once, without the one given.
+    /// \name Filling selections
+    /// These replace the items of a selection; its observers are told once, without the one given. A
+    /// selection is not kept, and null is left alone.
+    /// @{
+
+    /// An item for each method: its name, 0.0, and as key its position from 0.
     static void FillSelectionWithDfMethods(ValueSelection& selection, const std::list<EZANMethod>& methods,
                                            IObserver* observer);
+    /// An item for each polarisation: its name, 0.0, and as key its position from 0.
     static void FillSelectionWithPolarisationModes(ValueSelection& selection,
                                                    const std::list<EZANPolarisation>& modes,
                                                    IObserver* observer);
-    /// Fills in the resolution bandwidths. A selection stays as it is when there are none.
+    /// The resolution bandwidths, ascending: text for people, Hz, and as key the position from 0. A selection
+    /// stays as it is when there are none.
     void UpdateResolutionBandwidthSelection(ValueSelection* selection, EOperationMode mode, double start,
                                             double stop, double realtimeBandwidth, IObserver* observer) const;
-    /// Fills in the bandwidths of hops: the realtime bandwidths.
+    /// The bandwidths of hops, which are the realtime bandwidths: likewise.
     void UpdateHopBandwidthSelection(ValueSelection* selection, EOperationMode mode, double start,
                                      double stop, IObserver* observer) const;
-    /// Fills in the attenuations: 0 and 12 dB for 0 or 2 as `count`, else 24 and 30 dB as well.
+    /// The attenuations: 0 and 12 dB for 0 or 2 as `count`, else 24 and 30 dB as well. Number and key are the
+    /// attenuation in dB.
     static void UpdateRfAttenuatorValuesAtVT(ValueSelection* selection, int count, IObserver* observer);
+    /// @}
 
     /// True when the converter stands in the group before its closing CONVERTER_NONE.
     [[nodiscard]] static constexpr bool IsInGroup(std::span<const EZANConverter> group,

@@ -5,7 +5,7 @@
 #include <QString>
 
 /// Turns DF methods and polarisations into the short names that the value tree, the antenna configuration and
-/// the user interface use, and back. Names are compared case-sensitively.
+/// the user interface use, and back. Names are compared case-sensitively. From any thread.
 class ZANCOMMON_EXPORT ZANCharacteristicsTools {
 public:
     ZANCharacteristicsTools() = default;

@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 
+/// \file
 /// The words that the whole library shares: device models, receivers, modes, methods, ranges.
 ///
 /// All enumerations are 32 bits wide. Their numeric values stand in the catalogue tables, in list
@@ -108,6 +109,7 @@ enum EZANMethodDetailed : qint32 {
     METHODDETAILED_SUPR = 8 ///< super resolution; always together with METHODDETAILED_COR
 };
 
+/// Polarisation that an antenna receives.
 enum EZANPolarisation : qint32 {
     POLARISATION_LEFT = 0,
     POLARISATION_RIGHT = 1,

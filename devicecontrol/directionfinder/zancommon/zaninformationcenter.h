@@ -5,9 +5,10 @@
 #include "zancommon_export.h"
 
 /// Where the application finds what there is once in a process: the characteristics of the device, and the
-/// list of outputs. Made on first use, which must be on the application's main thread.
+/// list of outputs. Made on first use. Belongs to the application's main thread.
 class ZANCOMMON_EXPORT ZANInformationCenter {
 public:
+    /// The center, which is good until `Finalise`, and so are the references that it gives. Never null.
     static ZANInformationCenter* Instance();
     /// Destroys the center and what it owns; the outputs in the list stay alive, they belong to the
     /// application. The next `Instance` makes a fresh one.

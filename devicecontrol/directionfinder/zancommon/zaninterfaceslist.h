@@ -11,7 +11,7 @@ class ZANAbstractInterface;
 /// compared exactly and case-sensitively.
 ///
 /// The list holds pointers. Only `Remove` deletes an interface; those that are in the list at its end belong
-/// to the application. A copy shares the interfaces.
+/// to the application. A copy shares the interfaces. Belongs to the application's main thread.
 class ZANCOMMON_EXPORT ZANInterfacesList : public QList<ZANAbstractInterface*> {
 public:
     ZANInterfacesList() = default;
@@ -23,7 +23,7 @@ public:
     bool Add(ZANAbstractInterface* p);
     /// The first interface of this name; null when there is none.
     [[nodiscard]] ZANAbstractInterface* GetInterfaceByName(const QString& name) const;
-    /// Deletes the first interface of this name and removes it from the list. False when there is none.
+    /// Removes the first interface of this name from the list and deletes it. False when there is none.
     bool Remove(const QString& name);
     [[nodiscard]] unsigned int Size() const;
     /// Empties the list. The interfaces stay alive.

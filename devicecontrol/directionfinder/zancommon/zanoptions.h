@@ -17,6 +17,7 @@ class IObserver;
 /// it belongs to the application's main thread.
 class ZANCOMMON_EXPORT ZANOptions {
 public:
+    /// Row of the table of names.
     struct OptionEntry {
         QStringView name; ///< compared case-sensitively
         EZANOptions option = OPTION_NONE;
@@ -49,6 +50,7 @@ public:
         {u"", OPTION_NONE},
     }};
 
+    /// The set, which is good until `Finalise`. Never null.
     static ZANOptions* Instance();
     /// Destroys the set; the next `Instance` makes an empty one.
     static void Finalise();
@@ -64,7 +66,7 @@ public:
     void ClearAllOptions();
     /// True for OPTION_NONE: who asks for nothing has it.
     [[nodiscard]] bool HasOption(EZANOptions o) const;
-    /// How often the option was added.
+    /// How often the option was added; 0 for OPTION_NONE.
     [[nodiscard]] int GetOptionCount(EZANOptions o) const;
 
     /// False, with nothing added, for an unknown name.
@@ -78,10 +80,11 @@ public:
     /// Replaces the set by the options in the text value at a path, as far as they can be read. False when
     /// there is no text value (the set then stays), or when it holds an unknown name.
     bool ReadFromValueTree(const QString& path);
-    /// Writes the options into the text value at a path. False when there is none.
+    /// Writes the options into the text value at a path, whose observers but the originator are told. False
+    /// when there is none.
     bool WriteToValueTree(const QString& path, IObserver* originator) const;
     /// Writes the options as "DevOptions" into the settings of the station that the application is connected
-    /// to; they come into being with it. False when there are none.
+    /// to; they come into being with it, and are saved. False when there are none.
     bool WriteToCfg();
 
 private:

@@ -14,8 +14,13 @@
 /// to a Unix socket. By default it listens on all interfaces, on a free port.
 ///
 /// Calls of this process to other servers time out after 10 s. Lines of omniORB's log go to standard error.
+///
+/// The references that it gives are the caller's own, and good on any thread. `Finalise` is called when no
+/// other thread uses the instance.
 class ZANCOMMON_EXPORT ZANServerORB {
 public:
+    /// The instance, which is good until `Finalise`. Never null, also when the broker could not be
+    /// initialised (which is traced).
     static ZANServerORB* Instance();
 
     /// A copy refers to the same broker.

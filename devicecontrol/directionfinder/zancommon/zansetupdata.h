@@ -16,12 +16,13 @@ class ValueDescriptor;
 ///
 /// In between they stand in one table of the process: `ReadFromValueTree` takes a snapshot of each value into
 /// it, `WriteToCfg` stores the snapshots, `ReadFromCfg` loads them, and `WriteToValueTree` puts them back. A
-/// row whose value the tree does not have has no snapshot and is left out everywhere. One thread at a time.
+/// row whose value the tree does not have has no snapshot and is left out everywhere. Belongs to the
+/// application's main thread.
 class ZANCOMMON_EXPORT ZANSetupData {
 public:
     /// Row of the table: which value of the tree belongs to which key of the settings.
     struct DataEntry {
-        QString key;
+        QString key; ///< in the settings of the station
         /// The value; null: it has the alternative name.
         const ValueDescriptor* descriptor = nullptr;
         QString alternativeName;
@@ -29,7 +30,8 @@ public:
     };
 
     /// \param name     kept only
-    /// \param basePath the node that is meant where an operation is given an empty path
+    /// \param basePath the node that is meant where an operation is given an empty path; when both are
+    ///                 empty, the tree counts as without values
     ZANSetupData(QString name, QString basePath);
     ZANSetupData(const ZANSetupData&) = default;
     ZANSetupData& operator=(const ZANSetupData&) = default;
@@ -38,18 +40,20 @@ public:
 
     /// Takes a snapshot of every value below a node. A row loses its snapshot when its value is missing.
     void ReadFromValueTree(const QString& path);
-    /// Sets the values below a node from the snapshots, without telling the originator.
+    /// Sets the values below a node from the snapshots, without telling the originator. A value that does not
+    /// accept its snapshot (a number outside its range) stays as it is.
     void WriteToValueTree(IObserver* originator, const QString& path);
     /// Loads the snapshots from the settings of a station (`StationCfg`). What is not stored stays as it is,
     /// and so does what is stored but is no content of its value; that is traced.
     void ReadFromCfg(const QString& station);
     /// Stores the snapshots in the settings of a station, which come into being with it, and with them the
-    /// hardware requirements that stand in the tree (`HwStatusTester`).
+    /// hardware requirements that stand in the tree (`HwStatusTester`); then they are saved.
     void WriteToCfg(const QString& station);
     /// Traces the table: key, path and content of each row.
     void PrintSetupTrace() const;
 
-    /// The rows of the table, with the snapshots as they are now.
+    /// The rows of the table, with the snapshots as they are now. The rows are good for the whole run, a
+    /// snapshot until the next operation.
     [[nodiscard]] static std::span<const DataEntry> GetEntries();
 
 private:

@@ -4,6 +4,8 @@
 
 #include <array>
 
+/// \file
+
 /// The prefixes of the paths in the value tree.
 namespace ZANPath {
 
@@ -16,6 +18,7 @@ inline constexpr QStringView CONTROL = u"/ZANCONTROL/";       ///< values of the
 } // namespace ZANPath
 
 /// The names of the values that the library and its applications create under the prefixes of `ZANPath`.
+/// Frequencies among them are in Hz.
 namespace ZANValueName {
 
 inline constexpr QStringView TMPDATE = u"TMPDATE";
@@ -29,8 +32,8 @@ inline constexpr QStringView SHOWWARNINGS = u"SHOWWARNINGS";
 inline constexpr QStringView AZIMUTHVARIATION = u"AZIMUTHVARIATION";
 inline constexpr QStringView RECORDINGDEVICETYPE = u"RECORDINGDEVICETYPE";
 inline constexpr QStringView JOBLOADED = u"JOBLOADED";
-inline constexpr QStringView SYSMINFREQ = u"SYSMINFREQ";
-inline constexpr QStringView SYSMAXFREQ = u"SYSMAXFREQ";
+inline constexpr QStringView SYSMINFREQ = u"SYSMINFREQ"; ///< below CONTROL, a `ValueNumericDouble`
+inline constexpr QStringView SYSMAXFREQ = u"SYSMAXFREQ"; ///< below CONTROL, a `ValueNumericDouble`
 inline constexpr QStringView IFHALFWIDTH = u"IFHALFWIDTH";
 inline constexpr QStringView LEVELOVERFLOW = u"LEVELOVERFLOW";
 inline constexpr QStringView ZANDATAVALID = u"ZANDATAVALID";
@@ -44,7 +47,7 @@ inline constexpr QStringView COMMANDLOG = u"COMMANDLOG";
 inline constexpr QStringView SCANLOCMODE = u"SCANLOCMODE";
 inline constexpr QStringView GSMLOCMODE = u"GSMLOCMODE";
 inline constexpr QStringView GSMRESULTFREQUENCY = u"GSMRESULTFREQUENCY";
-inline constexpr QStringView HANDOVERFREQUENCY = u"HANDOVERFREQUENCY";
+inline constexpr QStringView HANDOVERFREQUENCY = u"HANDOVERFREQUENCY"; ///< below CONTROL
 inline constexpr QStringView HANDOVERAUTO = u"HANDOVERAUTO";
 inline constexpr QStringView HANDOVERSIGNALTIME = u"HANDOVERSIGNALTIME";
 inline constexpr QStringView AUTODISCONNECTAFTERLASTCLIENT = u"AUTODISCONNECTAFTERLASTCLIENT";
@@ -52,7 +55,7 @@ inline constexpr QStringView SUPERRESPARAMETERHAVECHANGED = u"SUPERRESPARAMETERH
 inline constexpr QStringView SYNFASTMODESWITCH = u"SYNFASTMODESWITCH";
 inline constexpr QStringView VOLKFWVERSION = u"VOLKFWVERSION";
 inline constexpr QStringView VOLKFWSUBVERSION = u"VOLKFWSUBVERSION";
-inline constexpr QStringView HANDOVERPOOLFREQUENCY = u"HANDOVERPOOLFREQUENCY";
+inline constexpr QStringView HANDOVERPOOLFREQUENCY = u"HANDOVERPOOLFREQUENCY"; ///< below SERVER
 inline constexpr QStringView AZIMUTH_FILTER_RANGE = u"AZIMUTH_FILTER_RANGE";
 inline constexpr QStringView ELEVATION_FILTER_RANGE = u"ELEVATION_FILTER_RANGE";
 
