@@ -226,6 +226,14 @@ TEST_F(Hub, ValueThatGoesAwayIsForgotten) {
     EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
 }
 
+TEST_F(Hub, CopyOutlivesTheValuesOfTheRange) {
+    MshManager manager;
+    manager.CreateMshReceiver({});
+    const MshManager copy(manager); // ends first, and leaves the hub
+    Tree::Instance()->Remove(m_pHighest);
+    Tree::Instance()->Remove(m_pLowest);
+}
+
 TEST_F(Hub, WithoutRangeValuesAndAddressTheReceiverWorksAllTheSame) {
     Tree::Instance()->Clear();
     MshManager manager;

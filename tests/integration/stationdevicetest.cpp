@@ -250,6 +250,9 @@ TEST_F(StationDevice, ActionsThatCannotBeDoneChangeNothing) {
 TEST_F(StationDevice, MessagesAreGermanWhereTheUserReadsGerman) {
     EXPECT_EQ(Run(u"antennas check"_s, u"de"_s).out, u"Die Antennenkonfiguration ist gültig.\n"_s);
     EXPECT_EQ(Run(u"antennas check"_s, u"fr"_s).out, u"Antenna setup is valid.\n"_s);
+    const StationResult run = Run(u"run --speed max --output /no/such/directory"_s, u"de"_s);
+    EXPECT_TRUE(run.err.contains(u"Die Datei /no/such/directory konnte nicht geöffnet werden: "_s))
+        << run.err.toStdString();
 }
 
 TEST_F(StationDevice, CatalogueTablesAreForPeopleAndForPrograms) {

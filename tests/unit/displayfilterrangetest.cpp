@@ -351,4 +351,15 @@ TEST_F(DisplayFilterRangeTest, ObserverMayRemoveTheListWhenItIsTold) {
     range.Publish();
 }
 
+TEST_F(DisplayFilterRangeTest, ObserverMayRemoveTheListWhileEntriesAreAddedOutsideASet) {
+    FunctionObserver remover([](Observable*, TChangeCode code) {
+        if (code != TChangeCode::GoingAway) {
+            Tree::Instance()->Remove(List());
+        }
+    });
+    List()->AddObserver(&remover);
+    range.AddDeviceFilterRange({1, 2, {{10, 20}, {30, 40}}}); // three entries, were there a list for them
+    EXPECT_FALSE(List());
+}
+
 } // namespace

@@ -86,7 +86,7 @@ void DisplayFilterRange::AddDeviceFilterRange(DeviceFilterRange range) {
     std::ranges::sort(sectors);
     auto next = sectors.begin();
     double acceptedTo = NORTH; // the furthest that a sector reaches which begins at or before the boundary
-    for (std::size_t j = 0; j + 1 < boundaries.size(); ++j) {
+    for (std::size_t j = 0; m_pFilterRangesForDisplay && j + 1 < boundaries.size(); ++j) {
         for (; next != sectors.end() && next->first <= boundaries[j]; ++next) {
             acceptedTo = std::max(acceptedTo, next->second);
         }

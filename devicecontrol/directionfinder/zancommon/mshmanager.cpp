@@ -75,11 +75,11 @@ MshManager::~MshManager() {
 }
 
 void MshManager::Update(Observable* subject, TChangeCode code) {
-    if (!subject || (subject != m_pMinFrequency && subject != m_pMaxFrequency)) {
+    if (!subject || (subject != m_pMinFrequency.get() && subject != m_pMaxFrequency.get())) {
         return;
     }
     if (code == TChangeCode::GoingAway) {
-        Forget(subject == m_pMinFrequency ? m_pMinFrequency : m_pMaxFrequency);
+        Forget(subject == m_pMinFrequency.get() ? m_pMinFrequency : m_pMaxFrequency);
     } else {
         UpdateMshReceiverRange();
     }
@@ -188,7 +188,7 @@ void MshManager::UpdateMshReceiverRange() {
     }
 }
 
-void MshManager::Observe(ValueNumericDouble*& member, const QString& path) {
+void MshManager::Observe(ObservablePtr<ValueNumericDouble>& member, const QString& path) {
     Forget(member);
     member = Tree::Instance()->Find<ValueNumericDouble>(path);
     if (member) {
@@ -196,9 +196,9 @@ void MshManager::Observe(ValueNumericDouble*& member, const QString& path) {
     }
 }
 
-void MshManager::Forget(ValueNumericDouble*& member) {
+void MshManager::Forget(ObservablePtr<ValueNumericDouble>& member) {
     if (member) {
         member->DeleteObserver(this);
-        member = nullptr;
+        member = {};
     }
 }

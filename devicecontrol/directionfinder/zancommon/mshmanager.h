@@ -14,9 +14,11 @@ class QToolBar;
 /// whose values are offered to the hub. Both at once is possible.
 ///
 /// The hub's client is a component that is loaded by name ("MshClient.dll", see `CfgCenter`). Without it the
-/// manager does not have the role, and `CfgCenter::GetLastError` says why. Where the hub is, and under which
-/// name the application joins, stands in the application's settings: "MshCentralAddress", "MshCentralPort",
-/// "MshClientName" and "AutoCoupleTargets". Belongs to the application's main thread.
+/// manager does not have the role, and `CfgCenter::GetLastError` says why (the trace, when the component is
+/// no client of the hub). Where the hub is, and under which name the application joins, stands in the
+/// application's settings: "MshCentralAddress" (127.0.0.1 by default), "MshCentralPort" (4500),
+/// "MshClientName" and "AutoCoupleTargets". A receiver tells the hub the frequency range of the device (Hz),
+/// and of its changes. Belongs to the application's main thread.
 class ZANCOMMON_EXPORT MshManager : public IObserver {
 public:
     MshManager() = default;
@@ -33,14 +35,18 @@ public:
     /// \param name the client's name when the settings hold none; "ZAN" when both are empty
     void CreateMshReceiver(const QString& name);
     /// As `CreateMshReceiver`, when the settings say so.
-    /// \param cfgKey key of the flag, which is written with the default when it is missing
+    /// \param cfgKey key of the flag, which is written with the default when it is missing or unreadable
     void CreateMshReceiverIfConfigured(const QString& name, const QString& cfgKey, bool defaultValue);
     /// Joins the hub as a sender, anew when it is one already.
-    /// \param toolBar takes the client's controls; not owned, and outlives the sender
+    /// \param name    as for `CreateMshReceiver`
+    /// \param toolBar takes the client's controls; not owned, and outlives the sender; null for none
     void CreateMshSender(const QString& name, QToolBar* toolBar);
+    /// As `CreateMshSender`, when the settings say so (see `CreateMshReceiverIfConfigured`).
     void CreateMshSenderIfConfigured(const QString& name, QToolBar* toolBar, const QString& cfgKey,
                                      bool defaultValue);
+    /// Leaves the hub in one role; nothing without it.
     void DestroyMshReceiver();
+    /// Leaves the hub in one role; nothing without it.
     void DestroyMshSender();
 
     [[nodiscard]] bool IsReceiver() const { return m_pReceiver != nullptr; }
@@ -50,11 +56,11 @@ private:
     static bool GetOrCreateBooleanCfg(const QString& key, bool defaultValue);
     static void CommonMshInit(IMshClientDll* pMshClientDll, const QString& name);
     void UpdateMshReceiverRange();
-    void Observe(ValueNumericDouble*& member, const QString& path);
-    void Forget(ValueNumericDouble*& member);
+    void Observe(ObservablePtr<ValueNumericDouble>& member, const QString& path);
+    void Forget(ObservablePtr<ValueNumericDouble>& member);
 
-    IDllInstance* m_pSender = nullptr;             // made and destroyed by CfgCenter
-    IMshClientDll* m_pReceiver = nullptr;          // made and destroyed by CfgCenter
-    ValueNumericDouble* m_pMinFrequency = nullptr; // Hz; owned by the tree
-    ValueNumericDouble* m_pMaxFrequency = nullptr; // Hz; owned by the tree
+    IDllInstance* m_pSender = nullptr;                 // made and destroyed by CfgCenter
+    IMshClientDll* m_pReceiver = nullptr;              // made and destroyed by CfgCenter
+    ObservablePtr<ValueNumericDouble> m_pMinFrequency; // Hz
+    ObservablePtr<ValueNumericDouble> m_pMaxFrequency; // Hz
 };

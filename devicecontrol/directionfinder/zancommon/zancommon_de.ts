@@ -40,4 +40,50 @@
         <translation>Die automatische Antennenkonfiguration deckt nun den Bereich von %1 MHz bis %2 MHz ab.</translation>
     </message>
 </context>
+<context>
+    <name>DFDataOutput</name>
+    <message>
+        <source>Writing to %1 works again</source>
+        <translation>Schreiben nach %1 geht wieder</translation>
+    </message>
+    <message>
+        <source>Writing to %1 failed: %2</source>
+        <translation>Schreiben nach %1 ist fehlgeschlagen: %2</translation>
+    </message>
+    <message>
+        <source>the serial line is not ready</source>
+        <translation>die serielle Leitung ist nicht bereit</translation>
+    </message>
+    <message>
+        <source>Could not move file %1 to %2, the output is appended to it: %3</source>
+        <translation>Die Datei %1 konnte nicht nach %2 verschoben werden, die Ausgabe wird angehängt: %3</translation>
+    </message>
+    <message>
+        <source>Could not open file %1: %2</source>
+        <translation>Die Datei %1 konnte nicht geöffnet werden: %2</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Address:</source>
+        <translation>Adresse:</translation>
+    </message>
+    <message>
+        <source>Filename:</source>
+        <translation>Dateiname:</translation>
+    </message>
+    <message>
+        <source>Output interval (ms):</source>
+        <translation>Ausgabeintervall (ms):</translation>
+    </message>
+</context>
+<context>
+    <name>QObject</name>
+    <message>
+        <source>Pitch/Roll value exceeds threshold.</source>
+        <translation>Stampf- oder Rollwinkel überschreitet die Schwelle.</translation>
+    </message>
+</context>
 </TS>
