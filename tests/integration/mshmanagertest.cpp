@@ -226,6 +226,15 @@ TEST_F(Hub, ValueThatGoesAwayIsForgotten) {
     EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
 }
 
+TEST_F(Hub, NoticesOfOtherValuesAreNothingToTheHub) {
+    MshManager manager;
+    manager.CreateMshReceiver({});
+    TakeCalls();
+    manager.Update(Tree::Instance()->GetValue(ServerPath(g_vdDevAddress)), TChangeCode::Changed);
+    manager.Update(nullptr, TChangeCode::Changed);
+    EXPECT_EQ(TakeCalls(), QStringList());
+}
+
 TEST_F(Hub, CopyOutlivesTheValuesOfTheRange) {
     MshManager manager;
     manager.CreateMshReceiver({});

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <limits>
 #include <type_traits>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -142,10 +143,20 @@ TEST(DriverRecords, StatusTellsZeroFromNotMeasured) {
 }
 
 TEST(DriverRecords, ErrorsStartWithoutCodeAndText) {
-    const ErrorStruct error;
-    EXPECT_EQ(error.code, 0);
-    EXPECT_FALSE(error.fatal);
-    EXPECT_EQ(error.text, QString());
+    std::vector<ErrorStruct> errors(1);
+    EXPECT_EQ(errors[0].code, 0);
+    EXPECT_FALSE(errors[0].fatal);
+    EXPECT_EQ(errors[0].text, QString());
+}
+
+TEST(DriverRecords, ErrorsAreComparedByContent) {
+    const ErrorStruct error{3, true, u"no answer"_s};
+    EXPECT_EQ(error, (ErrorStruct{3, true, u"no answer"_s}));
+    for (const ErrorStruct& other :
+         {ErrorStruct{4, true, u"no answer"_s}, ErrorStruct{3, false, u"no answer"_s},
+          ErrorStruct{3, true, u"no answers"_s}}) {
+        EXPECT_NE(error, other);
+    }
 }
 
 TEST(DriverRecords, FixedFrequencyResultStartsRejectedAndNotMeasured) {
@@ -216,6 +227,18 @@ TEST(AlarmSettings, CopyHasItsOwnList) {
     const AlarmSettings copy(source);
     source.sectors.front().azimuthTo = 0.0;
     ExpectFilled(copy);
+}
+
+TEST(AlarmSettings, SectorsAreComparedByContent) {
+    AlarmSettings alarms;
+    alarms.sectors.emplace_back(); // from 0 to 0
+    AlarmSettings other;
+    other.sectors = {{0.0, 0.0}};
+    EXPECT_EQ(alarms, other);
+    other.sectors = {{0.0, 1.0}};
+    EXPECT_NE(alarms, other);
+    other.sectors = {{1.0, 0.0}};
+    EXPECT_NE(alarms, other);
 }
 
 TEST(AlarmSettings, AssignmentToItselfChangesNothing) {
