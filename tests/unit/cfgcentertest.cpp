@@ -1,6 +1,7 @@
 #include "tolmappstartup/cfgcenter.h"
 
 #include "kwbase/errorhandler.h"
+#include "support/fulldisk.h"
 #include "support/printing.h"
 
 #include <QCoreApplication>
@@ -15,7 +16,6 @@
 #include <array>
 #include <csignal>
 #include <limits>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -42,27 +42,6 @@ public:
 
 private:
     uid_t m_oldUser;
-};
-
-// A disk that is full after so many bytes of a file.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) {
-        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_oldLimit);
-        const rlimit limit{bytes, m_oldLimit.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &m_oldLimit);
-        std::signal(SIGXFSZ, m_oldHandler);
-    }
-
-private:
-    rlimit m_oldLimit{};
-    void (*m_oldHandler)(int);
 };
 
 class CfgCenterTest : public testing::Test {
@@ -723,7 +702,7 @@ TEST_F(CfgCenterTest, FullDiskLeavesTheOldFileWholeAndTheNextCommitTriesAgain) {
         EXPECT_EQ(old.size(), size + 5);
         App().SetString(u"Key"_s, QString(size + 10, u'b'));
         {
-            const FullDisk disk(static_cast<rlim_t>(size));
+            const FullDisk disk(size);
             App().CommitKey(u"Key"_s);
         }
         EXPECT_EQ(m_trace.size(), 1);

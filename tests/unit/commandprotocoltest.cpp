@@ -1,6 +1,7 @@
 #include "zancommon/commandprotocol.h"
 
 #include "kwbase/tolmos.h"
+#include "support/fulldisk.h"
 #include "support/printing.h"
 #include "support/tracelines.h"
 
@@ -12,9 +13,6 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -357,22 +355,15 @@ TEST_F(CommandLog, LineThatDoesNotFitOnTheDiskIsRefusedWhole) {
     ASSERT_TRUE(log.Init());
     ASSERT_TRUE(log.Add(u"fits"_s));
     const QByteArray before = Read(LOG);
-    // The system ends a file at this size, as a full disk does, in the middle of a line.
-    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit unlimited{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    rlimit limit = unlimited;
-    limit.rlim_cur = static_cast<rlim_t>(before.size() + 5);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    const bool isWritten = log.Add(u"does not fit"_s);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    EXPECT_FALSE(isWritten);
+    {
+        const FullDisk disk(before.size() + 5); // in the middle of the line
+        EXPECT_FALSE(log.Add(u"does not fit"_s));
+    }
     EXPECT_EQ(log.GetLastError(),
               u"CommandProtocol: Writing commandfile ZANControl/commandlog-10.0.0.1_5555.txt failed."_s);
     EXPECT_EQ(Read(LOG), before);
     EXPECT_TRUE(log.Add(u"fits again"_s));
     EXPECT_EQ(Read(LOG), before + "23:17:51:007:\tfits again\n");
-    std::signal(SIGXFSZ, previousHandler);
 }
 
 TEST_F(CommandLog, CopyWritesIntoTheSameFile) {

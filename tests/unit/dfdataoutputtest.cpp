@@ -1,6 +1,7 @@
 #include "zancommon/dfdataoutput.h"
 
 #include "support/eventloop.h"
+#include "support/fulldisk.h"
 #include "support/printing.h"
 #include "support/pseudoterminal.h"
 #include "support/tracelines.h"
@@ -25,9 +26,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <functional>
 #include <initializer_list>
 #include <limits>
@@ -82,28 +80,6 @@ void Overwrite(const QString& name, const QByteArray& bytes) {
     QFile file(name);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
 }
-
-/// No file grows beyond a number of bytes while it lives: what a program sees of a full disk.
-class FullDisk {
-public:
-    explicit FullDisk(qint64 size)
-        : m_pOldHandler(std::signal(SIGXFSZ, SIG_IGN)) {
-        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_oldLimit), 0);
-        rlimit limit = m_oldLimit;
-        limit.rlim_cur = static_cast<rlim_t>(size);
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &m_oldLimit);
-        std::signal(SIGXFSZ, m_pOldHandler);
-    }
-
-private:
-    void (*m_pOldHandler)(int);
-    rlimit m_oldLimit{};
-};
 
 /// Counts the timer events of an object.
 class TimerEvents : public QObject {

@@ -1,5 +1,6 @@
 #include "zanstation/recordingwriter.h"
 
+#include "support/fulldisk.h"
 #include "support/printing.h"
 #include "zanstation/recordingreader.h"
 
@@ -10,12 +11,11 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cmath>
-#include <csignal>
 #include <limits>
+#include <memory>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -259,14 +259,8 @@ TEST_F(RecordingWriterTest, WithoutARecordingBegunNothingIsWritten) {
 
 TEST_F(RecordingWriterTest, AFullDiskIsReportedAndLeavesTheFormerFile) {
     const QByteArray row = Written(FULL);
-    // A limit on the size of files stands for the full disk.
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit former{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &former), 0);
-    rlimit limit = former;
     for (const int rowCount : {100, 10000}) { // fails when the buffer is written out at last, and before
-        limit.rlim_cur = 4096;
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        auto disk = std::make_unique<FullDisk>(4096);
         RecordingWriter writer;
         ASSERT_TRUE(writer.Open(m_name));
         int written = 0;
@@ -274,7 +268,7 @@ TEST_F(RecordingWriterTest, AFullDiskIsReportedAndLeavesTheFormerFile) {
             ++written;
         }
         const bool committed = writer.Commit();
-        setrlimit(RLIMIT_FSIZE, &former);
+        disk.reset();
         EXPECT_EQ(written == rowCount, rowCount == 100);
         EXPECT_FALSE(committed);
         EXPECT_TRUE(writer.GetErrorText().startsWith(m_name + u": cannot be written: "_s));
