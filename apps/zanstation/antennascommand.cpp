@@ -61,6 +61,12 @@ public:
             TakeOver(*repaired);
         }
         Save();
+        // An antenna that is supported as it was used may not be so over all that it covers.
+        QString verdict;
+        if (isRepaired && !characteristics.CheckAntennaSetupValidity(&m_list, verdict)) {
+            Console::Print(verdict);
+            return EXIT_FAILED;
+        }
         return isRepaired ? EXIT_OK : EXIT_FAILED;
     }
 

@@ -51,9 +51,9 @@ private:
     std::optional<DFDataOutput::Burst> m_burst;
     std::optional<DriverReceiver> m_receiver;
     std::optional<CommandProtocol> m_commandLog;
+    std::optional<ReplayDriver> m_driver; // outlives the adapter, which it is given
     KvZANCommon::LegacyDriverAdapter m_adapter;
     KvZANCommon::IDriver& m_device = m_adapter; // what the application knows of the driver
-    std::optional<ReplayDriver> m_driver;
     QString m_reportedProblem;
     bool m_isCommandLogBroken = false;
     bool m_hasFailed = false;

@@ -64,10 +64,13 @@ int PrintReception(const ZANCharacteristics& characteristics, const AntennaData&
                       FormatBandwidths(characteristics.GetRealtimeBandwidths(mode, start, stop)));
         return EXIT_FAILED;
     }
-    const auto* const row = std::ranges::find(ZANCharacteristics::s_aSampleModeDescription, sampleMode,
-                                              &ZANCharacteristics::SampleModeDescription::sampleMode);
+    // One that is wanted is met to the letter.
+    const double sampled =
+        characteristics.GetRealtimeBandwidths(mode, start, stop).contains(realtimeBandwidth)
+            ? realtimeBandwidth
+            : characteristics.GetDefaultRealtimeBandwidth(mode, start, stop);
     PrintLine(u"sample mode"_s, QString::number(sampleMode) + u", realtime bandwidth "_s +
-                                    ZANCharacteristics::FormatBandwidth(row->realtimeBandwidth, 3, false));
+                                    ZANCharacteristics::FormatBandwidth(sampled, 3, false));
     PrintLine(u"resolution"_s, FormatBandwidths(characteristics.GetResolutionBandwidths(mode, start, stop,
                                                                                         realtimeBandwidth)));
     return EXIT_OK;

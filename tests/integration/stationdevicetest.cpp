@@ -102,6 +102,27 @@ TEST_F(StationDevice, TellsWhyAnAntennaIsNotSupported) {
     }
 }
 
+TEST_F(StationDevice, RealtimeBandwidthIsThatOfTheDeviceWhereSampleModesShareTheirNumber) {
+    Run(u"device"_s);
+    Edit("DevType=ZANTIDE", "DevType=ZANMOSS");
+    Edit("ConverterTypeName=RCV03", "ConverterTypeName=RCV04");
+    const StationResult result = Run(u"tune --mode scan --frequency 500M"_s);
+    EXPECT_EQ(Line(result, u"sample mode"_s), u"1000, realtime bandwidth 200 kHz"_s)
+        << result.out.toStdString();
+}
+
+TEST_F(StationDevice, RepairThatLeavesTheSetupInvalidSaysSo) {
+    Run(u"device"_s);
+    // Supported up to 30 MHz, and covering more.
+    Edit("MaxFreq=30000000.000", "MaxFreq=40000000.000");
+    Edit("MaxRange=30000000.000", "MaxRange=20000000.000");
+    const StationResult result = Run(u"antennas repair"_s);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.out.endsWith(u"installed options. It must be disabled.\n"_s))
+        << result.out.toStdString();
+    EXPECT_EQ(Run(u"antennas check"_s).exitCode, 1);
+}
+
 TEST_F(StationDevice, UnknownDeviceTypeIsTold) {
     Run(u"device"_s);
     Edit("DevType=ZANTIDE", "DevType=OTHER");

@@ -181,8 +181,8 @@ public:
     /// \param list    null: the device's own antennas
     /// \param message the verdict in one translated sentence
     [[nodiscard]] virtual bool CheckAntennaSetupValidity(const AntennaDataList* list, QString& message) const;
-    /// Repairs the device's own setup when it is not valid: enables what is supported over its whole
-    /// coverage, and then cuts or disables what overlaps or leaves a gap. The repaired antennas replace those
+    /// Repairs the device's own setup when it is not valid: enables what is supported as it is used, for all
+    /// that it covers, and then cuts or disables what overlaps or leaves a gap. The repaired antennas replace those
     /// in the tree, and the modify time of the configuration is set (local time as ddMMyyhhmmss), so that
     /// every observer of it reads them. Nothing is changed when no antenna is supported.
     /// \param message what was done, in one translated sentence
