@@ -73,7 +73,7 @@ int main(int argc, char** argv) {
     {
         DFDataOutput output(u"DF data"_s); // file and interval come from the settings
         auto* azimuth = Tree::Instance()->Find<ValueBearing>(SERVER + u"/Res/DfR/Azimuth"_s);
-        for (const qint16 elevation : {100, 700}) { // tenths of a degree
+        for (const qint16 elevation : {qint16{100}, qint16{700}}) { // tenths of a degree
             BearingResult bearing;
             bearing.SetFrequency(start);
             bearing.SetAzimuth(715);

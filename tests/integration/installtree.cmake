@@ -1,0 +1,59 @@
+# Installs the project into a folder of its own and moves that folder to PREFIX, so that nothing depends on the place.
+# Then looks whether everything is there that an installed system needs. Others build and run against PREFIX.
+#
+# cmake -DBUILD=... -DSOURCE=... -DPREFIX=... -DVERSION=... -DLIBDIR=... -DINCLUDEDIR=... -DDATADIR=... -DMANDIR=...
+#       -P installtree.cmake
+
+cmake_minimum_required(VERSION 3.25)
+
+function(run)
+    execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
+    if(NOT result EQUAL 0)
+        list(JOIN ARGV " " command)
+        message(FATAL_ERROR "${command}\n${output}\n${error}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE ${PREFIX} ${PREFIX}.first)
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${PREFIX}.first)
+file(RENAME ${PREFIX}.first ${PREFIX})
+
+foreach(
+    file
+    bin/zanstation
+    ${LIBDIR}/libzancommon.so
+    ${LIBDIR}/libzanplatform.so
+    ${LIBDIR}/cmake/ZANCommon/ZANCommonConfig.cmake
+    ${LIBDIR}/cmake/ZANCommon/ZANCommonConfigVersion.cmake
+    ${LIBDIR}/cmake/ZANCommon/ZANCommonTargets.cmake
+    ${LIBDIR}/pkgconfig/zancommon.pc
+    ${INCLUDEDIR}/zancommon/zancommon_export.h
+    ${INCLUDEDIR}/zancommon/zanplatform_export.h
+    ${INCLUDEDIR}/zancommon/stddevicedefinition/stddevicedescriptors.def
+    ${INCLUDEDIR}/zancommon/valueframework/tree.h
+    ${INCLUDEDIR}/zancommon/zancommon/zancharacteristics.h
+    ${MANDIR}/man1/zanstation.1
+    ${DATADIR}/doc/zanstation/examples/Application.ini
+    ${DATADIR}/zancommon/translations/zancommon_de.qm)
+    if(NOT EXISTS ${PREFIX}/${file})
+        message(FATAL_ERROR "${file} is not installed.")
+    endif()
+endforeach()
+
+# What tells other projects where things are must not name the place where they were made.
+file(GLOB texts ${PREFIX}/${LIBDIR}/cmake/ZANCommon/* ${PREFIX}/${LIBDIR}/pkgconfig/*)
+foreach(text ${texts})
+    file(READ ${text} content)
+    foreach(folder ${BUILD} ${SOURCE} ${PREFIX}.first)
+        string(FIND "${content}" "${folder}/" at)
+        if(NOT at EQUAL -1)
+            message(FATAL_ERROR "${text} names ${folder}.")
+        endif()
+    endforeach()
+endforeach()
+
+run(${PREFIX}/bin/zanstation --version)
+if(NOT output STREQUAL "zanstation ${VERSION}\n")
+    message(FATAL_ERROR "zanstation --version prints ${output}")
+endif()
