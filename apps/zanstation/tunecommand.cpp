@@ -76,11 +76,15 @@ int PrintReception(const ZANCharacteristics& characteristics, const AntennaData&
     return EXIT_OK;
 }
 
+bool HasLimits(const ZANCharacteristics& characteristics, EOperationMode mode) {
+    return characteristics.GetMinFreq(mode) < characteristics.GetMaxFreq(mode);
+}
+
 QString DescribeLimits(const ZANCharacteristics& characteristics, EOperationMode mode) {
-    const double lowest = characteristics.GetMinFreq(mode);
-    const double highest = characteristics.GetMaxFreq(mode);
-    return lowest < highest ? u"the mode goes from "_s + Format(lowest) + u" to "_s + Format(highest)
-                            : u"the device serves no range in this mode"_s;
+    return HasLimits(characteristics, mode)
+               ? u"the mode goes from "_s + Format(characteristics.GetMinFreq(mode)) + u" to "_s +
+                     Format(characteristics.GetMaxFreq(mode))
+               : u"the device serves no range in this mode"_s;
 }
 
 int TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& request) {
@@ -98,8 +102,10 @@ int TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& reques
     double frequency = asked;
     const AntennaData* const antenna = characteristics.ToNextValidFrequency(mode, frequency, bandwidth);
     if (!antenna) {
-        return PrintFailure(u"no enabled antenna serves "_s + Format(inLimits) + u" in this mode; "_s +
-                            DescribeLimits(characteristics, mode));
+        return PrintFailure(HasLimits(characteristics, mode)
+                                ? u"no enabled antenna serves "_s + Format(inLimits) + u" in this mode; "_s +
+                                      DescribeLimits(characteristics, mode)
+                                : DescribeLimits(characteristics, mode));
     }
     if (hasBand && bandwidth > antenna->maxRange - antenna->minRange) {
         return PrintFailure(u"the band of "_s + Format(bandwidth) + u" is wider than the range of "_s +

@@ -1,0 +1,53 @@
+// What an observer of a value hears, and what it does not.
+
+#include <stddevicedefinition/stddevicedescriptors.h>
+#include <valueframework/tree.h>
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+class HeadingDisplay : public IObserver {
+public:
+    explicit HeadingDisplay(ValueNumericInt* heading)
+        : m_heading(heading) {
+        heading->AddObserver(this);
+    }
+
+    void Update(Observable* /*subject*/, TChangeCode code) override {
+        if (code == TChangeCode::GoingAway) {
+            std::printf("going away\n");
+        } else if (m_heading->GetState() == TValueState::NotMeasured) {
+            std::printf("not measured\n");
+        } else {
+            std::printf("%.1f degrees\n", m_heading->GetValue() / 10.0);
+        }
+    }
+
+private:
+    ObservablePtr<ValueNumericInt> m_heading; // null once the value is gone
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    StdDeviceDefinition::CreateBranch(StdDeviceDefinition::EBranch::SERVER, QStringLiteral("/ZANServer"));
+    Tree& tree = *Tree::Instance();
+
+    auto* heading = tree.Find<ValueNumericInt>(QStringLiteral("/ZANServer/Res/HeaR/TrueHeading"));
+    HeadingDisplay display(heading);
+
+    heading->SetValue(715, nullptr);  // 71.5 degrees
+    heading->SetValue(715, nullptr);  // nothing: it is 715 already
+    heading->SetValue(900, &display); // nothing: the display has caused it
+    if (!heading->SetValue(3600, nullptr)) {
+        std::printf("3600 is refused, %d stays\n", heading->GetValue());
+    }
+    heading->SetState(TValueState::NotMeasured, nullptr); // not measured
+
+    tree.Remove(tree.GetNode(QStringLiteral("/ZANServer"))); // going away
+    return 0;
+}
