@@ -219,6 +219,7 @@ TEST_F(Hub, ValueThatGoesAwayIsForgotten) {
     manager.CreateMshReceiver({});
     TakeCalls();
     Tree::Instance()->Remove(m_pHighest);
+    EXPECT_EQ(m_pLowest->GetObserverCount(), 1U) << "the other one is still of interest";
     m_pLowest->SetValue(40e6, nullptr);
     EXPECT_EQ(TakeCalls(), QStringList());
     Tree::Instance()->Remove(m_pLowest);

@@ -350,6 +350,16 @@ TEST_F(CommandLog, LogThatSomebodyRemovedCannotBecomeABackup) {
               u"CommandProtocol::BackupFile: file <ZANControl/"_s + LOG + u"> does not exist."_s);
 }
 
+TEST_F(CommandLog, EachLineHasItsTimeToTheMillisecond) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    m_clock.now += 980; // 51.987
+    ASSERT_TRUE(log.Add(u"in the same second"_s));
+    m_clock.now += 13; // 52.000
+    ASSERT_TRUE(log.Add(u"in the next"_s));
+    EXPECT_EQ(Read(LOG), HEADER + "23:17:51:987:\tin the same second\n23:17:52:000:\tin the next\n");
+}
+
 TEST_F(CommandLog, LineThatDoesNotFitOnTheDiskIsRefusedWhole) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());

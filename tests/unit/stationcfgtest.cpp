@@ -144,6 +144,13 @@ TEST_F(StationCfgTest, CountThatCannotBeTrueIsReportedAndNoStationIsLost) {
     }
 }
 
+TEST_F(StationCfgTest, CountThatCannotBeTrueIsNoneWithoutASection) {
+    settings.Write("[ZANStations]\nCount=two\n");
+    EXPECT_EQ(MarkOf(u"a"_s, true), u"(none)"_s);
+    EXPECT_EQ(Stored(u"ZANStation0/DeviceAddress"_s), u"a"_s);
+    EXPECT_EQ(Stored(u"Count"_s), u"1"_s);
+}
+
 TEST_F(StationCfgTest, CountThatCanBeTrueIsTakenAsItStands) {
     settings.Write("[ZANStations]\nCount=10000\n[ZANStations/ZANStation9999]\nDeviceAddress=a\nMark=far\n");
     EXPECT_EQ(MarkOf(u"a"_s), u"far"_s);
