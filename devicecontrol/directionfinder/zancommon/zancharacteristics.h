@@ -182,11 +182,10 @@ public:
     /// \param message the verdict in one translated sentence
     [[nodiscard]] virtual bool CheckAntennaSetupValidity(const AntennaDataList* list, QString& message) const;
     /// Repairs the device's own setup when it is not valid: enables what is supported as it is used, for all
-    /// that it covers, and then cuts or disables what overlaps or leaves a gap. The repaired antennas replace those
-    /// in the tree, and the modify time of the configuration is set (local time as ddMMyyhhmmss), so that
-    /// every observer of it reads them. Nothing is changed when no antenna is supported.
-    /// \param message what was done, in one translated sentence
-    /// \return false when no antenna is supported
+    /// that it covers, and then cuts or disables what overlaps or leaves a gap. The repaired antennas replace
+    /// those in the tree, and the modify time of the configuration is set (local time as ddMMyyhhmmss), so
+    /// that every observer of it reads them. Nothing is changed when no antenna is supported. \param message
+    /// what was done, in one translated sentence \return false when no antenna is supported
     virtual bool MakeAntennaSetupValid(QString& message);
     /// Polarisations that the enabled switchable antennas have at a frequency, each once, in list order.
     /// \param secondFrequency above 0: the antennas must reach it too
