@@ -210,6 +210,12 @@ TEST_F(Hub, RangeFollowsItsTwoValues) {
         m_pLowest->SetValue(each.lowest, nullptr);
         EXPECT_EQ(TakeCalls(), each.calls) << each.lowest << " to " << each.highest;
     }
+    m_pLowest->SetValue(0.0, nullptr);
+    m_pHighest->SetValue(1e9, nullptr);
+    EXPECT_EQ(TakeCalls(), QStringList()) << "a range that begins at 0 is none";
+    m_pLowest->SetValue(9000.0, nullptr);
+    m_pHighest->SetValue(3.6e9, nullptr);
+    TakeCalls();
     m_pHighest->HasChanged(TChangeCode::ListReplaced, nullptr);
     EXPECT_EQ(TakeCalls(), QStringList{u"1 SetFrequencyRange 9000,3600000000"_s}) << "any notice counts";
 }

@@ -697,4 +697,22 @@ TEST_F(CharacteristicsAdjustments, ARangeOnASharedEdgeBelongsToTheAntennaThatEnd
     EXPECT_EQ(start, 30e6);
 }
 
+TEST_F(CharacteristicsAdjustments, ARangeThatEndsOnASharedEdgeStaysWithTheAntennaThatEndsThere) {
+    ZANCharacteristics& characteristics =
+        Connect({Polarised(Antenna(1, u"RCV03"_s, 20e6, 30e6), POLARISATION_VERTICAL),
+                 Polarised(Antenna(2, u"RCV03"_s, 30e6, 40e6), POLARISATION_VERTICAL)});
+    for (const auto adjustMode : {ZANCharacteristics::ADJUST_UP, ZANCharacteristics::ADJUST_DOWN}) {
+        double start = 25e6;
+        double stop = 30e6;
+        double realtimeBandwidth = ZANCharacteristics::fBANDWIDTH_ANY;
+        double unused = 0.0;
+        const AntennaData* const antenna = characteristics.ToNextValidFrequencyRange(
+            OPMODE_SCAN, start, stop, realtimeBandwidth, unused, adjustMode);
+        ASSERT_NE(antenna, nullptr);
+        EXPECT_EQ(antenna->handle, 1);
+        EXPECT_EQ(start, 25e6);
+        EXPECT_EQ(stop, 30e6);
+    }
+}
+
 } // namespace
