@@ -37,13 +37,7 @@ bool IsBefore(const AntennaData& a, const AntennaData& b) {
     if (b.minFreq > a.minFreq && b.maxFreq >= a.maxFreq) {
         return true;
     }
-    if (a.minFreq > b.minFreq && a.maxFreq > b.maxFreq) {
-        return false;
-    }
-    if (b.maxFreq < a.maxFreq) {
-        return false;
-    }
-    return a.name < b.name;
+    return !(b.maxFreq < a.maxFreq) && a.name < b.name;
 }
 
 /// The families whose compass is never switched on by default.
