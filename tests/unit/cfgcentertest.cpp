@@ -5,6 +5,7 @@
 #include "support/printing.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -566,6 +567,10 @@ TEST_F(CfgCenterTest, EarlierCopyIsNeverOverwrittenAndTheSameContentIsKeptOnce) 
     EXPECT_EQ(ReadFile(u"Application.ini.damaged-2"_s), "damaged");
     CfgCenter::Close();
     WriteFile("damaged");
+    QFile later(Path(u"Application.ini"_s)); // else Qt takes it for the file that it knows
+    ASSERT_TRUE(later.open(QFile::ReadWrite));
+    ASSERT_TRUE(later.setFileTime(QDateTime::currentDateTime().addSecs(10), QFile::FileModificationTime));
+    later.close();
     Open();
     EXPECT_EQ(Files().size(), 3);
     CfgCenter::Close();
