@@ -61,13 +61,16 @@ public:
             TakeOver(*repaired);
         }
         Save();
+        if (!isRepaired) {
+            return EXIT_FAILED;
+        }
         // An antenna that is supported as it was used may not be so over all that it covers.
         QString verdict;
-        if (isRepaired && !characteristics.CheckAntennaSetupValidity(&m_list, verdict)) {
+        if (!characteristics.CheckAntennaSetupValidity(&m_list, verdict)) {
             Console::Print(verdict);
             return EXIT_FAILED;
         }
-        return isRepaired ? EXIT_OK : EXIT_FAILED;
+        return EXIT_OK;
     }
 
     /// Enables or disables all entries of an antenna. One whose range was collapsed when it was disabled is

@@ -57,6 +57,22 @@ TEST(DriverFault, DriverThatDeliversFromFourThreadsAtOnceLosesNothing) {
     }
 }
 
+TEST(DriverFault, WhatHasBeenWaitingIsPassedOnInOneGo) {
+    DriverReceiver receiver(u"waiting"_s);
+    KvZANCommon::LegacyDriverAdapter adapter;
+    adapter.SetCallback(&receiver);
+    QString order;
+    QObject::connect(&receiver, &DriverReceiver::PassingOnBegins, &receiver, [&] { order += u'('; });
+    QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver,
+                     [&](BearingBlock&) { order += u'.'; });
+    QObject::connect(&receiver, &DriverReceiver::PassingOnEnds, &receiver, [&] { order += u')'; });
+    Deliver(adapter, 0, 3);
+    receiver.PassOnWaiting();
+    Deliver(adapter, 0, 1);
+    receiver.PassOnWaiting();
+    EXPECT_EQ(order, u"(...)(.)"_s);
+}
+
 TEST(DriverFault, WhatADriverDeliversBeforeItHasACallbackIsLeftOut) {
     KvZANCommon::LegacyDriverAdapter adapter;
     Deliver(adapter, 0, 10);

@@ -22,8 +22,8 @@ bool IsTieRoundedDown(double value, int precision) {
 }
 
 /// Prints a number whose last digit is beyond doubt with integers, which is several times as fast as the
-/// exact arithmetic of std::to_chars. \return behind the last character; null when the number is too large or
-/// too near to the middle of two digits
+/// exact arithmetic of std::to_chars. Returns the place behind the last character; null when the number is
+/// too large or too near to the middle of two digits.
 char* PrintCertain(char* begin, char* end, double value, int precision) {
     constexpr std::array UNITS{1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
     // Below the bound the product is off by less than the margin.

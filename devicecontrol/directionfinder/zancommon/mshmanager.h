@@ -44,9 +44,9 @@ public:
     /// As `CreateMshSender`, when the settings say so (see `CreateMshReceiverIfConfigured`).
     void CreateMshSenderIfConfigured(const QString& name, QToolBar* toolBar, const QString& cfgKey,
                                      bool defaultValue);
-    /// Leaves the hub in one role; nothing without it.
+    /// Leaves the hub as a receiver; nothing when it is none.
     void DestroyMshReceiver();
-    /// Leaves the hub in one role; nothing without it.
+    /// Leaves the hub as a sender; nothing when it is none.
     void DestroyMshSender();
 
     [[nodiscard]] bool IsReceiver() const { return m_pReceiver != nullptr; }
