@@ -1,8 +1,8 @@
-#include "zanstation/doctorcommand.h"
-
 #include "tolmappstartup/cfgcenter.h"
 #include "zancommon/zanserverorb.h"
 #include "zanstation/broker.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/station.h"
@@ -78,9 +78,9 @@ Finding ExamineHubClient() {
     return {Verdict::Ok, u"found"_s};
 }
 
-} // namespace
-
-int RunDoctor(const QString& configDirectory) {
+/// Prints what works on this machine: settings, device setup, serial ports, broker and hub client. Returns
+/// the exit code: failed when something is broken; what is merely absent does not count.
+int PrintFindings(const QString& configDirectory) {
     using NamedFinding = std::pair<QString, Finding>;
     const std::array findings{
         NamedFinding{u"settings"_s, ExamineSettings(configDirectory)},
@@ -100,4 +100,16 @@ int RunDoctor(const QString& configDirectory) {
         }
     }
     return exitCode;
+}
+
+} // namespace
+
+int Commands::Doctor(const QStringList& arguments) {
+    CommandLine line(u"doctor"_s, u"Tells what works on this machine. Fails when something is broken."_s,
+                     {CommandLine::ComponentsOption()});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    line.TakeComponentDirectory();
+    return line.WithStation([&line] { return PrintFindings(*line.Text(u"config"_s)); });
 }
