@@ -1,4 +1,5 @@
 #include "zancommon/antennadatalist.h"
+#include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
@@ -6,6 +7,9 @@
 #include "zanstation/frequencytext.h"
 #include "zanstation/station.h"
 #include "zanstation/table.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
 
 #include <algorithm>
 #include <array>
@@ -31,12 +35,16 @@ bool IsSameEntry(const AntennaData& a, const AntennaData& b) {
 /// The setup in the settings of the station.
 class AntennaSetup {
 public:
-    AntennaSetup()
-        : m_address(Station::GetDeviceAddress()) {
+    explicit AntennaSetup(bool asJson)
+        : m_asJson(asJson)
+        , m_address(Station::GetDeviceAddress()) {
         m_list.BuildAntennasFromCfg(m_address);
     }
 
     void Print() const {
+        if (m_asJson) {
+            return; // the document lists them in any case
+        }
         Table table({u"antenna"_s, u"enabled"_s, u"range"_s, u"covers"_s, u"converter"_s});
         for (const auto& antenna : m_list.GetAntennas()) {
             table.Add({antenna->name, antenna->enabled ? u"yes"_s : u"no"_s,
@@ -48,10 +56,11 @@ public:
     }
 
     /// Says whether the setup is valid; returns the exit code.
-    [[nodiscard]] int Check() const {
+    [[nodiscard]] int Check() {
         QString verdict;
         const bool isValid = Station::GetCharacteristics().CheckAntennaSetupValidity(&m_list, verdict);
-        Console::Print(verdict);
+        Say(verdict);
+        PrintDocument(isValid, verdict);
         return isValid ? EXIT_OK : EXIT_FAILED;
     }
 
@@ -59,21 +68,19 @@ public:
         ZANCharacteristics& characteristics = Station::GetCharacteristics();
         QString message;
         const bool isRepaired = characteristics.MakeAntennaSetupValid(message);
-        Console::Print(message);
+        Say(message);
         for (int i = 0; const AntennaData* repaired = characteristics.GetAntennaByIndex(i); ++i) {
             TakeOver(*repaired);
         }
         Save();
-        if (!isRepaired) {
-            return EXIT_FAILED;
-        }
         // An antenna that is supported as it was used may not be so over all that it covers.
         QString verdict;
-        if (!characteristics.CheckAntennaSetupValidity(&m_list, verdict)) {
-            Console::Print(verdict);
-            return EXIT_FAILED;
+        const bool isValid = isRepaired && characteristics.CheckAntennaSetupValidity(&m_list, verdict);
+        if (isRepaired && !isValid) {
+            Say(verdict);
         }
-        return EXIT_OK;
+        PrintDocument(isValid, isValid || verdict.isEmpty() ? message : verdict);
+        return isValid ? EXIT_OK : EXIT_FAILED;
     }
 
     /// Enables or disables all entries of an antenna. One whose range was collapsed when it was disabled is
@@ -143,9 +150,34 @@ private:
             antenna->minRange = repaired.minRange;
             antenna->maxRange = repaired.maxRange;
             if (const QString after = DescribeUse(*antenna); after != before) {
-                Console::Print(antenna->name + u": "_s + before + u" -> "_s + after);
+                Say(antenna->name + u": "_s + before + u" -> "_s + after);
+                m_changes.append(AntennaJson::Describe(*antenna));
             }
         }
+    }
+
+    void Say(const QString& text) const {
+        if (!m_asJson) {
+            Console::Print(text);
+        }
+    }
+
+    /// For programs: the setup as it is now, the verdict on it, and the antennas that a repair has changed.
+    void PrintDocument(bool isValid, const QString& verdict) const {
+        if (!m_asJson) {
+            return;
+        }
+        QJsonArray antennas;
+        for (const auto& antenna : m_list.GetAntennas()) {
+            QJsonObject object = AntennaJson::Describe(*antenna);
+            object[u"covers_from_hz"_s] = antenna->minFreq;
+            object[u"covers_to_hz"_s] = antenna->maxFreq;
+            antennas.append(object);
+        }
+        Console::PrintJson(QJsonDocument(QJsonObject{{u"valid"_s, isValid},
+                                                 {u"verdict"_s, verdict},
+                                                 {u"antennas"_s, antennas},
+                                                 {u"repaired"_s, m_changes}}));
     }
 
     void Save() {
@@ -158,8 +190,10 @@ private:
         return Check();
     }
 
+    bool m_asJson;
     QString m_address;
     AntennaDataList m_list;
+    QJsonArray m_changes; // by a repair
 };
 
 /// The action of a name; null when there is none.
@@ -178,9 +212,9 @@ const Action* FindAction(const QString& name) {
 
 /// Carries out an action on the station that was started. Returns the exit code: failed when the setup is not
 /// valid afterwards, or when nothing could be done; wrong usage for a range that is none.
-int CarryOut(const QStringList& actionAndArguments) {
+int CarryOut(const QStringList& actionAndArguments, bool asJson) {
     const QString& action = actionAndArguments.at(0);
-    AntennaSetup setup;
+    AntennaSetup setup(asJson);
     if (action == u"list") {
         setup.Print();
         return setup.Check();
@@ -205,7 +239,7 @@ int Commands::Antennas(const QStringList& arguments) {
     CommandLine line(u"antennas"_s,
                      u"Works on the antenna setup in the station's settings. Fails when the setup is not "
                      "valid."_s,
-                     {}, actions);
+                     {CommandLine::JsonOption()}, actions);
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
@@ -213,5 +247,5 @@ int Commands::Antennas(const QStringList& arguments) {
     if (!action || line.Positional().size() != 1 + action->argumentCount) {
         return CommandLine::Refuse(u"what shall be done? "_s + actions);
     }
-    return line.WithStation([&line] { return CarryOut(line.Positional()); });
+    return line.WithStation([&line] { return CarryOut(line.Positional(), line.AsJson()); });
 }

@@ -273,10 +273,7 @@ bool Print(const QString& tableName, bool asJson) {
         return false;
     }
     if (asJson) {
-        const QByteArray json = QJsonDocument(catalogue->rows()).toJson();
-        for (const QString& line : QString::fromUtf8(json).trimmed().split(u'\n')) {
-            Console::Print(line);
-        }
+        Console::PrintJson(QJsonDocument(catalogue->rows()));
     } else {
         PrintTable(*catalogue);
     }
@@ -288,12 +285,11 @@ bool Print(const QString& tableName, bool asJson) {
 int Commands::Catalogue(const QStringList& arguments) {
     const QString tables = GetTableNames().join(u'|');
     CommandLine line(u"catalogue"_s, u"Prints a table of the device catalogue."_s,
-                     {{u"json"_s, u"For programs: an array of objects, frequencies and bandwidths in Hz."_s}},
-                     tables);
+                     {CommandLine::JsonOption()}, tables);
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
-    if (line.Positional().size() != 1 || !Print(line.Positional().constFirst(), line.IsSet(u"json"_s))) {
+    if (line.Positional().size() != 1 || !Print(line.Positional().constFirst(), line.AsJson())) {
         return CommandLine::Refuse(u"which table? "_s + tables);
     }
     return EXIT_OK;

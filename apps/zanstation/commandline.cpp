@@ -2,6 +2,7 @@
 
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
+#include "zanstation/configdirectory.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/frequencytext.h"
 #include "zanstation/station.h"
@@ -9,7 +10,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QStandardPaths>
 #include <QTextStream>
 
 using namespace Qt::StringLiterals;
@@ -22,8 +22,9 @@ CommandLine::CommandLine(const QString& command, const QString& description,
     m_parser.setApplicationDescription(description);
     m_parser.addOptions(options);
     m_parser.addOption({{u"h"_s, u"help"_s}, u"Tells the options of this command."_s});
-    m_parser.addOption({u"config"_s, u"Directory of the settings."_s, u"DIR"_s,
-                        QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)});
+    m_parser.addOption({u"config"_s, u"Directory of the settings."_s, u"DIR"_s});
+    m_parser.addOption(
+        {u"quiet"_s, u"Tells errors only: no warnings, no progress, and no summary of what was done."_s});
     m_parser.addOption({u"option"_s,
                         u"Application option, NAME or NAME=VALUE. Progress=true shows the progress bar even "
                         "where nobody watches, Trace=true the whole trace."_s,
@@ -41,6 +42,9 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
     }
     if (!m_takesArguments && !Positional().isEmpty()) {
         return Refuse(u"what is '%1' for?"_s.arg(Positional().constFirst()));
+    }
+    if (m_parser.isSet(u"quiet"_s)) {
+        Console::BeQuiet();
     }
     for (const QString& option : m_parser.values(u"option"_s)) {
         if (!AppOptions::SetOption(option)) {
@@ -71,8 +75,19 @@ bool CommandLine::Frequency(const QString& name, std::optional<double>& frequenc
     return frequency.has_value();
 }
 
+QString CommandLine::GetConfigDirectory() const {
+    const std::optional<QString> given = Text(u"config"_s);
+    return given ? QFileInfo(*given).absoluteFilePath() : GetDefaultConfigDirectory();
+}
+
 bool CommandLine::OpenStore() const {
-    if (!CfgCenter::SetConfigDirectory(m_parser.value(u"config"_s))) {
+    const QString directory = GetConfigDirectory();
+    if (directory.isEmpty()) {
+        Console::Error(u"there is no directory for the settings: neither HOME nor XDG_CONFIG_HOME names one; "
+                       "name it with --config"_s);
+        return false;
+    }
+    if (!CfgCenter::SetConfigDirectory(directory)) {
         Console::Error(CfgCenter::GetLastError());
         return false;
     }
@@ -89,6 +104,14 @@ int CommandLine::WithStation(const std::function<int()>& work) const {
         exitCode = work();
     }
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
+}
+
+QCommandLineOption CommandLine::JsonOption() {
+    return {u"json"_s, u"For programs: one JSON document, with frequencies and bandwidths in Hz."_s};
+}
+
+bool CommandLine::AsJson() const {
+    return m_parser.isSet(u"json"_s);
 }
 
 QCommandLineOption CommandLine::ComponentsOption() {

@@ -37,10 +37,17 @@ public:
     /// when it is none.
     bool Frequency(const QString& name, std::optional<double>& frequency) const;
 
+    /// The directory of the settings: an absolute path, or empty when there is none.
+    [[nodiscard]] QString GetConfigDirectory() const;
     /// Opens the settings. False, with a message, when they cannot be had.
     [[nodiscard]] bool OpenStore() const;
     /// Does something with the station that the settings describe. Returns the exit code.
     [[nodiscard]] int WithStation(const std::function<int()>& work) const;
+
+    /// For the commands that have something for programs.
+    static QCommandLineOption JsonOption();
+    /// Whether that option is given.
+    [[nodiscard]] bool AsJson() const;
 
     /// For the commands that load components.
     static QCommandLineOption ComponentsOption();

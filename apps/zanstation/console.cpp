@@ -1,5 +1,8 @@
 #include "zanstation/console.h"
 
+#include <QJsonArray>
+#include <QJsonObject>
+
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -9,6 +12,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 bool isProgressShown = false;
+bool isQuiet = false;
 
 /// Texts from recordings and settings may hold anything: control characters must not reach the terminal.
 QByteArray Printable(QString text) {
@@ -27,6 +31,27 @@ void WriteToStandardError(const QString& text) {
     std::fprintf(stderr, "zanstation: %s\n", Printable(text).constData());
 }
 
+QJsonValue WithoutSignOfZero(const QJsonValue& value) {
+    if (value.isDouble()) {
+        return value.toDouble() == 0.0 ? QJsonValue(0) : value;
+    }
+    if (value.isArray()) {
+        QJsonArray array;
+        for (const auto element : value.toArray()) {
+            array.append(WithoutSignOfZero(element));
+        }
+        return array;
+    }
+    if (value.isObject()) {
+        QJsonObject object = value.toObject();
+        for (auto member = object.begin(); member != object.end(); ++member) {
+            *member = WithoutSignOfZero(*member);
+        }
+        return object;
+    }
+    return value;
+}
+
 } // namespace
 
 namespace Console {
@@ -35,12 +60,35 @@ void Print(const QString& line) {
     std::printf("%s\n", Printable(line).constData());
 }
 
+void PrintJson(const QJsonDocument& document) {
+    const QJsonDocument clean = document.isArray()
+                                    ? QJsonDocument(WithoutSignOfZero(document.array()).toArray())
+                                    : QJsonDocument(WithoutSignOfZero(document.object()).toObject());
+    std::printf("%s", clean.toJson().constData());
+}
+
+void Tell(const QString& line) {
+    if (!isQuiet) {
+        Print(line);
+    }
+}
+
 void Warn(const QString& text) {
-    WriteToStandardError(u"warning: "_s + text);
+    if (!isQuiet) {
+        WriteToStandardError(u"warning: "_s + text);
+    }
 }
 
 void Error(const QString& text) {
     WriteToStandardError(text);
+}
+
+void BeQuiet() {
+    isQuiet = true;
+}
+
+bool IsQuiet() {
+    return isQuiet;
 }
 
 bool IsTerminal() {

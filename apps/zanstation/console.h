@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonDocument>
 #include <QString>
 
 /// What the station says to the person who started it: results on standard output, everything else on
@@ -8,10 +9,18 @@ namespace Console {
 
 /// A line on standard output.
 void Print(const QString& line);
-/// "zanstation: warning: ..." on standard error.
+/// A document for programs on standard output. Zero has no sign there.
+void PrintJson(const QJsonDocument& document);
+/// A line about what was done, on standard output. Not said where the user wants it quiet.
+void Tell(const QString& line);
+/// "zanstation: warning: ..." on standard error. Not said where the user wants it quiet.
 void Warn(const QString& text);
 /// "zanstation: ..." on standard error.
 void Error(const QString& text);
+
+/// From now on only errors are told, and what was asked for.
+void BeQuiet();
+[[nodiscard]] bool IsQuiet();
 
 /// Whether somebody watches standard error.
 bool IsTerminal();

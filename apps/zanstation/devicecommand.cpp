@@ -4,6 +4,7 @@
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
@@ -14,9 +15,17 @@
 #include "zanstation/supportreason.h"
 #include "zanstation/table.h"
 
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <array>
+
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr std::array MODES{OPMODE_FFM,    OPMODE_WIDEBAND_FFM, OPMODE_SCAN,
+                           OPMODE_SEARCH, OPMODE_TDMA,         OPMODE_9};
 
 QString YesOrNo(bool yes) {
     return yes ? u"yes"_s : u"no"_s;
@@ -44,36 +53,97 @@ void PrintAntennas(const ZANCharacteristics& characteristics) {
 
 void PrintLimits(const ZANCharacteristics& characteristics) {
     Table table({u"mode"_s, u"lowest"_s, u"highest"_s});
-    for (const EOperationMode mode :
-         {OPMODE_FFM, OPMODE_WIDEBAND_FFM, OPMODE_SCAN, OPMODE_SEARCH, OPMODE_TDMA, OPMODE_9}) {
+    for (const EOperationMode mode : MODES) {
         table.Add({OperationModeText::Format(mode), FrequencyText::Format(characteristics.GetMinFreq(mode)),
                    FrequencyText::Format(characteristics.GetMaxFreq(mode))});
     }
     table.Print();
 }
 
-/// Prints what the device of the station is: type, options, antennas, limits per mode, and where the
-/// converters change.
+/// What the device of the station is, apart from its antennas and modes.
+struct DeviceSummary {
+    explicit DeviceSummary(const ZANCharacteristics& characteristics)
+        : type(Tree::Instance()
+                   ->Find<ValueString>(ZANPath::DEVICE_NODE.toString() +
+                                       StdDeviceDefinition::g_vdDevType.PathName())
+                   ->GetValue())
+        , channelCount(characteristics.GetMaxChannelCount())
+        , isSetupValid(characteristics.CheckAntennaSetupValidity(nullptr, verdict))
+        , isVuhfFixed(characteristics.GetConverterSwitchFreq(vuhfStart, hfEnd)) {}
+
+    QString address = StationCfg::GetStationAddress();
+    QString name = StationCfg::GetStationName();
+    QString type;
+    int channelCount;
+    QString verdict; // on the antenna setup
+    bool isSetupValid;
+    double vuhfStart = 0.0;
+    double hfEnd = 0.0;
+    bool isVuhfFixed;
+};
+
+/// For people: type, options, antennas, limits per mode, and where the converters change.
 void PrintDevice(const ZANCharacteristics& characteristics) {
-    const auto* const type = Tree::Instance()->Find<ValueString>(ZANPath::DEVICE_NODE.toString() +
-                                                                 StdDeviceDefinition::g_vdDevType.PathName());
-    PrintLine(u"device"_s, StationCfg::GetStationAddress() + u" ("_s + StationCfg::GetStationName() + u')');
-    PrintLine(u"type"_s, type->GetValue());
+    const DeviceSummary device(characteristics);
+    PrintLine(u"device"_s, device.address + u" ("_s + device.name + u')');
+    PrintLine(u"type"_s, device.type);
     PrintLine(u"options"_s, OrDash(ZANOptions::Instance()->GetOptionsAsString()));
-    PrintLine(u"channels"_s, QString::number(characteristics.GetMaxChannelCount()));
-    QString verdict;
-    static_cast<void>(characteristics.CheckAntennaSetupValidity(nullptr, verdict));
-    PrintLine(u"antenna setup"_s, verdict);
+    PrintLine(u"channels"_s, QString::number(device.channelCount));
+    PrintLine(u"antenna setup"_s, device.verdict);
     Console::Print({});
     PrintAntennas(characteristics);
     Console::Print({});
     PrintLimits(characteristics);
     Console::Print({});
-    double vuhfStart = 0.0;
-    double hfEnd = 0.0;
-    const bool isFixed = characteristics.GetConverterSwitchFreq(vuhfStart, hfEnd);
-    PrintLine(u"HF up to"_s, hfEnd > 0.0 ? FrequencyText::Format(hfEnd) : u"-"_s);
-    PrintLine(u"VUHF from"_s, isFixed ? FrequencyText::Format(vuhfStart) : u"-"_s);
+    PrintLine(u"HF up to"_s, device.hfEnd > 0.0 ? FrequencyText::Format(device.hfEnd) : u"-"_s);
+    PrintLine(u"VUHF from"_s, device.isVuhfFixed ? FrequencyText::Format(device.vuhfStart) : u"-"_s);
+}
+
+QJsonArray DescribeAntennas(const ZANCharacteristics& characteristics) {
+    QJsonArray antennas;
+    for (int i = 0; const AntennaData* antenna = characteristics.GetAntennaByIndex(i); ++i) {
+        QJsonObject object = AntennaJson::Describe(*antenna);
+        object[u"methods"_s] = QJsonArray::fromStringList(antenna->dfAlgorithms);
+        const QString problem = GetSupportProblem(characteristics, *antenna);
+        object[u"supported"_s] = problem.isEmpty();
+        if (!problem.isEmpty()) {
+            object[u"problem"_s] = problem;
+        }
+        antennas.append(object);
+    }
+    return antennas;
+}
+
+QJsonArray DescribeLimits(const ZANCharacteristics& characteristics) {
+    QJsonArray modes;
+    for (const EOperationMode mode : MODES) {
+        modes.append(QJsonObject{{u"mode"_s, OperationModeText::Format(mode)},
+                                 {u"lowest_hz"_s, characteristics.GetMinFreq(mode)},
+                                 {u"highest_hz"_s, characteristics.GetMaxFreq(mode)}});
+    }
+    return modes;
+}
+
+/// The same for programs.
+QJsonObject DescribeDevice(const ZANCharacteristics& characteristics) {
+    const DeviceSummary device(characteristics);
+    const QString options = ZANOptions::Instance()->GetOptionsAsString();
+    QJsonObject object{{u"address"_s, device.address},
+                       {u"name"_s, device.name},
+                       {u"type"_s, device.type},
+                       {u"options"_s, QJsonArray::fromStringList(options.split(u';', Qt::SkipEmptyParts))},
+                       {u"channels"_s, device.channelCount},
+                       {u"valid"_s, device.isSetupValid},
+                       {u"verdict"_s, device.verdict},
+                       {u"antennas"_s, DescribeAntennas(characteristics)},
+                       {u"modes"_s, DescribeLimits(characteristics)}};
+    if (device.hfEnd > 0.0) {
+        object[u"hf_up_to_hz"_s] = device.hfEnd;
+    }
+    if (device.isVuhfFixed) {
+        object[u"vuhf_from_hz"_s] = device.vuhfStart;
+    }
+    return object;
 }
 
 } // namespace
@@ -82,12 +152,17 @@ int Commands::Device(const QStringList& arguments) {
     CommandLine line(u"device"_s,
                      u"Prints what the station's device is: type, options, antennas and whether it supports "
                      "them, limits per mode, and where the converters change."_s,
-                     {});
+                     {CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
-    return line.WithStation([] {
-        PrintDevice(Station::GetCharacteristics());
+    return line.WithStation([&line] {
+        const ZANCharacteristics& characteristics = Station::GetCharacteristics();
+        if (line.AsJson()) {
+            Console::PrintJson(QJsonDocument(DescribeDevice(characteristics)));
+        } else {
+            PrintDevice(characteristics);
+        }
         return EXIT_OK;
     });
 }

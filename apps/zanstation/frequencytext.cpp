@@ -48,7 +48,7 @@ QString Format(double frequency) {
             return QString::number(frequency / unit.factor, 'g', DIGITS) + u' ' + unit.name.toString();
         }
     }
-    return QString::number(frequency, 'g', DIGITS) + u" Hz"_s;
+    return QString::number(frequency + 0.0, 'g', DIGITS) + u" Hz"_s; // the sum has no negative zero
 }
 
 QString FormatRange(double low, double high) {

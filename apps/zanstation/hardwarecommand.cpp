@@ -6,6 +6,8 @@
 #include "zanstation/exitcodes.h"
 #include "zanstation/table.h"
 
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QStringList>
 
 using namespace Qt::StringLiterals;
@@ -28,18 +30,36 @@ QString Describe(HwStatusTester::HwComponentState state) {
     return u"found, unknown"_s;
 }
 
+QJsonObject DescribeForPrograms(const QString& component, HwStatusTester::HwComponentState state) {
+    using H = HwStatusTester;
+    return {{u"name"_s, component},
+            {u"required"_s, state == H::RequiredInstalled || state == H::RequiredMissing},
+            {u"optional"_s, state == H::OptionalInstalled || state == H::OptionalMissing},
+            {u"found"_s, state != H::RequiredMissing && state != H::OptionalMissing}};
+}
+
 /// Prints the hardware components of the station's device: what is required and optional, found, missing and
 /// unknown. Returns the exit code: failed when a required component is missing.
-int PrintHardware() {
+int PrintHardware(bool asJson) {
     HwStatusTester hardware(ZANPath::SERVER.toString());
     hardware.ReadHwRequirementsFromTree();
     hardware.ReadHwListFromTree();
-    Table table({u"component"_s, u"state"_s});
-    for (const QString& component : hardware.GetAllComponents()) {
-        table.Add({component, Describe(hardware.GetComponentState(component))});
-    }
-    table.Print();
+    const std::set<QString> components = hardware.GetAllComponents();
     const std::set<QString> missing = hardware.FindMissingRequiredHardware();
+    if (asJson) {
+        QJsonArray array;
+        for (const QString& component : components) {
+            array.append(DescribeForPrograms(component, hardware.GetComponentState(component)));
+        }
+        Console::Print(
+            QJsonDocument(QJsonObject{{u"complete"_s, missing.empty()}, {u"components"_s, array}}));
+    } else {
+        Table table({u"component"_s, u"state"_s});
+        for (const QString& component : components) {
+            table.Add({component, Describe(hardware.GetComponentState(component))});
+        }
+        table.Print();
+    }
     if (!missing.empty()) {
         Console::Error(u"missing: "_s + QStringList(missing.begin(), missing.end()).join(u", "_s));
     }
@@ -52,9 +72,9 @@ int Commands::Hardware(const QStringList& arguments) {
     CommandLine line(u"hardware"_s,
                      u"Compares the components that the device reports with those that the settings require. "
                      "Fails when a required one is missing."_s,
-                     {});
+                     {CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
-    return line.WithStation(PrintHardware);
+    return line.WithStation([&line] { return PrintHardware(line.AsJson()); });
 }

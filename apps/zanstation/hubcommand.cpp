@@ -22,8 +22,8 @@ void Publish(QStringView name, double frequency) {
     }
 }
 
-/// Joins the message hub as a receiver or a sender, until the program is interrupted. Returns the exit code:
-/// failed when there is no client component; the message says where it was looked for.
+/// Joins the message hub as a receiver or a sender, until a signal ends the program. Returns the exit code:
+/// that of the signal, or failed when there is no client component; the message says where it was looked for.
 int JoinHub(bool asReceiver, const QString& name) {
     const ZANCharacteristics& characteristics = Station::GetCharacteristics();
     Publish(ZANValueName::SYSMINFREQ, characteristics.GetMinFreq(OPMODE_FFM));
@@ -31,7 +31,8 @@ int JoinHub(bool asReceiver, const QString& name) {
     Publish(ZANValueName::HANDOVERFREQUENCY, characteristics.GetMinFreq(OPMODE_FFM));
 
     const SignalWatcher watcher;
-    QObject::connect(&watcher, &SignalWatcher::Interrupted, &watcher, [] { QCoreApplication::quit(); });
+    QObject::connect(&watcher, &SignalWatcher::Interrupted, &watcher,
+                     [](int signal) { QCoreApplication::exit(ExitCodeOf(signal)); });
     MshManager manager;
     if (asReceiver) {
         manager.CreateMshReceiver(name);
@@ -42,9 +43,8 @@ int JoinHub(bool asReceiver, const QString& name) {
         Console::Error(u"there is no client of the message hub: "_s + CfgCenter::GetLastError());
         return EXIT_FAILED;
     }
-    Console::Print(asReceiver ? u"joined the hub as a receiver"_s : u"joined the hub as a sender"_s);
-    QCoreApplication::exec();
-    return EXIT_OK;
+    Console::Tell(asReceiver ? u"joined the hub as a receiver"_s : u"joined the hub as a sender"_s);
+    return QCoreApplication::exec();
 }
 
 } // namespace

@@ -1,17 +1,14 @@
-#include "kwbase/errorhandler.h"
-#include "tolmappstartup/appoptions.h"
 #include "zanstation/commands.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/stationtrace.h"
 
 #include <QCoreApplication>
-#include <QDebug>
-#include <QLocale>
 #include <QStringList>
 #include <QTextStream>
-#include <QTranslator>
 
 #include <algorithm>
 #include <array>
+#include <clocale>
 
 using namespace Qt::StringLiterals;
 
@@ -49,29 +46,12 @@ QString GetUsage() {
         usage += u"  "_s + command.name.toString().leftJustified(13) + command.summary.toString() + u'\n';
     }
     return usage + u"\n"
-                   "zanstation COMMAND --help tells the options of a command.\n"
+                   "zanstation help COMMAND (or COMMAND --help) tells the options of a command.\n"
                    "zanstation --version tells the version.\n"_s;
 }
 
 void Print(const QString& text) {
     QTextStream(stdout) << text;
-}
-
-/// Shows trace lines on standard error. The library traces every question that it has no sample mode for; the
-/// commands say that in their own words, so these lines are for those who ask for the whole trace.
-void ShowTrace() {
-    ErrorHandler::Instance().SetSink([](const QString& line) {
-        if (!line.contains("No sample mode matching"_L1) || AppOptions::GetBoolean(u"Trace"_s, false)) {
-            qInfo().noquote() << line;
-        }
-    });
-}
-
-/// Has the sentences of the library in the language of the user, where there is a translation.
-void InstallTranslation(QTranslator& translator) {
-    if (translator.load(QLocale(), u"zancommon"_s, u"_"_s, u":/translations"_s)) {
-        QCoreApplication::installTranslator(&translator);
-    }
 }
 
 } // namespace
@@ -80,24 +60,27 @@ int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"zanstation"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(ZAN_VERSION));
+    // The program speaks English, so the system's reasons within its sentences are English, too.
+    std::setlocale(LC_MESSAGES, "C");
 
-    const QStringList arguments = QCoreApplication::arguments();
-    const QString command = arguments.value(1);
-    if (command == u"--version" || command == u"-v") {
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.value(0) == u"--version" || arguments.value(0) == u"-v") {
         Print(u"zanstation "_s + QCoreApplication::applicationVersion() + u'\n');
         return EXIT_OK;
     }
-    if (command == u"--help" || command == u"-h") {
+    // "help COMMAND" is "COMMAND --help".
+    if (arguments.size() == 2 && arguments.constFirst() == u"help") {
+        arguments = {arguments.at(1), u"--help"_s};
+    }
+    const QString command = arguments.value(0);
+    if (command == u"--help" || command == u"-h" || arguments == QStringList{u"help"_s}) {
         Print(GetUsage());
         return EXIT_OK;
     }
-    const QStringList rest = QStringList(u"zanstation "_s + command) + arguments.mid(2);
     const auto* const found = std::ranges::find(COMMANDS, command, &Command::name);
     if (found != COMMANDS.end()) {
-        QTranslator translator;
-        InstallTranslation(translator);
-        ShowTrace();
-        return found->run(rest);
+        StationTrace::Show();
+        return found->run(QStringList(u"zanstation "_s + command) + arguments.mid(1));
     }
     QTextStream(stderr) << (command.isEmpty() ? QString() : u"zanstation: no command '%1'\n\n"_s.arg(command))
                         << GetUsage();

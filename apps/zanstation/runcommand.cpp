@@ -77,8 +77,8 @@ int RunCommand::Run() {
         Console::EndProgress();
     }
     PrintSummary();
-    if (m_isInterrupted) {
-        return EXIT_INTERRUPTED;
+    if (m_signal != 0) {
+        return ExitCodeOf(m_signal);
     }
     return m_hasFailed ? EXIT_FAILED : EXIT_OK;
 }
@@ -130,8 +130,8 @@ bool RunCommand::StartDriver() {
     return true;
 }
 
-void RunCommand::Interrupt() {
-    m_isInterrupted = true;
+void RunCommand::Interrupt(int signal) {
+    m_signal = signal;
     m_receiver->StopBounding();
     QCoreApplication::quit();
 }

@@ -38,7 +38,7 @@ public:
 private:
     void StoreOutputSettings() const;
     bool StartDriver();
-    void Interrupt();
+    void Interrupt(int signal);
     void OnError(const KvZANCommon::ErrorStruct& error);
     void ReportOutputProblem();
     void LogCommand(const QString& command);
@@ -57,5 +57,5 @@ private:
     QString m_reportedProblem;
     bool m_isCommandLogBroken = false;
     bool m_hasFailed = false;
-    bool m_isInterrupted = false;
+    int m_signal = 0; // that has ended the run
 };

@@ -8,16 +8,22 @@
 
 namespace {
 
-constexpr std::array SIGNALS{SIGINT, SIGTERM};
+constexpr std::array SIGNALS{SIGINT, SIGTERM, SIGHUP};
 
 // A signal handler may do little more than write to a descriptor; the event loop waits at the other end.
 std::array<int, 2> sockets{-1, -1};
 
-void OnSignal(int) {
+void OnSignal(int signal) {
     const int savedErrno = errno;
-    const char byte = 1;
+    const char byte = static_cast<char>(signal);
     [[maybe_unused]] const ssize_t written = ::write(sockets[0], &byte, 1);
     errno = savedErrno;
+}
+
+/// Whether the program was started so that it outlives its terminal, as by nohup.
+bool IsHangupIgnored() {
+    struct sigaction action {};
+    return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 int OpenSockets() {
@@ -33,17 +39,21 @@ SignalWatcher::SignalWatcher()
     connect(&m_notifier, &QSocketNotifier::activated, this, [this] {
         char byte = 0;
         if (::read(sockets[1], &byte, 1) == 1) {
-            Q_EMIT Interrupted();
+            Q_EMIT Interrupted(byte);
         }
     });
     for (const int signal : SIGNALS) {
-        std::signal(signal, OnSignal);
+        if (signal != SIGHUP || !IsHangupIgnored()) {
+            std::signal(signal, OnSignal);
+        }
     }
 }
 
 SignalWatcher::~SignalWatcher() {
     for (const int signal : SIGNALS) {
-        std::signal(signal, SIG_DFL);
+        if (signal != SIGHUP || !IsHangupIgnored()) {
+            std::signal(signal, SIG_DFL);
+        }
     }
     m_notifier.setEnabled(false);
     for (const int socket : sockets) {

@@ -3,9 +3,9 @@
 #include <QObject>
 #include <QSocketNotifier>
 
-/// Turns the signals that end a program (SIGINT, SIGTERM) into a Qt signal on the event loop, so that the
-/// program can end in its own order. One at a time; to be made before further threads are started, and
-/// destroyed after they have ended.
+/// Turns the signals that end a program (SIGINT, SIGTERM, SIGHUP) into a Qt signal on the event loop, so
+/// that the program can end in its own order. A SIGHUP that is ignored stays ignored. One at a time; to be
+/// made before further threads are started, and destroyed after they have ended.
 class SignalWatcher final : public QObject {
     Q_OBJECT
 
@@ -17,7 +17,7 @@ public:
     ~SignalWatcher() override;
 
 Q_SIGNALS:
-    void Interrupted();
+    void Interrupted(int signal);
 
 private:
     QSocketNotifier m_notifier;

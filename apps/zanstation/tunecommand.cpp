@@ -1,4 +1,5 @@
 #include "zancommon/zancharacteristics.h"
+#include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
@@ -7,6 +8,8 @@
 #include "zanstation/operationmodetext.h"
 #include "zanstation/station.h"
 
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 
@@ -14,6 +17,7 @@
 #include <cmath>
 #include <optional>
 #include <set>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using FrequencyText::Format;
@@ -33,26 +37,34 @@ struct TuneRequest {
     QString adjustName; ///< of the adjust mode
 };
 
-void PrintLine(const QString& name, const QString& text) {
-    Console::Print(name.leftJustified(14) + text);
-}
+/// A change of what was wished.
+struct Change {
+    QString what;
+    double move = 0.0; // Hz
+    QString why;
+};
 
-/// "raised by 1 MHz" or "lowered by 1 MHz"
-QString DescribeMove(double move) {
-    return (move > 0.0 ? u"raised by "_s : u"lowered by "_s) + Format(std::abs(move));
-}
+/// What becomes of a request.
+struct Tuning {
+    TuneRequest request;
+    bool isValid = false;
+    double start = 0.0; // what is valid, in Hz; of a frequency both are the same
+    double stop = 0.0;
+    std::vector<Change> changes;
+    const AntennaData* antenna = nullptr; // that serves it
+    EZANSampleMode sampleMode = SAMPLEMODE_END;
+    double realtimeBandwidth = 0.0;
+    std::set<double> realtimeBandwidths; // that there are
+    std::set<double> resolutionBandwidths;
+    QString problem; // why nothing serves it
 
-void PrintChanges(const QStringList& changes) {
-    PrintLine(u"changed"_s, changes.isEmpty() ? u"nothing"_s : changes.constFirst());
-    for (qsizetype i = 1; i < changes.size(); ++i) {
-        PrintLine({}, changes.at(i));
+    [[nodiscard]] int GetExitCode() const {
+        if (!isValid || sampleMode == SAMPLEMODE_END) {
+            return EXIT_FAILED;
+        }
+        return changes.empty() ? EXIT_OK : EXIT_MOVED;
     }
-}
-
-int PrintFailure(const QString& why) {
-    PrintLine(u"valid"_s, u"no: "_s + why);
-    return EXIT_FAILED;
-}
+};
 
 /// The texts of bandwidths in Hz.
 QString FormatBandwidths(const std::set<double>& bandwidths) {
@@ -67,31 +79,6 @@ QString DescribeAntenna(const AntennaData& antenna) {
     return antenna.name + u" ("_s + FormatRange(antenna.minRange, antenna.maxRange) + u')';
 }
 
-/// Prints what receives a range with an antenna: converter, sample mode and bandwidths. Returns the exit
-/// code.
-int PrintReception(const ZANCharacteristics& characteristics, const AntennaData& antenna, EOperationMode mode,
-                   double start, double stop, double realtimeBandwidth) {
-    PrintLine(u"antenna"_s, DescribeAntenna(antenna));
-    PrintLine(u"converter"_s, antenna.converterTypeName);
-    const EZANSampleMode sampleMode = characteristics.GetBestSampleMode(mode, start, stop, realtimeBandwidth);
-    if (sampleMode == SAMPLEMODE_END) {
-        PrintLine(u"sample mode"_s,
-                  u"no: there are the realtime bandwidths "_s +
-                      FormatBandwidths(characteristics.GetRealtimeBandwidths(mode, start, stop)));
-        return EXIT_FAILED;
-    }
-    // One that is wanted is met to the letter.
-    const double sampled =
-        characteristics.GetRealtimeBandwidths(mode, start, stop).contains(realtimeBandwidth)
-            ? realtimeBandwidth
-            : characteristics.GetDefaultRealtimeBandwidth(mode, start, stop);
-    PrintLine(u"sample mode"_s, QString::number(sampleMode) + u", realtime bandwidth "_s +
-                                    ZANCharacteristics::FormatBandwidth(sampled, 3, false));
-    PrintLine(u"resolution"_s, FormatBandwidths(characteristics.GetResolutionBandwidths(mode, start, stop,
-                                                                                        realtimeBandwidth)));
-    return EXIT_OK;
-}
-
 bool HasLimits(const ZANCharacteristics& characteristics, EOperationMode mode) {
     return characteristics.GetMinFreq(mode) < characteristics.GetMaxFreq(mode);
 }
@@ -103,7 +90,26 @@ QString DescribeLimits(const ZANCharacteristics& characteristics, EOperationMode
                : u"the device serves no range in this mode"_s;
 }
 
-int TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& request) {
+/// Finds what receives the valid range: sample mode and bandwidths.
+void FindReception(const ZANCharacteristics& characteristics, Tuning& tuning, double realtimeBandwidth) {
+    const EOperationMode mode = tuning.request.mode;
+    tuning.sampleMode = characteristics.GetBestSampleMode(mode, tuning.start, tuning.stop, realtimeBandwidth);
+    tuning.realtimeBandwidths = characteristics.GetRealtimeBandwidths(mode, tuning.start, tuning.stop);
+    if (tuning.sampleMode == SAMPLEMODE_END) {
+        tuning.problem =
+            u"there are the realtime bandwidths "_s + FormatBandwidths(tuning.realtimeBandwidths);
+        return;
+    }
+    // One that is wanted is met to the letter.
+    tuning.realtimeBandwidth =
+        tuning.realtimeBandwidths.contains(realtimeBandwidth)
+            ? realtimeBandwidth
+            : characteristics.GetDefaultRealtimeBandwidth(mode, tuning.start, tuning.stop);
+    tuning.resolutionBandwidths =
+        characteristics.GetResolutionBandwidths(mode, tuning.start, tuning.stop, realtimeBandwidth);
+}
+
+Tuning TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& request) {
     const EOperationMode mode = request.mode;
     const double asked = *request.frequency;
     const double inLimits =
@@ -111,53 +117,53 @@ int TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& reques
     const bool hasBand = mode == OPMODE_WIDEBAND_FFM;
     double bandwidth = request.bandwidth.value_or(
         hasBand ? characteristics.GetDefaultRealtimeBandwidth(mode, inLimits, inLimits) : 0.0);
-    PrintLine(u"asked"_s, Format(asked) + u", mode "_s + OperationModeText::Format(mode) +
-                              (hasBand ? u", bandwidth "_s + Format(bandwidth) : QString()));
+    Tuning tuning{.request = request};
+    if (hasBand) {
+        tuning.request.bandwidth = bandwidth;
+    }
 
     // Moved within the limits of the mode first, and then with the whole band within the antenna's range.
     double frequency = asked;
     const AntennaData* const antenna = characteristics.ToNextValidFrequency(mode, frequency, bandwidth);
     if (!antenna) {
-        return PrintFailure(HasLimits(characteristics, mode)
-                                ? u"no enabled antenna serves "_s + Format(inLimits) + u" in this mode; "_s +
-                                      DescribeLimits(characteristics, mode)
-                                : DescribeLimits(characteristics, mode));
+        tuning.problem = HasLimits(characteristics, mode)
+                             ? u"no enabled antenna serves "_s + Format(inLimits) + u" in this mode; "_s +
+                                   DescribeLimits(characteristics, mode)
+                             : DescribeLimits(characteristics, mode);
+        return tuning;
     }
     if (hasBand && bandwidth > antenna->maxRange - antenna->minRange) {
-        return PrintFailure(u"the band of "_s + Format(bandwidth) + u" is wider than the range of "_s +
-                            DescribeAntenna(*antenna));
+        tuning.problem = u"the band of "_s + Format(bandwidth) + u" is wider than the range of "_s +
+                         DescribeAntenna(*antenna);
+        return tuning;
     }
-    QStringList changes;
     if (inLimits != asked) {
-        changes.append(
-            u"frequency %1: %2"_s.arg(DescribeMove(inLimits - asked), DescribeLimits(characteristics, mode)));
+        tuning.changes.push_back({u"frequency"_s, inLimits - asked, DescribeLimits(characteristics, mode)});
     }
     if (frequency != inLimits) {
-        changes.append(u"frequency %1: the band of %2 shall lie in the range of %3"_s.arg(
-            DescribeMove(frequency - inLimits), Format(bandwidth), antenna->name));
+        tuning.changes.push_back(
+            {u"frequency"_s, frequency - inLimits,
+             u"the band of %1 shall lie in the range of %2"_s.arg(Format(bandwidth), antenna->name)});
     }
-    PrintLine(u"valid"_s, Format(frequency));
-    PrintChanges(changes);
-    return PrintReception(characteristics, *antenna, mode, frequency, frequency,
-                          request.bandwidth.value_or(ZANCharacteristics::fBANDWIDTH_ANY));
+    tuning.isValid = true;
+    tuning.start = tuning.stop = frequency;
+    tuning.antenna = antenna;
+    FindReception(characteristics, tuning, request.bandwidth.value_or(ZANCharacteristics::fBANDWIDTH_ANY));
+    return tuning;
 }
 
-int TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request) {
+Tuning TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request) {
     const EOperationMode mode = request.mode;
-    PrintLine(u"asked"_s, FormatRange(request.start, request.stop) + u", mode "_s +
-                              OperationModeText::Format(mode) + u", adjust "_s + request.adjustName);
-
-    double start = request.start;
-    double stop = request.stop;
+    Tuning tuning{.request = request, .start = request.start, .stop = request.stop};
     double anyBandwidth = ZANCharacteristics::fBANDWIDTH_ANY;
     double unused = 0.0;
     const AntennaData* const antenna = characteristics.ToNextValidFrequencyRange(
-        mode, start, stop, anyBandwidth, unused, request.adjustMode);
+        mode, tuning.start, tuning.stop, anyBandwidth, unused, request.adjustMode);
     if (!antenna) {
-        return PrintFailure(u"no antenna with a sample mode holds the whole range; "_s +
-                            DescribeLimits(characteristics, mode));
+        tuning.problem = u"no antenna with a sample mode holds the whole range; "_s +
+                         DescribeLimits(characteristics, mode);
+        return tuning;
     }
-    QStringList changes;
     double intoLimits = 0.0;
     if (request.stop > characteristics.GetMaxFreq(mode)) {
         intoLimits = characteristics.GetMaxFreq(mode) - request.stop;
@@ -165,25 +171,132 @@ int TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request) {
         intoLimits = characteristics.GetMinFreq(mode) - request.start;
     }
     if (intoLimits != 0.0) {
-        changes.append(
-            u"range %1: %2"_s.arg(DescribeMove(intoLimits), DescribeLimits(characteristics, mode)));
+        tuning.changes.push_back({u"range"_s, intoLimits, DescribeLimits(characteristics, mode)});
     }
-    if (const double inLimits = request.start + intoLimits; start != inLimits) {
-        changes.append(
-            u"range %1: it straddled the border of two antennas"_s.arg(DescribeMove(start - inLimits)));
+    if (const double inLimits = request.start + intoLimits; tuning.start != inLimits) {
+        tuning.changes.push_back(
+            {u"range"_s, tuning.start - inLimits, u"it straddled the border of two antennas"_s});
     }
-    PrintLine(u"valid"_s, FormatRange(start, stop));
-    PrintChanges(changes);
+    tuning.isValid = true;
     // What was returned served the start before the second move.
-    const AntennaData* const serving = characteristics.GetAntennaForFrequency(start, false);
-    return PrintReception(characteristics, *serving, mode, start, stop, anyBandwidth);
+    tuning.antenna = characteristics.GetAntennaForFrequency(tuning.start, false);
+    FindReception(characteristics, tuning, anyBandwidth);
+    return tuning;
+}
+
+void PrintLine(const QString& name, const QString& text) {
+    Console::Print(name.leftJustified(14) + text);
+}
+
+QString DescribeRequest(const TuneRequest& request) {
+    const QString mode = u", mode "_s + OperationModeText::Format(request.mode);
+    if (!request.frequency) {
+        return FormatRange(request.start, request.stop) + mode + u", adjust "_s + request.adjustName;
+    }
+    const bool hasBand = request.mode == OPMODE_WIDEBAND_FFM;
+    return Format(*request.frequency) + mode +
+           (hasBand ? u", bandwidth "_s + Format(*request.bandwidth) : QString());
+}
+
+/// For people: "frequency raised by 1 MHz: ..."
+QString DescribeChange(const Change& change) {
+    return change.what + (change.move > 0.0 ? u" raised by "_s : u" lowered by "_s) +
+           Format(std::abs(change.move)) + u": "_s + change.why;
+}
+
+void Print(const Tuning& tuning) {
+    PrintLine(u"asked"_s, DescribeRequest(tuning.request));
+    if (!tuning.isValid) {
+        PrintLine(u"valid"_s, u"no: "_s + tuning.problem);
+        return;
+    }
+    PrintLine(u"valid"_s,
+              tuning.request.frequency ? Format(tuning.start) : FormatRange(tuning.start, tuning.stop));
+    QString title = u"changed"_s;
+    if (tuning.changes.empty()) {
+        PrintLine(title, u"nothing"_s);
+    }
+    for (const Change& change : tuning.changes) {
+        PrintLine(title, DescribeChange(change));
+        title.clear();
+    }
+    PrintLine(u"antenna"_s, DescribeAntenna(*tuning.antenna));
+    PrintLine(u"converter"_s, tuning.antenna->converterTypeName);
+    if (tuning.sampleMode == SAMPLEMODE_END) {
+        PrintLine(u"sample mode"_s, u"no: "_s + tuning.problem);
+        return;
+    }
+    PrintLine(u"sample mode"_s, QString::number(tuning.sampleMode) + u", realtime bandwidth "_s +
+                                    ZANCharacteristics::FormatBandwidth(tuning.realtimeBandwidth, 3, false));
+    PrintLine(u"resolution"_s, FormatBandwidths(tuning.resolutionBandwidths));
+}
+
+QJsonArray ToArray(const std::set<double>& numbers) {
+    QJsonArray array;
+    for (const double number : numbers) {
+        array.append(number);
+    }
+    return array;
+}
+
+/// A frequency, or a range.
+void SetFrequencies(QJsonObject& object, bool isFrequency, double start, double stop) {
+    if (isFrequency) {
+        object[u"frequency_hz"_s] = start;
+    } else {
+        object[u"start_hz"_s] = start;
+        object[u"stop_hz"_s] = stop;
+    }
+}
+
+/// For programs. What there is none of is absent.
+QJsonObject Describe(const Tuning& tuning) {
+    const TuneRequest& request = tuning.request;
+    const bool isFrequency = request.frequency.has_value();
+    QJsonObject asked{{u"mode"_s, OperationModeText::Format(request.mode)}};
+    SetFrequencies(asked, isFrequency, request.frequency.value_or(request.start), request.stop);
+    if (request.bandwidth) {
+        asked[u"bandwidth_hz"_s] = *request.bandwidth;
+    }
+    if (!isFrequency) {
+        asked[u"adjust"_s] = request.adjustName;
+    }
+    QJsonArray changes;
+    for (const Change& change : tuning.changes) {
+        changes.append(QJsonObject{{u"by_hz"_s, change.move}, {u"why"_s, change.why}});
+    }
+    QJsonObject object{{u"asked"_s, asked}, {u"changes"_s, changes}};
+    if (!tuning.problem.isEmpty()) {
+        object[u"problem"_s] = tuning.problem;
+    }
+    if (!tuning.isValid) {
+        return object;
+    }
+    QJsonObject valid;
+    SetFrequencies(valid, isFrequency, tuning.start, tuning.stop);
+    object[u"valid"_s] = valid;
+    object[u"antenna"_s] = AntennaJson::Describe(*tuning.antenna);
+    object[u"realtime_bandwidths_hz"_s] = ToArray(tuning.realtimeBandwidths);
+    if (tuning.sampleMode != SAMPLEMODE_END) {
+        object[u"sample_mode"_s] = tuning.sampleMode;
+        object[u"realtime_bandwidth_hz"_s] = tuning.realtimeBandwidth;
+        object[u"resolution_bandwidths_hz"_s] = ToArray(tuning.resolutionBandwidths);
+    }
+    return object;
 }
 
 /// Moves what was asked for to the nearest valid frequency or range, and prints what was changed and why, the
 /// antenna that serves it, its converter, the best sample mode and its resolution bandwidths.
-/// Returns the exit code: failed when nothing serves it.
-int TuneTo(ZANCharacteristics& characteristics, const TuneRequest& request) {
-    return request.frequency ? TuneFrequency(characteristics, request) : TuneRange(characteristics, request);
+/// Returns the exit code: failed when nothing serves it, moved when it is not served as it was asked for.
+int TuneTo(ZANCharacteristics& characteristics, const TuneRequest& request, bool asJson) {
+    const Tuning tuning =
+        request.frequency ? TuneFrequency(characteristics, request) : TuneRange(characteristics, request);
+    if (asJson) {
+        Console::PrintJson(QJsonDocument(Describe(tuning)));
+    } else {
+        Print(tuning);
+    }
+    return tuning.GetExitCode();
 }
 
 /// Reads how a range shall be moved off the border of two antennas.
@@ -205,7 +318,8 @@ int Commands::Tune(const QStringList& arguments) {
         u"tune"_s,
         u"Moves a frequency, or a range from --start to --stop, to the nearest valid one, and tells what was "
         "changed and why, and what receives it. Frequencies: 145.5M, 145.5 MHz, 300k, 1e6."_s,
-        {{u"mode"_s, u"ffm, wideband, scan, search, tdma, or a number from 0 to 14."_s, u"MODE"_s, u"ffm"_s},
+        {{u"mode"_s, u"The operation mode, also as a number from 0 to 14."_s,
+          u"ffm|wideband|scan|search|tdma|N"_s, u"ffm"_s},
          {u"frequency"_s, u"The frequency wanted."_s, u"F"_s},
          {u"bandwidth"_s,
           u"Band around it that the antenna must hold in wideband mode (default: the realtime bandwidth)."_s,
@@ -213,7 +327,8 @@ int Commands::Tune(const QStringList& arguments) {
          {u"start"_s, u"Start of the range wanted."_s, u"F"_s},
          {u"stop"_s, u"Stop of the range wanted."_s, u"F"_s},
          {u"adjust"_s, u"Where a range that straddles two antennas goes: down, up, or none."_s,
-          u"down|up|none"_s, u"down"_s}});
+          u"down|up|none"_s, u"down"_s},
+         CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
@@ -244,5 +359,5 @@ int Commands::Tune(const QStringList& arguments) {
     request.adjustMode = *adjustMode;
     request.start = start.value_or(0.0);
     request.stop = stop.value_or(0.0);
-    return line.WithStation([&request] { return TuneTo(Station::GetCharacteristics(), request); });
+    return line.WithStation([&] { return TuneTo(Station::GetCharacteristics(), request, line.AsJson()); });
 }

@@ -1,0 +1,45 @@
+#include "zanstation/stationtrace.h"
+
+#include "kwbase/errorhandler.h"
+#include "tolmappstartup/appoptions.h"
+#include "zancommon/zancharacteristics.h"
+#include "zanstation/console.h"
+
+#include <QDebug>
+#include <QString>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Lines that say that all is well, or what the commands say in their own words.
+constexpr std::array<QStringView, 5> USUAL{
+    u"No sample mode matching", u"CommandProtocol: Going to delete the oldest backup file.",
+    u"SerialInterface::OnOpen", u"SerialInterface::OnClose",
+    u"SerialInterface::OnRead",
+};
+
+/// The bandwidth that restricts nothing is a number of 309 digits, and cut off to an integer the least of
+/// them.
+QString NameAnyBandwidth(QString line) {
+    static const QString number = QString::asprintf("fRealtimeBw=%f", ZANCharacteristics::fBANDWIDTH_ANY);
+    return line.replace(number, u"fRealtimeBw=any"_s)
+        .replace("fRealtimeBw=-2147483648"_L1, "fRealtimeBw=any"_L1);
+}
+
+void ShowLine(const QString& line) {
+    const bool isUsual =
+        std::ranges::any_of(USUAL, [&line](QStringView usual) { return line.contains(usual); });
+    if (!Console::IsQuiet() && (!isUsual || AppOptions::GetBoolean(u"Trace"_s, false))) {
+        qInfo().noquote() << NameAnyBandwidth(line);
+    }
+}
+
+} // namespace
+
+void StationTrace::Show() {
+    ErrorHandler::Instance().SetSink(ShowLine);
+}
