@@ -36,6 +36,20 @@ std::optional<QStringList> SplitLine(const QString& line) {
     return isQuoted ? std::nullopt : std::optional(fields);
 }
 
+/// The next line, trimmed; nothing when it is longer than any row is. It is read to its end all the same.
+std::optional<QString> ReadLine(QIODevice& device) {
+    constexpr qint64 LONGEST = 65536;
+    const QByteArray line = device.readLine(LONGEST);
+    bool isWhole = line.endsWith('\n') || device.atEnd();
+    if (isWhole) {
+        return QString::fromUtf8(line).trimmed();
+    }
+    while (!isWhole) {
+        isWhole = device.readLine(LONGEST).endsWith('\n') || device.atEnd();
+    }
+    return {};
+}
+
 /// The position of the first of several names; -1 when none is there.
 qsizetype Find(const QStringList& header, const QStringList& names) {
     for (const QString& name : names) {
@@ -57,24 +71,21 @@ bool ChannelReader::Read(const QString& fileName) {
 }
 
 bool ChannelReader::Read(QIODevice& device) {
-    constexpr qint64 LONGEST_LINE = 65536;
     m_channels.clear();
     m_badRows.clear();
-    qsizetype lineNumber = 0;
-    const auto nextLine = [&] {
-        ++lineNumber;
-        QString line = QString::fromUtf8(device.readLine(LONGEST_LINE));
-        if (lineNumber == 1 && line.startsWith(QChar::ByteOrderMark)) {
-            line.remove(0, 1);
-        }
-        return std::move(line).trimmed();
-    };
-    if (!ReadHeader(nextLine())) {
+    std::optional<QString> header = ReadLine(device);
+    if (header && header->startsWith(QChar::ByteOrderMark)) {
+        header->remove(0, 1);
+    }
+    if (!ReadHeader(std::move(header).value_or(QString()))) {
         return false;
     }
-    while (!device.atEnd()) {
-        if (const QString line = nextLine(); !line.isEmpty()) {
-            ReadRow(line, lineNumber);
+    for (qsizetype lineNumber = 2; !device.atEnd(); ++lineNumber) {
+        const std::optional<QString> line = ReadLine(device);
+        if (!line) {
+            m_badRows.append(u"line %1: too long"_s.arg(lineNumber));
+        } else if (!line->isEmpty()) {
+            ReadRow(*line, lineNumber);
         }
     }
     return true;

@@ -5,12 +5,13 @@
 #include "zancommon/stationcfg.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/settingscheck.h"
 #include "zanstation/signalwatcher.h"
+#include "zanstation/stationcheck.h"
 
 #include <QCoreApplication>
 #include <QTimer>
 
-#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +19,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int PROGRESS_INTERVAL_MS = 200;
+constexpr int WATCH_INTERVAL_MS = 1000;
 
 QString Count(quint64 count) {
     return QString::number(count);
@@ -29,9 +31,89 @@ RunCommand::RunCommand(RunOptions options)
     : m_options(std::move(options)) {}
 
 int RunCommand::Run() {
-    StoreOutputSettings();
+    if (!CheckBeforeStart()) {
+        return EXIT_FAILED;
+    }
+    // Before there is a second thread, for a signal may arrive on any.
+    const SignalWatcher watcher;
+    connect(&watcher, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
     m_station.emplace();
+    WarnOfStation();
+    if (!OpenRecording()) {
+        return EXIT_FAILED;
+    }
+    StoreOutputSettings();
+    SetParameters();
     m_station->StartOutput();
+    if (!m_station->GetOutput().IsEnabled()) {
+        Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
+    }
+    m_device.SetMode(EMODE_SCAN);
+
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, this, &RunCommand::Watch);
+    watch.start(WATCH_INTERVAL_MS);
+    QTimer progress;
+    if (AppOptions::GetBoolean(u"Progress"_s, Console::IsTerminal())) {
+        connect(&progress, &QTimer::timeout, this, &RunCommand::ShowProgress);
+        progress.start(PROGRESS_INTERVAL_MS);
+    }
+    QCoreApplication::exec();
+
+    m_receiver->Stop(m_device);
+    ReportOutputProblem();
+    if (progress.isActive()) {
+        ShowProgress();
+        Console::EndProgress();
+    }
+    if (const QString cause = FindCauseOfSilence(); !cause.isEmpty()) {
+        Console::Warn(cause);
+    }
+    PrintSummary();
+    if (m_isInterrupted) {
+        return EXIT_INTERRUPTED;
+    }
+    return m_hasFailed ? EXIT_FAILED : EXIT_OK;
+}
+
+/// Refuses what would end badly, while nothing has been opened or written.
+bool RunCommand::CheckBeforeStart() const {
+    bool isSound = true;
+    for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
+        if (finding.severity == Finding::Severity::Error) {
+            Console::Error(finding.text);
+            isSound = false;
+        } else {
+            Console::Warn(finding.text);
+        }
+    }
+    return isSound;
+}
+
+void RunCommand::WarnOfStation() {
+    for (const auto& [name, finding] : {std::pair{u"device type"_s, StationCheck::CheckDeviceType()},
+                                        std::pair{u"antenna setup"_s, StationCheck::CheckAntennaSetup()},
+                                        std::pair{u"hardware"_s, StationCheck::CheckHardware()}}) {
+        if (finding.severity == Finding::Severity::Error) {
+            Console::Warn(name + u": "_s + finding.text);
+        }
+    }
+}
+
+/// Warns of the first frequencies that the recording holds and no antenna serves.
+void RunCommand::WarnOfFrequency(double frequency) {
+    constexpr std::size_t MOST_WARNINGS = 10;
+    if (frequency == m_lastFrequency || m_unservedFrequencies.size() == MOST_WARNINGS) {
+        return;
+    }
+    m_lastFrequency = frequency;
+    const Finding finding = StationCheck::CheckFrequency(frequency);
+    if (finding.severity == Finding::Severity::Error && m_unservedFrequencies.insert(frequency).second) {
+        Console::Warn(finding.text);
+    }
+}
+
+void RunCommand::SetParameters() {
     if (m_options.pitchThreshold) {
         m_station->SetPitchThreshold(*m_options.pitchThreshold);
     }
@@ -44,35 +126,6 @@ int RunCommand::Run() {
     if (m_options.connectionSpeed) {
         m_station->SetConnectionSpeed(*m_options.connectionSpeed);
     }
-    if (!m_station->GetOutput().IsEnabled()) {
-        Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
-    }
-    // Before there is a second thread, for a signal may arrive on any.
-    const SignalWatcher watcher;
-    connect(&watcher, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
-    if (!StartDriver()) {
-        return EXIT_FAILED;
-    }
-
-    QTimer progress;
-    if (AppOptions::GetBoolean(u"Progress"_s, Console::IsTerminal())) {
-        connect(&progress, &QTimer::timeout, this, &RunCommand::ShowProgress);
-        progress.start(PROGRESS_INTERVAL_MS);
-    }
-    QCoreApplication::exec();
-
-    m_device.SetMode(EMODE_STANDBY);
-    m_receiver->PassOnWaiting();
-    ReportOutputProblem();
-    if (progress.isActive()) {
-        ShowProgress();
-        Console::EndProgress();
-    }
-    PrintSummary();
-    if (m_isInterrupted) {
-        return EXIT_INTERRUPTED;
-    }
-    return m_hasFailed ? EXIT_FAILED : EXIT_OK;
 }
 
 void RunCommand::StoreOutputSettings() const {
@@ -94,14 +147,17 @@ void RunCommand::StoreOutputSettings() const {
     }
 }
 
-bool RunCommand::StartDriver() {
+/// Opens the recording, but reads on only when the output is there.
+bool RunCommand::OpenRecording() {
     m_receiver.emplace(m_station->GetDeviceAddress());
     // What has been waiting since the last time is written together.
     connect(&*m_receiver, &DriverReceiver::PassingOnBegins, this,
             [this] { m_burst.emplace(m_station->GetOutput()); });
     connect(&*m_receiver, &DriverReceiver::PassingOnEnds, this, [this] { m_burst.reset(); });
-    connect(&*m_receiver, &DriverReceiver::BlockReceived, this,
-            [this](BearingBlock& block) { m_station->Process(block); });
+    connect(&*m_receiver, &DriverReceiver::BlockReceived, this, [this](BearingBlock& block) {
+        WarnOfFrequency(block.status.frequency);
+        m_station->Process(block);
+    });
     connect(&*m_receiver, &DriverReceiver::ErrorReported, this, &RunCommand::OnError);
     connect(&*m_receiver, &DriverReceiver::CommandReported, this, &RunCommand::LogCommand);
     connect(&*m_receiver, &DriverReceiver::LinkClosed, this, [] { QCoreApplication::quit(); });
@@ -118,13 +174,11 @@ bool RunCommand::StartDriver() {
         Console::Error(m_device.GetLastError());
         return false;
     }
-    m_device.SetMode(EMODE_SCAN);
     return true;
 }
 
 void RunCommand::Interrupt() {
     m_isInterrupted = true;
-    m_receiver->StopBounding();
     QCoreApplication::quit();
 }
 
@@ -155,6 +209,32 @@ void RunCommand::ReportOutputProblem() {
     }
 }
 
+/// Tells while the run goes on what would otherwise come as a surprise at its end.
+void RunCommand::Watch() {
+    ReportOutputProblem();
+    const QString cause = FindCauseOfSilence();
+    if (!cause.isEmpty() && !m_isSilenceTold) {
+        m_isSilenceTold = true;
+        Console::Warn(cause);
+    }
+}
+
+/// Why bearings are published and no sentence is written, in words; empty while it is not so.
+QString RunCommand::FindCauseOfSilence() const {
+    const quint64 published = m_station->GetCounts().published;
+    const DFDataOutput& output = m_station->GetOutput();
+    const DFDataOutput::Counters counters = output.GetCounters();
+    if (published == 0 || counters.fileSentences + counters.serialSentences > 0) {
+        return {};
+    }
+    const qint64 interval = CfgCenter::GetAppCfg(ICfg::View::Outputs).GetInt(u"Output_Interval"_s, 0);
+    const QString cause = !output.IsEnabled() ? u"all outputs are switched off"_s
+                          : counters.fileDropped + counters.serialDropped > 0
+                              ? u"the outputs have taken none"_s
+                              : u"the first one comes %1 ms after the output was switched on"_s.arg(interval);
+    return u"%1 bearings published, no sentence written: "_s.arg(published) + cause;
+}
+
 void RunCommand::ShowProgress() {
     ReportOutputProblem();
     const StationCounts& counts = m_station->GetCounts();
@@ -167,24 +247,26 @@ void RunCommand::ShowProgress() {
                               Count(output.fileDropped + output.serialDropped)));
 }
 
-void RunCommand::PrintSummary() const {
+std::vector<RunCommand::SummaryLine> RunCommand::GetSummary() const {
     const StationCounts& counts = m_station->GetCounts();
     const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
-    using Line = std::pair<QString, quint64>;
-    const std::array lines{
-        Line{u"bearings in"_s, counts.bearings},
-        Line{u"rejected: pitch/roll"_s, counts.rejectedPitchRoll},
-        Line{u"rejected: overhead pass"_s, counts.rejectedOverhead},
-        Line{u"without signal"_s, counts.withoutSignal},
-        Line{u"marked as unusable"_s, counts.unusable},
-        Line{u"published"_s, counts.published},
-        Line{u"sentences to file"_s, output.fileSentences},
-        Line{u"sentences to serial line"_s, output.serialSentences},
-        Line{u"dropped: file"_s, output.fileDropped},
-        Line{u"dropped: serial line"_s, output.serialDropped},
+    return {
+        {u"bearings in"_s, counts.bearings},
+        {u"rejected: pitch/roll"_s, counts.rejectedPitchRoll},
+        {u"rejected: overhead pass"_s, counts.rejectedOverhead},
+        {u"without signal"_s, counts.withoutSignal},
+        {u"marked as unusable"_s, counts.unusable},
+        {u"published"_s, counts.published},
+        {u"sentences to file"_s, output.fileSentences},
+        {u"sentences to serial line"_s, output.serialSentences},
+        {u"dropped: file"_s, output.fileDropped},
+        {u"dropped: serial line"_s, output.serialDropped},
     };
-    for (const auto& [name, count] : lines) {
-        Console::Print(name.leftJustified(26) + Count(count).rightJustified(10));
+}
+
+void RunCommand::PrintSummary() const {
+    for (const SummaryLine& line : GetSummary()) {
+        Console::Print(line.name.leftJustified(26) + Count(line.count).rightJustified(10));
     }
     for (const QString& badLines : m_driver->GetBadLineSummary()) {
         Console::Print(u"lines skipped, "_s + badLines);

@@ -6,11 +6,12 @@
 #include "zanstation/replaydriver.h"
 #include "zanstation/station.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
 #include <optional>
+#include <set>
+#include <vector>
 
 /// What `zanstation run` is asked to do. What is not set stays as it is in the settings.
 struct RunOptions {
@@ -36,14 +37,27 @@ public:
     int Run();
 
 private:
+    /// What is counted, and how often.
+    struct SummaryLine {
+        QString name;
+        quint64 count = 0;
+    };
+
+    [[nodiscard]] bool CheckBeforeStart() const;
+    static void WarnOfStation();
+    void WarnOfFrequency(double frequency);
     void StoreOutputSettings() const;
-    bool StartDriver();
+    void SetParameters();
+    bool OpenRecording();
     void Interrupt();
     void OnError(const KvZANCommon::ErrorStruct& error);
     void ReportOutputProblem();
     void LogCommand(const QString& command);
     void ReportCommandLogProblem();
+    void Watch();
+    [[nodiscard]] QString FindCauseOfSilence() const;
     void ShowProgress();
+    [[nodiscard]] std::vector<SummaryLine> GetSummary() const;
     void PrintSummary() const;
 
     const RunOptions m_options;
@@ -55,6 +69,9 @@ private:
     KvZANCommon::LegacyDriverAdapter m_adapter;
     KvZANCommon::IDriver& m_device = m_adapter; // what the application knows of the driver
     QString m_reportedProblem;
+    double m_lastFrequency = 0.0; // of the latest block
+    std::set<double> m_unservedFrequencies;
+    bool m_isSilenceTold = false;
     bool m_isCommandLogBroken = false;
     bool m_hasFailed = false;
     bool m_isInterrupted = false;
