@@ -1,7 +1,6 @@
-#include "zanstation/antennascommand.h"
-
 #include "zancommon/antennadatalist.h"
 #include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/frequencytext.h"
@@ -15,7 +14,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using AntennasCommand::Action;
+/// What can be done: an action, and the number of its arguments.
+struct Action {
+    QString name;
+    int argumentCount;
+};
 
 QString DescribeUse(const AntennaData& antenna) {
     return antenna.enabled ? FrequencyText::FormatRange(antenna.minRange, antenna.maxRange) : u"disabled"_s;
@@ -159,10 +162,7 @@ private:
     AntennaDataList m_list;
 };
 
-} // namespace
-
-namespace AntennasCommand {
-
+/// The action of a name; null when there is none.
 const Action* FindAction(const QString& name) {
     static const std::array<Action, 6> actions{{
         {u"list"_s, 0},
@@ -176,7 +176,9 @@ const Action* FindAction(const QString& name) {
     return action == actions.end() ? nullptr : action;
 }
 
-int Run(const QStringList& actionAndArguments) {
+/// Carries out an action on the station that was started. Returns the exit code: failed when the setup is not
+/// valid afterwards, or when nothing could be done; wrong usage for a range that is none.
+int CarryOut(const QStringList& actionAndArguments) {
     const QString& action = actionAndArguments.at(0);
     AntennaSetup setup;
     if (action == u"list") {
@@ -196,4 +198,20 @@ int Run(const QStringList& actionAndArguments) {
     return setup.SetEnabled(name, action == u"enable");
 }
 
-} // namespace AntennasCommand
+} // namespace
+
+int Commands::Antennas(const QStringList& arguments) {
+    const QString actions = u"list|check|repair|enable NAME|disable NAME|range NAME LOW HIGH"_s;
+    CommandLine line(u"antennas"_s,
+                     u"Works on the antenna setup in the station's settings. Fails when the setup is not "
+                     "valid."_s,
+                     {}, actions);
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    const auto* const action = FindAction(line.Positional().value(0));
+    if (!action || line.Positional().size() != 1 + action->argumentCount) {
+        return CommandLine::Refuse(u"what shall be done? "_s + actions);
+    }
+    return line.WithStation([&line] { return CarryOut(line.Positional()); });
+}

@@ -1,9 +1,10 @@
-#include "zanstation/cataloguecommand.h"
-
 #include "zancommon/closedtable.h"
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zanoptions.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
+#include "zanstation/exitcodes.h"
 #include "zanstation/frequencytext.h"
 #include "zanstation/operationmodetext.h"
 #include "zanstation/table.h"
@@ -254,10 +255,7 @@ void PrintTable(const Catalogue& catalogue) {
     table.Print();
 }
 
-} // namespace
-
-namespace CatalogueCommand {
-
+/// The names of the tables.
 QStringList GetTableNames() {
     QStringList names;
     for (const Catalogue& catalogue : GetCatalogues()) {
@@ -266,6 +264,8 @@ QStringList GetTableNames() {
     return names;
 }
 
+/// Prints a table for people, or as an array of JSON objects for programs (frequencies and bandwidths in Hz).
+/// False when there is no table of this name.
 bool Print(const QString& tableName, bool asJson) {
     const auto& catalogues = GetCatalogues();
     const auto* const catalogue = std::ranges::find(catalogues, tableName, &Catalogue::name);
@@ -283,4 +283,18 @@ bool Print(const QString& tableName, bool asJson) {
     return true;
 }
 
-} // namespace CatalogueCommand
+} // namespace
+
+int Commands::Catalogue(const QStringList& arguments) {
+    const QString tables = GetTableNames().join(u'|');
+    CommandLine line(u"catalogue"_s, u"Prints a table of the device catalogue."_s,
+                     {{u"json"_s, u"For programs: an array of objects, frequencies and bandwidths in Hz."_s}},
+                     tables);
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    if (line.Positional().size() != 1 || !Print(line.Positional().constFirst(), line.IsSet(u"json"_s))) {
+        return CommandLine::Refuse(u"which table? "_s + tables);
+    }
+    return EXIT_OK;
+}

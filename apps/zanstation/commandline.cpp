@@ -4,7 +4,11 @@
 #include "tolmappstartup/cfgcenter.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/frequencytext.h"
+#include "zanstation/station.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QTextStream>
 
@@ -73,6 +77,29 @@ bool CommandLine::OpenStore() const {
         return false;
     }
     return true;
+}
+
+int CommandLine::WithStation(const std::function<int()>& work) const {
+    if (!OpenStore()) {
+        return EXIT_FAILED;
+    }
+    int exitCode = EXIT_OK;
+    {
+        const Station station;
+        exitCode = work();
+    }
+    return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
+}
+
+QCommandLineOption CommandLine::ComponentsOption() {
+    // Those that are installed with the program.
+    const QString directory =
+        QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/" ZAN_COMPONENT_DIR));
+    return {u"components"_s, u"Directory of the component libraries."_s, u"DIR"_s, directory};
+}
+
+void CommandLine::TakeComponentDirectory() const {
+    CfgCenter::SetComponentDirectory(QFileInfo(m_parser.value(u"components"_s)).absoluteFilePath());
 }
 
 bool CommandLine::RefuseNumber(const QString& name, const QString& kind, const QString& minimum,

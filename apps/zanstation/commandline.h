@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <cmath>
+#include <functional>
 #include <optional>
 #include <type_traits>
 
@@ -38,6 +39,13 @@ public:
 
     /// Opens the settings. False, with a message, when they cannot be had.
     [[nodiscard]] bool OpenStore() const;
+    /// Does something with the station that the settings describe. Returns the exit code.
+    [[nodiscard]] int WithStation(const std::function<int()>& work) const;
+
+    /// For the commands that load components.
+    static QCommandLineOption ComponentsOption();
+    /// Has components loaded from where that option says.
+    void TakeComponentDirectory() const;
 
 private:
     [[nodiscard]] bool RefuseNumber(const QString& name, const QString& kind, const QString& minimum,

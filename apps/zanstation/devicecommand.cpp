@@ -1,14 +1,16 @@
-#include "zanstation/devicecommand.h"
-
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
 #include "zancommon/stationcfg.h"
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
+#include "zanstation/exitcodes.h"
 #include "zanstation/frequencytext.h"
 #include "zanstation/operationmodetext.h"
+#include "zanstation/station.h"
 #include "zanstation/supportreason.h"
 #include "zanstation/table.h"
 
@@ -50,8 +52,8 @@ void PrintLimits(const ZANCharacteristics& characteristics) {
     table.Print();
 }
 
-} // namespace
-
+/// Prints what the device of the station is: type, options, antennas, limits per mode, and where the
+/// converters change.
 void PrintDevice(const ZANCharacteristics& characteristics) {
     const auto* const type = Tree::Instance()->Find<ValueString>(ZANPath::DEVICE_NODE.toString() +
                                                                  StdDeviceDefinition::g_vdDevType.PathName());
@@ -72,4 +74,20 @@ void PrintDevice(const ZANCharacteristics& characteristics) {
     const bool isFixed = characteristics.GetConverterSwitchFreq(vuhfStart, hfEnd);
     PrintLine(u"HF up to"_s, hfEnd > 0.0 ? FrequencyText::Format(hfEnd) : u"-"_s);
     PrintLine(u"VUHF from"_s, isFixed ? FrequencyText::Format(vuhfStart) : u"-"_s);
+}
+
+} // namespace
+
+int Commands::Device(const QStringList& arguments) {
+    CommandLine line(u"device"_s,
+                     u"Prints what the station's device is: type, options, antennas and whether it supports "
+                     "them, limits per mode, and where the converters change."_s,
+                     {});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    return line.WithStation([] {
+        PrintDevice(Station::GetCharacteristics());
+        return EXIT_OK;
+    });
 }

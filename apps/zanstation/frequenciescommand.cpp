@@ -1,9 +1,9 @@
-#include "zanstation/frequenciescommand.h"
-
 #include "valueframework/valueaccess.h"
 #include "zancommon/tcfrequencylistpersistency.h"
 #include "zancommon/zanvaluenames.h"
 #include "zanstation/channelreader.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/frequencytext.h"
@@ -22,10 +22,8 @@ KvZANCommon::TCFrequencyListPersistency GetPersistency(ValueTrafficControlFreque
     return {list, u"TrafficControl"_s, ICfg::View::Outputs};
 }
 
-} // namespace
-
-namespace FrequenciesCommand {
-
+/// Replaces the list by the channels of a CSV file, and reports the rows that were left out. Returns the exit
+/// code.
 int Import(const QString& fileName) {
     ChannelReader reader;
     if (!reader.Read(fileName)) {
@@ -49,6 +47,7 @@ int Import(const QString& fileName) {
     return EXIT_OK;
 }
 
+/// Prints the list. Returns the exit code.
 int List() {
     ValueTrafficControlFrequencyList* const list = GetList();
     GetPersistency(list).Restore();
@@ -61,4 +60,24 @@ int List() {
     return EXIT_OK;
 }
 
-} // namespace FrequenciesCommand
+} // namespace
+
+int Commands::Frequencies(const QStringList& arguments) {
+    const QString actions = u"import FILE|list"_s;
+    CommandLine line(
+        u"frequencies"_s,
+        u"Imports the traffic-control frequencies from a CSV file with a name and a frequency column, "
+        "or lists them."_s,
+        {}, actions);
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    const QStringList words = line.Positional();
+    if (words.value(0) == u"import" && words.size() == 2) {
+        return line.WithStation([&words] { return Import(words.at(1)); });
+    }
+    if (words == QStringList{u"list"_s}) {
+        return line.WithStation(List);
+    }
+    return CommandLine::Refuse(u"what shall be done? "_s + actions);
+}

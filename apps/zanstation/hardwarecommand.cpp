@@ -1,7 +1,7 @@
-#include "zanstation/hardwarecommand.h"
-
 #include "zancommon/hwstatustester.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/table.h"
@@ -28,8 +28,8 @@ QString Describe(HwStatusTester::HwComponentState state) {
     return u"found, unknown"_s;
 }
 
-} // namespace
-
+/// Prints the hardware components of the station's device: what is required and optional, found, missing and
+/// unknown. Returns the exit code: failed when a required component is missing.
 int PrintHardware() {
     HwStatusTester hardware(ZANPath::SERVER.toString());
     hardware.ReadHwRequirementsFromTree();
@@ -44,4 +44,17 @@ int PrintHardware() {
         Console::Error(u"missing: "_s + QStringList(missing.begin(), missing.end()).join(u", "_s));
     }
     return missing.empty() ? EXIT_OK : EXIT_FAILED;
+}
+
+} // namespace
+
+int Commands::Hardware(const QStringList& arguments) {
+    CommandLine line(u"hardware"_s,
+                     u"Compares the components that the device reports with those that the settings require. "
+                     "Fails when a required one is missing."_s,
+                     {});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    return line.WithStation(PrintHardware);
 }

@@ -1,9 +1,9 @@
-#include "zanstation/hubcommand.h"
-
 #include "tolmappstartup/cfgcenter.h"
 #include "valueframework/valueaccess.h"
 #include "zancommon/mshmanager.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/signalwatcher.h"
@@ -22,8 +22,8 @@ void Publish(QStringView name, double frequency) {
     }
 }
 
-} // namespace
-
+/// Joins the message hub as a receiver or a sender, until the program is interrupted. Returns the exit code:
+/// failed when there is no client component; the message says where it was looked for.
 int JoinHub(bool asReceiver, const QString& name) {
     const ZANCharacteristics& characteristics = Station::GetCharacteristics();
     Publish(ZANValueName::SYSMINFREQ, characteristics.GetMinFreq(OPMODE_FFM));
@@ -45,4 +45,23 @@ int JoinHub(bool asReceiver, const QString& name) {
     Console::Print(asReceiver ? u"joined the hub as a receiver"_s : u"joined the hub as a sender"_s);
     QCoreApplication::exec();
     return EXIT_OK;
+}
+
+} // namespace
+
+int Commands::Hub(const QStringList& arguments) {
+    const QString roles = u"receive|send"_s;
+    CommandLine line(
+        u"hub"_s, u"Joins the message hub through the installed client component, until it is interrupted."_s,
+        {CommandLine::ComponentsOption(), {u"name"_s, u"Name at the hub."_s, u"NAME"_s}}, roles);
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    const QString role = line.Positional().value(0);
+    if (line.Positional().size() != 1 || (role != u"receive" && role != u"send")) {
+        return CommandLine::Refuse(u"in which role? "_s + roles);
+    }
+    line.TakeComponentDirectory();
+    return line.WithStation(
+        [&] { return JoinHub(role == u"receive", line.Text(u"name"_s).value_or(QString())); });
 }

@@ -3,15 +3,23 @@
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "zancommon/stationcfg.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/passsimulator.h"
 #include "zanstation/settingscheck.h"
 #include "zanstation/signalwatcher.h"
+#include "zanstation/simulatecommand.h"
 #include "zanstation/stationcheck.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QTimer>
 
+#include <cmath>
+#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -31,9 +39,6 @@ RunCommand::RunCommand(RunOptions options)
     : m_options(std::move(options)) {}
 
 int RunCommand::Run() {
-    if (!CheckBeforeStart()) {
-        return EXIT_FAILED;
-    }
     // Before there is a second thread, for a signal may arrive on any.
     const SignalWatcher watcher;
     connect(&watcher, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
@@ -76,8 +81,7 @@ int RunCommand::Run() {
     return m_hasFailed ? EXIT_FAILED : EXIT_OK;
 }
 
-/// Refuses what would end badly, while nothing has been opened or written.
-bool RunCommand::CheckBeforeStart() const {
+bool RunCommand::IsSound() const {
     bool isSound = true;
     for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
         if (finding.severity == Finding::Severity::Error) {
@@ -271,4 +275,90 @@ void RunCommand::PrintSummary() const {
     for (const QString& badLines : m_driver->GetBadLineSummary()) {
         Console::Print(u"lines skipped, "_s + badLines);
     }
+}
+
+namespace {
+
+/// The absolute path of a file; "-" stays what it is.
+QString AbsolutePath(const QString& name) {
+    return name == RecordingStream::STANDARD_INPUT ? name : QFileInfo(name).absoluteFilePath();
+}
+
+/// "realtime", "max", or how many times faster than recorded.
+std::optional<double> ReadPace(const QString& text) {
+    if (text == u"realtime") {
+        return 1.0;
+    }
+    if (text == u"max") {
+        return ReplayDriver::AS_FAST_AS_POSSIBLE;
+    }
+    bool isNumber = false;
+    const double pace = text.toDouble(&isNumber);
+    return isNumber && pace > 0.0 && std::isfinite(pace) ? std::optional(pace) : std::nullopt;
+}
+
+} // namespace
+
+int Commands::Run(const QStringList& arguments) {
+    CommandLine line(
+        u"run"_s,
+        u"Replays a recording through driver, adapter, filters and outputs. What is not given here stays as "
+        "it is in the settings; what is given for outputs and thresholds is kept there."_s,
+        {{u"recording"_s,
+          u"Recording to replay (default: a simulated one). A FIFO, or \"-\" for standard input, is read as it "
+          "comes."_s,
+          u"FILE"_s},
+         {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
+          u"realtime"_s},
+         {u"output"_s,
+          u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak."_s,
+          u"FILE"_s},
+         {u"serial"_s,
+          u"Serial line for the sentences, such as /dev/ttyUSB0:9600,n,8,1; \"\" switches it off."_s,
+          u"ADDRESS"_s},
+         {u"interval"_s, u"Milliseconds from sentence to sentence; 0: one with each bearing."_s, u"MS"_s},
+         {u"pitch-threshold"_s, u"Rejects bearings from this pitch on, in degrees."_s, u"DEG"_s},
+         {u"roll-threshold"_s, u"Rejects bearings from this roll on, in degrees."_s, u"DEG"_s},
+         {u"overhead-threshold"_s, u"Rejects bearings from this elevation on, in degrees."_s, u"DEG"_s},
+         {u"connection-speed"_s, u"From 1 on, bearings without quality are marked as unusable."_s, u"N"_s}});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    RunOptions options;
+    const std::optional<double> pace = ReadPace(*line.Text(u"speed"_s));
+    if (!pace) {
+        return CommandLine::Refuse(u"--speed takes realtime, max or a number above 0"_s);
+    }
+    options.pace = *pace;
+    options.output = line.Text(u"output"_s);
+    if (options.output && !options.output->isEmpty()) {
+        options.output = AbsolutePath(*options.output);
+    }
+    options.serial = line.Text(u"serial"_s);
+    constexpr int LONGEST_INTERVAL = 10000;
+    if (!line.Number(u"interval"_s, 0, LONGEST_INTERVAL, options.interval) ||
+        !line.Number(u"pitch-threshold"_s, 0.0, 90.0, options.pitchThreshold) ||
+        !line.Number(u"roll-threshold"_s, 0.0, 180.0, options.rollThreshold) ||
+        !line.Number(u"overhead-threshold"_s, 0.0, 90.0, options.overheadThreshold) ||
+        !line.Number(u"connection-speed"_s, 0, std::numeric_limits<int>::max(), options.connectionSpeed)) {
+        return EXIT_USAGE;
+    }
+    if (!line.OpenStore()) {
+        return EXIT_FAILED;
+    }
+    const QString configDirectory = QFileInfo(*line.Text(u"config"_s)).absoluteFilePath();
+    const std::optional<QString> recording = line.Text(u"recording"_s);
+    options.recording = recording ? AbsolutePath(*recording) : configDirectory + u"/example.csv"_s;
+    RunCommand command(options);
+    if (!command.IsSound()) {
+        return EXIT_FAILED;
+    }
+    if (!recording && !QFileInfo::exists(options.recording) &&
+        !WriteSimulation(1, PassSimulator::DEFAULT_ROW_COUNT, options.recording)) {
+        return EXIT_FAILED;
+    }
+    // The command log is kept below the current directory: with the settings.
+    QDir::setCurrent(configDirectory);
+    const int exitCode = command.Run();
+    return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }

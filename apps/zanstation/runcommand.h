@@ -15,7 +15,7 @@
 
 /// What `zanstation run` is asked to do. What is not set stays as it is in the settings.
 struct RunOptions {
-    QString recording;             ///< absolute path
+    QString recording;             ///< absolute path, or "-" for standard input
     double pace = 1.0;             ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
     std::optional<QString> output; ///< absolute path; a later run may be started elsewhere
     std::optional<QString> serial;
@@ -33,6 +33,9 @@ class RunCommand final : public QObject {
 public:
     explicit RunCommand(RunOptions options);
 
+    /// Whether the run can begin: refuses, with messages, settings that cannot be used. Nothing is opened or
+    /// written.
+    [[nodiscard]] bool IsSound() const;
     /// Runs until the recording has ended or the program is interrupted; returns the exit code.
     int Run();
 
@@ -43,7 +46,6 @@ private:
         quint64 count = 0;
     };
 
-    [[nodiscard]] bool CheckBeforeStart() const;
     static void WarnOfStation();
     void WarnOfFrequency(double frequency);
     void StoreOutputSettings() const;

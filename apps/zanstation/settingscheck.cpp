@@ -34,14 +34,14 @@ constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 
 constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
 
 /// The keys that are read by somebody, apart from those of the setup table. "#" stands for a number.
-constexpr std::array KNOWN_KEYS{
+constexpr std::array<QStringView, 12> KNOWN_KEYS{
     u"RS232Output_Enabled", u"RS232Output_Address", u"FileOutput_Enabled", u"FileOutput_Address",
     u"Output_Interval", u"MshCentralAddress", u"MshCentralPort", u"MshClientName", u"AutoCoupleTargets",
     u"OverheadPass/Threshold", u"OverheadPass/Valid", u"ZANStations/Count"};
-constexpr std::array KNOWN_STATION_KEYS{
+constexpr std::array<QStringView, 8> KNOWN_STATION_KEYS{
     u"DeviceAddress", u"DevType", u"DevOptions", u"HwRequiredComponents", u"HwOptionalComponents",
     u"HwRequirementsEditable", u"HwCheckRequirements", u"SystemConfiguration/AntennaCount"};
-constexpr std::array KNOWN_ANTENNA_KEYS{
+constexpr std::array<QStringView, 15> KNOWN_ANTENNA_KEYS{
     u"Name", u"Enabled", u"MinRange", u"MaxRange", u"CompassEnabled", u"MechOffset", u"CompassSupport",
     u"DFAlgorithm", u"MinFreq", u"MaxFreq", u"PolarizationSupport", u"PolarizationMode",
     u"ActivePassiveSupport", u"CompassValue", u"ConverterTypeName"};
@@ -55,13 +55,13 @@ QStringList GetKnownKeys() {
         known.append(key.toString());
     }
     for (const QStringView key : KNOWN_STATION_KEYS) {
-        known.append(station + key);
+        known.append(station + key.toString());
     }
     for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
         known.append(station + row.key);
     }
     for (const QStringView key : KNOWN_ANTENNA_KEYS) {
-        known.append(antenna + key);
+        known.append(antenna + key.toString());
     }
     return known;
 }

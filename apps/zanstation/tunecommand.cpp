@@ -1,14 +1,18 @@
-#include "zanstation/tunecommand.h"
-
+#include "zancommon/zancharacteristics.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/frequencytext.h"
 #include "zanstation/operationmodetext.h"
+#include "zanstation/station.h"
 
+#include <QString>
 #include <QStringList>
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <set>
 
 using namespace Qt::StringLiterals;
@@ -16,6 +20,18 @@ using FrequencyText::Format;
 using FrequencyText::FormatRange;
 
 namespace {
+
+/// What `zanstation tune` is asked: a frequency, or a range.
+struct TuneRequest {
+    EOperationMode mode = OPMODE_FFM;
+    std::optional<double> frequency; ///< Hz
+    std::optional<double>
+        bandwidth;      ///< Hz; realtime bandwidth wanted, which wideband FFM fits into the range
+    double start = 0.0; ///< Hz, without a frequency
+    double stop = 0.0;  ///< Hz, without a frequency
+    ZANCharacteristics::EAdjustMode adjustMode = ZANCharacteristics::ADJUST_DOWN;
+    QString adjustName; ///< of the adjust mode
+};
 
 void PrintLine(const QString& name, const QString& text) {
     Console::Print(name.leftJustified(14) + text);
@@ -163,8 +179,70 @@ int TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request) {
     return PrintReception(characteristics, *serving, mode, start, stop, anyBandwidth);
 }
 
+/// Moves what was asked for to the nearest valid frequency or range, and prints what was changed and why, the
+/// antenna that serves it, its converter, the best sample mode and its resolution bandwidths.
+/// Returns the exit code: failed when nothing serves it.
+int TuneTo(ZANCharacteristics& characteristics, const TuneRequest& request) {
+    return request.frequency ? TuneFrequency(characteristics, request) : TuneRange(characteristics, request);
+}
+
+/// Reads how a range shall be moved off the border of two antennas.
+std::optional<ZANCharacteristics::EAdjustMode> ReadAdjustMode(const QString& text) {
+    constexpr auto LEAVE = static_cast<ZANCharacteristics::EAdjustMode>(2);
+    if (text == u"down") {
+        return ZANCharacteristics::ADJUST_DOWN;
+    }
+    if (text == u"up") {
+        return ZANCharacteristics::ADJUST_UP;
+    }
+    return text == u"none" ? std::optional(LEAVE) : std::nullopt;
+}
+
 } // namespace
 
-int Tune(ZANCharacteristics& characteristics, const TuneRequest& request) {
-    return request.frequency ? TuneFrequency(characteristics, request) : TuneRange(characteristics, request);
+int Commands::Tune(const QStringList& arguments) {
+    CommandLine line(
+        u"tune"_s,
+        u"Moves a frequency, or a range from --start to --stop, to the nearest valid one, and tells what was "
+        "changed and why, and what receives it. Frequencies: 145.5M, 145.5 MHz, 300k, 1e6."_s,
+        {{u"mode"_s, u"ffm, wideband, scan, search, tdma, or a number from 0 to 14."_s, u"MODE"_s, u"ffm"_s},
+         {u"frequency"_s, u"The frequency wanted."_s, u"F"_s},
+         {u"bandwidth"_s,
+          u"Band around it that the antenna must hold in wideband mode (default: the realtime bandwidth)."_s,
+          u"B"_s},
+         {u"start"_s, u"Start of the range wanted."_s, u"F"_s},
+         {u"stop"_s, u"Stop of the range wanted."_s, u"F"_s},
+         {u"adjust"_s, u"Where a range that straddles two antennas goes: down, up, or none."_s,
+          u"down|up|none"_s, u"down"_s}});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    TuneRequest request;
+    std::optional<double> start;
+    std::optional<double> stop;
+    if (!line.Frequency(u"frequency"_s, request.frequency) ||
+        !line.Frequency(u"bandwidth"_s, request.bandwidth) || !line.Frequency(u"start"_s, start) ||
+        !line.Frequency(u"stop"_s, stop)) {
+        return EXIT_USAGE;
+    }
+    const std::optional<EOperationMode> mode = OperationModeText::Parse(*line.Text(u"mode"_s));
+    if (!mode) {
+        return CommandLine::Refuse(u"--mode takes ffm, wideband, scan, search, tdma or a number to 14"_s);
+    }
+    request.adjustName = *line.Text(u"adjust"_s);
+    const std::optional adjustMode = ReadAdjustMode(request.adjustName);
+    if (!adjustMode) {
+        return CommandLine::Refuse(u"--adjust takes down, up or none"_s);
+    }
+    const bool isRange = start && stop && *start <= *stop && !request.bandwidth;
+    const bool isFrequency = !start && !stop && !line.IsSet(u"adjust"_s);
+    if (request.frequency ? !isFrequency : !isRange) {
+        return CommandLine::Refuse(
+            u"--frequency (with --bandwidth), or --start and --stop (with --adjust), the lower one first"_s);
+    }
+    request.mode = *mode;
+    request.adjustMode = *adjustMode;
+    request.start = start.value_or(0.0);
+    request.stop = stop.value_or(0.0);
+    return line.WithStation([&request] { return TuneTo(Station::GetCharacteristics(), request); });
 }

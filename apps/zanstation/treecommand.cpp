@@ -1,0 +1,21 @@
+#include "valueframework/tree.h"
+#include "zanstation/commandline.h"
+#include "zanstation/commands.h"
+#include "zanstation/exitcodes.h"
+
+#include <QTextStream>
+
+using namespace Qt::StringLiterals;
+
+int Commands::PrintTree(const QStringList& arguments) {
+    CommandLine line(
+        u"tree"_s, u"Prints the value tree after start-up: path, type, value and number of observers."_s, {});
+    if (const std::optional<int> exitCode = line.Parse(arguments)) {
+        return *exitCode;
+    }
+    return line.WithStation([] {
+        QTextStream out(stdout);
+        Tree::Instance()->Dump(out);
+        return EXIT_OK;
+    });
+}
