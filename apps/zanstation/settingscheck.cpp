@@ -82,7 +82,7 @@ std::size_t GetDistance(QStringView from, QStringView to) {
 }
 
 /// Warns of the keys that nobody reads.
-void CheckKeys(const QStringList& keys, Findings& findings) {
+[[maybe_unused]] void CheckKeys(const QStringList& keys, Findings& findings) {
     constexpr std::size_t MOST_WARNINGS = 20;
     constexpr qsizetype LONGEST_COMPARED = 200;
     static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)"_s);

@@ -28,7 +28,7 @@ constexpr long SOURCE_GPS = 1;
 constexpr long SOURCE_MANUAL = 2;
 
 template <class T>
-T* Value(const QString& path) {
+T* TreeValue(const QString& path) {
     T* const value = Tree::Instance()->Find<T>(path);
     EXPECT_TRUE(value) << path.toStdString();
     return value;
@@ -36,7 +36,7 @@ T* Value(const QString& path) {
 
 template <class T>
 T* ServerValue(const ValueDescriptor& descriptor) {
-    return Value<T>(ZANPath::SERVER.toString() + descriptor.PathName());
+    return TreeValue<T>(ZANPath::SERVER.toString() + descriptor.PathName());
 }
 
 TValueState StateOf(const ValueDescriptor& descriptor) {
@@ -265,7 +265,7 @@ TEST_F(StationSentences, HeadingThatIsNoAngleIsNotMeasured) {
 }
 
 TEST_F(StationSentences, MountingOfTheServingAntennaIsAddedOnlyWhereTheDriverLeavesThatToTheStation) {
-    auto* const offset = Value<ValueNumericDouble>(u"/DEVICES/ZANServer/Ant1/AntMechOffset"_s); // of PX106
+    auto* const offset = TreeValue<ValueNumericDouble>(u"/DEVICES/ZANServer/Ant1/AntMechOffset"_s); // of PX106
     offset->SetValue(-80.0, nullptr);
     Station::GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true); // has it read anew
     BearingBlock block = MakeBlock();
@@ -327,14 +327,14 @@ TEST_F(StationSentences, EveryBearingIsCountedOnceWhicheverFiltersAreOn) {
 // What stays
 
 TEST_F(StationSentences, SetupRowsThatStandElsewhereInTheTreeSurviveARestart) {
-    Value<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s)->SetValue(u"200126093000"_s, nullptr);
-    Value<ValueBool>(u"/ZANServer/USEJOBSETTINGSFORFFM"_s)->SetValue(true, nullptr);
-    Value<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->SetValue(u"daily 03:00"_s, nullptr);
+    TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s)->SetValue(u"200126093000"_s, nullptr);
+    TreeValue<ValueBool>(u"/ZANServer/USEJOBSETTINGSFORFFM"_s)->SetValue(true, nullptr);
+    TreeValue<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->SetValue(u"daily 03:00"_s, nullptr);
     Restart();
-    EXPECT_EQ(Value<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(), u"200126093000"_s);
-    EXPECT_EQ(Value<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(), u"200126093000"_s);
-    EXPECT_TRUE(Value<ValueBool>(u"/ZANServer/USEJOBSETTINGSFORFFM"_s)->GetValue());
-    EXPECT_EQ(Value<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->GetValue(), u"daily 03:00"_s);
+    EXPECT_EQ(TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(), u"200126093000"_s);
+    EXPECT_EQ(TreeValue<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(), u"200126093000"_s);
+    EXPECT_TRUE(TreeValue<ValueBool>(u"/ZANServer/USEJOBSETTINGSFORFFM"_s)->GetValue());
+    EXPECT_EQ(TreeValue<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->GetValue(), u"daily 03:00"_s);
     m_station.reset();
     const QString settings = m_settings.CloseAndRead();
     for (const QString& line : {u"\nLastModification=200126093000\n"_s, u"\nUseJobSettings4FFM=true\n"_s,
@@ -365,8 +365,8 @@ public:
 } // namespace
 
 TEST_F(StationSentences, BothTimesOfTheLastModificationStayEqualWithoutAnEcho) {
-    auto* const server = Value<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s);
-    auto* const device = Value<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s);
+    auto* const server = TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s);
+    auto* const device = TreeValue<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s);
     Notices ofServer(*server);
     Notices ofDevice(*device);
     server->SetValue(u"1"_s, nullptr);
@@ -383,7 +383,7 @@ TEST_F(StationSentences, ChangeOutsideTheRangeOfAValueIsTurnedDownAndTheOldOneSt
     auto* const threshold = ServerValue<ValueNumericDouble>(g_vdPitchThreshold);
     EXPECT_FALSE(threshold->SetValue(90.1, nullptr));
     EXPECT_EQ(threshold->GetValue(), 5.0);
-    auto* const overhead = Value<ValueNumericInt>(u"/ZANServer/OverheadPass/Threshold"_s);
+    auto* const overhead = TreeValue<ValueNumericInt>(u"/ZANServer/OverheadPass/Threshold"_s);
     EXPECT_FALSE(overhead->SetValue(901, nullptr));
     EXPECT_EQ(overhead->GetValue(), 600);
     Restart();
