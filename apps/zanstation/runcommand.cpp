@@ -20,6 +20,7 @@
 
 #include <cmath>
 #include <limits>
+#include <sys/stat.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -28,6 +29,24 @@ namespace {
 
 constexpr int PROGRESS_INTERVAL_MS = 200;
 constexpr int WATCH_INTERVAL_MS = 1000;
+
+/// A file by its name; what "-" stands for, by the name that the system has for it.
+QString StreamFile(const QString& name, const QString& stream) {
+    return name == RecordingStream::STANDARD_INPUT ? stream : name;
+}
+
+// INTERIM
+bool IsSameFile(const QString& a, const QString& b) {
+    struct stat first = {};
+    struct stat second = {};
+    return ::stat(QFile::encodeName(a).constData(), &first) == 0 &&
+           ::stat(QFile::encodeName(b).constData(), &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+bool TouchesFile(const QString& output, const QString& file) {
+    return IsSameFile(output, file) || IsSameFile(output + u".bak"_s, file);
+}
+// INTERIM END
 
 QString Count(quint64 count) {
     return QString::number(count);
@@ -71,8 +90,8 @@ int RunCommand::Run() {
         ShowProgress();
         Console::EndProgress();
     }
-    if (const QString cause = FindCauseOfSilence(); !cause.isEmpty()) {
-        Console::Warn(cause);
+    if (const QString silence = DescribeSilence(true); !silence.isEmpty()) {
+        Console::Warn(silence);
     }
     PrintSummary();
     if (m_isInterrupted) {
@@ -91,7 +110,23 @@ bool RunCommand::IsSound() const {
             Console::Warn(finding.text);
         }
     }
+    const QString output = GetOutputFile();
+    if (!output.isEmpty() && TouchesFile(StreamFile(output, u"/dev/stdout"_s),
+                                                       StreamFile(m_options.recording, u"/dev/stdin"_s))) {
+        Console::Error(
+            u"the output %1 would overwrite the recording %2"_s.arg(output, m_options.recording));
+        isSound = false;
+    }
     return isSound;
+}
+
+/// The file that the sentences will go to; empty for none.
+QString RunCommand::GetOutputFile() const {
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    const QString stored = cfg.GetBool(u"FileOutput_Enabled"_s, false)
+                               ? cfg.GetString(u"FileOutput_Address"_s, {})
+                               : QString();
+    return m_options.output.value_or(stored);
 }
 
 void RunCommand::WarnOfStation() {
@@ -216,27 +251,34 @@ void RunCommand::ReportOutputProblem() {
 /// Tells while the run goes on what would otherwise come as a surprise at its end.
 void RunCommand::Watch() {
     ReportOutputProblem();
-    const QString cause = FindCauseOfSilence();
-    if (!cause.isEmpty() && !m_isSilenceTold) {
+    const QString silence = m_isSilenceTold ? QString() : DescribeSilence(false);
+    if (!silence.isEmpty()) {
         m_isSilenceTold = true;
-        Console::Warn(cause);
+        Console::Warn(silence);
     }
 }
 
-/// Why bearings are published and no sentence is written, in words; empty while it is not so.
-QString RunCommand::FindCauseOfSilence() const {
+/// That bearings are published and no sentence is written, and why; empty while it is not so.
+QString RunCommand::DescribeSilence(bool isAtEnd) const {
     const quint64 published = m_station->GetCounts().published;
     const DFDataOutput& output = m_station->GetOutput();
     const DFDataOutput::Counters counters = output.GetCounters();
     if (published == 0 || counters.fileSentences + counters.serialSentences > 0) {
         return {};
     }
-    const qint64 interval = CfgCenter::GetAppCfg(ICfg::View::Outputs).GetInt(u"Output_Interval"_s, 0);
-    const QString cause = !output.IsEnabled() ? u"all outputs are switched off"_s
-                          : counters.fileDropped + counters.serialDropped > 0
-                              ? u"the outputs have taken none"_s
-                              : u"the first one comes %1 ms after the output was switched on"_s.arg(interval);
-    return u"%1 bearings published, no sentence written: "_s.arg(published) + cause;
+    const auto describeCause = [&] {
+        if (!output.IsEnabled()) {
+            return u"all outputs are off"_s;
+        }
+        if (counters.fileDropped + counters.serialDropped > 0) {
+            return u"no output has taken one"_s;
+        }
+        const QString interval = CfgCenter::GetAppCfg(ICfg::View::Outputs).GetString(u"Output_Interval"_s, {});
+        return isAtEnd ? u"the interval of %1 ms is longer than the run"_s.arg(interval)
+                       : u"the interval is %1 ms"_s.arg(interval);
+    };
+    return u"%1 bearings published, no sentence written%2: %3"_s.arg(
+        Count(published), isAtEnd ? QString() : u" yet"_s, describeCause());
 }
 
 void RunCommand::ShowProgress() {

@@ -33,8 +33,8 @@ class RunCommand final : public QObject {
 public:
     explicit RunCommand(RunOptions options);
 
-    /// Whether the run can begin: refuses, with messages, settings that cannot be used. Nothing is opened or
-    /// written.
+    /// Whether the run can begin: refuses, with messages, settings that cannot be used, and an output that
+    /// would overwrite the recording. Nothing is opened or written.
     [[nodiscard]] bool IsSound() const;
     /// Runs until the recording has ended or the program is interrupted; returns the exit code.
     int Run();
@@ -46,6 +46,7 @@ private:
         quint64 count = 0;
     };
 
+    [[nodiscard]] QString GetOutputFile() const;
     static void WarnOfStation();
     void WarnOfFrequency(double frequency);
     void StoreOutputSettings() const;
@@ -57,7 +58,7 @@ private:
     void LogCommand(const QString& command);
     void ReportCommandLogProblem();
     void Watch();
-    [[nodiscard]] QString FindCauseOfSilence() const;
+    [[nodiscard]] QString DescribeSilence(bool isAtEnd) const;
     void ShowProgress();
     [[nodiscard]] std::vector<SummaryLine> GetSummary() const;
     void PrintSummary() const;

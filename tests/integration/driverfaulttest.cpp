@@ -1,5 +1,6 @@
 #include "support/eventloop.h"
 #include "support/printing.h"
+#include "support/stubdrivers.h"
 #include "zancommon/legacydriveradapter.h"
 #include "zanstation/driverreceiver.h"
 
@@ -94,7 +95,8 @@ TEST(DriverFault, WhatADriverDeliversAfterItWasToldToStopArrivesAndHarmsNothing)
     adapter.SetCallback(&receiver);
     int count = 0;
     QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver, [&](BearingBlock&) { ++count; });
-    receiver.Stop(adapter);
+    KvZANCommon::StubDriver stub;
+    receiver.Stop(stub);
     std::thread driver([&adapter] { Deliver(adapter, 2, 50000); }); // more than the queue holds
     driver.join();
     receiver.PassOnWaiting();
@@ -136,8 +138,8 @@ std::size_t FillQueue(unsigned bearingsPerBlock, int blocks, int& delivered) {
     }
     const std::size_t grown = HeapInUse() - before;
     delivered = count;
-    KvZANCommon::LegacyDriverAdapter nobody;
-    receiver.Stop(nobody);
+    KvZANCommon::StubDriver stub;
+    receiver.Stop(stub);
     driver.join();
     receiver.PassOnWaiting();
     return grown;
