@@ -63,6 +63,7 @@ int RunCommand::Run() {
 
     m_device.SetMode(EMODE_STANDBY);
     m_receiver->PassOnWaiting();
+    m_station->GetOutput().SetEnabled(false); // what waits is written, or counted as dropped
     ReportOutputProblem();
     if (progress.isActive()) {
         ShowProgress();
