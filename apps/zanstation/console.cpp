@@ -9,6 +9,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 bool isProgressShown = false;
+bool isStandardOutputTaken = false;
 
 /// Texts from recordings and settings may hold anything: control characters must not reach the terminal.
 QByteArray Printable(QString text) {
@@ -32,7 +33,11 @@ void WriteToStandardError(const QString& text) {
 namespace Console {
 
 void Print(const QString& line) {
-    std::printf("%s\n", Printable(line).constData());
+    std::fprintf(isStandardOutputTaken ? stderr : stdout, "%s\n", Printable(line).constData());
+}
+
+void PrintToStandardError() {
+    isStandardOutputTaken = true;
 }
 
 void Warn(const QString& text) {

@@ -8,6 +8,8 @@ namespace Console {
 
 /// A line on standard output.
 void Print(const QString& line);
+/// From now on `Print` prints to standard error: standard output carries something else.
+void PrintToStandardError();
 /// "zanstation: warning: ..." on standard error.
 void Warn(const QString& text);
 /// "zanstation: ..." on standard error.

@@ -20,7 +20,6 @@
 
 #include <cmath>
 #include <limits>
-#include <sys/stat.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -30,23 +29,13 @@ namespace {
 constexpr int PROGRESS_INTERVAL_MS = 200;
 constexpr int WATCH_INTERVAL_MS = 1000;
 
-/// A file by its name; what "-" stands for, by the name that the system has for it.
-QString StreamFile(const QString& name, const QString& stream) {
-    return name == RecordingStream::STANDARD_INPUT ? stream : name;
-}
+/// What standard input and standard output are called on the command line.
+constexpr QStringView STANDARD_STREAM = RecordingStream::STANDARD_INPUT;
 
-// INTERIM
-bool IsSameFile(const QString& a, const QString& b) {
-    struct stat first = {};
-    struct stat second = {};
-    return ::stat(QFile::encodeName(a).constData(), &first) == 0 &&
-           ::stat(QFile::encodeName(b).constData(), &second) == 0 && first.st_dev == second.st_dev &&
-           first.st_ino == second.st_ino;
+/// A file by its name; a standard stream by the name that the system has for it.
+QString StreamFile(const QString& name, const QString& stream) {
+    return name == STANDARD_STREAM ? stream : name;
 }
-bool TouchesFile(const QString& output, const QString& file) {
-    return IsSameFile(output, file) || IsSameFile(output + u".bak"_s, file);
-}
-// INTERIM END
 
 QString Count(quint64 count) {
     return QString::number(count);
@@ -68,8 +57,14 @@ int RunCommand::Run() {
     }
     StoreOutputSettings();
     SetParameters();
-    m_station->StartOutput();
-    if (!m_station->GetOutput().IsEnabled()) {
+    if (m_options.output == STANDARD_STREAM) {
+        Console::PrintToStandardError();
+        m_station->StartOutput(STANDARD_STREAM.toString());
+    } else {
+        m_station->StartOutput();
+    }
+    m_isOutputOn = m_station->GetOutput().IsEnabled();
+    if (!m_isOutputOn) {
         Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
     }
     m_device.SetMode(EMODE_SCAN);
@@ -85,6 +80,7 @@ int RunCommand::Run() {
     QCoreApplication::exec();
 
     m_receiver->Stop(m_device);
+    m_station->GetOutput().SetEnabled(false); // what waits is written, or counted as dropped
     ReportOutputProblem();
     if (progress.isActive()) {
         ShowProgress();
@@ -111,7 +107,7 @@ bool RunCommand::IsSound() const {
         }
     }
     const QString output = GetOutputFile();
-    if (!output.isEmpty() && TouchesFile(StreamFile(output, u"/dev/stdout"_s),
+    if (!output.isEmpty() && DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s),
                                                        StreamFile(m_options.recording, u"/dev/stdin"_s))) {
         Console::Error(
             u"the output %1 would overwrite the recording %2"_s.arg(output, m_options.recording));
@@ -169,7 +165,7 @@ void RunCommand::SetParameters() {
 
 void RunCommand::StoreOutputSettings() const {
     ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
-    if (m_options.output) {
+    if (m_options.output && m_options.output != STANDARD_STREAM) { // that holds for this run only
         cfg.SetBool(u"FileOutput_Enabled"_s, !m_options.output->isEmpty());
         if (!m_options.output->isEmpty()) {
             cfg.SetString(u"FileOutput_Address"_s, *m_options.output);
@@ -261,21 +257,26 @@ void RunCommand::Watch() {
 /// That bearings are published and no sentence is written, and why; empty while it is not so.
 QString RunCommand::DescribeSilence(bool isAtEnd) const {
     const quint64 published = m_station->GetCounts().published;
-    const DFDataOutput& output = m_station->GetOutput();
-    const DFDataOutput::Counters counters = output.GetCounters();
-    if (published == 0 || counters.fileSentences + counters.serialSentences > 0) {
+    const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
+    if (published == 0 || output.fileSentences + output.serialSentences > 0) {
         return {};
     }
     const auto describeCause = [&] {
-        if (!output.IsEnabled()) {
+        if (!m_isOutputOn || output.withoutSink > 0) {
             return u"all outputs are off"_s;
         }
-        if (counters.fileDropped + counters.serialDropped > 0) {
+        if (output.fileDropped + output.serialDropped > 0) {
             return u"no output has taken one"_s;
         }
+        if (output.inStandby > 0) {
+            return u"the operation mode is Standby"_s;
+        }
+        if (output.leftToInterval == 0) {
+            return u"the serial line has not sent one"_s;
+        }
         const QString interval = CfgCenter::GetAppCfg(ICfg::View::Outputs).GetString(u"Output_Interval"_s, {});
-        return isAtEnd ? u"the interval of %1 ms is longer than the run"_s.arg(interval)
-                       : u"the interval is %1 ms"_s.arg(interval);
+        return (isAtEnd ? u"the interval of %1 ms is longer than the run"_s : u"the interval is %1 ms"_s)
+            .arg(interval);
     };
     return u"%1 bearings published, no sentence written%2: %3"_s.arg(
         Count(published), isAtEnd ? QString() : u" yet"_s, describeCause());
@@ -323,7 +324,7 @@ namespace {
 
 /// The absolute path of a file; "-" stays what it is.
 QString AbsolutePath(const QString& name) {
-    return name == RecordingStream::STANDARD_INPUT ? name : QFileInfo(name).absoluteFilePath();
+    return name == STANDARD_STREAM ? name : QFileInfo(name).absoluteFilePath();
 }
 
 /// "realtime", "max", or how many times faster than recorded.
@@ -353,7 +354,8 @@ int Commands::Run(const QStringList& arguments) {
          {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
           u"realtime"_s},
          {u"output"_s,
-          u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak."_s,
+          u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak. \"-\" is "
+          "standard output, for this run only; everything else then goes to standard error."_s,
           u"FILE"_s},
          {u"serial"_s,
           u"Serial line for the sentences, such as /dev/ttyUSB0:9600,n,8,1; \"\" switches it off."_s,

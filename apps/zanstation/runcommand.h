@@ -17,7 +17,8 @@
 struct RunOptions {
     QString recording;             ///< absolute path, or "-" for standard input
     double pace = 1.0;             ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
-    std::optional<QString> output; ///< absolute path; a later run may be started elsewhere
+    /// Absolute path, for a later run may be started elsewhere; "-": standard output, for this run only.
+    std::optional<QString> output;
     std::optional<QString> serial;
     std::optional<int> interval; ///< milliseconds
     std::optional<double> pitchThreshold;
@@ -74,6 +75,7 @@ private:
     QString m_reportedProblem;
     double m_lastFrequency = 0.0; // of the latest block
     std::set<double> m_unservedFrequencies;
+    bool m_isOutputOn = false; // when the driver was started
     bool m_isSilenceTold = false;
     bool m_isCommandLogBroken = false;
     bool m_hasFailed = false;

@@ -157,8 +157,8 @@ void Station::PublishSetup() {
     m_position.emplace();
 }
 
-void Station::StartOutput() {
-    m_pOutput = new DFDataOutput(OutputName());
+void Station::StartOutput(const QString& fileOfThisRun) {
+    m_pOutput = new DFDataOutput(OutputName(), fileOfThisRun);
     ZANInformationCenter::Instance()->GetZANInterfaces().Add(m_pOutput);
 }
 

@@ -50,7 +50,8 @@ public:
     ~Station();
 
     /// Makes the output as the settings say, which may open its file and its serial line.
-    void StartOutput();
+    /// \param fileOfThisRun in place of the file of the settings, which stays there; "-": standard output
+    void StartOutput(const QString& fileOfThisRun = {});
 
     /// Platform angles in degrees from which on bearings are rejected.
     void SetPitchThreshold(double degrees) { m_pPitchThreshold->SetValue(degrees, nullptr); }

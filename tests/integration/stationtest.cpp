@@ -219,6 +219,21 @@ TEST_F(Station, RecordingIsReadFromStandardInput) {
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 2);
 }
 
+TEST_F(Station, StandardOutputTakesTheSentencesOfThisRunAndNothingElse) {
+    const QString recording = Record("1000,121500000,71.5,10.0,90,,,,,,,\n");
+    ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    const QByteArray settings = ReadFile(Path(u"config/Application.ini"_s));
+    QStringList arguments = RunArguments(recording);
+    arguments.replace(arguments.indexOf(Path(u"out"_s)), u"-"_s);
+    const StationResult result = RunStation(arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(result.out.toUtf8(), sentences);
+    EXPECT_TRUE(result.err.contains(u"\nsentences to file                  1\n"_s)) << result.err.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"config/Application.ini"_s)), settings) << "it is not kept";
+    EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
+}
+
 TEST_F(Station, FifoWithoutAWriterIsInterruptedLikeAnyRun) {
     const QString fifo = Path(u"fifo"_s);
     ASSERT_EQ(::mkfifo(fifo.toLocal8Bit().constData(), 0600), 0);
