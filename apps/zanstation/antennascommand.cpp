@@ -175,9 +175,9 @@ private:
             antennas.append(object);
         }
         Console::PrintJson(QJsonDocument(QJsonObject{{u"valid"_s, isValid},
-                                                 {u"verdict"_s, verdict},
-                                                 {u"antennas"_s, antennas},
-                                                 {u"repaired"_s, m_changes}}));
+                                                     {u"verdict"_s, verdict},
+                                                     {u"antennas"_s, antennas},
+                                                     {u"repaired"_s, m_changes}}));
     }
 
     void Save() {

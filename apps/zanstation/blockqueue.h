@@ -8,20 +8,30 @@
 
 /// Carries what a driver delivers from the driver's thread to another one, in order.
 ///
-/// It is bounded, so that memory stays flat when the reader is slower than the driver: a full queue holds the
-/// driver up, and nothing is dropped.
+/// It is bounded in bytes, so that memory stays flat when the reader is slower than the driver: a full queue
+/// holds the driver up, and nothing is dropped. The reader has up to as much again in its hands, for it takes
+/// everything at once.
 template <class T>
 class BlockQueue {
 public:
+    /// \param capacity bytes
     explicit BlockQueue(std::size_t capacity)
         : m_capacity(capacity) {}
 
-    /// Appends one item, after waiting while the queue is full. True when the queue was empty: the reader is
-    /// to be woken.
-    bool Push(T item) {
+    /// Appends one item, after waiting until there is room for it; an item larger than the whole queue waits
+    /// until that is empty. True when the queue was empty: the reader is to be woken.
+    /// \param size    bytes that the item takes, with all that it owns
+    /// \param mayWait false: for the reader's own thread, which would wait for itself
+    bool Push(T item, std::size_t size, bool mayWait = true) {
         std::unique_lock lock(m_mutex);
-        m_hasRoom.wait(lock, [this] { return m_items.size() < m_capacity || m_isUnbounded; });
+        if (mayWait) {
+            m_hasRoom.wait(lock, [&] {
+                const bool hasRoom = m_size < m_capacity && size <= m_capacity - m_size;
+                return hasRoom || m_items.empty() || m_isUnbounded;
+            });
+        }
         m_items.push_back(std::move(item));
+        m_size += size;
         return m_items.size() == 1;
     }
 
@@ -32,6 +42,7 @@ public:
             const std::lock_guard lock(m_mutex);
             items.swap(m_items);
             m_items.reserve(items.size()); // as much will come next, most likely
+            m_size = 0;
         }
         m_hasRoom.notify_all();
         return items;
@@ -47,9 +58,10 @@ public:
     }
 
 private:
-    const std::size_t m_capacity;
+    const std::size_t m_capacity; // bytes
     std::mutex m_mutex;
     std::condition_variable m_hasRoom;
     std::vector<T> m_items;
+    std::size_t m_size = 0; // bytes of the items
     bool m_isUnbounded = false;
 };

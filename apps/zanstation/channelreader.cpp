@@ -36,6 +36,20 @@ std::optional<QStringList> SplitLine(const QString& line) {
     return isQuoted ? std::nullopt : std::optional(fields);
 }
 
+/// The next line, trimmed; nothing when it is longer than any row is. It is read to its end all the same.
+std::optional<QString> ReadLine(QIODevice& device) {
+    constexpr qint64 LONGEST = 65536;
+    const QByteArray line = device.readLine(LONGEST);
+    bool isWhole = line.endsWith('\n') || device.atEnd();
+    if (isWhole) {
+        return QString::fromUtf8(line).trimmed();
+    }
+    while (!isWhole) {
+        isWhole = device.readLine(LONGEST).endsWith('\n') || device.atEnd();
+    }
+    return {};
+}
+
 /// The position of the first of several names; -1 when none is there.
 qsizetype Find(const QStringList& header, const QStringList& names) {
     for (const QString& name : names) {
@@ -57,24 +71,21 @@ bool ChannelReader::Read(const QString& fileName) {
 }
 
 bool ChannelReader::Read(QIODevice& device) {
-    constexpr qint64 LONGEST_LINE = 65536;
     m_channels.clear();
     m_badRows.clear();
-    qsizetype lineNumber = 0;
-    const auto nextLine = [&] {
-        ++lineNumber;
-        QString line = QString::fromUtf8(device.readLine(LONGEST_LINE));
-        if (lineNumber == 1 && line.startsWith(QChar::ByteOrderMark)) {
-            line.remove(0, 1);
-        }
-        return std::move(line).trimmed();
-    };
-    if (!ReadHeader(nextLine())) {
+    std::optional<QString> header = ReadLine(device);
+    if (header && header->startsWith(QChar::ByteOrderMark)) {
+        header->remove(0, 1);
+    }
+    if (!ReadHeader(std::move(header).value_or(QString()))) {
         return false;
     }
-    while (!device.atEnd()) {
-        if (const QString line = nextLine(); !line.isEmpty()) {
-            ReadRow(line, lineNumber);
+    for (qsizetype lineNumber = 2; !device.atEnd(); ++lineNumber) {
+        const std::optional<QString> line = ReadLine(device);
+        if (!line) {
+            m_badRows.append(u"line %1: too long"_s.arg(lineNumber));
+        } else if (!line->isEmpty()) {
+            ReadRow(*line, lineNumber);
         }
     }
     return true;
@@ -99,7 +110,7 @@ bool ChannelReader::ReadHeader(const QString& line) {
     if (m_columns.frequency < 0) {
         return Fail(u"the header has no frequency column (frequency_mhz, _khz, _hz, or frequency)"_s);
     }
-    return m_columns.name >= 0 || Fail(u"the header has no name column (name or description)"_s);
+    return true;
 }
 
 void ChannelReader::ReadRow(const QString& line, qsizetype lineNumber) {
@@ -119,7 +130,9 @@ void ChannelReader::ReadRow(const QString& line, qsizetype lineNumber) {
         return;
     }
     NamedChannel entry;
-    entry.name = fields->at(m_columns.name);
+    if (m_columns.name >= 0) {
+        entry.name = fields->at(m_columns.name);
+    }
     entry.channel.SetFrequency(std::round(frequency));
     entry.channel.SetChannelID(static_cast<int>(lineNumber - 1));
     if (m_columns.channel >= 0) {

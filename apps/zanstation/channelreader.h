@@ -8,7 +8,7 @@
 
 #include <vector>
 
-/// A channel in a file, with its name.
+/// A channel in a file, with its name, which may be empty.
 struct NamedChannel {
     TrafficControlFrequency channel;
     QString name;
@@ -17,13 +17,12 @@ struct NamedChannel {
 /// Reads traffic-control channels from CSV with a header line.
 ///
 /// The columns are found by their names: a frequency column ("frequency_mhz", "frequency_khz",
-/// "frequency_hz", or "frequency" with texts such as "121.5 MHz"), a name column ("name" or "description"),
-/// and as far as they are there "channel" or "id" for the channel number (else the row's number) and "alarm"
-/// (1 or true). Other columns do not matter. Fields may stand in double quotes, on one line.
+/// "frequency_hz", or "frequency" with texts such as "121.5 MHz"), and as far as they are there "name" or
+/// "description", "channel" or "id" for the channel number (else the row's number) and "alarm" (1 or true).
+/// Other columns do not matter. Fields may stand in double quotes, on one line.
 class ChannelReader {
 public:
-    /// Reads the file. False when it cannot be read or lacks one of the two columns; then `GetErrorText` says
-    /// why.
+    /// Reads the file. False when it cannot be read or has no frequency column; then `GetErrorText` says why.
     bool Read(const QString& fileName);
     bool Read(QIODevice& device);
 

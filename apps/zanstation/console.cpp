@@ -13,6 +13,7 @@ namespace {
 
 bool isProgressShown = false;
 bool isQuiet = false;
+bool isStandardOutputTaken = false;
 
 /// Texts from recordings and settings may hold anything: control characters must not reach the terminal.
 QByteArray Printable(QString text) {
@@ -57,14 +58,18 @@ QJsonValue WithoutSignOfZero(const QJsonValue& value) {
 namespace Console {
 
 void Print(const QString& line) {
-    std::printf("%s\n", Printable(line).constData());
+    std::fprintf(isStandardOutputTaken ? stderr : stdout, "%s\n", Printable(line).constData());
+}
+
+void PrintToStandardError() {
+    isStandardOutputTaken = true;
 }
 
 void PrintJson(const QJsonDocument& document) {
     const QJsonDocument clean = document.isArray()
                                     ? QJsonDocument(WithoutSignOfZero(document.array()).toArray())
                                     : QJsonDocument(WithoutSignOfZero(document.object()).toObject());
-    std::printf("%s", clean.toJson().constData());
+    std::fputs(clean.toJson().constData(), isStandardOutputTaken ? stderr : stdout);
 }
 
 void Tell(const QString& line) {

@@ -9,9 +9,11 @@ namespace Console {
 
 /// A line on standard output.
 void Print(const QString& line);
-/// A document for programs on standard output. Zero has no sign there.
+/// From now on `Print` prints to standard error: standard output carries something else.
+void PrintToStandardError();
+/// A document for programs, as `Print`. Zero has no sign there.
 void PrintJson(const QJsonDocument& document);
-/// A line about what was done, on standard output. Not said where the user wants it quiet.
+/// A line about what was done, as `Print`. Not said where the user wants it quiet.
 void Tell(const QString& line);
 /// "zanstation: warning: ..." on standard error. Not said where the user wants it quiet.
 void Warn(const QString& text);

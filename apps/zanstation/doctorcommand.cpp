@@ -5,43 +5,42 @@
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/finding.h"
+#include "zanstation/recordingreader.h"
+#include "zanstation/settingscheck.h"
 #include "zanstation/station.h"
+#include "zanstation/stationcheck.h"
 
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QSerialPortInfo>
 #include <QStringList>
 #include <QTemporaryFile>
 
-#include <array>
-#include <utility>
+#include <algorithm>
+#include <optional>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What was found out about one thing.
-struct Finding {
-    enum class Verdict { Ok, Absent, Broken };
+using Severity = Finding::Severity;
 
-    Verdict verdict = Verdict::Ok;
-    QString text;
+/// A finding, and what it is about.
+struct NamedFinding {
+    QString name;
+    Finding finding;
 };
-
-using Verdict = Finding::Verdict;
 
 Finding ExamineSettings(const QString& directory) {
     if (const QString problem = CfgCenter::GetLastError(); !problem.isEmpty()) {
-        return {Verdict::Broken, problem};
+        return {Severity::Error, problem};
     }
     QTemporaryFile file(directory + u"/doctor-XXXXXX"_s);
     return file.open() && file.write("?") == 1 && file.flush()
-               ? Finding{Verdict::Ok, u"writable: "_s + directory}
-               : Finding{Verdict::Broken, directory + u": "_s + file.errorString()};
-}
-
-Finding ExamineSetup() {
-    QString verdict;
-    const bool isValid = Station::GetCharacteristics().CheckAntennaSetupValidity(nullptr, verdict);
-    return {isValid ? Verdict::Ok : Verdict::Broken, verdict};
+               ? Finding{Severity::Ok, u"writable: "_s + directory}
+               : Finding{Severity::Error, directory + u": "_s + file.errorString()};
 }
 
 Finding ExamineSerialPorts() {
@@ -49,19 +48,19 @@ Finding ExamineSerialPorts() {
     for (const QSerialPortInfo& port : QSerialPortInfo::availablePorts()) {
         names.append(port.systemLocation());
     }
-    return names.isEmpty() ? Finding{Verdict::Absent, u"none seen"_s}
-                           : Finding{Verdict::Ok, names.join(u", "_s)};
+    return names.isEmpty() ? Finding{Severity::Absent, u"none seen"_s}
+                           : Finding{Severity::Ok, names.join(u", "_s)};
 }
 
 Finding ExamineBroker() {
     Broker::ListenOnLoopback();
     ZANServerORB& broker = *ZANServerORB::Instance();
-    Finding finding{Verdict::Ok, u"listens on "_s + Broker::DescribeEndpoint()};
+    Finding finding{Severity::Ok, u"listens on "_s + Broker::DescribeEndpoint()};
     try {
         static_cast<void>(broker.RootPoa());
         static_cast<void>(broker.InsPoa());
     } catch (const CORBA::Exception& exception) {
-        finding = {Verdict::Broken, QString::fromLatin1(exception._name()) + u" for the endpoint "_s +
+        finding = {Severity::Error, QString::fromLatin1(exception._name()) + u" for the endpoint "_s +
                                         Broker::DescribeEndpoint()};
     }
     broker.Shutdown();
@@ -72,44 +71,110 @@ Finding ExamineBroker() {
 Finding ExamineHubClient() {
     IDllInstance* const client = CfgCenter::CreateDllInstanceByFileName(u"MshClient.dll"_s, {}, false, false);
     if (!client) {
-        return {Verdict::Absent, CfgCenter::GetLastError()};
+        return {Severity::Absent, CfgCenter::GetLastError()};
     }
     CfgCenter::DestroyDllInstanceByPointer(client);
-    return {Verdict::Ok, u"found"_s};
+    return {Severity::Ok, u"found"_s};
 }
 
-/// Prints what works on this machine: settings, device setup, serial ports, broker and hub client. Returns
-/// the exit code: failed when something is broken; what is merely absent does not count.
-int PrintFindings(const QString& configDirectory) {
-    using NamedFinding = std::pair<QString, Finding>;
-    const std::array findings{
-        NamedFinding{u"settings"_s, ExamineSettings(configDirectory)},
-        NamedFinding{u"device setup"_s, ExamineSetup()},
-        NamedFinding{u"serial ports"_s, ExamineSerialPorts()},
-        NamedFinding{u"broker"_s, ExamineBroker()},
-        NamedFinding{u"hub client"_s, ExamineHubClient()},
-    };
-    int exitCode = EXIT_OK;
-    for (const auto& [name, finding] : findings) {
-        const QString verdict = finding.verdict == Verdict::Ok       ? u"ok"_s
-                                : finding.verdict == Verdict::Absent ? u"none"_s
-                                                                     : u"BROKEN"_s;
-        Console::Print(verdict.leftJustified(8) + name.leftJustified(14) + finding.text);
-        if (finding.verdict == Verdict::Broken) {
-            exitCode = EXIT_FAILED;
+/// Whether the recording can be read, and an antenna serves each of its frequencies.
+Finding ExamineRecording(const QString& fileName) {
+    RecordingReader reader;
+    if (reader.Open(fileName)) {
+        double frequency = 0.0; // of the row before
+        while (const std::optional<RecordedBearing> row = reader.Next()) {
+            if (row->frequency == frequency) {
+                continue;
+            }
+            frequency = row->frequency;
+            if (const Finding finding = StationCheck::CheckFrequency(frequency);
+                finding.severity == Severity::Error) {
+                return {Severity::Error, fileName + u": "_s + finding.text};
+            }
         }
     }
-    return exitCode;
+    if (!reader.GetErrorText().isEmpty()) {
+        return {Severity::Error, reader.GetErrorText()};
+    }
+    const quint64 badLines = reader.GetBadLineCount();
+    return {badLines == 0 ? Severity::Ok : Severity::Warning,
+            u"%1 rows, %2 lines that are none: "_s.arg(reader.GetRowCount()).arg(badLines) + fileName};
+}
+
+/// What works on this machine: settings, device, recording, serial ports, broker and hub client.
+std::vector<NamedFinding> Examine(const QString& configDirectory, const std::optional<QString>& recording) {
+    std::vector<NamedFinding> findings{{u"settings"_s, ExamineSettings(configDirectory)}};
+    for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
+        findings.push_back({u"settings"_s, finding});
+    }
+    findings.push_back({u"device type"_s, StationCheck::CheckDeviceType()});
+    findings.push_back({u"device setup"_s, StationCheck::CheckAntennaSetup()});
+    findings.push_back({u"hardware"_s, StationCheck::CheckHardware()});
+    if (recording) {
+        findings.push_back({u"recording"_s, ExamineRecording(*recording)});
+    }
+    findings.push_back({u"serial ports"_s, ExamineSerialPorts()});
+    findings.push_back({u"broker"_s, ExamineBroker()});
+    findings.push_back({u"hub client"_s, ExamineHubClient()});
+    return findings;
+}
+
+QString GetVerdict(Severity severity) {
+    switch (severity) {
+    case Severity::Ok:
+        return u"ok"_s;
+    case Severity::Absent:
+        return u"none"_s;
+    case Severity::Warning:
+        return u"warning"_s;
+    case Severity::Error:
+        break;
+    }
+    return u"BROKEN"_s;
+}
+
+void Print(const std::vector<NamedFinding>& findings) {
+    for (const auto& [name, finding] : findings) {
+        Console::Print(GetVerdict(finding.severity).leftJustified(8) + name.leftJustified(14) + finding.text);
+    }
+}
+
+void PrintAsJson(const std::vector<NamedFinding>& findings) {
+    QJsonArray array;
+    for (const auto& [name, finding] : findings) {
+        array.append(QJsonObject{{u"name"_s, name},
+                                 {u"verdict"_s, GetVerdict(finding.severity).toLower()},
+                                 {u"text"_s, finding.text}});
+    }
+    Console::PrintJson(QJsonDocument(QJsonObject{{u"findings"_s, array}}));
+}
+
+/// Returns the exit code: failed when something is broken; what is merely absent or odd does not count.
+int GetExitCode(const std::vector<NamedFinding>& findings) {
+    const bool isBroken = std::ranges::any_of(
+        findings, [](const NamedFinding& each) { return each.finding.severity == Severity::Error; });
+    return isBroken ? EXIT_FAILED : EXIT_OK;
 }
 
 } // namespace
 
 int Commands::Doctor(const QStringList& arguments) {
     CommandLine line(u"doctor"_s, u"Tells what works on this machine. Fails when something is broken."_s,
-                     {CommandLine::ComponentsOption()});
+                     {CommandLine::ComponentsOption(),
+                      {u"recording"_s, u"Looks into this recording, too."_s, u"FILE"_s},
+                      CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
     line.TakeComponentDirectory();
-    return line.WithStation([&line] { return PrintFindings(*line.Text(u"config"_s)); });
+    return line.WithStation([&line] {
+        const std::vector<NamedFinding> findings =
+            Examine(line.GetConfigDirectory(), line.Text(u"recording"_s));
+        if (line.AsJson()) {
+            PrintAsJson(findings);
+        } else {
+            Print(findings);
+        }
+        return GetExitCode(findings);
+    });
 }

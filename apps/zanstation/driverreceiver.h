@@ -1,12 +1,14 @@
 #pragma once
 
 #include "zancommon/driverrecords.h"
+#include "zancommon/idriver.h"
 #include "zancommon/idrivercallback.h"
 #include "zanstation/blockqueue.h"
 
 #include <QObject>
 #include <QString>
 
+#include <cstddef>
 #include <variant>
 #include <vector>
 
@@ -20,17 +22,23 @@ struct BearingBlock {
 /// What the station hands to the driver: takes its deliveries on the driver's thread, and passes them on as
 /// signals on the thread that this object lives on.
 ///
-/// Each block is copied once, where it crosses the threads. What a station without spectra, audio and
-/// simulation has no use for is dropped.
+/// Each block is copied once, where it crosses the threads. What is waiting is bounded in bytes: a driver
+/// that is faster than the station is held up until there is room, and a block larger than the bound is
+/// passed on in pieces. What a station without spectra, audio and simulation has no use for is dropped.
 class DriverReceiver final : public QObject, public KvZANCommon::IDriverCallback {
     Q_OBJECT
 
 public:
-    explicit DriverReceiver(QString deviceAddress);
+    /// Bytes that wait for this thread at most, unless said otherwise: some ten thousand blocks of one
+    /// bearing, or eight of the longest scan. While they are passed on, as many can come again.
+    static constexpr std::size_t DEFAULT_CAPACITY = 8UL * 1024 * 1024;
 
-    /// Holds the driver up no more, so that it can be stopped; what it still delivers is passed on all the
-    /// same.
-    void StopBounding() { m_queue.StopBounding(); }
+    /// \param capacity bytes that wait at most
+    explicit DriverReceiver(QString deviceAddress, std::size_t capacity = DEFAULT_CAPACITY);
+
+    /// Sets a driver that delivers here to standby, and passes on what it has delivered until it stood still.
+    /// The driver is held up no more, now and later: one that waits for room could not be stopped.
+    void Stop(KvZANCommon::IDriver& driver);
     /// Passes on what is waiting, at once.
     void PassOnWaiting();
 
@@ -75,8 +83,10 @@ private:
     struct End {};
     using Delivery = std::variant<BearingBlock, KvZANCommon::ErrorStruct, QString, End>;
 
-    void Post(Delivery delivery);
+    /// \param ownedBytes what the delivery owns beside itself
+    void Post(Delivery delivery, std::size_t ownedBytes);
 
     const QString m_deviceAddress;
+    const std::size_t m_longestPiece; // bearings
     BlockQueue<Delivery> m_queue;
 };

@@ -121,9 +121,9 @@ bool RecordingReader::Open(const QString& fileName) {
     return ReadHeader();
 }
 
-bool RecordingReader::Open(QIODevice& device) {
-    Reset(device, u"recording"_s);
-    m_size = device.size() - device.pos();
+bool RecordingReader::Open(QIODevice& device, const QString& name) {
+    Reset(device, name);
+    m_size = device.isSequential() ? 0 : device.size() - device.pos();
     return device.isReadable() ? ReadHeader() : Fail(u"is not open for reading"_s);
 }
 
@@ -165,9 +165,9 @@ bool RecordingReader::ReadHeader() {
     return fault.isEmpty() || Fail(fault);
 }
 
-std::optional<RecordedBearing> RecordingReader::Next() {
+std::optional<RecordedBearing> RecordingReader::Read(bool mayWait) {
     std::optional<RecordedBearing> bearing(std::in_place);
-    while (m_pDevice) {
+    while (m_pDevice && (mayWait || IsLineHere())) {
         std::string_view line;
         const Line kind = ReadLine(line);
         if (kind == Line::End || (line.empty() && AtEnd())) {
@@ -188,15 +188,13 @@ std::optional<RecordedBearing> RecordingReader::Next() {
 /// Cuts the next line off the buffer; it stays valid until the next call. Of a line that is too long it is
 /// the beginning; the call after it skips the rest, so that a file without line ends fails at its header.
 RecordingReader::Line RecordingReader::ReadLine(std::string_view& line) {
-    const char* newline = FindNewline();
     while (m_skipping) {
-        m_begin = newline ? static_cast<std::size_t>(newline + 1 - m_buffer.data()) : m_end;
-        m_skipping = !newline;
+        DropRest();
         if (m_skipping && !Fill()) {
             return Line::End;
         }
-        newline = FindNewline();
     }
+    const char* newline = FindNewline();
     while (!newline && m_end - m_begin <= MAX_LINE_LENGTH && Fill()) {
         newline = FindNewline();
     }
@@ -217,6 +215,36 @@ RecordingReader::Line RecordingReader::ReadLine(std::string_view& line) {
         line.remove_suffix(1);
     }
     return Line::Complete;
+}
+
+/// Whether the next line can be read without waiting.
+bool RecordingReader::IsLineHere() {
+    while (m_pDevice->isSequential()) {
+        if (m_skipping) {
+            DropRest();
+        }
+        const char* const begin = m_buffer.data() + m_begin;
+        const char* const newline = m_skipping ? nullptr : FindNewline();
+        // What an empty line is depends on whether something follows it.
+        const bool isEmptyLast = newline && newline - begin <= 1 && newline + 1 == m_buffer.data() + m_end;
+        if ((newline && !isEmptyLast) || m_end - m_begin > MAX_LINE_LENGTH) {
+            break;
+        }
+        if (!m_pDevice->waitForReadyRead(0)) {
+            return false;
+        }
+        if (!Fill()) {
+            break;
+        }
+    }
+    return true;
+}
+
+/// Drops what has come of a line that was too long, with its end if that has come.
+void RecordingReader::DropRest() {
+    const char* const newline = FindNewline();
+    m_begin = newline ? static_cast<std::size_t>(newline + 1 - m_buffer.data()) : m_end;
+    m_skipping = !newline;
 }
 
 const char* RecordingReader::FindNewline() const {

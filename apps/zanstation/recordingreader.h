@@ -52,11 +52,15 @@ public:
     /// directory or empty, or its header line is missing or has other columns. Counts start anew.
     bool Open(const QString& fileName);
     /// Reads from a device that is open for reading, from where it stands; it is not owned and must outlive
-    /// the last call of `Next`. Its `read` returns 0 at the end and below 0 for an error.
-    bool Open(QIODevice& device);
+    /// the last call of `Next`. Its `read` returns 0 at the end and below 0 for an error, and the
+    /// `waitForReadyRead` of a sequential one tells whether it would wait.
+    /// \param name what the device is called in error texts
+    bool Open(QIODevice& device, const QString& name = QStringLiteral("recording"));
 
-    /// The next valid row; nothing at the end, and after an error.
-    std::optional<RecordedBearing> Next();
+    /// The next valid row; nothing at the end, and after an error. Of a sequential device it is waited for.
+    std::optional<RecordedBearing> Next() { return Read(true); }
+    /// As `Next`, but nothing, too, while the device has not received the row as a whole yet.
+    std::optional<RecordedBearing> NextIfHere() { return Read(false); }
 
     /// Why `Open` failed or reading broke off; empty when neither happened.
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
@@ -76,7 +80,10 @@ private:
     void Reset(QIODevice& device, const QString& name);
     bool Fail(const QString& text);
     bool ReadHeader();
+    std::optional<RecordedBearing> Read(bool mayWait);
     Line ReadLine(std::string_view& line);
+    bool IsLineHere();
+    void DropRest();
     [[nodiscard]] const char* FindNewline() const;
     bool Fill();
     bool AtEnd();

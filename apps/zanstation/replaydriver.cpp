@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -63,12 +64,19 @@ int ReplayDriver::Initialize(std::string& recording, bool /*simulation*/) {
     m_reportedLines = 0;
     m_progress = 0.0;
     m_blockCount = 0;
-    ReportCommand(u"open "_s + QString::fromStdString(recording));
-    if (!m_reader.Open(QString::fromStdString(recording))) {
-        m_lastError = m_reader.GetErrorText();
-        return FAILED;
+    const QString name = QString::fromStdString(recording);
+    ReportCommand(u"open "_s + name);
+    m_stream.close();
+    m_streamName.clear();
+    if (!RecordingStream::IsStream(name)) {
+        m_lastError = m_reader.Open(name) ? QString() : m_reader.GetErrorText();
+    } else if (m_stream.Open(name)) {
+        m_streamName = name; // its header may be long in coming
+        m_lastError.clear();
+    } else {
+        m_lastError = name + u": cannot be opened: "_s + m_stream.errorString();
     }
-    return OK;
+    return m_lastError.isEmpty() ? OK : FAILED;
 }
 
 QString ReplayDriver::GetLastError() {
@@ -90,6 +98,7 @@ long ReplayDriver::SetMode(EMode mode) {
 
 void ReplayDriver::Start() {
     m_isStopping = false;
+    m_stream.Resume();
     m_firstTime.reset();
     m_thread = std::thread([this] { Replay(); });
 }
@@ -103,29 +112,39 @@ void ReplayDriver::Stop() {
         m_isStopping = true;
     }
     m_stopRequested.notify_all();
+    m_stream.Interrupt();
     m_thread.join();
 }
 
 void ReplayDriver::Replay() {
-    std::optional<RecordedBearing> row = NextRow();
+    std::optional<RecordedBearing> row = BeginStream() ? Tell(m_reader.Next()) : std::nullopt;
     while (row && WaitFor(row->timeMs)) {
         const RecordedBearing first = *row;
         m_block.clear();
         do {
             m_block.push_back(ToBearing(*row));
-            row = NextRow();
+            row = Tell(m_reader.NextIfHere()); // what has come does not wait for what may come
         } while (row && m_block.size() < MAX_BLOCK && BelongTogether(first, *row));
         Deliver(first);
+        if (!row) {
+            row = Tell(m_reader.Next());
+        }
     }
-    if (!m_reader.GetErrorText().isEmpty()) {
+    // A stream that is stopped before its header line has come reads as an empty one.
+    if (!m_reader.GetErrorText().isEmpty() && !IsStopping()) {
         Report(m_reader.GetErrorText(), true);
     }
     ReportCommand(u"end of the recording"_s);
     m_callback.CloseDataLink();
 }
 
-std::optional<RecordedBearing> ReplayDriver::NextRow() {
-    std::optional<RecordedBearing> row = m_reader.Next();
+/// Reads the header line of a stream. False when the stream has another one, or none.
+bool ReplayDriver::BeginStream() {
+    return m_streamName.isEmpty() || m_reader.Open(m_stream, std::exchange(m_streamName, {}));
+}
+
+/// Tells what reading a row has brought about beside it.
+std::optional<RecordedBearing> ReplayDriver::Tell(std::optional<RecordedBearing> row) {
     m_progress = m_reader.GetProgress();
     while (m_reportedLines < m_reader.GetBadLineTexts().size()) {
         Report(m_reader.GetBadLineTexts().at(m_reportedLines++), false);
@@ -140,6 +159,11 @@ void ReplayDriver::Report(const QString& text, bool isFatal) {
 
 void ReplayDriver::ReportCommand(QString command) {
     m_callback.SetCommandLog(command);
+}
+
+bool ReplayDriver::IsStopping() {
+    const std::lock_guard lock(m_mutex);
+    return m_isStopping;
 }
 
 bool ReplayDriver::WaitFor(quint64 recordedTime) {

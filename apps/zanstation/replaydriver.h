@@ -3,6 +3,7 @@
 #include "zancommon/ilegacydriver.h"
 #include "zancommon/ilegacydrivercallback.h"
 #include "zanstation/recordingreader.h"
+#include "zanstation/recordingstream.h"
 
 #include <QString>
 
@@ -18,11 +19,12 @@
 /// A driver whose device is a bearing recording. It is written against the older driver interface, as most
 /// drivers in use are, and stands as the example of one.
 ///
-/// `Initialize` opens the recording that its first argument names. `SetMode` with a mode other than standby
-/// starts a thread that delivers the rows as scan blocks, at the pace of their times, and ends with
-/// `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data make one block.
-/// Lines that are no rows are reported through `reportError`, and the commands that the driver is given
-/// through `SetCommandLog`. What a recording cannot do answers `NOT_SUPPORTED`.
+/// `Initialize` opens the recording that its first argument names: a file, whose header line is read at once,
+/// or a stream, a FIFO or standard input ("-"), which is read line by line as they come. `SetMode` with a
+/// mode other than standby starts a thread that delivers the rows as scan blocks, at the pace of their times,
+/// and ends with `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data make
+/// one block. Lines that are no rows are reported through `reportError`, and the commands that the driver is
+/// given through `SetCommandLog`. What a recording cannot do answers `NOT_SUPPORTED`.
 class ReplayDriver final : public KvZANCommon::ILegacyDriver {
 public:
     static constexpr long OK = 0;
@@ -121,15 +123,19 @@ private:
     void Start();
     void Stop();
     void Replay();
-    std::optional<RecordedBearing> NextRow();
+    bool BeginStream();
+    std::optional<RecordedBearing> Tell(std::optional<RecordedBearing> row);
     void ReportCommand(QString command);
     void Report(const QString& text, bool isFatal);
+    bool IsStopping();
     /// Waits for the moment of a recorded time. False when the driver is being stopped.
     bool WaitFor(quint64 recordedTime);
     void Deliver(const RecordedBearing& platform);
 
     KvZANCommon::ILegacyDriverCallback& m_callback;
     const double m_pace;
+    RecordingStream m_stream;
+    QString m_streamName; // empty: the stream has been begun, or there is none
     RecordingReader m_reader;
     qsizetype m_reportedLines = 0;
     QString m_lastError;

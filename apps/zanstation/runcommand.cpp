@@ -6,17 +6,22 @@
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
+#include "zanstation/directorylock.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/passsimulator.h"
+#include "zanstation/settingscheck.h"
 #include "zanstation/signalwatcher.h"
 #include "zanstation/simulatecommand.h"
+#include "zanstation/stationcheck.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QRegularExpression>
 #include <QTimer>
 
-#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -26,6 +31,15 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int PROGRESS_INTERVAL_MS = 200;
+constexpr int WATCH_INTERVAL_MS = 1000;
+
+/// What standard input and standard output are called on the command line.
+constexpr QStringView STANDARD_STREAM = RecordingStream::STANDARD_INPUT;
+
+/// A file by its name; a standard stream by the name that the system has for it.
+QString StreamFile(const QString& name, const QString& stream) {
+    return name == STANDARD_STREAM ? stream : name;
+}
 
 QString Count(quint64 count) {
     return QString::number(count);
@@ -37,9 +51,106 @@ RunCommand::RunCommand(RunOptions options)
     : m_options(std::move(options)) {}
 
 int RunCommand::Run() {
-    StoreOutputSettings();
+    // Before there is a second thread, for a signal may arrive on any.
+    const SignalWatcher watcher;
+    connect(&watcher, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
     m_station.emplace();
-    m_station->StartOutput();
+    WarnOfStation();
+    if (!OpenRecording()) {
+        return EXIT_FAILED;
+    }
+    StoreOutputSettings();
+    SetParameters();
+    if (m_options.output == STANDARD_STREAM) {
+        Console::PrintToStandardError();
+        m_station->StartOutput(STANDARD_STREAM.toString());
+    } else {
+        m_station->StartOutput();
+    }
+    m_isOutputOn = m_station->GetOutput().IsEnabled();
+    if (!m_isOutputOn) {
+        Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
+    }
+    m_device.SetMode(EMODE_SCAN);
+
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, this, &RunCommand::Watch);
+    watch.start(WATCH_INTERVAL_MS);
+    QTimer progress;
+    if (AppOptions::GetBoolean(u"Progress"_s, Console::IsTerminal() && !Console::IsQuiet())) {
+        connect(&progress, &QTimer::timeout, this, &RunCommand::ShowProgress);
+        progress.start(PROGRESS_INTERVAL_MS);
+    }
+    QCoreApplication::exec();
+
+    m_receiver->Stop(m_device);
+    m_station->GetOutput().SetEnabled(false); // what waits is written, or counted as dropped
+    ReportOutputProblem();
+    if (progress.isActive()) {
+        ShowProgress();
+        Console::EndProgress();
+    }
+    if (const QString silence = DescribeSilence(true); !silence.isEmpty()) {
+        Console::Warn(silence);
+    }
+    PrintSummary();
+    if (m_signal != 0) {
+        return ExitCodeOf(m_signal);
+    }
+    return m_hasFailed ? EXIT_FAILED : EXIT_OK;
+}
+
+bool RunCommand::IsSound() const {
+    bool isSound = true;
+    for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
+        if (finding.severity == Finding::Severity::Error) {
+            Console::Error(finding.text);
+            isSound = false;
+        } else {
+            Console::Warn(finding.text);
+        }
+    }
+    const QString output = GetOutputFile();
+    if (!output.isEmpty() && DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s),
+                                                       StreamFile(m_options.recording, u"/dev/stdin"_s))) {
+        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, m_options.recording));
+        isSound = false;
+    }
+    return isSound;
+}
+
+/// The file that the sentences will go to; empty for none.
+QString RunCommand::GetOutputFile() const {
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    const QString stored =
+        cfg.GetBool(u"FileOutput_Enabled"_s, false) ? cfg.GetString(u"FileOutput_Address"_s, {}) : QString();
+    return m_options.output.value_or(stored);
+}
+
+void RunCommand::WarnOfStation() {
+    for (const auto& [name, finding] : {std::pair{u"device type"_s, StationCheck::CheckDeviceType()},
+                                        std::pair{u"antenna setup"_s, StationCheck::CheckAntennaSetup()},
+                                        std::pair{u"hardware"_s, StationCheck::CheckHardware()}}) {
+        if (finding.severity == Finding::Severity::Error) {
+            Console::Warn(name + u": "_s + finding.text);
+        }
+    }
+}
+
+/// Warns of the first frequencies that the recording holds and no antenna serves.
+void RunCommand::WarnOfFrequency(double frequency) {
+    constexpr std::size_t MOST_WARNINGS = 10;
+    if (frequency == m_lastFrequency || m_unservedFrequencies.size() == MOST_WARNINGS) {
+        return;
+    }
+    m_lastFrequency = frequency;
+    const Finding finding = StationCheck::CheckFrequency(frequency);
+    if (finding.severity == Finding::Severity::Error && m_unservedFrequencies.insert(frequency).second) {
+        Console::Warn(finding.text);
+    }
+}
+
+void RunCommand::SetParameters() {
     if (m_options.pitchThreshold) {
         m_station->SetPitchThreshold(*m_options.pitchThreshold);
     }
@@ -52,40 +163,11 @@ int RunCommand::Run() {
     if (m_options.connectionSpeed) {
         m_station->SetConnectionSpeed(*m_options.connectionSpeed);
     }
-    if (!m_station->GetOutput().IsEnabled()) {
-        Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
-    }
-    // Before there is a second thread, for a signal may arrive on any.
-    const SignalWatcher watcher;
-    connect(&watcher, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
-    if (!StartDriver()) {
-        return EXIT_FAILED;
-    }
-
-    QTimer progress;
-    if (AppOptions::GetBoolean(u"Progress"_s, Console::IsTerminal())) {
-        connect(&progress, &QTimer::timeout, this, &RunCommand::ShowProgress);
-        progress.start(PROGRESS_INTERVAL_MS);
-    }
-    QCoreApplication::exec();
-
-    m_device.SetMode(EMODE_STANDBY);
-    m_receiver->PassOnWaiting();
-    ReportOutputProblem();
-    if (progress.isActive()) {
-        ShowProgress();
-        Console::EndProgress();
-    }
-    PrintSummary();
-    if (m_signal != 0) {
-        return ExitCodeOf(m_signal);
-    }
-    return m_hasFailed ? EXIT_FAILED : EXIT_OK;
 }
 
 void RunCommand::StoreOutputSettings() const {
     ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
-    if (m_options.output) {
+    if (m_options.output && m_options.output != STANDARD_STREAM) { // that holds for this run only
         cfg.SetBool(u"FileOutput_Enabled"_s, !m_options.output->isEmpty());
         if (!m_options.output->isEmpty()) {
             cfg.SetString(u"FileOutput_Address"_s, *m_options.output);
@@ -102,14 +184,17 @@ void RunCommand::StoreOutputSettings() const {
     }
 }
 
-bool RunCommand::StartDriver() {
+/// Opens the recording, but reads on only when the output is there.
+bool RunCommand::OpenRecording() {
     m_receiver.emplace(m_station->GetDeviceAddress());
     // What has been waiting since the last time is written together.
     connect(&*m_receiver, &DriverReceiver::PassingOnBegins, this,
             [this] { m_burst.emplace(m_station->GetOutput()); });
     connect(&*m_receiver, &DriverReceiver::PassingOnEnds, this, [this] { m_burst.reset(); });
-    connect(&*m_receiver, &DriverReceiver::BlockReceived, this,
-            [this](BearingBlock& block) { m_station->Process(block); });
+    connect(&*m_receiver, &DriverReceiver::BlockReceived, this, [this](BearingBlock& block) {
+        WarnOfFrequency(block.status.frequency);
+        m_station->Process(block);
+    });
     connect(&*m_receiver, &DriverReceiver::ErrorReported, this, &RunCommand::OnError);
     connect(&*m_receiver, &DriverReceiver::CommandReported, this, &RunCommand::LogCommand);
     connect(&*m_receiver, &DriverReceiver::LinkClosed, this, [] { QCoreApplication::quit(); });
@@ -126,13 +211,11 @@ bool RunCommand::StartDriver() {
         Console::Error(m_device.GetLastError());
         return false;
     }
-    m_device.SetMode(EMODE_SCAN);
     return true;
 }
 
 void RunCommand::Interrupt(int signal) {
     m_signal = signal;
-    m_receiver->StopBounding();
     QCoreApplication::quit();
 }
 
@@ -163,6 +246,45 @@ void RunCommand::ReportOutputProblem() {
     }
 }
 
+/// Tells while the run goes on what would otherwise come as a surprise at its end.
+void RunCommand::Watch() {
+    ReportOutputProblem();
+    const QString silence = m_isSilenceTold ? QString() : DescribeSilence(false);
+    if (!silence.isEmpty()) {
+        m_isSilenceTold = true;
+        Console::Warn(silence);
+    }
+}
+
+/// That bearings are published and no sentence is written, and why; empty while it is not so.
+QString RunCommand::DescribeSilence(bool isAtEnd) const {
+    const quint64 published = m_station->GetCounts().published;
+    const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
+    if (published == 0 || output.fileSentences + output.serialSentences > 0) {
+        return {};
+    }
+    const auto describeCause = [&] {
+        if (!m_isOutputOn || output.withoutSink > 0) {
+            return u"all outputs are off"_s;
+        }
+        if (output.fileDropped + output.serialDropped > 0) {
+            return u"no output has taken one"_s;
+        }
+        if (output.inStandby > 0) {
+            return u"the operation mode is Standby"_s;
+        }
+        if (output.leftToInterval == 0) {
+            return u"the serial line has not sent one"_s;
+        }
+        const QString interval =
+            CfgCenter::GetAppCfg(ICfg::View::Outputs).GetString(u"Output_Interval"_s, {});
+        return (isAtEnd ? u"the interval of %1 ms is longer than the run"_s : u"the interval is %1 ms"_s)
+            .arg(interval);
+    };
+    return u"%1 bearings published, no sentence written%2: %3"_s.arg(
+        Count(published), isAtEnd ? QString() : u" yet"_s, describeCause());
+}
+
 void RunCommand::ShowProgress() {
     ReportOutputProblem();
     const StationCounts& counts = m_station->GetCounts();
@@ -175,31 +297,53 @@ void RunCommand::ShowProgress() {
                               Count(output.fileDropped + output.serialDropped)));
 }
 
-void RunCommand::PrintSummary() const {
+std::vector<RunCommand::SummaryLine> RunCommand::GetSummary() const {
     const StationCounts& counts = m_station->GetCounts();
     const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
-    using Line = std::pair<QString, quint64>;
-    const std::array lines{
-        Line{u"bearings in"_s, counts.bearings},
-        Line{u"rejected: pitch/roll"_s, counts.rejectedPitchRoll},
-        Line{u"rejected: overhead pass"_s, counts.rejectedOverhead},
-        Line{u"without signal"_s, counts.withoutSignal},
-        Line{u"marked as unusable"_s, counts.unusable},
-        Line{u"published"_s, counts.published},
-        Line{u"sentences to file"_s, output.fileSentences},
-        Line{u"sentences to serial line"_s, output.serialSentences},
-        Line{u"dropped: file"_s, output.fileDropped},
-        Line{u"dropped: serial line"_s, output.serialDropped},
+    return {
+        {u"bearings in"_s, counts.bearings},
+        {u"rejected: pitch/roll"_s, counts.rejectedPitchRoll},
+        {u"rejected: overhead pass"_s, counts.rejectedOverhead},
+        {u"without signal"_s, counts.withoutSignal},
+        {u"marked as unusable"_s, counts.unusable},
+        {u"published"_s, counts.published},
+        {u"sentences to file"_s, output.fileSentences},
+        {u"sentences to serial line"_s, output.serialSentences},
+        {u"dropped: file"_s, output.fileDropped},
+        {u"dropped: serial line"_s, output.serialDropped},
     };
-    for (const auto& [name, count] : lines) {
-        Console::Print(name.leftJustified(26) + Count(count).rightJustified(10));
+}
+
+void RunCommand::PrintSummary() const {
+    if (m_options.asJson) {
+        PrintSummaryAsJson();
+        return;
+    }
+    for (const SummaryLine& line : GetSummary()) {
+        Console::Tell(line.name.leftJustified(26) + Count(line.count).rightJustified(10));
     }
     for (const QString& badLines : m_driver->GetBadLineSummary()) {
-        Console::Print(u"lines skipped, "_s + badLines);
+        Console::Tell(u"lines skipped, "_s + badLines);
     }
 }
 
+/// The same names, as programs write them: "rejected: pitch/roll" is "rejected_pitch_roll".
+void RunCommand::PrintSummaryAsJson() const {
+    static const QRegularExpression betweenWords(u"[^a-z]+"_s);
+    QJsonObject summary;
+    for (SummaryLine& line : GetSummary()) {
+        summary[line.name.replace(betweenWords, u"_"_s)] = static_cast<qint64>(line.count);
+    }
+    summary[u"lines_skipped"_s] = QJsonArray::fromStringList(m_driver->GetBadLineSummary());
+    Console::PrintJson(QJsonDocument(summary));
+}
+
 namespace {
+
+/// The absolute path of a file; "-" stays what it is.
+QString AbsolutePath(const QString& name) {
+    return name == STANDARD_STREAM ? name : QFileInfo(name).absoluteFilePath();
+}
 
 /// "realtime", "max", or how many times faster than recorded.
 std::optional<double> ReadPace(const QString& text) {
@@ -221,11 +365,16 @@ int Commands::Run(const QStringList& arguments) {
         u"run"_s,
         u"Replays a recording through driver, adapter, filters and outputs. What is not given here stays as "
         "it is in the settings; what is given for outputs and thresholds is kept there."_s,
-        {{u"recording"_s, u"Recording to replay (default: a simulated one)."_s, u"FILE"_s},
+        {{u"recording"_s,
+          u"Recording to replay (default: a simulated one). A FIFO, or \"-\" for standard input, is read as "
+          u"it "
+          "comes."_s,
+          u"FILE"_s},
          {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
           u"realtime"_s},
          {u"output"_s,
-          u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak."_s,
+          u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak. \"-\" is "
+          "standard output, for this run only; everything else then goes to standard error."_s,
           u"FILE"_s},
          {u"serial"_s,
           u"Serial line for the sentences, such as /dev/ttyUSB0:9600,n,8,1; \"\" switches it off."_s,
@@ -234,7 +383,8 @@ int Commands::Run(const QStringList& arguments) {
          {u"pitch-threshold"_s, u"Rejects bearings from this pitch on, in degrees."_s, u"DEG"_s},
          {u"roll-threshold"_s, u"Rejects bearings from this roll on, in degrees."_s, u"DEG"_s},
          {u"overhead-threshold"_s, u"Rejects bearings from this elevation on, in degrees."_s, u"DEG"_s},
-         {u"connection-speed"_s, u"From 1 on, bearings without quality are marked as unusable."_s, u"N"_s}});
+         {u"connection-speed"_s, u"From 1 on, bearings without quality are marked as unusable."_s, u"N"_s},
+         CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
@@ -246,7 +396,7 @@ int Commands::Run(const QStringList& arguments) {
     options.pace = *pace;
     options.output = line.Text(u"output"_s);
     if (options.output && !options.output->isEmpty()) {
-        options.output = QFileInfo(*options.output).absoluteFilePath();
+        options.output = AbsolutePath(*options.output);
     }
     options.serial = line.Text(u"serial"_s);
     constexpr int LONGEST_INTERVAL = 10000;
@@ -260,18 +410,25 @@ int Commands::Run(const QStringList& arguments) {
     if (!line.OpenStore()) {
         return EXIT_FAILED;
     }
-    const QString configDirectory = QFileInfo(*line.Text(u"config"_s)).absoluteFilePath();
-    if (const std::optional<QString> recording = line.Text(u"recording"_s)) {
-        options.recording = QFileInfo(*recording).absoluteFilePath();
-    } else {
-        options.recording = configDirectory + u"/example.csv"_s;
-        if (!QFileInfo::exists(options.recording) &&
-            !WriteSimulation(1, PassSimulator::DEFAULT_ROW_COUNT, options.recording)) {
-            return EXIT_FAILED;
-        }
+    const QString configDirectory = line.GetConfigDirectory();
+    DirectoryLock lock;
+    if (!lock.Take(configDirectory)) {
+        Console::Error(lock.GetErrorText());
+        return EXIT_FAILED;
+    }
+    options.asJson = line.AsJson();
+    const std::optional<QString> recording = line.Text(u"recording"_s);
+    options.recording = recording ? AbsolutePath(*recording) : configDirectory + u"/example.csv"_s;
+    RunCommand command(options);
+    if (!command.IsSound()) {
+        return EXIT_FAILED;
+    }
+    if (!recording && !QFileInfo::exists(options.recording) &&
+        !WriteSimulation(1, PassSimulator::DEFAULT_ROW_COUNT, options.recording)) {
+        return EXIT_FAILED;
     }
     // The command log is kept below the current directory: with the settings.
     QDir::setCurrent(configDirectory);
-    const int exitCode = RunCommand(options).Run();
+    const int exitCode = command.Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }

@@ -6,23 +6,26 @@
 #include "zanstation/replaydriver.h"
 #include "zanstation/station.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
 #include <optional>
+#include <set>
+#include <vector>
 
 /// What `zanstation run` is asked to do. What is not set stays as it is in the settings.
 struct RunOptions {
-    QString recording;             ///< absolute path
-    double pace = 1.0;             ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
-    std::optional<QString> output; ///< absolute path; a later run may be started elsewhere
+    QString recording; ///< absolute path, or "-" for standard input
+    double pace = 1.0; ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
+    /// Absolute path, for a later run may be started elsewhere; "-": standard output, for this run only.
+    std::optional<QString> output;
     std::optional<QString> serial;
     std::optional<int> interval; ///< milliseconds
     std::optional<double> pitchThreshold;
     std::optional<double> rollThreshold;
     std::optional<double> overheadThreshold;
     std::optional<int> connectionSpeed;
+    bool asJson = false; ///< the summary is for programs
 };
 
 /// Replays a recording through the station and reports what became of it.
@@ -32,19 +35,36 @@ class RunCommand final : public QObject {
 public:
     explicit RunCommand(RunOptions options);
 
+    /// Whether the run can begin: refuses, with messages, settings that cannot be used, and an output that
+    /// would overwrite the recording. Nothing is opened or written.
+    [[nodiscard]] bool IsSound() const;
     /// Runs until the recording has ended or the program is interrupted; returns the exit code.
     int Run();
 
 private:
+    /// What is counted, and how often.
+    struct SummaryLine {
+        QString name;
+        quint64 count = 0;
+    };
+
+    [[nodiscard]] QString GetOutputFile() const;
+    static void WarnOfStation();
+    void WarnOfFrequency(double frequency);
     void StoreOutputSettings() const;
-    bool StartDriver();
+    void SetParameters();
+    bool OpenRecording();
     void Interrupt(int signal);
     void OnError(const KvZANCommon::ErrorStruct& error);
     void ReportOutputProblem();
     void LogCommand(const QString& command);
     void ReportCommandLogProblem();
+    void Watch();
+    [[nodiscard]] QString DescribeSilence(bool isAtEnd) const;
     void ShowProgress();
+    [[nodiscard]] std::vector<SummaryLine> GetSummary() const;
     void PrintSummary() const;
+    void PrintSummaryAsJson() const;
 
     const RunOptions m_options;
     std::optional<Station> m_station;
@@ -55,6 +75,10 @@ private:
     KvZANCommon::LegacyDriverAdapter m_adapter;
     KvZANCommon::IDriver& m_device = m_adapter; // what the application knows of the driver
     QString m_reportedProblem;
+    double m_lastFrequency = 0.0; // of the latest block
+    std::set<double> m_unservedFrequencies;
+    bool m_isOutputOn = false; // when the driver was started
+    bool m_isSilenceTold = false;
     bool m_isCommandLogBroken = false;
     bool m_hasFailed = false;
     int m_signal = 0; // that has ended the run

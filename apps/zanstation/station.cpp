@@ -9,10 +9,13 @@
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
 #include "zanstation/console.h"
+#include "zanstation/publish.h"
+#include "zanstation/settingscheck.h"
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using StdDeviceDefinition::EBranch;
@@ -38,68 +41,85 @@ T* ServerValue(const ValueDescriptor& descriptor) {
     return CreateValue<T>(descriptor, nullptr);
 }
 
-/// Puts a measurement into its value. Without one the value goes back to 0 and says that it holds none: what
-/// was measured before must not pass as current.
-template <class T, class V>
-void Publish(V& value, const std::optional<T>& measurement) {
-    const bool isMeasured = measurement && value.SetValue(*measurement, nullptr);
-    if (!isMeasured) {
-        value.SetValue(T{}, nullptr);
-    }
-    value.SetState(isMeasured ? TValueState::Valid : TValueState::NotMeasured, nullptr);
+/// Tenths of a degree of an angle in degrees, without its full circles; 0 for what is no angle.
+int ToTenths(double degrees) {
+    return std::isfinite(degrees) ? static_cast<int>(std::lround(std::fmod(degrees, 360.0) * 10.0)) : 0;
 }
 
-/// The number of bearings of a block that are not rejected.
-quint64 CountUsable(const std::vector<Bearing>& bearings) {
-    return static_cast<quint64>(std::count_if(bearings.begin(), bearings.end(),
-                                              [](const Bearing& bearing) { return bearing.quality > 0; }));
+/// Tenths of a degree, from 0 to 3599.
+int WithinCircle(int tenths) {
+    constexpr int FULL_CIRCLE = 3600;
+    const int remainder = tenths % FULL_CIRCLE;
+    return remainder < 0 ? remainder + FULL_CIRCLE : remainder;
 }
 
-BearingResult ToResult(const BearingBlock& block, const Bearing& bearing) {
+/// What has to be added to the azimuths of a block, in tenths of a degree: the mounting of the antenna that
+/// serves its frequency, where the driver has left that to the application.
+int GetMechOffset(const KvZANCommon::StatusStruct& status) {
+    const AntennaData* const antenna =
+        status.withoutMechOffset
+            ? Station::GetCharacteristics().GetAntennaForFrequency(status.frequency, false)
+            : nullptr;
+    return antenna ? ToTenths(static_cast<double>(antenna->mechOffset)) : 0;
+}
+
+BearingResult ToResult(const BearingBlock& block, const Bearing& bearing, int mechOffset) {
+    constexpr quint16 BEST_QUALITY = 100;
     BearingResult result;
     result.SetFrequency(block.status.frequency);
     if (bearing.level != Bearing::NOT_MEASURED) {
         result.SetLevel(bearing.level);
     }
-    result.SetAzimuth(bearing.azimuth);
+    result.SetAzimuth(static_cast<quint16>(WithinCircle(bearing.azimuth + mechOffset)));
     if (bearing.elevation != Bearing::NOT_MEASURED) {
         result.SetElevation(bearing.elevation);
     }
-    result.SetQuality(static_cast<qint16>(bearing.quality));
+    result.SetQuality(static_cast<qint16>(std::min(bearing.quality, BEST_QUALITY)));
     result.SetTimeStamp(block.time);
     return result;
+}
+
+/// Whether the settings can be used as they are; what is wrong with them is warned of.
+bool AreSettingsUsable() {
+    bool areUsable = true;
+    for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
+        if (finding.severity == Finding::Severity::Error) {
+            Console::Warn(finding.text);
+            areUsable = false;
+        }
+    }
+    return areUsable;
 }
 
 } // namespace
 
 Station::Station()
-    : m_setup(u"Station"_s, ZANPath::SERVER.toString())
+    : m_areSettingsUsable(AreSettingsUsable())
+    , m_setup(u"Station"_s, ZANPath::SERVER.toString())
     , m_overheadFilter(m_overheadParams) {
     using namespace StdDeviceDefinition;
 
     CreateBranch(EBranch::SERVER, ZANPath::SERVER.toString());
     ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
-    m_device.emplace(u"replay"_s);
+    m_device.emplace(ADDRESS.toString());
     ServerValue<ValueSelection>(g_vdOperationMode)->SetCurrentKey(OPMODE_SCAN, nullptr);
     ReadOptions();
     GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true);
 
     m_pAzimuth = ServerValue<ValueBearing>(g_vdAzimuth);
     m_pHeading = ServerValue<ValueNumericInt>(g_vdTrueHeading);
+    m_pHeadingOffset = ServerValue<ValueNumericInt>(g_vdHeaOffset);
+    m_pDeclination = ServerValue<ValueNumericInt>(g_vdDeclination);
     m_pPitch = ServerValue<ValueNumericDouble>(g_vdPitch);
     m_pRoll = ServerValue<ValueNumericDouble>(g_vdRoll);
     m_pAltitude = ServerValue<ValueNumericDouble>(g_vdAltitude);
-    m_pLatitude = ServerValue<ValueNumericDouble>(g_vdPosLatitude);
-    m_pLongitude = ServerValue<ValueNumericDouble>(g_vdPosLongitude);
-    m_pPositionTime = ServerValue<ValueTimeStamp>(g_vdPosLastUpdate);
-    m_pPositionTime->SetState(TValueState::NotMeasured, nullptr);
     m_pPitchThreshold = ServerValue<ValueNumericDouble>(g_vdPitchThreshold);
     m_pRollThreshold = ServerValue<ValueNumericDouble>(g_vdRollThreshold);
     m_pDataValid = GetOrCreateValue<ValueBool>(ServerPath(ZANValueName::ZANDATAVALID));
     m_pDataStateInfo = GetOrCreateValue<ValueString>(ServerPath(ZANValueName::ZANDATASTATEINFO));
     m_pConnectionSpeed = GetOrCreateValue<ValueInt>(ServerPath(u"ConnectionSpeed"));
 
-    RestoreSetup();
+    PublishSetup();
 
     // The filters and their parameters.
     m_pitchRollFilter.SetPitchValuePath(ServerPath(g_vdPitch));
@@ -122,17 +142,24 @@ void Station::ReadOptions() {
     }
 }
 
-void Station::RestoreSetup() {
+/// Publishes what the operator sets for the device, as the settings keep it. Some of it does not stand in the
+/// server's branch by itself: the time of the last modification, which the characteristics observe below the
+/// device node, and two values that applications share by their names.
+void Station::PublishSetup() {
+    auto* const deviceTime = Tree::Instance()->Find<ValueString>(
+        ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdCfgModifyTime.PathName());
+    m_modifyTimes.emplace(*deviceTime, *ServerValue<ValueString>(StdDeviceDefinition::g_vdCfgModifyTime));
+    GetOrCreateValue<ValueBool>(ServerPath(ZANValueName::USEJOBSETTINGSFORFFM));
+    GetOrCreateValue<ValueString>(ServerPath(u"CalibrationSchedule"));
+
     m_setup.ReadFromValueTree({});
     m_setup.ReadFromCfg(GetDeviceAddress());
     m_setup.WriteToValueTree(nullptr, {});
-    // Where the station stood when it was last used is not where it has been measured to be.
-    m_pLatitude->SetState(TValueState::NotMeasured, nullptr);
-    m_pLongitude->SetState(TValueState::NotMeasured, nullptr);
+    m_position.emplace();
 }
 
-void Station::StartOutput() {
-    m_pOutput = new DFDataOutput(OutputName());
+void Station::StartOutput(const QString& fileOfThisRun) {
+    m_pOutput = new DFDataOutput(OutputName(), fileOfThisRun);
     ZANInformationCenter::Instance()->GetZANInterfaces().Add(m_pOutput);
 }
 
@@ -147,8 +174,12 @@ ZANCharacteristics& Station::GetCharacteristics() {
 Station::~Station() {
     m_overheadSynchronizer.reset();
     ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
-    m_setup.ReadFromValueTree({});
-    m_setup.WriteToCfg(GetDeviceAddress());
+    m_position.reset();
+    if (m_areSettingsUsable) {
+        m_setup.ReadFromValueTree({});
+        m_setup.WriteToCfg(GetDeviceAddress());
+    }
+    m_modifyTimes.reset();
     ZANInformationCenter::Finalise();
     ZANOptions::Finalise();
     m_device.reset();
@@ -163,51 +194,58 @@ void Station::SetOverheadThreshold(double degrees) {
 }
 
 void Station::Process(BearingBlock& block) {
-    m_counts.bearings += block.bearings.size();
     PublishPlatform(block);
-    ApplyBlockFilters(block);
+    const int mechOffset = GetMechOffset(block.status);
+    std::vector<bool> hasSignal; // before the filters take it
+    hasSignal.reserve(block.bearings.size());
     for (const Bearing& bearing : block.bearings) {
-        if (bearing.marker == Bearing().marker) {
-            PublishBearing(block, bearing);
-        } else {
-            ++m_counts.unusable;
+        hasSignal.push_back(bearing.quality > 0);
+    }
+    const bool isTilted = ApplyBlockFilters(block);
+    for (std::size_t i = 0; i < block.bearings.size(); ++i) {
+        const bool isMarked = block.bearings[i].marker != Bearing().marker;
+        ++m_counts.bearings;
+        m_counts.rejectedPitchRoll += hasSignal[i] && isTilted ? 1 : 0;
+        m_counts.unusable += isMarked && !(hasSignal[i] && isTilted) ? 1 : 0;
+        m_counts.withoutSignal += !hasSignal[i] && !isMarked ? 1 : 0;
+        if (!isMarked) {
+            PublishBearing(block, block.bearings[i], mechOffset);
         }
     }
 }
 
 void Station::PublishPlatform(const BearingBlock& block) {
-    constexpr int FULL_CIRCLE = 3600;
-    std::optional<int> heading;
-    if (block.status.heading) {
-        heading = static_cast<int>(std::lround(*block.status.heading * 10.0) % FULL_CIRCLE);
-    }
-    Publish(*m_pHeading, heading);
+    Publish(*m_pHeading, GetTrueHeading(block.status));
     Publish(*m_pPitch, block.status.pitch);
     Publish(*m_pRoll, block.status.roll);
     Publish(*m_pAltitude, block.status.altitude);
-    Publish(*m_pLatitude, block.status.latitude);
-    Publish(*m_pLongitude, block.status.longitude);
-    if (block.status.latitude && block.status.longitude) {
-        Publish(*m_pPositionTime, std::optional<quint64>(block.time));
-    }
+    m_position->SetMeasured(block.status.latitude, block.status.longitude, block.time);
 }
 
-void Station::ApplyBlockFilters(BearingBlock& block) {
+std::optional<int> Station::GetTrueHeading(const KvZANCommon::StatusStruct& status) const {
+    if (!status.heading || !std::isfinite(*status.heading)) {
+        return {};
+    }
+    const int declination = status.magneticHeading ? m_pDeclination->GetValue() : 0;
+    return WithinCircle(ToTenths(*status.heading) + m_pHeadingOffset->GetValue() + declination);
+}
+
+/// Lets the filters that work on whole blocks mark the bearings. Whether the platform is tilted too far.
+bool Station::ApplyBlockFilters(BearingBlock& block) {
     const auto count = static_cast<unsigned>(block.bearings.size());
-    const quint64 usable = CountUsable(block.bearings);
-    m_counts.withoutSignal += count - usable;
-    if (m_pitchRollFilter.IsFilterConditionMet()) {
+    const bool isTilted = m_pitchRollFilter.IsFilterConditionMet();
+    if (isTilted) {
         m_pitchRollFilter.Apply(count, block.bearings.data());
-        m_counts.rejectedPitchRoll += usable;
     } else {
         m_pDataValid->SetValue(true, nullptr);
         m_pDataStateInfo->SetValue({}, nullptr);
     }
     m_connectionSpeedFilter.Apply(count, block.bearings.data());
+    return isTilted;
 }
 
-void Station::PublishBearing(const BearingBlock& block, const Bearing& bearing) {
-    BearingResult result = ToResult(block, bearing);
+void Station::PublishBearing(const BearingBlock& block, const Bearing& bearing, int mechOffset) {
+    BearingResult result = ToResult(block, bearing, mechOffset);
     const qint16 quality = result.GetQuality();
     m_overheadFilter.Apply(result);
     if (quality > 0) {

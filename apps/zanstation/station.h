@@ -11,19 +11,22 @@
 #include "zancommon/zansetupdata.h"
 #include "zanstation/deviceconnection.h"
 #include "zanstation/driverreceiver.h"
+#include "zanstation/stationposition.h"
+#include "zanstation/valuelink.h"
 
 #include <QString>
 
 #include <optional>
 
-/// What has become of the bearings so far. The four ways out add up to `bearings`.
+/// What has become of the bearings so far: each of them counts once, so that the five ways out add up to
+/// `bearings`.
 struct StationCounts {
     quint64 bearings = 0;          ///< delivered by the driver
     quint64 rejectedPitchRoll = 0; ///< the platform was tilted beyond its threshold
     quint64 rejectedOverhead = 0;  ///< the emitter stood too high above the antenna
     quint64 withoutSignal = 0;     ///< of quality 0 already when they arrived
-    quint64 published = 0;         ///< of a quality above 0, in the tree for all outputs
-    quint64 unusable = 0;          ///< of those rejected or without signal: marked by the connection filter
+    quint64 unusable = 0;  ///< likewise, or usable, but marked: by the connection filter or the driver
+    quint64 published = 0; ///< of a quality above 0, in the tree for all outputs
 };
 
 /// The station: does what an application does with the library, in an application's order.
@@ -32,10 +35,15 @@ struct StationCounts {
 /// characteristics to it; restores the parameters from the settings and makes the filters; starts the output;
 /// and then takes block after block from the driver: attitude and position go into the tree, the filters mark
 /// the bearings, and each of them becomes the current bearing, which the output turns into a sentence. What
-/// the operator has set for the device is kept in the settings from run to run. Needs the settings
+/// the operator has set for the device is kept in the settings from run to run, unless the settings cannot be
+/// used as they are (`CheckSettings`): then they stay as they were written, and are warned of. Needs the
+/// settings
 /// (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
 class Station {
 public:
+    /// Address of its device, by which its settings are found.
+    static constexpr QStringView ADDRESS = u"replay";
+
     Station();
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
@@ -43,7 +51,8 @@ public:
     ~Station();
 
     /// Makes the output as the settings say, which may open its file and its serial line.
-    void StartOutput();
+    /// \param fileOfThisRun in place of the file of the settings, which stays there; "-": standard output
+    void StartOutput(const QString& fileOfThisRun = {});
 
     /// Platform angles in degrees from which on bearings are rejected.
     void SetPitchThreshold(double degrees) { m_pPitchThreshold->SetValue(degrees, nullptr); }
@@ -63,28 +72,31 @@ public:
 
 private:
     static void ReadOptions();
-    void RestoreSetup();
+    void PublishSetup();
     void PublishPlatform(const BearingBlock& block);
-    void ApplyBlockFilters(BearingBlock& block);
-    void PublishBearing(const BearingBlock& block, const Bearing& bearing);
+    [[nodiscard]] std::optional<int> GetTrueHeading(const KvZANCommon::StatusStruct& status) const;
+    bool ApplyBlockFilters(BearingBlock& block);
+    void PublishBearing(const BearingBlock& block, const Bearing& bearing, int mechOffset);
 
     // The values of the tree that the station fills.
     ValueBearing* m_pAzimuth;
     ValueNumericInt* m_pHeading;
+    ValueNumericInt* m_pHeadingOffset;
+    ValueNumericInt* m_pDeclination;
     ValueNumericDouble* m_pPitch;
     ValueNumericDouble* m_pRoll;
     ValueNumericDouble* m_pAltitude;
-    ValueNumericDouble* m_pLatitude;
-    ValueNumericDouble* m_pLongitude;
-    ValueTimeStamp* m_pPositionTime;
     ValueBool* m_pDataValid;
     ValueString* m_pDataStateInfo;
     ValueInt* m_pConnectionSpeed;
     ValueNumericDouble* m_pPitchThreshold;
     ValueNumericDouble* m_pRollThreshold;
 
+    bool m_areSettingsUsable;
     std::optional<DeviceConnection> m_device;
+    std::optional<ValueLink> m_modifyTimes; // of server and device
     ZANSetupData m_setup;
+    std::optional<StationPosition> m_position;
     DFDataOutput* m_pOutput = nullptr; // owned through the list of outputs
     KvZANCommon::PitchRollFilter m_pitchRollFilter;
     KvZANCommon::ConnectionSpeedFilter m_connectionSpeedFilter;

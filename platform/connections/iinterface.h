@@ -2,6 +2,8 @@
 
 #include "zanplatform_export.h"
 
+#include <QtGlobal>
+
 /// An open communication interface that sends. Whoever had it opened owns it and closes it by deleting it.
 /// What still waits to be sent is sent first, which holds up the thread: a serial line for about 5 s at most,
 /// and for no more than 1 s in which nothing is sent.
@@ -21,4 +23,9 @@ public:
     /// Takes a copy of `length` bytes for sending, as a whole or not at all, and returns at once. False when
     /// they are not taken.
     virtual bool Write(const char* data, int length) = 0;
+    /// How many of the bytes that `Write` took are not with the operating system: they wait or, after an
+    /// error or `Finish`, will never be sent.
+    [[nodiscard]] virtual qint64 GetUnsentCount() const { return 0; }
+    /// Does what the destructor does and takes nothing more; `GetUnsentCount` then tells what got lost.
+    virtual void Finish() {}
 };

@@ -3,7 +3,9 @@
 #include "connections/serialportinterface.h"
 #include "kwbase/errorhandler.h"
 
+#include <QFileInfo>
 #include <QSerialPort>
+#include <QTemporaryFile>
 
 #include <algorithm>
 #include <array>
@@ -136,6 +138,19 @@ std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) 
     return address;
 }
 
+/// Why a port could not be opened. Qt first makes a lock file, and says that it lacks the permission when in
+/// truth there is no descriptor left for it, or no room.
+QString OpeningProblem(const QSerialPort& port) {
+    const QString lockDirectory = u"/var/lock"_s;
+    if (port.error() == QSerialPort::PermissionError && QFileInfo(lockDirectory).isWritable()) {
+        QTemporaryFile file(lockDirectory + u"/zanstation-XXXXXX"_s);
+        if (!file.open() || file.write("1") != 1 || !file.flush()) {
+            return file.errorString();
+        }
+    }
+    return port.errorString();
+}
+
 } // namespace
 
 IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfaceCallback* callback, quint64,
@@ -163,7 +178,7 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     // Qt would send one stop bit instead of one and a half; with 5 data bits the flag for two gives it.
     port.setStopBits(serial->stopBits == QSerialPort::OneStop ? QSerialPort::OneStop : QSerialPort::TwoStop);
     if (!pInterface->Open()) {
-        return refuse(serial->port + u": "_s + port.errorString(), __LINE__);
+        return refuse(serial->port + u": "_s + OpeningProblem(port), __LINE__);
     }
     return pInterface.release();
 }

@@ -15,6 +15,10 @@ SerialPortInterface::SerialPortInterface(IInterfaceCallback& callback)
 }
 
 SerialPortInterface::~SerialPortInterface() {
+    SerialPortInterface::Finish();
+}
+
+void SerialPortInterface::Finish() {
     // Closing the port would throw away what its owner was told is taken. The most that can wait takes 4.3 s
     // at 9600 baud; a line that stands still, or crawls, does not hold up the program's end.
     constexpr int STALLED_MS = 1000;
@@ -23,6 +27,18 @@ SerialPortInterface::~SerialPortInterface() {
     while (m_port.isOpen() && m_port.bytesToWrite() > 0 && !deadline.hasExpired() &&
            m_port.waitForBytesWritten(STALLED_MS)) {
     }
+    Close();
+}
+
+void SerialPortInterface::Close() {
+    if (m_port.isOpen()) {
+        m_lost = m_port.bytesToWrite();
+        m_port.close();
+    }
+}
+
+qint64 SerialPortInterface::GetUnsentCount() const {
+    return m_port.isOpen() ? m_port.bytesToWrite() : m_lost;
 }
 
 // The callbacks are the last thing that their functions do, for they may delete this object. They are queued,
@@ -69,6 +85,6 @@ void SerialPortInterface::Fail() {
     }
     TraceInformation([&] { return m_port.portName() + u": "_s + m_port.errorString(); },
                      u"connections\\serialportinterface"_s, __LINE__);
-    m_port.close();
+    Close();
     m_callback.OnError();
 }

@@ -24,12 +24,16 @@ public:
 
     [[nodiscard]] bool IsReadyToWrite(const char* data, int length) const override;
     bool Write(const char* data, int length) override;
+    [[nodiscard]] qint64 GetUnsentCount() const override;
+    void Finish() override;
 
 private:
     void DiscardInput();
     void TellWritten();
     void Fail();
+    void Close();
 
     IInterfaceCallback& m_callback;
     QSerialPort m_port;
+    qint64 m_lost = 0; // bytes that still waited when the port was closed
 };

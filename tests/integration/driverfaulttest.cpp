@@ -1,12 +1,17 @@
 #include "support/eventloop.h"
 #include "support/printing.h"
+#include "support/stubdrivers.h"
 #include "zancommon/legacydriveradapter.h"
 #include "zanstation/driverreceiver.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <malloc.h>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -90,13 +95,120 @@ TEST(DriverFault, WhatADriverDeliversAfterItWasToldToStopArrivesAndHarmsNothing)
     adapter.SetCallback(&receiver);
     int count = 0;
     QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver, [&](BearingBlock&) { ++count; });
-    receiver.StopBounding();
-    std::thread driver([&adapter] { Deliver(adapter, 2, 10000); }); // more than the queue holds
+    KvZANCommon::StubDriver stub;
+    receiver.Stop(stub);
+    std::thread driver([&adapter] { Deliver(adapter, 2, 50000); }); // more than the queue holds
     driver.join();
     receiver.PassOnWaiting();
-    EXPECT_EQ(count, 10000);
+    EXPECT_EQ(count, 50000);
     adapter.SetCallback(nullptr);
     Deliver(adapter, 2, 10);
     receiver.PassOnWaiting();
-    EXPECT_EQ(count, 10000);
+    EXPECT_EQ(count, 50000);
+}
+
+namespace {
+
+/// Bytes of the process's heap that are in use.
+std::size_t HeapInUse() {
+    const struct mallinfo2 info = ::mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+/// Has a driver deliver blocks that nobody takes until it is held up, and returns what the heap has grown by.
+/// \param delivered the blocks that have come through until then
+std::size_t FillQueue(unsigned bearingsPerBlock, int blocks, int& delivered) {
+    DriverReceiver receiver(u"filled"_s);
+    std::vector<Bearing> bearings(bearingsPerBlock);
+    std::atomic<int> count = 0;
+    const std::size_t before = HeapInUse();
+    std::thread driver([&] {
+        for (int i = 0; i < blocks; ++i) {
+            unsigned long long time = 0;
+            KvZANCommon::StatusStruct status;
+            receiver.fillScanBuffer(0, time, 0, bearingsPerBlock, bearings.data(), status);
+            ++count;
+        }
+    });
+    // Held up: nothing comes through any more. Who looks too early sees less, never more.
+    int last = -1;
+    while (last != count && count < blocks) {
+        last = count;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    const std::size_t grown = HeapInUse() - before;
+    delivered = count;
+    KvZANCommon::StubDriver stub;
+    receiver.Stop(stub);
+    driver.join();
+    receiver.PassOnWaiting();
+    return grown;
+}
+
+} // namespace
+
+TEST(DriverFault, WhatWaitsTakesNoMoreThanEightMegabytesHoweverItIsCutIntoBlocks) {
+    constexpr std::size_t EIGHT_MEGABYTES = 8UL * 1024 * 1024;
+    EXPECT_EQ(DriverReceiver::DEFAULT_CAPACITY, EIGHT_MEGABYTES);
+    for (const auto& [bearings, blocks] : {std::pair{1U, 200000}, std::pair{1000U, 2000}, std::pair{60000U, 40}}) {
+        int delivered = 0;
+        EXPECT_LE(FillQueue(bearings, blocks, delivered), EIGHT_MEGABYTES) << bearings;
+        EXPECT_LT(delivered, blocks) << "a driver that is faster than the station is held up";
+    }
+}
+
+TEST(DriverFault, BlockLargerThanTheQueueIsPassedOnInPieces) {
+    constexpr unsigned COUNT = 100000;
+    std::vector<Bearing> bearings(COUNT);
+    for (unsigned i = 0; i < COUNT; ++i) {
+        bearings[i].channel = static_cast<quint16>(i);
+    }
+    DriverReceiver receiver(u"small"_s, 65536);
+    std::vector<Bearing> received;
+    unsigned pieces = 0;
+    QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver, [&](BearingBlock& block) {
+        EXPECT_LT(block.bearings.size() * sizeof(Bearing), 65536U);
+        EXPECT_EQ(block.time, 7U);
+        EXPECT_EQ(block.status.frequency, 1e8);
+        received.insert(received.end(), block.bearings.begin(), block.bearings.end());
+        ++pieces;
+    });
+    std::thread driver([&] {
+        unsigned long long time = 7;
+        KvZANCommon::StatusStruct status;
+        status.frequency = 1e8;
+        receiver.fillScanBuffer(0, time, 0, COUNT, bearings.data(), status);
+    });
+    EXPECT_TRUE(SpinUntil([&] { return received.size() >= COUNT; })) << received.size();
+    driver.join();
+    EXPECT_EQ(received, bearings);
+    EXPECT_EQ(pieces, 25U) << "full pieces";
+}
+
+TEST(DriverFault, CommandThatIsToldOnTheStationsOwnThreadDoesNotWaitForItself) {
+    DriverReceiver receiver(u"small"_s, 1);
+    QStringList commands;
+    QObject::connect(&receiver, &DriverReceiver::CommandReported, &receiver,
+                     [&](const QString& command) { commands.append(command); });
+    for (QString command : {u"first"_s, u"second"_s}) {
+        receiver.SetCommandLog(command);
+    }
+    receiver.PassOnWaiting();
+    EXPECT_EQ(commands, (QStringList{u"first"_s, u"second"_s}));
+}
+
+TEST(DriverFault, BlockWithoutBearingsArrives) {
+    DriverReceiver receiver(u"empty"_s);
+    int count = 0;
+    QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver, [&](BearingBlock& block) {
+        EXPECT_TRUE(block.bearings.empty());
+        EXPECT_EQ(block.status.heading, 12.0);
+        ++count;
+    });
+    unsigned long long time = 0;
+    KvZANCommon::StatusStruct status;
+    status.heading = 12.0;
+    receiver.fillScanBuffer(0, time, 0, 0, nullptr, status);
+    receiver.PassOnWaiting();
+    EXPECT_EQ(count, 1);
 }

@@ -70,14 +70,14 @@ TEST_F(StationIntegration, WhatTheOperatorSetsForTheDeviceSurvivesARestart) {
     Run({u"device"_s});
     for (const QString& line :
          {u"\nDeclination=-35\n"_s, u"\nGainControlMode=1\n"_s, u"\nPreAmplifierHf=true\n"_s,
-          u"\nPitchThreshold=12.5\n"_s, u"\nLocationLatitude=52.5\n"_s}) {
+          u"\nPitchThreshold=12.5\n"_s}) {
         EXPECT_TRUE(Settings().contains(line)) << line.toStdString() << Settings().toStdString();
     }
 }
 
 TEST_F(StationIntegration, PositionOfTheLastRunDoesNotPassAsTheCurrentOne) {
     Replay();
-    ASSERT_TRUE(Settings().contains(u"\nLocationLatitude=52.5\n"_s)) << Settings().toStdString();
+    EXPECT_FALSE(Settings().contains(u"=52.5\n"_s)) << "nor stays it in the settings, which keep what was set";
     WriteFile(Path(u"recording.csv"_s),
               QByteArray(RECORDING).replace("359.9,1.0,-1.0,52.5,5.5,10.0", ",,,,,"));
     Replay();
@@ -219,13 +219,60 @@ TEST_F(StationIntegration, DoctorTellsOnOneScreenWhatWorks) {
     const StationResult result = Run({u"doctor"_s, u"--components"_s, Path(u"nowhere"_s)});
     EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
     const QStringList lines = result.out.split(u'\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 5) << result.out.toStdString();
+    ASSERT_EQ(lines.size(), 7) << result.out.toStdString();
     EXPECT_EQ(lines[0], u"ok      settings      writable: "_s + Config());
-    EXPECT_EQ(lines[1], u"ok      device setup  Antenna setup is valid."_s);
-    EXPECT_TRUE(lines[2].contains(u"serial ports"_s));
-    EXPECT_EQ(lines[3], u"ok      broker        listens on giop:tcp:127.0.0.1:"_s);
-    EXPECT_TRUE(lines[4].startsWith(u"none    hub client    "_s) && lines[4].contains(Path(u"nowhere"_s)))
-        << lines[4].toStdString();
+    EXPECT_EQ(lines[1], u"ok      device type   ZANTIDE"_s);
+    EXPECT_EQ(lines[2], u"ok      device setup  Antenna setup is valid."_s);
+    EXPECT_EQ(lines[3], u"none    hardware      not to be checked"_s);
+    EXPECT_TRUE(lines[4].contains(u"serial ports"_s));
+    EXPECT_EQ(lines[5], u"ok      broker        listens on giop:tcp:127.0.0.1:"_s);
+    EXPECT_TRUE(lines[6].startsWith(u"none    hub client    "_s) && lines[6].contains(Path(u"nowhere"_s)))
+        << lines[6].toStdString();
+}
+
+TEST_F(StationIntegration, DoctorTellsWhatIsWrongWithTheDevice) {
+    Run({u"device"_s});
+    Edit(u"DevType"_s, u"ZANTIDY"_s);
+    Edit(u"HwCheckRequirements"_s, u"true"_s);
+    Edit(u"HwRequiredComponents"_s, u"PX110;RCV09"_s);
+    const StationResult result = Run({u"doctor"_s});
+    EXPECT_EQ(result.exitCode, 1);
+    for (const QString& line :
+         {u"BROKEN  device type   unknown type \"ZANTIDY\", it counts as ZANTIDE; known are ZANTIDE, "_s,
+          u"\nBROKEN  hardware      required and missing: RCV09\n"_s}) {
+        EXPECT_TRUE(result.out.contains(line)) << result.out.toStdString();
+    }
+    Edit(u"HwRequiredComponents"_s, u"PX110"_s);
+    EXPECT_TRUE(Run({u"doctor"_s}).out.contains(u"\nok      hardware      all that is required is there\n"_s));
+}
+
+TEST_F(StationIntegration, DoctorTellsWhichSettingsAreOutOfRangeAndLeavesThemAsTheyStand) {
+    Run({u"device"_s});
+    Edit(u"PitchThreshold"_s, u"95"_s);
+    const StationResult result = Run({u"doctor"_s});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.out.contains(
+        u"\nBROKEN  settings      the setting \"PitchThreshold\" is \"95\"; allowed is -90 to 90\n"_s))
+        << result.out.toStdString();
+    EXPECT_TRUE(Settings().contains(u"\nPitchThreshold=95\n"_s));
+}
+
+TEST_F(StationIntegration, DoctorLooksIntoARecording) {
+    const QStringList doctor{u"doctor"_s, u"--recording"_s, Path(u"recording.csv"_s)};
+    EXPECT_TRUE(Run(doctor).out.contains(u"\nok      recording     1 rows, 0 lines that are none: "_s));
+    WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "nonsense\n");
+    StationResult result = Run(doctor);
+    EXPECT_TRUE(result.out.contains(u"\nwarning recording     1 rows, 1 lines that are none: "_s))
+        << result.out.toStdString();
+    EXPECT_EQ(result.exitCode, 0);
+    WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "2000,3500000000,71.5,,90,,,,,,,\n");
+    result = Run(doctor);
+    EXPECT_TRUE(result.out.contains(u"\nBROKEN  recording     "_s) &&
+                result.out.contains(u"recording.csv: no enabled antenna serves 3.5 GHz\n"_s))
+        << result.out.toStdString();
+    EXPECT_EQ(result.exitCode, 1);
+    QFile::remove(Path(u"recording.csv"_s));
+    EXPECT_TRUE(Run(doctor).out.contains(u"\nBROKEN  recording     "_s));
 }
 
 TEST_F(StationIntegration, DoctorFailsWhenSomethingIsBroken) {

@@ -12,6 +12,9 @@
 #include <QTemporaryDir>
 
 #include <csignal>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -64,7 +67,7 @@ TEST_F(Station, WritesTheSentencesOfARecordingToTheFile) {
             "$PLG, 71.5,FRQ, 121500000,CMP,359.9,QUA, 90.0,LEV,-52.0,TIM,000001,ELV,10.0,PTC,1.0,RLL,-1.0,"
             "ALT,10.0,PTM,000001,LAT, 52.50000,LON,5.5000000\r\n"
             "$PLG,  0.0,FRQ, 121500000,CMP, -0.1,QUA, 45.0,LEV, -0.5,TIM,000002,ELV,0.0,PTC,0.0,RLL,0.0,"
-            "ALT,0.0,PTM,000001,LAT,  0.00000,LON,0.0000000\r\n"));
+            "ALT,0.0,PTM,,LAT,  0.00000,LON,0.0000000\r\n"));
 }
 
 TEST_F(Station, CountsEveryBearingByWhatBecameOfIt) {
@@ -81,11 +84,189 @@ TEST_F(Station, CountsEveryBearingByWhatBecameOfIt) {
     EXPECT_EQ(Counted(result, u"bearings in"_s), 6);
     EXPECT_EQ(Counted(result, u"rejected: pitch/roll"_s), 2);
     EXPECT_EQ(Counted(result, u"rejected: overhead pass"_s), 1);
-    EXPECT_EQ(Counted(result, u"without signal"_s), 1);
-    EXPECT_EQ(Counted(result, u"marked as unusable"_s), 3);
+    EXPECT_EQ(Counted(result, u"without signal"_s), 0);
+    EXPECT_EQ(Counted(result, u"marked as unusable"_s), 1) << "the one without signal, and none a second time";
     EXPECT_EQ(Counted(result, u"published"_s), 2);
     EXPECT_EQ(Counted(result, u"sentences to file"_s), 2);
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 2);
+}
+
+TEST_F(Station, RecordingIsNeverDestroyedByTheOutput) {
+    const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
+    const QByteArray content = ReadFile(recording);
+    const QString symbolic = Path(u"symbolic"_s);
+    const QString hard = Path(u"hard"_s);
+    ASSERT_TRUE(QFile::link(recording, symbolic));
+    ASSERT_EQ(::link(recording.toLocal8Bit().constData(), hard.toLocal8Bit().constData()), 0);
+    ASSERT_TRUE(QFile::copy(recording, Path(u"kept.bak"_s)));
+    for (const auto& [input, output] :
+         {std::pair{recording, recording}, {recording, symbolic}, {symbolic, recording}, {recording, hard},
+          {Path(u"kept.bak"_s), Path(u"kept"_s)}}) {
+        QStringList arguments = RunArguments(input);
+        arguments.replace(arguments.indexOf(Path(u"out"_s)), output);
+        const StationResult result = RunStation(arguments);
+        EXPECT_EQ(result.exitCode, 1) << output.toStdString();
+        EXPECT_TRUE(result.err.contains(u"recording"_s) && result.err.contains(output))
+            << result.err.toStdString();
+        EXPECT_EQ(ReadFile(recording), content);
+        EXPECT_EQ(ReadFile(Path(u"kept.bak"_s)), content);
+        EXPECT_FALSE(QFile::exists(Path(u"config/Application.ini"_s))) << "nothing was opened";
+    }
+}
+
+TEST_F(Station, RecordingIsNotDestroyedByAnOutputThatStandsInTheSettingsEither) {
+    const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
+    const QByteArray content = ReadFile(recording);
+    ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
+    WriteFile(Path(u"config/Application.ini"_s),
+              "FileOutput_Enabled=true\nFileOutput_Address=" + recording.toUtf8() + '\n');
+    const QStringList arguments{u"run"_s, u"--recording"_s, recording, u"--speed"_s,
+                                u"max"_s, u"--config"_s,    Path(u"config"_s)};
+    EXPECT_EQ(RunStation(arguments).exitCode, 1);
+    EXPECT_EQ(ReadFile(recording), content);
+    EXPECT_EQ(RunStation(arguments + QStringList{u"--output"_s, u""_s}).exitCode, 0) << "switched off";
+    EXPECT_EQ(ReadFile(recording), content);
+}
+
+TEST_F(Station, RecordingThatCannotBeReadLeavesTheLastOutputAndTheSettingsAlone) {
+    ASSERT_EQ(RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n"))).exitCode, 0);
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    QStringList arguments = RunArguments(Path(u"missing.csv"_s), {u"--interval"_s, u"10"_s});
+    EXPECT_EQ(RunStation(arguments).exitCode, 1);
+    EXPECT_EQ(ReadFile(Path(u"out"_s)), sentences);
+    EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
+    EXPECT_TRUE(ReadFile(Path(u"config/Application.ini"_s)).contains("Output_Interval=0\n"));
+}
+
+TEST_F(Station, SettingOutOfRangeEndsTheRunBeforeItOpensAnything) {
+    ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
+    const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
+    const QByteArray station = "[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=replay\n";
+    for (const auto& [settings, message] :
+         {std::pair{QByteArray("Output_Interval=20000\n"),
+                    u"the setting \"Output_Interval\" is \"20000\"; allowed is 0 to 10000"_s},
+          {station + "PitchThreshold=95\n",
+           u"the setting \"PitchThreshold\" is \"95\"; allowed is -90 to 90"_s}}) {
+        const QByteArray written = "; by hand\n" + settings;
+        WriteFile(Path(u"config/Application.ini"_s), written);
+        const StationResult result = RunStation(RunArguments(recording));
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(result.err.contains(message)) << result.err.toStdString();
+        EXPECT_EQ(ReadFile(Path(u"config/Application.ini"_s)), written) << "as the operator wrote it";
+        EXPECT_FALSE(QFile::exists(Path(u"out"_s)));
+        EXPECT_EQ(QDir(Path(u"config"_s)).entryList(QDir::Files), QStringList{u"Application.ini"_s});
+    }
+}
+
+TEST_F(Station, OtherCommandsLeaveASettingOutOfRangeAsItStands) {
+    ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
+    WriteFile(Path(u"config/Application.ini"_s),
+              "[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=replay\nPitchThreshold=95\n");
+    const StationResult result = RunStation({u"tree"_s, u"--config"_s, Path(u"config"_s)});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.err.contains(u"warning: the setting \"PitchThreshold\" is \"95\""_s))
+        << result.err.toStdString();
+    EXPECT_TRUE(result.out.contains(u"/Par/Pos/PitchThreshold\tDouble\t5\t"_s));
+    EXPECT_TRUE(ReadFile(Path(u"config/Application.ini"_s)).contains("\nPitchThreshold=95\n"));
+}
+
+TEST_F(Station, BearingsWithoutASentenceAreToldWithTheCause) {
+    const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
+    StationResult result = RunStation(RunArguments(recording, {u"--interval"_s, u"9000"_s}));
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.err.contains(u"1 bearings published, no sentence written: the interval of 9000 ms "
+                                    "is longer than the run"_s))
+        << result.err.toStdString();
+    result = RunStation(RunArguments(recording, {u"--interval"_s, u"0"_s, u"--output"_s, u""_s}));
+    EXPECT_TRUE(result.err.contains(u"1 bearings published, no sentence written: all outputs are off"_s))
+        << result.err.toStdString();
+    result = RunStation(RunArguments(Record("1000,121500000,10.0,,0,,,,,,,\n")));
+    EXPECT_FALSE(result.err.contains(u"no sentence"_s)) << "nothing was published";
+}
+
+TEST_F(Station, BearingsWithoutASentenceAreToldWhileTheRunGoesOn) {
+    QProcess process;
+    QStringList arguments =
+        RunArguments(Record("0,121500000,10.0,,90,,,,,,,\n3600000,121500000,20.0,,90,,,,,,,\n"),
+                     {u"--interval"_s, u"10000"_s});
+    arguments.replace(arguments.indexOf(u"max"_s), u"realtime"_s);
+    process.start(QStringLiteral(ZAN_STATION), arguments);
+    QByteArray told;
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    while (!told.contains("no sentence written yet: ") && !deadline.hasExpired()) {
+        process.waitForReadyRead(100);
+        told += process.readAllStandardError();
+    }
+    EXPECT_TRUE(told.contains("the interval is 10000 ms")) << told.toStdString();
+    process.terminate();
+    EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
+}
+
+TEST_F(Station, RecordingIsReadFromStandardInput) {
+    QProcess process;
+    QStringList arguments = RunArguments(u"-"_s);
+    process.start(QStringLiteral(ZAN_STATION), arguments);
+    process.write(QByteArray(HEADER) + "1000,121500000,10.0,,90,,,,,,,\n");
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    while (ReadFile(Path(u"out"_s)).count("\r\n") < 1 && !deadline.hasExpired()) {
+        process.waitForFinished(20);
+    }
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1) << "the row is there before the next one comes";
+    process.write("2000,121500000,20.0,,90,,,,,,,\n");
+    process.closeWriteChannel();
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 2);
+}
+
+TEST_F(Station, StandardOutputTakesTheSentencesOfThisRunAndNothingElse) {
+    const QString recording = Record("1000,121500000,71.5,10.0,90,,,,,,,\n");
+    ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    const QByteArray settings = ReadFile(Path(u"config/Application.ini"_s));
+    QStringList arguments = RunArguments(recording);
+    arguments.replace(arguments.indexOf(Path(u"out"_s)), u"-"_s);
+    const StationResult result = RunStation(arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_EQ(result.out.toUtf8(), sentences);
+    EXPECT_TRUE(result.err.contains(u"\nsentences to file                  1\n"_s)) << result.err.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"config/Application.ini"_s)), settings) << "it is not kept";
+    EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
+}
+
+TEST_F(Station, FifoWithoutAWriterIsInterruptedLikeAnyRun) {
+    const QString fifo = Path(u"fifo"_s);
+    ASSERT_EQ(::mkfifo(fifo.toLocal8Bit().constData(), 0600), 0);
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION), RunArguments(fifo));
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    while (!QFile::exists(Path(u"out"_s)) && !deadline.hasExpired()) {
+        process.waitForFinished(20);
+    }
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 130);
+    EXPECT_FALSE(process.readAllStandardError().contains("fifo")) << "nothing is wrong with it";
+}
+
+TEST_F(Station, WhatIsWrongWithTheDeviceIsWarnedOf) {
+    ASSERT_EQ(RunStation({u"device"_s, u"--config"_s, Path(u"config"_s)}).exitCode, 0);
+    const QString name = Path(u"config/Application.ini"_s);
+    WriteFile(name, ReadFile(name)
+                        .replace("DevType=ZANTIDE", "DevType=ZANTIDY")
+                        .replace("HwCheckRequirements=false", "HwCheckRequirements=true")
+                        .replace("HwRequiredComponents=", "HwRequiredComponents=RCV09"));
+    ASSERT_EQ(RunStation({u"antennas"_s, u"disable"_s, u"PX106"_s, u"--config"_s, Path(u"config"_s)}).exitCode, 1);
+    const StationResult result = RunStation(
+        RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n2000,121500000,10.0,,90,,,,,,,\n")));
+    EXPECT_EQ(result.exitCode, 0);
+    for (const QString& warning :
+         {u"warning: device type: unknown type \"ZANTIDY\", it counts as ZANTIDE; known are ZANTIDE, "_s,
+          u"warning: antenna setup: Frequency range is not entirely covered without gaps."_s,
+          u"warning: hardware: required and missing: RCV09"_s,
+          u"warning: no enabled antenna serves 121.5 MHz"_s}) {
+        EXPECT_EQ(result.err.count(warning), 1) << warning.toStdString() << result.err.toStdString();
+    }
 }
 
 TEST_F(Station, SimulatedRecordingGoesThroughWithEveryFilterAtWork) {

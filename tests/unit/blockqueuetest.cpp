@@ -7,11 +7,11 @@
 
 TEST(BlockQueue, OnlyTheFirstItemOfAnEmptyQueueWakesTheReader) {
     BlockQueue<int> queue(4);
-    EXPECT_TRUE(queue.Push(1));
-    EXPECT_FALSE(queue.Push(2));
+    EXPECT_TRUE(queue.Push(1, 1));
+    EXPECT_FALSE(queue.Push(2, 1));
     EXPECT_EQ(queue.TakeAll(), (std::vector{1, 2}));
     EXPECT_TRUE(queue.TakeAll().empty());
-    EXPECT_TRUE(queue.Push(3));
+    EXPECT_TRUE(queue.Push(3, 1));
 }
 
 TEST(BlockQueue, FullQueueHoldsTheWriterUpAndLosesNothing) {
@@ -20,7 +20,7 @@ TEST(BlockQueue, FullQueueHoldsTheWriterUpAndLosesNothing) {
     std::atomic<int> pushed = 0;
     std::thread writer([&] {
         for (int i = 0; i < COUNT; ++i) {
-            queue.Push(i);
+            queue.Push(i, 1);
             ++pushed;
         }
     });
@@ -36,11 +36,36 @@ TEST(BlockQueue, FullQueueHoldsTheWriterUpAndLosesNothing) {
     writer.join();
 }
 
+TEST(BlockQueue, IsFullWhenItsItemsTakeItsBytesHoweverFewTheyAre) {
+    BlockQueue<int> queue(100);
+    EXPECT_TRUE(queue.Push(1, 60));
+    EXPECT_FALSE(queue.Push(2, 40));
+    std::atomic<bool> isPushed = false;
+    std::thread writer([&] {
+        queue.Push(3, 1);
+        isPushed = true;
+    });
+    EXPECT_FALSE(isPushed);
+    std::vector<int> items = queue.TakeAll();
+    EXPECT_EQ(items, (std::vector{1, 2})) << "the third one had no room";
+    writer.join();
+    EXPECT_EQ(queue.TakeAll(), std::vector{3});
+}
+
+TEST(BlockQueue, ItemLargerThanTheQueueGoesAlone) {
+    BlockQueue<int> queue(10);
+    EXPECT_TRUE(queue.Push(1, 1000));
+    std::thread writer([&] { queue.Push(2, 1000); });
+    EXPECT_EQ(queue.TakeAll(), std::vector{1});
+    writer.join();
+    EXPECT_EQ(queue.TakeAll(), std::vector{2});
+}
+
 TEST(BlockQueue, WriterIsReleasedWhenBoundingStopsAndItsItemsAreKept) {
     BlockQueue<int> queue(1);
     std::thread writer([&] {
         for (int i = 0; i < 100; ++i) {
-            queue.Push(i);
+            queue.Push(i, 1);
         }
     });
     queue.StopBounding();

@@ -1,4 +1,5 @@
 #include "zanstation/replaydriver.h"
+#include "support/eventloop.h"
 #include "support/printing.h"
 #include "zancommon/legacydriveradapter.h"
 #include "zanstation/driverreceiver.h"
@@ -10,9 +11,28 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QByteArray HEADER =
+    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,roll_deg,"
+    "latitude_deg,longitude_deg,altitude_m\n";
+
+/// The other end of a FIFO: writes whole pieces, unbuffered.
+class Writer {
+public:
+    explicit Writer(const QString& name)
+        : m_file(name) {
+        EXPECT_TRUE(m_file.open(QFile::WriteOnly | QFile::Unbuffered));
+    }
+    void Write(const QByteArray& text) { EXPECT_EQ(m_file.write(text), text.size()); }
+
+private:
+    QFile m_file;
+};
 
 /// Driver, adapter and receiver as the station wires them, with all that arrives on the main thread.
 class ReplayDriverTest : public testing::Test {
@@ -34,10 +54,7 @@ protected:
         m_adapter.SetLegacyDriver(&driver);
         QFile file(m_directory.filePath(u"recording.csv"_s));
         EXPECT_TRUE(file.open(QFile::WriteOnly));
-        file.write(
-            "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,roll_deg,"
-            "latitude_deg,longitude_deg,altitude_m\n" +
-            rows);
+        file.write(HEADER + rows);
         file.close();
         std::string name = file.fileName().toStdString();
         return m_device.Initialize(name, false);
@@ -48,6 +65,18 @@ protected:
         m_device.SetMode(EMODE_SCAN);
         QCoreApplication::exec();
         m_device.SetMode(EMODE_STANDBY);
+    }
+    /// Opens a FIFO as the recording and starts the driver on it.
+    void StartOnFifo(ReplayDriver& driver) {
+        m_adapter.SetLegacyDriver(&driver);
+        ASSERT_EQ(::mkfifo(Fifo().toLocal8Bit().constData(), 0600), 0);
+        std::string name = Fifo().toStdString();
+        ASSERT_EQ(m_device.Initialize(name, false), ReplayDriver::OK);
+        m_device.SetMode(EMODE_SCAN);
+    }
+    [[nodiscard]] QString Fifo() const { return m_directory.filePath(u"fifo"_s); }
+    [[nodiscard]] bool WaitForBlocks(std::size_t count) {
+        return SpinUntil([&] { return m_blocks.size() >= count; });
     }
 
     QTemporaryDir m_directory;
@@ -165,4 +194,90 @@ TEST_F(ReplayDriverTest, ManyBlocksPassTheThreadsCompletelyAndInOrder) {
         ASSERT_EQ(m_blocks[static_cast<std::size_t>(i)].time, static_cast<quint64>(i));
     }
     EXPECT_EQ(driver.GetProgress(), 1.0);
+}
+
+TEST_F(ReplayDriverTest, BlockEndsAtSixtyThousandBearingsAndTheRestIsTheNextOne) {
+    constexpr int COUNT = 60001;
+    QByteArray rows;
+    for (int i = 0; i < COUNT; ++i) {
+        rows += "0,121500000," + QByteArray::number(i % 360) + ",,50,,,,,,,\n";
+    }
+    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    Replay(driver, rows);
+    ASSERT_EQ(m_blocks.size(), 2U);
+    EXPECT_EQ(m_blocks[0].bearings.size(), 60000U);
+    ASSERT_EQ(m_blocks[1].bearings.size(), 1U);
+    EXPECT_EQ(m_blocks[1].bearings[0].azimuth, 60000 % 360 * 10);
+    EXPECT_EQ(m_blocks[1].time, m_blocks[0].time);
+}
+
+TEST_F(ReplayDriverTest, BadLinesOfASecondRecordingAreReportedFromTheFirstOneOn) {
+    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    Replay(driver, "nonsense\n");
+    Replay(driver, "0,121500000,10,,50,,,,,,,\nnonsense\n");
+    ASSERT_EQ(m_errors.size(), 2);
+    EXPECT_TRUE(m_errors[1].contains(u"line 3"_s)) << m_errors[1].toStdString();
+}
+
+TEST_F(ReplayDriverTest, RowsOfAFifoAreDeliveredAsTheyCome) {
+    ReplayDriver driver(m_adapter, 1.0);
+    StartOnFifo(driver);
+    {
+        Writer writer(Fifo());
+        writer.Write(HEADER + "0,121500000,10,,50,,,,,,,\n");
+        EXPECT_TRUE(WaitForBlocks(1)) << "without the row behind it";
+        writer.Write("1,121500000,20,");
+        writer.Write(",50,,,,,,,\n1,121500000,30,,50,,,,,,,\nnonsense\n");
+        EXPECT_TRUE(SpinUntil([&] { return m_errors.size() == 1; }));
+        EXPECT_TRUE(WaitForBlocks(2)) << "a line that is no row holds nothing up";
+        writer.Write("2,121500000,40,,50,,,,,,,\n" + QByteArray(10000, 'x'));
+        EXPECT_TRUE(WaitForBlocks(3)) << "nor does one that does not end";
+        writer.Write("\n3,121500000,50,,50,,,,,,,\n\n");
+        EXPECT_TRUE(WaitForBlocks(4)) << "nor an empty one";
+    }
+    QCoreApplication::exec(); // until the link is closed: the last writer has gone
+    m_device.SetMode(EMODE_STANDBY);
+    ASSERT_EQ(m_blocks.size(), 4U);
+    EXPECT_EQ(m_blocks[1].bearings.size(), 2U) << "what has come together is one block";
+    EXPECT_EQ(m_blocks[3].bearings.at(0).azimuth, 500);
+    EXPECT_EQ(m_errors.size(), 2) << m_errors.join(u'\n').toStdString();
+}
+
+TEST_F(ReplayDriverTest, FifoWithoutAWriterHoldsNothingUpAndIsStopped) {
+    ReplayDriver driver(m_adapter, 1.0);
+    StartOnFifo(driver);
+    m_device.SetMode(EMODE_STANDBY);
+    m_receiver.PassOnWaiting();
+    EXPECT_TRUE(m_blocks.empty());
+    EXPECT_TRUE(m_errors.isEmpty()) << m_errors.join(u'\n').toStdString();
+}
+
+TEST_F(ReplayDriverTest, FifoThatHoldsNoRecordingIsAnErrorWithItsName) {
+    ReplayDriver driver(m_adapter, 1.0);
+    StartOnFifo(driver);
+    Writer(Fifo()).Write("nonsense\n");
+    QCoreApplication::exec();
+    ASSERT_EQ(m_errors.size(), 1);
+    EXPECT_TRUE(m_errors[0].contains(u"fifo: the header line is missing"_s)) << m_errors[0].toStdString();
+}
+
+TEST_F(ReplayDriverTest, DriverThatIsHeldUpByAFullQueueIsStoppedAndNothingOfItIsLost) {
+    QByteArray rows;
+    for (int i = 0; i < 1000; ++i) {
+        rows += QByteArray::number(i) + ",121500000,10,,50,,,,,,,\n";
+    }
+    DriverReceiver receiver(u"small"_s, 1);
+    std::size_t count = 0;
+    QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver, [&] { ++count; });
+    m_adapter.SetCallback(&receiver);
+    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    ASSERT_EQ(Open(driver, rows), ReplayDriver::OK);
+    m_device.SetMode(EMODE_SCAN);
+    receiver.PassOnWaiting(); // the queue holds one delivery at a time: room for the first block
+    while (m_device.GetReadCount() < 2) { // the second block waits for the first one to be taken
+        QThread::yieldCurrentThread();
+    }
+    receiver.Stop(m_device);
+    EXPECT_EQ(count, static_cast<std::size_t>(m_device.GetReadCount()));
+    EXPECT_LT(count, 1000U);
 }

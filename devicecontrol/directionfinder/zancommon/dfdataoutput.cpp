@@ -5,13 +5,13 @@
 #include "tolmappstartup/cfgdefault.h"
 #include "valueframework/tree.h"
 #include "valueframework/valuetypes.h"
+#include "zancommon/dfdatafile.h"
 #include "zancommon/dfdatasentence.h"
+#include "zancommon/failurerun.h"
 #include "zancommon/serialinterface.h"
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QFile>
-#include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -40,7 +40,7 @@ const QString KEY_FILE_NAME = u"FileOutput_Address"_s;
 constexpr unsigned short RETRY_MS = 5000;
 constexpr unsigned short SECOND = 10;
 constexpr int NO_TIMER = -1;
-constexpr std::size_t MOST_WAITING = 65536; // bytes, some four hundred sentences
+constexpr QStringView STANDARD_OUTPUT = u"-";
 constexpr long SUPER_RESOLUTION_ACTIVE = 1; // index of the super-resolution status
 
 /// The values of the tree that the sentences are made of; null when absent.
@@ -113,15 +113,18 @@ DFDataSentence::Tail MakeTail(const BearingResult& bearing, const TreeValues& va
     Take(tail.pitch, values.pitch);
     Take(tail.roll, values.roll);
     Take(tail.altitude, values.altitude);
-    Take(tail.positionTime, values.positionTime);
-    Take(tail.latitude, values.latitude);
-    Take(tail.longitude, values.longitude);
+    // Half a position is none, and the time of one that is lost would pass it off as current.
+    if (Current(values.latitude) && Current(values.longitude)) {
+        Take(tail.positionTime, values.positionTime);
+        Take(tail.latitude, values.latitude);
+        Take(tail.longitude, values.longitude);
+    }
     return tail;
 }
 
-/// The number of sentences in lines: each has one dollar sign, the line that closes a group none.
-quint64 CountSentences(std::string_view lines) {
-    return static_cast<quint64>(std::count(lines.begin(), lines.end(), '$'));
+void AddCounts(DFDataOutput::Counters& counters, const SerialInterface::Counts& counts) {
+    counters.serialSentences += counts.sent;
+    counters.serialDropped += counts.lost;
 }
 
 void Trace(const QString& message, unsigned line) {
@@ -132,14 +135,11 @@ void Trace(const QString& message, unsigned line) {
 } // namespace
 
 struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
-    /// Notes a failure, and traces the first of a run of equal ones: a full disk must not flood the trace.
-    void Fail(QString& run, const QString& text);
-    /// Ends a run of failures.
-    static void EndFailures(QString& run, const QString& name);
-    /// Adds a line to what waits for the file, which takes it at once unless a burst gathers.
-    void WriteLine(std::string_view line);
-    /// Hands what waits to the file. A line is in it as a whole or not at all.
-    void Flush();
+    explicit Private(QString runFile);
+
+    /// Notes a failure of a sink, and traces it.
+    void Fail(const QString& text);
+    [[nodiscard]] bool IsFileOn() const { return fileEnabled || !fileOfThisRun.isEmpty(); }
     /// The settings panel, while all of it is there.
     [[nodiscard]] bool HasWidgets() const {
         return serialCheck && addressEdit && fileCheck && fileNameEdit && intervalSpin;
@@ -147,15 +147,14 @@ struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
 
     TreeValues values;
     std::unique_ptr<SerialInterface> serial;
-    std::unique_ptr<QFile> file; // open, or null
-    std::string waiting;         // whole lines for the file
-    int bursts = 0;
+    DFDataFile file{RETRY_MS};
     DFDataSentence sentence;
 
     bool serialEnabled = false;
     bool fileEnabled = false;
     QString fileName;
-    int interval = 0; // milliseconds; 0: no timer
+    QString fileOfThisRun; // not in the settings; empty: the one that is
+    int interval = 0;      // milliseconds; 0: no timer
     int timerId = NO_TIMER;
 
     QPointer<QCheckBox> serialCheck;
@@ -164,78 +163,38 @@ struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
     QPointer<QLineEdit> fileNameEdit;
     QPointer<QSpinBox> intervalSpin;
 
-    Counters counters;
+    Counters counters; // without those of the file, and of the serial line that is open
     QString lastError;
-    QString fileFailures; // the text of the run of failures; empty while the sink works
-    QString serialFailures;
+    FailureRun serialFailures;
 };
 
-void DFDataOutput::Private::Fail(QString& run, const QString& text) {
+DFDataOutput::Private::Private(QString runFile)
+    : fileOfThisRun(std::move(runFile)) {
+    QObject::connect(&file, &DFDataFile::Failed, &file, [this](const QString& text) { Fail(text); });
+    QObject::connect(&file, &DFDataFile::Recovered, &file,
+                     [](const QString& text) { Trace(text, __LINE__); });
+}
+
+void DFDataOutput::Private::Fail(const QString& text) {
     lastError = text;
-    if (run != text) {
-        run = text;
-        Trace(text, __LINE__);
-    }
-}
-
-void DFDataOutput::Private::EndFailures(QString& run, const QString& name) {
-    if (!run.isEmpty()) {
-        run.clear();
-        Trace(tr("Writing to %1 works again").arg(name), __LINE__);
-    }
-}
-
-void DFDataOutput::Private::WriteLine(std::string_view line) {
-    waiting += line;
-    if (bursts == 0 || waiting.size() >= MOST_WAITING) {
-        Flush();
-    }
-}
-
-void DFDataOutput::Private::Flush() {
-    std::string_view lines = waiting;
-    while (!lines.empty()) {
-        // When there is room for a part only, the system takes that and gives the reason with the next try.
-        std::size_t written = 0;
-        qint64 taken = 0;
-        do {
-            taken = file->write(lines.data() + written, static_cast<qint64>(lines.size() - written));
-            written += static_cast<std::size_t>(std::max<qint64>(taken, 0));
-        } while (taken > 0 && written < lines.size());
-
-        const std::size_t whole = lines.substr(0, written).rfind('\n') + 1; // none: 0
-        if (whole > 0) {
-            counters.fileSentences += CountSentences(lines.substr(0, whole));
-            EndFailures(fileFailures, file->fileName());
-            lines.remove_prefix(whole);
-        }
-        if (!lines.empty()) {
-            Fail(fileFailures, tr("Writing to %1 failed: %2").arg(file->fileName(), file->errorString()));
-            if (written > whole) {
-                file->resize(file->size() - static_cast<qint64>(written - whole));
-            }
-            const std::size_t next = lines.find('\n') + 1;
-            counters.fileDropped += CountSentences(lines.substr(0, next));
-            lines.remove_prefix(next);
-        }
-    }
-    waiting.clear();
+    Trace(text, __LINE__);
 }
 
 DFDataOutput::Burst::Burst(DFDataOutput& output)
     : m_output(output) {
-    ++m_output.m_p->bursts;
+    m_output.m_p->file.HoldBack();
 }
 
 DFDataOutput::Burst::~Burst() {
-    if (--m_output.m_p->bursts == 0) {
-        m_output.m_p->Flush();
-    }
+    m_output.m_p->file.Release();
 }
 
 DFDataOutput::DFDataOutput(QString name)
+    : DFDataOutput(std::move(name), {}) {}
+
+DFDataOutput::DFDataOutput(QString name, QString fileOfThisRun)
     : ZANAbstractInterface(std::move(name))
-    , m_p(std::make_unique<Private>()) {
+    , m_p(std::make_unique<Private>(std::move(fileOfThisRun))) {
     ReadConfigurationFromFile();
 }
 
@@ -263,7 +222,7 @@ void DFDataOutput::SetEnabled(bool on) {
     } else {
         CloseSerialInterface();
     }
-    if (m_p->fileEnabled) {
+    if (m_p->IsFileOn()) {
         OpenFile();
     } else {
         CloseFile();
@@ -281,14 +240,30 @@ void DFDataOutput::Update(Observable* subject, TChangeCode code) {
     if (code == TChangeCode::GoingAway) {
         bearing->DeleteObserver(this);
         m_p->values.bearing = {};
-    } else if (code == TChangeCode::Changed && m_p->timerId == NO_TIMER &&
-               MakeHead(CurrentBearing(m_p->values)).quality > 0) {
-        SendData();
+    } else if (code == TChangeCode::Changed) {
+        if (m_p->timerId != NO_TIMER) {
+            ++m_p->counters.leftToInterval;
+        } else if (MakeHead(CurrentBearing(m_p->values)).quality > 0) {
+            SendData();
+        } else {
+            ++m_p->counters.withoutQuality;
+        }
     }
 }
 
 DFDataOutput::Counters DFDataOutput::GetCounters() const {
-    return m_p->counters;
+    Counters counters = m_p->counters;
+    counters.fileSentences = m_p->file.GetWrittenCount();
+    counters.fileDropped = m_p->file.GetDroppedCount();
+    if (m_p->serial) {
+        AddCounts(counters, m_p->serial->GetCounts());
+    }
+    return counters;
+}
+
+bool DFDataOutput::TouchesFile(const QString& outputFile, const QString& file) {
+    return OutputFile::IsSameFile(outputFile, file) ||
+           OutputFile::IsSameFile(DFDataFile::BackupName(outputFile), file);
 }
 
 QString DFDataOutput::GetLastError() const {
@@ -307,6 +282,8 @@ void DFDataOutput::timerEvent(QTimerEvent* event) {
     const ValueSelection* const mode = Current(m_p->values.operationMode);
     if (mode && mode->GetCurrentKey() != 0) {
         SendData();
+    } else {
+        ++m_p->counters.inStandby;
     }
 }
 
@@ -358,32 +335,15 @@ void DFDataOutput::DisconnectFromTree() {
 }
 
 void DFDataOutput::OpenFile() {
-    if (m_p->file) {
-        return;
-    }
-    const QString& name = m_p->fileName;
-    const QString backup = name + u".bak"_s;
-    QFile::remove(backup);
-    if (QFileInfo(name).isFile()) {
-        QFile old(name);
-        if (!old.rename(backup)) {
-            m_p->lastError = tr("Could not move file %1 to %2, the output is appended to it: %3")
-                                 .arg(name, backup, old.errorString());
-            Trace(m_p->lastError, __LINE__);
-        }
-    }
-    // Without a buffer a sentence is in the file when the write returns, and a failure is seen at once.
-    auto file = std::make_unique<QFile>(name);
-    if (file->open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
-        m_p->file = std::move(file);
+    if (m_p->fileOfThisRun == STANDARD_OUTPUT) {
+        m_p->file.OpenStandardOutput();
     } else {
-        m_p->Fail(m_p->fileFailures, tr("Could not open file %1: %2").arg(name, file->errorString()));
+        m_p->file.Open(m_p->fileOfThisRun.isEmpty() ? m_p->fileName : m_p->fileOfThisRun);
     }
 }
 
 void DFDataOutput::CloseFile() {
-    m_p->Flush();
-    m_p->file.reset();
+    m_p->file.Close();
 }
 
 void DFDataOutput::OpenSerialInterface() {
@@ -393,7 +353,11 @@ void DFDataOutput::OpenSerialInterface() {
 }
 
 void DFDataOutput::CloseSerialInterface() {
-    m_p->serial.reset();
+    if (m_p->serial) {
+        m_p->serial->Close();
+        AddCounts(m_p->counters, m_p->serial->GetCounts());
+        m_p->serial.reset();
+    }
 }
 
 void DFDataOutput::StartOutputTimer() {
@@ -454,7 +418,7 @@ void DFDataOutput::ReadConfigurationFromFile() {
         m_p->intervalSpin->setValue(m_p->interval);
         SlotStateChanged(); // also for the boxes that stay as they were made
     }
-    DFDataOutput::SetEnabled(m_p->serialEnabled || m_p->fileEnabled); // called by the constructor
+    DFDataOutput::SetEnabled(m_p->serialEnabled || m_p->IsFileOn()); // called by the constructor
 }
 
 void DFDataOutput::SaveConfigurationToFile() {
@@ -489,18 +453,22 @@ void DFDataOutput::UpdateConfigurationFromConfigWidget() {
     m_p->interval = interval;
     if (differs) {
         SetEnabled(false);
-        if (m_p->serialEnabled || m_p->fileEnabled) {
+        if (m_p->serialEnabled || m_p->IsFileOn()) {
             SetEnabled(true);
         }
     }
 }
 
 void DFDataOutput::SendData() {
+    if (!m_p->serial && !m_p->IsFileOn()) {
+        ++m_p->counters.withoutSink;
+        return;
+    }
     const TreeValues& values = m_p->values;
     const BearingResult current = CurrentBearing(values);
     const ValueSelection* const status = Current(values.superResolutionStatus);
     if (status && Current(values.superResolutionBearings) &&
-        status->GetCurrentIndex() == SUPER_RESOLUTION_ACTIVE && m_p->file) {
+        status->GetCurrentIndex() == SUPER_RESOLUTION_ACTIVE && m_p->file.IsOpen()) {
         SendSuperResolution(current);
     } else {
         SendNormal(current);
@@ -514,13 +482,13 @@ void DFDataOutput::SendNormal(const BearingResult& current) {
     }
     Take(head.heading, m_p->values.heading);
     m_p->sentence.Begin(head);
-    if (m_p->file) {
+    if (m_p->file.IsOpen()) {
         // The serial line takes this too: what it gets depends on whether the file is open.
         m_p->sentence.AddTail(MakeTail(current, m_p->values));
     }
     m_p->sentence.EndLine();
-    if (m_p->fileEnabled) {
-        WriteToFile();
+    if (m_p->IsFileOn()) {
+        m_p->file.WriteLine(m_p->sentence.GetText());
     }
     if (m_p->serial) {
         WriteToSerialInterface();
@@ -528,11 +496,16 @@ void DFDataOutput::SendNormal(const BearingResult& current) {
 }
 
 void DFDataOutput::SendSuperResolution(const BearingResult& current) {
+    const auto& bearings = m_p->values.superResolutionBearings->GetElements();
+    if (bearings.empty()) {
+        ++m_p->counters.withoutEmitter;
+        return;
+    }
     const Burst burst(*this);
     const DFDataSentence::Time time = MakeHead(current).time;
     const DFDataSentence::Tail tail = MakeTail(current, m_p->values);
     unsigned number = 0;
-    for (const BearingResult& bearing : m_p->values.superResolutionBearings->GetElements()) {
+    for (const BearingResult& bearing : bearings) {
         DFDataSentence::Head head = MakeHead(bearing);
         Take(head.heading, m_p->values.heading);
         head.time = time;
@@ -540,29 +513,23 @@ void DFDataOutput::SendSuperResolution(const BearingResult& current) {
         m_p->sentence.AddTail(tail);
         m_p->sentence.AddElementNumber(number++);
         m_p->sentence.EndLine();
-        WriteToFile();
+        m_p->file.WriteLine(m_p->sentence.GetText());
     }
-    if (number > 0) {
-        m_p->WriteLine("\r\n");
-    }
-}
-
-void DFDataOutput::WriteToFile() {
-    if (m_p->file) {
-        m_p->WriteLine(m_p->sentence.GetText());
-    } else {
-        ++m_p->counters.fileDropped; // that it could not be opened has been told
-    }
+    m_p->file.WriteLine("\r\n");
 }
 
 void DFDataOutput::WriteToSerialInterface() {
     const std::string_view line = m_p->sentence.GetText();
     if (m_p->serial->WriteToInterface(line.data(), static_cast<int>(line.size()))) {
-        ++m_p->counters.serialSentences;
-        Private::EndFailures(m_p->serialFailures, GetAddress());
-    } else {
-        ++m_p->counters.serialDropped;
-        m_p->Fail(m_p->serialFailures,
-                  tr("Writing to %1 failed: %2").arg(GetAddress(), tr("the serial line is not ready")));
+        if (m_p->serialFailures.End()) {
+            Trace(tr("Writing to %1 works again").arg(GetAddress()), __LINE__);
+        }
+        return;
+    }
+    ++m_p->counters.serialDropped;
+    const QString problem =
+        tr("Writing to %1 failed: %2").arg(GetAddress(), tr("the serial line is not ready"));
+    if (m_p->serialFailures.Add(problem)) {
+        m_p->Fail(problem);
     }
 }

@@ -18,9 +18,18 @@ class BearingResult;
 /// The settings are read from the configuration store (`ICfg::View::Outputs`) by the constructor, which
 /// switches the output on when one of the sinks is on, and are saved by the destructor. A file that is there
 /// when the output is switched on is kept as "<name>.bak" in place of an earlier one, and a new file begun.
+/// While it is open it is locked (`flock`): a second output to it fails, in this program or another, and
+/// touches nothing. The name may be that of a FIFO, which is opened without waiting for a reader, or of a
+/// device.
 ///
 /// A sink that fails does not stop the other one. The first of a run of equal failures is traced, and so is
-/// its end; `GetLastError` and `GetCounters` tell more.
+/// its end; `GetLastError` and `GetCounters` tell more. A sink that cannot be opened, or a FIFO whose reader
+/// goes away, is tried again every 5 s. A reader that takes nothing holds up the thread for 1 s, once; then
+/// sentences are dropped until it takes some again.
+///
+/// The interval is that of a coarse Qt timer: milliseconds of the machine's running time, to within 5 %,
+/// whatever the times of the bearings are. A recording that is replayed faster than that gives no sentence,
+/// or few; `Counters::leftToInterval` tells.
 ///
 /// The configuration widget exists in programs with a QApplication only, and the output is then destroyed
 /// before that; without it everything else works. Values are looked up when the output is switched on: one
@@ -30,12 +39,20 @@ class ZANCOMMON_EXPORT DFDataOutput : public ZANAbstractInterface, public IObser
     Q_OBJECT
 
 public:
-    /// What has become of the sentences since the output was made.
+    /// What has become of the sentences since the output was made, and of what set off none. What is neither
+    /// written nor dropped waits for a burst's end or in the serial line's buffer; it is one of both when the
+    /// output has been switched off.
     struct Counters {
         quint64 fileSentences = 0;   ///< written to the file
         quint64 fileDropped = 0;     ///< that the file did not take, or that found no open file
-        quint64 serialSentences = 0; ///< sent on the serial line
-        quint64 serialDropped = 0;   ///< that the serial line did not take
+        quint64 serialSentences = 0; ///< that have left the serial line's buffer
+        quint64 serialDropped = 0;   ///< that the serial line did not take, or were in its buffer at its end
+
+        quint64 withoutQuality = 0; ///< bearings that set off none because their quality is not above 0
+        quint64 leftToInterval = 0; ///< bearings that set off none because the end of the interval does
+        quint64 inStandby = 0;      ///< ends of the interval in the mode Standby, or without a mode
+        quint64 withoutEmitter = 0; ///< bearings or ends of the interval with nothing resolved, in that mode
+        quint64 withoutSink = 0;    ///< bearings or ends of the interval with file and serial line off
 
         bool operator==(const Counters&) const = default;
     };
@@ -56,15 +73,24 @@ public:
     };
 
     explicit DFDataOutput(QString name);
+    /// An output that writes to a file that is not in the settings, instead of the one that is. It is on,
+    /// whatever the settings say, which keep what they have. Empty is none.
+    /// \param fileOfThisRun a name, or "-" for the program's standard output
+    DFDataOutput(QString name, QString fileOfThisRun);
     ~DFDataOutput() override;
 
     void SetEnabled(bool on) override;
     /// A tree value has changed or goes away.
     void Update(Observable* subject, TChangeCode code) override;
 
+    /// Whether an output to a file of the first name would write to the file of the second name, or replace
+    /// it with its previous one: both are the same, also through links, or the second is the first's backup.
+    /// The output file need not be there yet. Opens nothing.
+    [[nodiscard]] static bool TouchesFile(const QString& outputFile, const QString& file);
+
     [[nodiscard]] Counters GetCounters() const;
-    /// The latest failure of a sink, in words for the operator; empty when there was none. A success does not
-    /// clear it.
+    /// The first of the latest run of equal failures of a sink, in words for the operator; empty when there
+    /// was none. A success does not clear it.
     [[nodiscard]] QString GetLastError() const;
 
 public Q_SLOTS:
@@ -96,7 +122,6 @@ private:
     void SendData();
     void SendSuperResolution(const BearingResult& current);
     void SendNormal(const BearingResult& current);
-    void WriteToFile();
     void WriteToSerialInterface();
 
     std::unique_ptr<Private> m_p;

@@ -195,7 +195,9 @@ struct ErrorStruct {
 struct StatusStruct {
     double frequency = 0.0; ///< Hz, receive frequency of the block
     bool levelOverflow = false;
-    std::optional<double> heading;   ///< degrees, true
+    bool magneticHeading = false;    ///< the heading counts from magnetic north, not from true north
+    bool withoutMechOffset = false;  ///< the antenna's mechanical offset is still to be added to the azimuths
+    std::optional<double> heading;   ///< degrees
     std::optional<double> pitch;     ///< degrees
     std::optional<double> roll;      ///< degrees
     std::optional<double> latitude;  ///< degrees, north positive

@@ -61,7 +61,40 @@ bool SerialInterface::WriteToInterface(const char* data, int length) {
         Trace(u"RS232Output:  SerialInterface::WriteToInterface: FAILED\n"_s, __LINE__);
         return false;
     }
+    m_unsent.push_back(length);
+    m_unsentBytes += length;
+    CountSent();
     return true;
+}
+
+SerialInterface::Counts SerialInterface::GetCounts() {
+    CountSent();
+    return m_counts;
+}
+
+void SerialInterface::Close() {
+    if (m_pInterface) {
+        m_pInterface->Finish();
+        CountRestAsLost();
+        delete std::exchange(m_pInterface, nullptr);
+    }
+    StopRetryTimer();
+}
+
+void SerialInterface::CountSent() {
+    const qint64 unsent = m_pInterface ? m_pInterface->GetUnsentCount() : 0;
+    while (!m_unsent.empty() && m_unsentBytes - m_unsent.front() >= unsent) {
+        m_unsentBytes -= m_unsent.front();
+        m_unsent.pop_front();
+        ++m_counts.sent;
+    }
+}
+
+void SerialInterface::CountRestAsLost() {
+    CountSent();
+    m_counts.lost += m_unsent.size();
+    m_unsent.clear();
+    m_unsentBytes = 0;
 }
 
 void SerialInterface::OnOpen() {
@@ -79,6 +112,7 @@ void SerialInterface::OnRead() {
 
 void SerialInterface::OnError() {
     Trace(u"RS232Output: SerialInterface::OnError\n"_s, 99);
+    CountRestAsLost();
     delete std::exchange(m_pInterface, nullptr);
     StartRetryTimer();
 }

@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QString>
 
+#include <deque>
+
 class IInterface;
 class QTimer;
 
@@ -14,6 +16,13 @@ class SerialInterface : public QObject, public IInterfaceCallback {
     Q_OBJECT
 
 public:
+    /// What has become of the data that `WriteToInterface` took. What is in neither waits in the line's
+    /// buffer.
+    struct Counts {
+        quint64 sent = 0; ///< have left the buffer as a whole
+        quint64 lost = 0; ///< have not, when the line failed or was closed
+    };
+
     /// Opens at once.
     /// \param address as `CInterfaceCreator::CreateInterface` takes it, such as "COM1:9600,e,8,1"
     /// \param retryMs milliseconds between two attempts to open
@@ -26,6 +35,9 @@ public:
     /// Sends the data as a whole. False when it is dropped: the line is closed or not ready, or the write
     /// failed; only the last of these is traced.
     bool WriteToInterface(const char* data, int length);
+    [[nodiscard]] Counts GetCounts();
+    /// Sends what waits, which holds up the thread for a few seconds at most, and closes the line for good.
+    void Close();
 
     void OnOpen() override;
     void OnClose() override;
@@ -38,10 +50,15 @@ private Q_SLOTS:
 private:
     void StartRetryTimer();
     void StopRetryTimer();
+    void CountSent();
+    void CountRestAsLost();
 
     IInterface* m_pInterface = nullptr; // owned
     QTimer* m_pTimer;                   // owned as a child
     QString m_address;
     unsigned short m_retryMs;
     [[maybe_unused]] unsigned short m_second;
+    std::deque<int> m_unsent; // lengths of the data that have not left the buffer as a whole
+    qint64 m_unsentBytes = 0; // their sum
+    Counts m_counts;
 };

@@ -41,6 +41,41 @@
     </message>
 </context>
 <context>
+    <name>DFDataFile</name>
+    <message>
+        <source>Writing to %1 works again</source>
+        <translation>Schreiben nach %1 geht wieder</translation>
+    </message>
+    <message>
+        <source>Writing to %1 failed: %2</source>
+        <translation>Schreiben nach %1 ist fehlgeschlagen: %2</translation>
+    </message>
+    <message>
+        <source>Could not move file %1 to %2, the output is appended to it: %3</source>
+        <translation>Die Datei %1 konnte nicht nach %2 verschoben werden, die Ausgabe wird angehängt: %3</translation>
+    </message>
+    <message>
+        <source>Could not open file %1: %2</source>
+        <translation>Die Datei %1 konnte nicht geöffnet werden: %2</translation>
+    </message>
+    <message>
+        <source>another program writes to it</source>
+        <translation>ein anderes Programm schreibt darin</translation>
+    </message>
+    <message>
+        <source>no program reads from it</source>
+        <translation>kein Programm liest daraus</translation>
+    </message>
+    <message>
+        <source>its reader takes nothing</source>
+        <translation>das lesende Programm nimmt nichts ab</translation>
+    </message>
+    <message>
+        <source>standard output</source>
+        <translation>die Standardausgabe</translation>
+    </message>
+</context>
+<context>
     <name>DFDataOutput</name>
     <message>
         <source>Writing to %1 works again</source>
@@ -53,14 +88,6 @@
     <message>
         <source>the serial line is not ready</source>
         <translation>die serielle Leitung ist nicht bereit</translation>
-    </message>
-    <message>
-        <source>Could not move file %1 to %2, the output is appended to it: %3</source>
-        <translation>Die Datei %1 konnte nicht nach %2 verschoben werden, die Ausgabe wird angehängt: %3</translation>
-    </message>
-    <message>
-        <source>Could not open file %1: %2</source>
-        <translation>Die Datei %1 konnte nicht geöffnet werden: %2</translation>
     </message>
     <message>
         <source>File</source>

@@ -1,0 +1,86 @@
+#include "zanstation/recordingstream.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+RecordingStream::~RecordingStream() {
+    RecordingStream::close();
+}
+
+bool RecordingStream::IsStream(const QString& name) {
+    const QFileInfo info(name);
+    return name == STANDARD_INPUT || (info.exists() && !info.isFile() && !info.isDir());
+}
+
+bool RecordingStream::Open(const QString& name) {
+    close();
+    // Without O_NONBLOCK opening a FIFO would wait for its writer, where nobody could interrupt it.
+    m_stream = name == STANDARD_INPUT ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                      : ::open(QFile::encodeName(name).constData(),
+                                               O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    m_interrupt = m_stream < 0 ? -1 : ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (m_interrupt < 0) {
+        const QString reason = qt_error_string(errno);
+        close();
+        setErrorString(reason);
+        return false;
+    }
+    return open(ReadOnly | Unbuffered);
+}
+
+void RecordingStream::close() {
+    QIODevice::close();
+    for (int* const descriptor : {&m_stream, &m_interrupt}) {
+        if (*descriptor >= 0) {
+            ::close(*descriptor);
+            *descriptor = -1;
+        }
+    }
+}
+
+void RecordingStream::Interrupt() const {
+    ::eventfd_write(m_interrupt, 1);
+}
+
+void RecordingStream::Resume() const {
+    eventfd_t count = 0;
+    ::eventfd_read(m_interrupt, &count);
+}
+
+bool RecordingStream::waitForReadyRead(int milliseconds) {
+    std::array<pollfd, 2> descriptors{{{m_stream, POLLIN, 0}, {m_interrupt, POLLIN, 0}}};
+    int count = 0;
+    do {
+        count = ::poll(descriptors.data(), descriptors.size(), milliseconds);
+    } while (count < 0 && errno == EINTR);
+    return count != 0;
+}
+
+qint64 RecordingStream::readData(char* data, qint64 size) {
+    for (;;) {
+        waitForReadyRead(-1);
+        pollfd interrupt{m_interrupt, POLLIN, 0};
+        if (::poll(&interrupt, 1, 0) != 0) {
+            return 0;
+        }
+        const ssize_t count = ::read(m_stream, data, static_cast<std::size_t>(size));
+        if (count >= 0) {
+            return count;
+        }
+        if (errno != EAGAIN && errno != EINTR) {
+            setErrorString(qt_error_string(errno));
+            return -1;
+        }
+    }
+}
+
+qint64 RecordingStream::writeData(const char* /*data*/, qint64 /*size*/) {
+    return -1;
+}

@@ -1,0 +1,209 @@
+#include "zanstation/settingscheck.h"
+
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "valueframework/tree.h"
+#include "valueframework/valuetypes.h"
+#include "zancommon/stationcfg.h"
+#include "zancommon/zansetupdata.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <numeric>
+#include <type_traits>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Severity = Finding::Severity;
+
+struct IntegerSetting {
+    QStringView key;
+    qint64 minimum = 0;
+    qint64 maximum = 0;
+};
+
+constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 10000},
+                                          IntegerSetting{u"OverheadPass/Threshold", 0, 900}};
+constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
+
+/// The keys that are read by somebody, apart from those of the setup table. "#" stands for a number.
+constexpr std::array<QStringView, 12> KNOWN_KEYS{
+    u"RS232Output_Enabled", u"RS232Output_Address",    u"FileOutput_Enabled", u"FileOutput_Address",
+    u"Output_Interval",     u"MshCentralAddress",      u"MshCentralPort",     u"MshClientName",
+    u"AutoCoupleTargets",   u"OverheadPass/Threshold", u"OverheadPass/Valid", u"ZANStations/Count"};
+constexpr std::array<QStringView, 8> KNOWN_STATION_KEYS{
+    u"DeviceAddress",        u"DevType",
+    u"DevOptions",           u"HwRequiredComponents",
+    u"HwOptionalComponents", u"HwRequirementsEditable",
+    u"HwCheckRequirements",  u"SystemConfiguration/AntennaCount"};
+constexpr std::array<QStringView, 15> KNOWN_ANTENNA_KEYS{u"Name",
+                                                         u"Enabled",
+                                                         u"MinRange",
+                                                         u"MaxRange",
+                                                         u"CompassEnabled",
+                                                         u"MechOffset",
+                                                         u"CompassSupport",
+                                                         u"DFAlgorithm",
+                                                         u"MinFreq",
+                                                         u"MaxFreq",
+                                                         u"PolarizationSupport",
+                                                         u"PolarizationMode",
+                                                         u"ActivePassiveSupport",
+                                                         u"CompassValue",
+                                                         u"ConverterTypeName"};
+
+/// All known keys by their whole paths.
+QStringList GetKnownKeys() {
+    const QString station = u"ZANStations/ZANStation#/"_s;
+    const QString antenna = station + u"SystemConfiguration/Antenna#/"_s;
+    QStringList known;
+    for (const QStringView key : KNOWN_KEYS) {
+        known.append(key.toString());
+    }
+    for (const QStringView key : KNOWN_STATION_KEYS) {
+        known.append(station + key.toString());
+    }
+    for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
+        known.append(station + row.key);
+    }
+    for (const QStringView key : KNOWN_ANTENNA_KEYS) {
+        known.append(antenna + key.toString());
+    }
+    return known;
+}
+
+/// How many characters have to be put in, left out or changed to make one text of another.
+std::size_t GetDistance(QStringView from, QStringView to) {
+    std::vector<std::size_t> row(static_cast<std::size_t>(to.size()) + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (const QChar c : from) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t i = 1; i < row.size(); ++i) {
+            const std::size_t changed = diagonal + (c == to[static_cast<qsizetype>(i) - 1] ? 0 : 1);
+            diagonal = row[i];
+            row[i] = std::min({changed, row[i] + 1, row[i - 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+/// Warns of the keys that nobody reads.
+[[maybe_unused]] void CheckKeys(const QStringList& keys, Findings& findings) {
+    constexpr std::size_t MOST_WARNINGS = 20;
+    constexpr qsizetype LONGEST_COMPARED = 200;
+    static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)"_s);
+    const QStringList known = GetKnownKeys();
+    std::size_t unknown = 0;
+    for (const QString& key : keys) {
+        const QString pattern = QString(key).replace(number, u"#"_s);
+        if (known.contains(pattern) || ++unknown > MOST_WARNINGS) {
+            continue;
+        }
+        const QString compared = pattern.first(std::min(pattern.size(), LONGEST_COMPARED));
+        QString nearest = std::ranges::min(
+            known, {}, [&](const QString& candidate) { return GetDistance(compared, candidate); });
+        // The sections that the key stands in keep their numbers.
+        QRegularExpressionMatchIterator numbers = number.globalMatch(key);
+        while (nearest.contains(u'#')) {
+            nearest.replace(nearest.indexOf(u'#'), 1, numbers.hasNext() ? numbers.next().captured() : u"0"_s);
+        }
+        findings.push_back({Severity::Warning,
+                            u"nobody reads the setting \"%1\"; the nearest one that is known is \"%2\""_s.arg(
+                                key, nearest)});
+    }
+    if (unknown > MOST_WARNINGS) {
+        findings.push_back(
+            {Severity::Warning, u"nobody reads %1 further settings"_s.arg(unknown - MOST_WARNINGS)});
+    }
+}
+
+Finding Refused(const QString& key, const QString& value, const QString& allowed) {
+    return {Severity::Error, u"the setting \"%1\" is \"%2\"; allowed is %3"_s.arg(key, value, allowed)};
+}
+
+/// The text under a key; null when the key is missing.
+QString TextOf(const ICfg& cfg, const QString& key) {
+    return cfg.GetString(key, {});
+}
+
+void CheckInteger(const ICfg& cfg, const IntegerSetting& setting, Findings& findings) {
+    const QString text = TextOf(cfg, setting.key.toString());
+    qint64 number = 0;
+    if (!text.isNull() &&
+        (!ReadInteger(text, number) || number < setting.minimum || number > setting.maximum)) {
+        findings.push_back(
+            Refused(setting.key.toString(), text, u"%1 to %2"_s.arg(setting.minimum).arg(setting.maximum)));
+    }
+}
+
+template <class T>
+QString DescribeRange(const T& value) {
+    using Number = std::decay_t<decltype(value.GetMin())>;
+    using Limits = std::numeric_limits<Number>;
+    return value.GetMin() == Limits::lowest() && value.GetMax() == Limits::max()
+               ? u"a number"_s
+               : u"%1 to %2"_s.arg(value.GetMin()).arg(value.GetMax());
+}
+
+/// What a value takes, in words; empty where it takes any text.
+QString DescribeAllowed(const ValueBase& value) {
+    if (const auto* selection = dynamic_cast<const ValueSelection*>(&value)) {
+        QStringList items;
+        for (const SelectionItem& item : selection->GetItems()) {
+            items.append(QString::number(item.GetKey()) + u" ("_s + item.GetName() + u')');
+        }
+        return items.join(u", "_s);
+    }
+    if (dynamic_cast<const ValueBool*>(&value)) {
+        return u"true or false"_s;
+    }
+    if (const auto* integer = dynamic_cast<const ValueNumericInt*>(&value)) {
+        return DescribeRange(*integer);
+    }
+    const auto* number = dynamic_cast<const ValueNumericDouble*>(&value);
+    return number ? DescribeRange(*number) : QString();
+}
+
+bool Takes(ValueBase& value, const QString& text) {
+    auto* const selection = dynamic_cast<ValueSelection*>(&value);
+    int key = 0;
+    return selection ? ReadInteger(text, key) && selection->SetCurrentKey(key, nullptr)
+                     : value.SetStringValue(text, nullptr);
+}
+
+/// Tries the settings of the setup table on values like those that they are for.
+void CheckSetup(const ICfg& station, Findings& findings) {
+    const QString base = u"/SettingsCheck"_s;
+    Tree& tree = *Tree::Instance();
+    StdDeviceDefinition::CreateBranch(StdDeviceDefinition::EBranch::SERVER, base);
+    for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
+        const QString text = TextOf(station, row.key);
+        ValueBase* const value = row.descriptor ? tree.GetValue(base + row.descriptor->PathName()) : nullptr;
+        if (value && !text.isNull() && !Takes(*value, text)) {
+            findings.push_back(Refused(row.key, text, DescribeAllowed(*value)));
+        }
+    }
+    tree.Remove(tree.GetNode(base));
+}
+
+} // namespace
+
+Findings CheckSettings(const QString& address) {
+    Findings findings;
+    const ICfg& application = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    for (const IntegerSetting& setting : APPLICATION_INTEGERS) {
+        CheckInteger(application, setting, findings);
+    }
+    if (const CfgPtr station{StationCfg::GetStationCfg(address, false)}) {
+        CheckInteger(*station, ANTENNA_COUNT, findings);
+        CheckSetup(*station, findings);
+    }
+    return findings;
+}

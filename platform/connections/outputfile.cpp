@@ -1,0 +1,229 @@
+#include "connections/outputfile.h"
+
+#include <QByteArray>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <fcntl.h>
+#include <optional>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+constexpr int PATIENCE_MS = 1000;
+constexpr int FLAGS = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+constexpr mode_t MODE = 0666; // less the process's mask
+
+/// The name as the system takes it; empty when it is none.
+QByteArray SystemName(const QString& name) {
+    return name.contains(QChar::Null) ? QByteArray() : QFile::encodeName(name);
+}
+
+/// A file is made without a name, and gets it when it is locked: a second program that begins at the same
+/// moment must not take it for a previous one.
+int CreateLocked(const QByteArray& name) {
+    const QByteArray directory = QFile::encodeName(QFileInfo(QFile::decodeName(name)).path());
+    const int descriptor = open(directory.constData(), O_TMPFILE | FLAGS, MODE);
+    if (descriptor < 0) {
+        return -1;
+    }
+    const QByteArray nameless = "/proc/self/fd/" + QByteArray::number(descriptor);
+    if (flock(descriptor, LOCK_EX | LOCK_NB) == 0 &&
+        linkat(AT_FDCWD, nameless.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW) == 0) {
+        return descriptor;
+    }
+    close(descriptor);
+    return -1;
+}
+
+std::optional<struct stat> Status(const QByteArray& name) {
+    struct stat status {};
+    return stat(name.constData(), &status) == 0 ? std::optional(status) : std::nullopt;
+}
+
+bool IsSame(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+/// What a pipe takes as a whole, or a part of a longer line.
+std::string_view WholeLines(std::string_view lines) {
+    const std::string_view most = lines.substr(0, PIPE_BUF);
+    const std::size_t end = most.rfind('\n');
+    return end == std::string_view::npos ? most : most.substr(0, end + 1);
+}
+
+/// Writes as `write` does, but a reader that is gone ends no program: the signal is held back and taken away,
+/// unless one was on its way already.
+ssize_t WriteWithoutSignal(int descriptor, std::string_view bytes) {
+    sigset_t pipe{};
+    sigset_t before{};
+    sigset_t pending{};
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe, &before);
+    sigpending(&pending);
+
+    const ssize_t taken = write(descriptor, bytes.data(), bytes.size());
+    const int error = errno;
+    if (taken < 0 && error == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
+        const timespec now{};
+        sigtimedwait(&pipe, nullptr, &now);
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    errno = error;
+    return taken;
+}
+
+} // namespace
+
+OutputFile::OutputFile(OutputFile&& other) noexcept
+    : m_descriptor(std::exchange(other.m_descriptor, -1))
+    , m_error(other.m_error)
+    , m_isRegular(other.m_isRegular)
+    , m_isStalled(other.m_isStalled) {}
+
+OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
+    if (this != &other) {
+        Close();
+        m_descriptor = std::exchange(other.m_descriptor, -1);
+        m_error = other.m_error;
+        m_isRegular = other.m_isRegular;
+        m_isStalled = other.m_isStalled;
+    }
+    return *this;
+}
+
+OutputFile::~OutputFile() {
+    Close();
+}
+
+bool OutputFile::OpenExisting(const QString& name) {
+    const QByteArray systemName = SystemName(name);
+    if (systemName.isEmpty()) {
+        return FailAndClose(EINVAL);
+    }
+    int descriptor = open(systemName.constData(), FLAGS);
+    if (descriptor < 0 && errno == EACCES && QFileInfo(name).isFile()) {
+        descriptor = open(systemName.constData(), O_RDONLY | O_CLOEXEC);
+    }
+    return Take(descriptor) && Lock(systemName);
+}
+
+bool OutputFile::OpenOrCreate(const QString& name) {
+    const QByteArray systemName = SystemName(name);
+    if (systemName.isEmpty()) {
+        return FailAndClose(EINVAL);
+    }
+    int descriptor = CreateLocked(systemName);
+    if (descriptor < 0) {
+        descriptor = open(systemName.constData(), FLAGS | O_CREAT, MODE);
+    }
+    return Take(descriptor) && Lock(systemName);
+}
+
+bool OutputFile::OpenStandardOutput() {
+    return Take(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
+void OutputFile::Close() {
+    if (IsOpen()) {
+        close(std::exchange(m_descriptor, -1));
+    }
+}
+
+bool OutputFile::Take(int descriptor) {
+    if (descriptor < 0) {
+        return FailAndClose(errno);
+    }
+    Close();
+    m_descriptor = descriptor;
+    struct stat status {};
+    fstat(m_descriptor, &status);
+    m_isRegular = S_ISREG(status.st_mode);
+    m_isStalled = false;
+    return true;
+}
+
+bool OutputFile::Lock(const QByteArray& name) {
+    struct stat opened {};
+    fstat(m_descriptor, &opened);
+    if (m_isRegular || S_ISFIFO(opened.st_mode)) {
+        if (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+            return FailAndClose(EWOULDBLOCK);
+        }
+        // Whoever held it may have given the name to another file in the meantime.
+        const std::optional<struct stat> named = Status(name);
+        if (!named || !IsSame(opened, *named)) {
+            return FailAndClose(EWOULDBLOCK);
+        }
+    }
+    // Opening has not waited. Writing does, as far as there is room.
+    fcntl(m_descriptor, F_SETFL, O_APPEND);
+    return true;
+}
+
+bool OutputFile::FailAndClose(int error) {
+    Close();
+    m_error = error;
+    return false;
+}
+
+std::size_t OutputFile::Write(std::string_view lines) {
+    std::size_t written = 0;
+    while (written < lines.size()) {
+        std::string_view next = lines.substr(written);
+        if (!m_isRegular) {
+            if (!WaitForRoom()) {
+                break;
+            }
+            next = WholeLines(next);
+        }
+        errno = EIO; // for a device that takes nothing and gives no reason
+        const ssize_t taken = m_isRegular ? write(m_descriptor, next.data(), next.size())
+                                          : WriteWithoutSignal(m_descriptor, next);
+        if (taken > 0) {
+            written += static_cast<std::size_t>(taken);
+        } else if (errno != EINTR) {
+            m_error = errno;
+            break;
+        }
+    }
+    return written;
+}
+
+bool OutputFile::WaitForRoom() {
+    const QDeadlineTimer deadline(m_isStalled ? 0 : PATIENCE_MS);
+    pollfd file{m_descriptor, POLLOUT, 0};
+    int ready = 0;
+    do {
+        ready = poll(&file, 1, static_cast<int>(deadline.remainingTime()));
+    } while (ready < 0 && errno == EINTR);
+    m_isStalled = ready <= 0;
+    if (m_isStalled) {
+        m_error = EWOULDBLOCK;
+    }
+    return !m_isStalled;
+}
+
+bool OutputFile::TakeBack(std::size_t count) {
+    struct stat status {};
+    const off_t position = lseek(m_descriptor, 0, SEEK_CUR);
+    const off_t end = position - static_cast<off_t>(count);
+    // Standard output may be shared, and somebody else's bytes stand behind ours.
+    return m_isRegular && end >= 0 && fstat(m_descriptor, &status) == 0 && status.st_size == position &&
+           ftruncate(m_descriptor, end) == 0 && lseek(m_descriptor, end, SEEK_SET) == end;
+}
+
+bool OutputFile::IsSameFile(const QString& name, const QString& other) {
+    const std::optional<struct stat> one = Status(SystemName(name));
+    const std::optional<struct stat> two = Status(SystemName(other));
+    return one && two && IsSame(*one, *two) && (S_ISREG(one->st_mode) || S_ISFIFO(one->st_mode));
+}

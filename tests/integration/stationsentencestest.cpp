@@ -1,0 +1,391 @@
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "support/printing.h"
+#include "support/storedsettings.h"
+#include "valueframework/tree.h"
+#include "zancommon/zanvaluenames.h"
+#include "zanstation/station.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+using namespace Qt::StringLiterals;
+using namespace StdDeviceDefinition;
+
+// What a station makes of the blocks of a driver: the values of the tree, the sentences, and what stays in the
+// settings.
+
+namespace {
+
+const QByteArray HEAD = "$PLG, 71.5,FRQ, 121500000,CMP, -0.1,QUA, 90.0,LEV, -0.5,TIM,000001";
+const QByteArray ATTITUDE = ",ELV,0.0,PTC,0.0,RLL,0.0,ALT,0.0";
+const QByteArray NOWHERE = ",PTM,,LAT,  0.00000,LON,0.0000000\r\n";
+const QByteArray MEASURED = ",PTM,000001,LAT, 52.50000,LON,5.5000000\r\n";
+
+constexpr long SOURCE_NONE = 0;
+constexpr long SOURCE_GPS = 1;
+constexpr long SOURCE_MANUAL = 2;
+
+template <class T>
+T* TreeValue(const QString& path) {
+    T* const value = Tree::Instance()->Find<T>(path);
+    EXPECT_TRUE(value) << path.toStdString();
+    return value;
+}
+
+template <class T>
+T* ServerValue(const ValueDescriptor& descriptor) {
+    return TreeValue<T>(ZANPath::SERVER.toString() + descriptor.PathName());
+}
+
+TValueState StateOf(const ValueDescriptor& descriptor) {
+    return Tree::Instance()->GetValue(ZANPath::SERVER.toString() + descriptor.PathName())->GetState();
+}
+
+/// A block of one usable bearing, one second after midnight.
+BearingBlock MakeBlock() {
+    BearingBlock block;
+    block.time = 1000;
+    block.status.frequency = 121.5e6;
+    Bearing bearing;
+    bearing.azimuth = 715;
+    bearing.quality = 90;
+    block.bearings = {bearing};
+    return block;
+}
+
+BearingBlock MakeBlockAt(std::optional<double> latitude, std::optional<double> longitude) {
+    BearingBlock block = MakeBlock();
+    block.status.latitude = latitude;
+    block.status.longitude = longitude;
+    return block;
+}
+
+class StationSentences : public testing::Test {
+protected:
+    StationSentences() {
+        ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+        cfg.SetBool(u"FileOutput_Enabled"_s, true);
+        cfg.SetString(u"FileOutput_Address"_s, OutputName());
+        Restart();
+    }
+
+    /// Ends the station and starts it anew.
+    void Restart() {
+        m_station.reset();
+        m_station.emplace();
+        m_station->StartOutput();
+        m_read = 0;
+    }
+    /// The sentences that a block brings about.
+    QByteArray Send(BearingBlock block) {
+        m_station->Process(block);
+        QFile file(OutputName());
+        EXPECT_TRUE(file.open(QFile::ReadOnly) && file.seek(m_read));
+        const QByteArray news = file.readAll();
+        m_read += news.size();
+        return news;
+    }
+    static void ChooseSource(long key) {
+        EXPECT_TRUE(ServerValue<ValueSelection>(g_vdPosSource)->SetCurrentKey(key, nullptr));
+    }
+    static void SetPlace(double latitude, double longitude) {
+        EXPECT_TRUE(ServerValue<ValueNumericDouble>(g_vdPosLatitude)->SetValue(latitude, nullptr));
+        EXPECT_TRUE(ServerValue<ValueNumericDouble>(g_vdPosLongitude)->SetValue(longitude, nullptr));
+    }
+    [[nodiscard]] QString StoredPlace() {
+        m_station.reset();
+        const QString settings = m_settings.CloseAndRead();
+        QString place;
+        for (const QString& line : settings.split(u'\n')) {
+            if (line.startsWith(u"Location"_s)) {
+                place += line + u' ';
+            }
+        }
+        return place;
+    }
+    [[nodiscard]] QString OutputName() const { return m_directory.filePath(u"sentences"_s); }
+
+    const StoredSettings m_settings;
+    QTemporaryDir m_directory;
+    std::optional<Station> m_station;
+    qint64 m_read = 0;
+};
+
+} // namespace
+
+// The position
+
+TEST_F(StationSentences, AtTheStartNothingOfThePositionIsMeasured) {
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
+    EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::NotMeasured);
+    EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::NotMeasured);
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE);
+}
+
+TEST_F(StationSentences, PositionThatIsLostIsNotPassedOnWithItsOldTime) {
+    EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + MEASURED);
+    EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::Valid);
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE);
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
+    EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::NotMeasured);
+    EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::NotMeasured);
+    EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + MEASURED) << "found again";
+}
+
+TEST_F(StationSentences, HalfAPositionIsNone) {
+    for (const auto& [latitude, longitude] :
+         {std::pair<std::optional<double>, std::optional<double>>{52.5, {}}, {{}, 5.5}}) {
+        Send(MakeBlockAt(52.5, 5.5));
+        EXPECT_EQ(Send(MakeBlockAt(latitude, longitude)), HEAD + ATTITUDE + NOWHERE);
+        EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
+        EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::NotMeasured);
+        EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::NotMeasured);
+    }
+}
+
+TEST_F(StationSentences, PositionOutsideTheEarthIsNone) {
+    for (const auto& [latitude, longitude] :
+         {std::pair{90.1, 5.5}, {52.5, -180.1}, {std::nan(""), 5.5},
+          {52.5, std::numeric_limits<double>::infinity()}}) {
+        Send(MakeBlockAt(52.5, 5.5));
+        EXPECT_EQ(Send(MakeBlockAt(latitude, longitude)), HEAD + ATTITUDE + NOWHERE);
+    }
+}
+
+TEST_F(StationSentences, WhileTheSourceIsManualThePlaceHoldsThatWasSetAndHasNoTime) {
+    ChooseSource(SOURCE_MANUAL);
+    SetPlace(48.1, 11.5);
+    const QByteArray set = ",PTM,,LAT, 48.10000,LON,11.5000000\r\n";
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + set);
+    EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + set) << "no measurement touches it";
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::Valid);
+    EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::NotMeasured);
+    EXPECT_EQ(StoredPlace(), u"LocationChoice=2 LocationLatitude=48.1 LocationLongitude=11.5 "_s);
+}
+
+TEST_F(StationSentences, ChoosingManualBringsThePlaceBackThatWasSet) {
+    ChooseSource(SOURCE_MANUAL);
+    SetPlace(48.1, 11.5);
+    for (const long source : {SOURCE_GPS, SOURCE_NONE}) {
+        ChooseSource(source);
+        EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + MEASURED);
+        ChooseSource(SOURCE_MANUAL);
+        EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + ",PTM,,LAT, 48.10000,LON,11.5000000\r\n");
+    }
+}
+
+TEST_F(StationSentences, LeavingManualShowsWhatTheLatestBlockHasMeasured) {
+    ChooseSource(SOURCE_MANUAL);
+    SetPlace(48.1, 11.5);
+    Send(MakeBlockAt(52.5, 5.5));
+    ChooseSource(SOURCE_GPS);
+    EXPECT_EQ(ServerValue<ValueNumericDouble>(g_vdPosLatitude)->GetValue(), 52.5);
+    EXPECT_EQ(ServerValue<ValueTimeStamp>(g_vdPosLastUpdate)->GetValue(), 1000U);
+    ChooseSource(SOURCE_MANUAL);
+    Send(MakeBlock());
+    ChooseSource(SOURCE_GPS);
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
+}
+
+TEST_F(StationSentences, PlaceThatWasSetIsKeptInTheSettingsWhateverIsMeasured) {
+    ChooseSource(SOURCE_MANUAL);
+    SetPlace(48.1, 11.5);
+    ChooseSource(SOURCE_GPS);
+    Send(MakeBlockAt(52.5, 5.5));
+    Restart();
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured) << "a place that was set is not measured";
+    Send(MakeBlockAt(52.5, 5.5));
+    ChooseSource(SOURCE_MANUAL);
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + ",PTM,,LAT, 48.10000,LON,11.5000000\r\n");
+    ChooseSource(SOURCE_GPS);
+    EXPECT_EQ(StoredPlace(), u"LocationChoice=1 LocationLatitude=48.1 LocationLongitude=11.5 "_s);
+}
+
+TEST_F(StationSentences, PlaceThatIsSetWhileAnotherIsMeasuredWaitsForManual) {
+    ChooseSource(SOURCE_GPS);
+    Send(MakeBlockAt(52.5, 5.5));
+    SetPlace(48.1, 11.5);
+    EXPECT_EQ(ServerValue<ValueNumericDouble>(g_vdPosLatitude)->GetValue(), 52.5);
+    EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + MEASURED);
+    ChooseSource(SOURCE_MANUAL);
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + ",PTM,,LAT, 48.10000,LON,11.5000000\r\n");
+}
+
+TEST_F(StationSentences, ManualPlaceIsThereFromTheStart) {
+    ChooseSource(SOURCE_MANUAL);
+    SetPlace(48.1, 11.5);
+    Restart();
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::Valid);
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + ",PTM,,LAT, 48.10000,LON,11.5000000\r\n");
+}
+
+// Heading and azimuth
+
+TEST_F(StationSentences, AttitudeThatIsLostIsNotPassedOn) {
+    BearingBlock block = MakeBlock();
+    block.status.heading = 12.3;
+    block.status.pitch = 1.5;
+    block.status.roll = -2.5;
+    block.status.altitude = -4.0;
+    EXPECT_EQ(Send(block), "$PLG, 71.5,FRQ, 121500000,CMP, 12.3,QUA, 90.0,LEV, -0.5,TIM,000001,ELV,0.0,PTC,1.5,"
+                           "RLL,-2.5,ALT,-4.0" + NOWHERE);
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE);
+}
+
+TEST_F(StationSentences, OffsetOfTheHeadingIsAddedToEveryHeading) {
+    ServerValue<ValueNumericInt>(g_vdHeaOffset)->SetValue(-150, nullptr);
+    BearingBlock block = MakeBlock();
+    block.status.heading = 12.3;
+    EXPECT_TRUE(Send(block).contains(",CMP,357.3,"));
+    block.status.magneticHeading = true;
+    EXPECT_TRUE(Send(block).contains(",CMP,357.3,"));
+    block.status.heading.reset();
+    EXPECT_TRUE(Send(block).contains(",CMP, -0.1,")) << "no heading stays no heading";
+}
+
+TEST_F(StationSentences, DeclinationIsAddedToAMagneticHeadingOnly) {
+    ServerValue<ValueNumericInt>(g_vdDeclination)->SetValue(35, nullptr);
+    BearingBlock block = MakeBlock();
+    block.status.heading = 358.0;
+    EXPECT_TRUE(Send(block).contains("$PLG, 71.5,FRQ, 121500000,CMP,358.0,"));
+    block.status.magneticHeading = true;
+    EXPECT_TRUE(Send(block).contains("$PLG, 71.5,FRQ, 121500000,CMP,  1.5,"));
+    ServerValue<ValueNumericInt>(g_vdHeaOffset)->SetValue(3600, nullptr);
+    EXPECT_TRUE(Send(block).contains("$PLG, 71.5,FRQ, 121500000,CMP,  1.5,"));
+}
+
+TEST_F(StationSentences, HeadingThatIsNoAngleIsNotMeasured) {
+    BearingBlock block = MakeBlock();
+    block.status.heading = std::nan("");
+    EXPECT_TRUE(Send(block).contains(",CMP, -0.1,"));
+    block.status.heading = 359.97;
+    EXPECT_TRUE(Send(block).contains(",CMP,  0.0,")) << "what rounds up to a full circle is north";
+}
+
+TEST_F(StationSentences, MountingOfTheServingAntennaIsAddedOnlyWhereTheDriverLeavesThatToTheStation) {
+    auto* const offset = TreeValue<ValueNumericDouble>(u"/DEVICES/ZANServer/Ant1/AntMechOffset"_s); // of PX106
+    offset->SetValue(-80.0, nullptr);
+    Station::GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true); // has it read anew
+    BearingBlock block = MakeBlock();
+    EXPECT_TRUE(Send(block).startsWith("$PLG, 71.5,"));
+    block.status.withoutMechOffset = true;
+    EXPECT_TRUE(Send(block).startsWith("$PLG,351.5,"));
+    block.status.frequency = 10e6; // another antenna
+    EXPECT_TRUE(Send(block).startsWith("$PLG, 71.5,"));
+    block.status.frequency = 5e9; // none
+    EXPECT_TRUE(Send(block).startsWith("$PLG, 71.5,"));
+}
+
+TEST_F(StationSentences, AzimuthsBeyondTheFullCircleAreTakenModuloIt) {
+    BearingBlock block = MakeBlock();
+    for (const auto& [delivered, text] :
+         {std::pair{3599, "359.9"}, {3600, "  0.0"}, {3601, "  0.1"}, {7300, " 10.0"}, {65535, " 73.5"}}) {
+        block.bearings[0].azimuth = static_cast<quint16>(delivered);
+        EXPECT_TRUE(Send(block).startsWith("$PLG," + QByteArray(text) + ',')) << delivered;
+    }
+}
+
+// The counts
+
+namespace {
+
+quint64 Sum(const StationCounts& counts) {
+    return counts.rejectedPitchRoll + counts.rejectedOverhead + counts.withoutSignal + counts.unusable +
+           counts.published;
+}
+
+} // namespace
+
+TEST_F(StationSentences, EveryBearingIsCountedOnceWhicheverFiltersAreOn) {
+    m_station->SetOverheadThreshold(60.0);
+    for (const bool isTilted : {false, true}) {
+        for (const int speed : {0, 1}) {
+            m_station->SetConnectionSpeed(speed);
+            BearingBlock block = MakeBlock();
+            block.status.pitch = isTilted ? 5.0 : 0.0;
+            block.bearings.resize(5, block.bearings[0]);
+            block.bearings[1].elevation = 600;
+            block.bearings[2].quality = 0;
+            block.bearings[3].marker = -4000; // by the driver
+            block.bearings[4].quality = 65535;
+            const quint64 before = Sum(m_station->GetCounts());
+            Send(block);
+            EXPECT_EQ(Sum(m_station->GetCounts()) - before, 5U) << isTilted << speed;
+        }
+    }
+    const StationCounts& counts = m_station->GetCounts();
+    EXPECT_EQ(counts.bearings, 20U);
+    EXPECT_EQ(counts.rejectedPitchRoll, 8U);
+    EXPECT_EQ(counts.rejectedOverhead, 2U);
+    EXPECT_EQ(counts.withoutSignal, 2U) << "while no connection is running";
+    EXPECT_EQ(counts.unusable, 4U) << "the two marked by the driver, and the two without signal otherwise";
+    EXPECT_EQ(counts.published, 4U);
+}
+
+// What stays
+
+TEST_F(StationSentences, SetupRowsThatStandElsewhereInTheTreeSurviveARestart) {
+    TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s)->SetValue(u"200126093000"_s, nullptr);
+    TreeValue<ValueBool>(u"/ZANServer/USEJOBSETTINGSFORFFM"_s)->SetValue(true, nullptr);
+    TreeValue<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->SetValue(u"daily 03:00"_s, nullptr);
+    Restart();
+    EXPECT_EQ(TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(), u"200126093000"_s);
+    EXPECT_EQ(TreeValue<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(), u"200126093000"_s);
+    EXPECT_TRUE(TreeValue<ValueBool>(u"/ZANServer/USEJOBSETTINGSFORFFM"_s)->GetValue());
+    EXPECT_EQ(TreeValue<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->GetValue(), u"daily 03:00"_s);
+    m_station.reset();
+    const QString settings = m_settings.CloseAndRead();
+    for (const QString& line : {u"\nLastModification=200126093000\n"_s, u"\nUseJobSettings4FFM=true\n"_s,
+                                u"\nCalibrationSchedule=daily 03:00\n"_s}) {
+        EXPECT_TRUE(settings.contains(line)) << line.toStdString() << settings.toStdString();
+    }
+}
+
+TEST_F(StationSentences, EveryRowOfTheSetupTableFindsItsValueBelowTheServer) {
+    ZANSetupData setup(u"all"_s, ZANPath::SERVER.toString());
+    setup.ReadFromValueTree({});
+    for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
+        EXPECT_TRUE(row.value) << row.key.toStdString();
+    }
+    EXPECT_EQ(ZANSetupData::GetEntries().size(), 22U);
+}
+
+namespace {
+
+/// Counts the notices of a value.
+class Notices : public IObserver {
+public:
+    explicit Notices(ValueBase& value) { value.AddObserver(this); }
+    void Update(Observable* /*subject*/, TChangeCode /*code*/) override { ++count; }
+    int count = 0;
+};
+
+} // namespace
+
+TEST_F(StationSentences, BothTimesOfTheLastModificationStayEqualWithoutAnEcho) {
+    auto* const server = TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s);
+    auto* const device = TreeValue<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s);
+    Notices ofServer(*server);
+    Notices ofDevice(*device);
+    server->SetValue(u"1"_s, nullptr);
+    EXPECT_EQ(device->GetValue(), u"1"_s);
+    EXPECT_EQ(ofServer.count, 1);
+    EXPECT_EQ(ofDevice.count, 1);
+    device->SetValue(u"2"_s, nullptr);
+    EXPECT_EQ(server->GetValue(), u"2"_s);
+    EXPECT_EQ(ofServer.count, 2);
+    EXPECT_EQ(ofDevice.count, 2);
+}
+
+TEST_F(StationSentences, ChangeOutsideTheRangeOfAValueIsTurnedDownAndTheOldOneStays) {
+    auto* const threshold = ServerValue<ValueNumericDouble>(g_vdPitchThreshold);
+    EXPECT_FALSE(threshold->SetValue(90.1, nullptr));
+    EXPECT_EQ(threshold->GetValue(), 5.0);
+    auto* const overhead = TreeValue<ValueNumericInt>(u"/ZANServer/OverheadPass/Threshold"_s);
+    EXPECT_FALSE(overhead->SetValue(901, nullptr));
+    EXPECT_EQ(overhead->GetValue(), 600);
+    Restart();
+    EXPECT_EQ(ServerValue<ValueNumericDouble>(g_vdPitchThreshold)->GetValue(), 5.0);
+}
