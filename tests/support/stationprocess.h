@@ -4,7 +4,6 @@
 
 #include <QFile>
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -19,12 +18,8 @@ struct StationResult {
 };
 
 /// Runs the station with these arguments to its end.
-/// \param language what LANGUAGE names in its environment
-inline StationResult RunStation(const QStringList& arguments, const QString& language = {}) {
+inline StationResult RunStation(const QStringList& arguments) {
     QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("LANGUAGE"), language);
-    process.setProcessEnvironment(environment);
     process.start(QStringLiteral(ZAN_STATION), arguments);
     if (!process.waitForFinished(PATIENCE_MS) || process.exitStatus() != QProcess::NormalExit) {
         return {};

@@ -1,0 +1,490 @@
+#include "support/printing.h"
+#include "support/stationprocess.h"
+
+#include <gtest/gtest.h>
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <csignal>
+#include <sys/file.h>
+
+using namespace Qt::StringLiterals;
+
+// What programs and scripts rely on: documents, exit codes, signals, the place of the settings, completion.
+
+namespace {
+
+const char* const RECORDING =
+    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,"
+    "roll_deg,latitude_deg,longitude_deg,altitude_m\n"
+    "0,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n";
+
+/// The second row is due after an hour.
+const char* const ENDLESS = "3600000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n";
+
+class StationCommands : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_directory.isValid());
+        WriteFile(Path(u"recording.csv"_s), RECORDING);
+        WriteFile(Path(u"endless.csv"_s), QByteArray(RECORDING) + ENDLESS);
+    }
+
+    [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
+    [[nodiscard]] QString Config() const { return Path(u"config"_s); }
+    StationResult Run(const QString& command) {
+        return RunStation(command.split(u' ') + QStringList{u"--config"_s, Config()});
+    }
+    [[nodiscard]] QStringList Replay(const QString& recording, const QStringList& further = {}) const {
+        return QStringList{u"run"_s, u"--recording"_s, Path(recording), u"--config"_s,
+                           Config(), u"--output"_s,    Path(u"out"_s)} +
+               further;
+    }
+
+    QTemporaryDir m_directory;
+};
+
+/// Runs a program with what is to be in its environment; a null text takes the variable out.
+StationResult RunWith(const QList<std::pair<QString, QString>>& variables, const QString& program,
+                      const QStringList& arguments) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& name : {u"XDG_CONFIG_HOME"_s, u"STATE_DIRECTORY"_s, u"CONFIGURATION_DIRECTORY"_s}) {
+        environment.remove(name);
+    }
+    for (const auto& [name, value] : variables) {
+        environment.insert(name, value);
+    }
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    if (!process.waitForFinished(PATIENCE_MS) || process.exitStatus() != QProcess::NormalExit) {
+        return {};
+    }
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+/// Waits until a running program has written its first sentence.
+void AwaitSentence(QProcess& process, const QString& file) {
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    while (ReadFile(file).isEmpty() && !deadline.hasExpired()) {
+        process.waitForFinished(20);
+    }
+}
+
+/// The document that Python reads, printed by it anew; null when it reads none.
+QJsonDocument ThroughPython(const QString& text) {
+    QProcess python;
+    python.start(u"python3"_s, {u"-c"_s, u"import json, sys; print(json.dumps(json.load(sys.stdin)))"_s});
+    python.write(text.toUtf8());
+    python.closeWriteChannel();
+    return python.waitForFinished(PATIENCE_MS) && python.exitCode() == 0
+               ? QJsonDocument::fromJson(python.readAllStandardOutput())
+               : QJsonDocument();
+}
+
+} // namespace
+
+TEST_F(StationCommands, EachDocumentIsReadByOthers) {
+    WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\n");
+    Run(u"device"_s);
+    const QStringList commands{
+        u"device --json"_s,
+        u"antennas list --json"_s,
+        u"antennas check --json"_s,
+        u"antennas repair --json"_s,
+        u"antennas range PX106 30.000001M 1.3G --json"_s,
+        u"tune --frequency 145.5M --json"_s,
+        u"tune --mode 5 --frequency 3M --json"_s,
+        u"tune --mode scan --start 25M --stop 35M --json"_s,
+        u"hardware --json"_s,
+        u"frequencies import %1 --json"_s.arg(Path(u"channels.csv"_s)),
+        u"frequencies list --json"_s,
+        u"doctor --json"_s,
+        u"run --speed max --output %1 --recording %2 --json"_s.arg(Path(u"out"_s), Path(u"recording.csv"_s)),
+    };
+    for (const QString& command : commands) {
+        const StationResult result = Run(command);
+        EXPECT_TRUE(ThroughPython(result.out).isObject())
+            << command.toStdString() << result.out.toStdString() << result.err.toStdString();
+        EXPECT_TRUE(Run(command.split(u' ').constFirst() + u" --help"_s).out.contains(u"  --json  "_s))
+            << command.toStdString();
+    }
+}
+
+TEST_F(StationCommands, DeviceForProgramsHasNumbersInHzAndNothingMadeUp) {
+    const QJsonDocument device = ThroughPython(Run(u"device --json"_s).out);
+    EXPECT_EQ(device[u"address"_s], u"replay"_s);
+    EXPECT_EQ(device[u"type"_s], u"ZANTIDE"_s);
+    EXPECT_EQ(device[u"options"_s], (QJsonArray{u"ZAN-HFR"_s}));
+    EXPECT_EQ(device[u"channels"_s], 60000);
+    EXPECT_EQ(device[u"valid"_s], true);
+    EXPECT_EQ(device[u"verdict"_s], u"Antenna setup is valid."_s);
+    EXPECT_EQ(device[u"hf_up_to_hz"_s], 30e6);
+    EXPECT_EQ(device[u"vuhf_from_hz"_s], 30000001.0);
+    EXPECT_EQ(device[u"antennas"_s][1], (QJsonObject{{u"name"_s, u"PX106"_s},
+                                                     {u"enabled"_s, true},
+                                                     {u"lowest_hz"_s, 30000001.0},
+                                                     {u"highest_hz"_s, 1.3e9},
+                                                     {u"converter"_s, u"RCV03"_s},
+                                                     {u"methods"_s, QJsonArray{u"COR"_s}},
+                                                     {u"supported"_s, true}}));
+    EXPECT_EQ(device[u"modes"_s][2],
+              (QJsonObject{{u"mode"_s, u"scan"_s}, {u"lowest_hz"_s, 300e3}, {u"highest_hz"_s, 3e9}}));
+}
+
+TEST_F(StationCommands, AntennasForProgramsTellTheSetupTheVerdictAndWhatARepairHasChanged) {
+    EXPECT_EQ(Run(u"antennas range PX106 20M 1.3G --json"_s).exitCode, 1);
+    QJsonDocument document = ThroughPython(Run(u"antennas list --json"_s).out);
+    EXPECT_EQ(document[u"valid"_s], false);
+    EXPECT_EQ(document[u"verdict"_s], u"Frequency ranges are overlapping."_s);
+    EXPECT_EQ(document[u"antennas"_s].toArray().size(), 3);
+    EXPECT_EQ(document[u"antennas"_s][1][u"covers_from_hz"_s], 20e6);
+    EXPECT_EQ(document[u"antennas"_s][1][u"covers_to_hz"_s], 1.3e9);
+    EXPECT_EQ(document[u"repaired"_s], QJsonArray());
+    const StationResult repair = Run(u"antennas repair --json"_s);
+    EXPECT_EQ(repair.exitCode, 0);
+    document = ThroughPython(repair.out);
+    EXPECT_EQ(document[u"valid"_s], true);
+    EXPECT_EQ(document[u"repaired"_s].toArray().size(), 1);
+    EXPECT_EQ(document[u"repaired"_s][0][u"lowest_hz"_s], 30000001.0);
+}
+
+TEST_F(StationCommands, TuneForProgramsTellsWhatIsValidAndTheExitCodeWhetherItWasMoved) {
+    const StationResult moved = Run(u"tune --mode scan --start 25M --stop 35M --adjust up --json"_s);
+    EXPECT_EQ(moved.exitCode, 3);
+    QJsonDocument document = ThroughPython(moved.out);
+    EXPECT_EQ(
+        document[u"asked"_s],
+        (QJsonObject{
+            {u"mode"_s, u"scan"_s}, {u"start_hz"_s, 25e6}, {u"stop_hz"_s, 35e6}, {u"adjust"_s, u"up"_s}}));
+    EXPECT_EQ(document[u"valid"_s], (QJsonObject{{u"start_hz"_s, 30000001.0}, {u"stop_hz"_s, 40000001.0}}));
+    EXPECT_EQ(document[u"changes"_s][0][u"by_hz"_s], 5000001.0);
+    EXPECT_EQ(document[u"antenna"_s][u"name"_s], u"PX106"_s);
+    EXPECT_EQ(document[u"sample_mode"_s], 8);
+    EXPECT_EQ(document[u"realtime_bandwidth_hz"_s], 100e3);
+    EXPECT_EQ(document[u"resolution_bandwidths_hz"_s][0], 20.0);
+    EXPECT_FALSE(document.object().contains(u"problem"_s));
+
+    const StationResult served = Run(u"tune --frequency 145.5M --json"_s);
+    EXPECT_EQ(served.exitCode, 0);
+    document = ThroughPython(served.out);
+    EXPECT_EQ(document[u"valid"_s], (QJsonObject{{u"frequency_hz"_s, 145.5e6}}));
+    EXPECT_EQ(document[u"changes"_s], QJsonArray());
+
+    const StationResult unserved = Run(u"tune --mode 5 --frequency 3M --json"_s);
+    EXPECT_EQ(unserved.exitCode, 1);
+    document = ThroughPython(unserved.out);
+    EXPECT_EQ(document[u"problem"_s], u"the device serves no range in this mode"_s);
+    for (const QString& absent : {u"valid"_s, u"antenna"_s, u"sample_mode"_s, u"realtime_bandwidth_hz"_s}) {
+        EXPECT_FALSE(document.object().contains(absent)) << absent.toStdString();
+    }
+}
+
+TEST_F(StationCommands, HardwareDoctorAndRunForProgramsTellWhatTheyTellPeople) {
+    const QJsonDocument hardware = ThroughPython(Run(u"hardware --json"_s).out);
+    EXPECT_EQ(hardware[u"complete"_s], true);
+    EXPECT_EQ(
+        hardware[u"components"_s][0],
+        (QJsonObject{
+            {u"name"_s, u"PX106"_s}, {u"required"_s, false}, {u"optional"_s, false}, {u"found"_s, true}}));
+
+    const QJsonDocument doctor = ThroughPython(Run(u"doctor --json"_s).out);
+    EXPECT_EQ(doctor[u"findings"_s][0], (QJsonObject{{u"name"_s, u"settings"_s},
+                                                     {u"verdict"_s, u"ok"_s},
+                                                     {u"text"_s, u"writable: "_s + Config()}}));
+
+    WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "nonsense\n");
+    const StationResult run = RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s, u"--json"_s}));
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const QJsonDocument summary = ThroughPython(run.out);
+    for (const auto& [name, count] :
+         {std::pair{u"bearings_in"_s, 1}, std::pair{u"rejected_pitch_roll"_s, 0},
+          std::pair{u"rejected_overhead_pass"_s, 0}, std::pair{u"without_signal"_s, 0},
+          std::pair{u"marked_as_unusable"_s, 0}, std::pair{u"published"_s, 1},
+          std::pair{u"sentences_to_file"_s, 1}, std::pair{u"sentences_to_serial_line"_s, 0},
+          std::pair{u"dropped_file"_s, 0}, std::pair{u"dropped_serial_line"_s, 0}}) {
+        EXPECT_EQ(summary[name], count) << name.toStdString() << run.out.toStdString();
+    }
+    EXPECT_EQ(summary[u"lines_skipped"_s].toArray().size(), 1) << run.out.toStdString();
+}
+
+TEST_F(StationCommands, ZeroIsPrintedWithoutASign) {
+    for (const QString& format : {QString(), u" --json"_s}) {
+        const StationResult result = Run(u"tune --frequency -0.0"_s + format);
+        EXPECT_FALSE(result.out.isEmpty()) << result.err.toStdString();
+        EXPECT_FALSE(result.out.contains(u"-0"_s)) << result.out.toStdString();
+    }
+}
+
+TEST_F(StationCommands, ImportReplacesTheListWithItsNamesAndNeedsNone) {
+    WriteFile(Path(u"five.csv"_s),
+              "name,frequency_mhz\nTower,118.5\nGround,121.7\nApron,121.9\nRadar,119.1\nATIS,126.0\n");
+    WriteFile(Path(u"two.csv"_s), "frequency_mhz,alarm\n121.5,1\n243,0\n");
+    ASSERT_EQ(Run(u"frequencies import "_s + Path(u"five.csv"_s)).exitCode, 0);
+    EXPECT_EQ(Run(u"frequencies list"_s).out, u"channel  name    frequency  alarm\n"
+                                              "1        Tower   118.5 MHz  no\n"
+                                              "2        Ground  121.7 MHz  no\n"
+                                              "3        Apron   121.9 MHz  no\n"
+                                              "4        Radar   119.1 MHz  no\n"
+                                              "5        ATIS    126 MHz    no\n"_s);
+    const StationResult import = Run(u"frequencies import "_s + Path(u"two.csv"_s));
+    EXPECT_EQ(import.exitCode, 0) << import.err.toStdString();
+    EXPECT_EQ(Run(u"frequencies list"_s).out, u"channel  name  frequency  alarm\n"
+                                              "1        -     121.5 MHz  yes\n"
+                                              "2        -     243 MHz    no\n"_s);
+    const QJsonDocument list = ThroughPython(Run(u"frequencies list --json"_s).out);
+    EXPECT_EQ(list[u"channels"_s].toArray().size(), 2);
+    EXPECT_EQ(list[u"channels"_s][0],
+              (QJsonObject{{u"channel"_s, 1}, {u"frequency_hz"_s, 121.5e6}, {u"alarm"_s, true}}));
+}
+
+TEST_F(StationCommands, ImportWithoutOneUsableRowLeavesTheListAloneAndFails) {
+    WriteFile(Path(u"good.csv"_s), "name,frequency_mhz\nTower,118.5\n");
+    ASSERT_EQ(Run(u"frequencies import "_s + Path(u"good.csv"_s)).exitCode, 0);
+    const QByteArray before = ReadFile(Config() + u"/TrafficControl.ini"_s);
+    for (const char* const content : {"name,frequency_mhz\n", "name,frequency_mhz\nTower,many\n"}) {
+        WriteFile(Path(u"bad.csv"_s), content);
+        const StationResult result = Run(u"frequencies import "_s + Path(u"bad.csv"_s));
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(result.err.contains(u"the list stays as it was"_s)) << result.err.toStdString();
+        EXPECT_EQ(ReadFile(Config() + u"/TrafficControl.ini"_s), before);
+    }
+}
+
+TEST_F(StationCommands, SimulationOverwritesOnlyWhereItIsToldTo) {
+    const QString file = Path(u"flight.csv"_s);
+    const QStringList simulate{u"simulate"_s, u"--rows"_s, u"1"_s, u"--out"_s, file};
+    EXPECT_EQ(RunStation(simulate).exitCode, 0);
+    WriteFile(file, "precious");
+    const StationResult refused = RunStation(simulate);
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_TRUE(refused.err.contains(file) && refused.err.contains(u"--force"_s))
+        << refused.err.toStdString();
+    EXPECT_EQ(ReadFile(file), "precious");
+    EXPECT_EQ(RunStation(simulate + QStringList{u"--force"_s}).exitCode, 0);
+    EXPECT_TRUE(ReadFile(file).startsWith("time_ms,"));
+}
+
+TEST_F(StationCommands, SignalEndsARunWithEverythingWrittenAndItsOwnExitCode) {
+    for (const auto& [signal, exitCode] :
+         {std::pair{SIGINT, 130}, std::pair{SIGTERM, 143}, std::pair{SIGHUP, 129}}) {
+        QProcess process;
+        process.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
+        AwaitSentence(process, Path(u"out"_s));
+        ::kill(static_cast<pid_t>(process.processId()), signal);
+        ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), exitCode);
+        EXPECT_TRUE(process.readAllStandardOutput().contains("sentences to file                1\n"));
+        EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
+        QFile::remove(Path(u"out"_s));
+    }
+}
+
+TEST_F(StationCommands, HangupThatIsIgnoredAtTheStartStaysIgnored) {
+    QProcess process;
+    process.start(u"nohup"_s, QStringList{QStringLiteral(ZAN_STATION)} + Replay(u"endless.csv"_s));
+    AwaitSentence(process, Path(u"out"_s));
+    const QByteArray status = ReadFile(u"/proc/%1/status"_s.arg(process.processId()));
+    const qulonglong ignored = status.mid(status.indexOf("SigIgn:") + 8, 16).toULongLong(nullptr, 16);
+    EXPECT_TRUE(ignored & (1U << (SIGHUP - 1))) << status.toStdString();
+    ::kill(static_cast<pid_t>(process.processId()), SIGHUP);
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM); // what ends it
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 143);
+}
+
+TEST_F(StationCommands, SecondStationOnTheSettingsIsRefusedAndTheOtherCommandsAreNot) {
+    QProcess first;
+    first.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
+    AwaitSentence(first, Path(u"out"_s));
+    const StationResult second =
+        Run(u"run --speed max --output %1 --recording %2"_s.arg(Path(u"other"_s), Path(u"recording.csv"_s)));
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_TRUE(second.err.contains(u"process %1\n"_s.arg(first.processId()))) << second.err.toStdString();
+    EXPECT_FALSE(QFile::exists(Path(u"other"_s)));
+    EXPECT_EQ(Run(u"device"_s).exitCode, 0);
+    EXPECT_EQ(Run(u"antennas check"_s).exitCode, 0);
+    EXPECT_EQ(Run(u"doctor"_s).exitCode, 0);
+
+    // One that is killed leaves nothing behind that holds the next one up.
+    first.kill();
+    ASSERT_TRUE(first.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s})).exitCode, 0);
+}
+
+TEST_F(StationCommands, LockWithoutTheNumberOfItsProcessRefusesTheSecondAllTheSame) {
+    Run(u"device"_s);
+    QFile file(Config() + u"/station.lock"_s);
+    ASSERT_TRUE(file.open(QFile::ReadWrite));
+    ASSERT_EQ(::flock(file.handle(), LOCK_EX), 0);
+    const StationResult result = RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s}));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.err.contains(u"another process"_s)) << result.err.toStdString();
+}
+
+TEST_F(StationCommands, LockThatCannotBeHadEndsTheRun) {
+    Run(u"device"_s);
+    ASSERT_TRUE(QDir().mkdir(Config() + u"/station.lock"_s));
+    const StationResult result = RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s}));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.err.contains(u"station.lock"_s)) << result.err.toStdString();
+    EXPECT_FALSE(QFile::exists(Path(u"out"_s)));
+}
+
+TEST_F(StationCommands, SettingsGoWhereServiceManagerAndUserSay) {
+    struct Case {
+        QList<std::pair<QString, QString>> environment;
+        QString directory;
+    };
+    const QString home = Path(u"home"_s);
+    for (const Case& each : {
+             Case{{{u"HOME"_s, home}}, home + u"/.config/zanstation"_s},
+             Case{{{u"HOME"_s, home}, {u"XDG_CONFIG_HOME"_s, Path(u"xdg"_s)}}, Path(u"xdg/zanstation"_s)},
+             Case{{{u"HOME"_s, home + u'2'}, {u"XDG_CONFIG_HOME"_s, u"relative"_s}},
+                  home + u"2/.config/zanstation"_s},
+             Case{{{u"HOME"_s, home}, {u"CONFIGURATION_DIRECTORY"_s, Path(u"etc"_s)}}, Path(u"etc"_s)},
+             Case{{{u"HOME"_s, home},
+                   {u"STATE_DIRECTORY"_s, Path(u"state"_s) + u':' + Path(u"more"_s)},
+                   {u"CONFIGURATION_DIRECTORY"_s, Path(u"etc2"_s)}},
+                  Path(u"state"_s)},
+         }) {
+        const StationResult result = RunWith(each.environment, QStringLiteral(ZAN_STATION), {u"device"_s});
+        EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+        EXPECT_TRUE(QFile::exists(each.directory + u"/Application.ini"_s)) << each.directory.toStdString();
+    }
+}
+
+TEST_F(StationCommands, SettingsNeverGoToTheRootDirectory) {
+    // Without HOME the user database is asked; the home of "nobody" is not there, so nothing can be written.
+    for (const QString& home : {u"/"_s, u""_s, u"relative"_s}) {
+        const StationResult result =
+            RunWith({{u"HOME"_s, home}}, u"setpriv"_s,
+                    {u"--reuid"_s, u"65534"_s, QStringLiteral(ZAN_STATION), u"device"_s});
+        if (::geteuid() != 0) {
+            continue; // only root becomes somebody else
+        }
+        EXPECT_EQ(result.exitCode, 1) << result.out.toStdString();
+        EXPECT_FALSE(result.err.contains(u"\"/.config"_s)) << result.err.toStdString();
+    }
+    EXPECT_FALSE(QFile::exists(u"/.config/zanstation"_s));
+    EXPECT_FALSE(QFile::exists(u"/zanstation"_s));
+}
+
+TEST_F(StationCommands, QuietRunTellsErrorsOnly) {
+    WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "nonsense\n");
+    const StationResult quiet =
+        RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s, u"--quiet"_s}));
+    EXPECT_EQ(quiet.exitCode, 0);
+    EXPECT_EQ(quiet.out, QString());
+    EXPECT_EQ(quiet.err, QString());
+    const StationResult failing =
+        RunStation(Replay(u"missing.csv"_s, {u"--speed"_s, u"max"_s, u"--quiet"_s}));
+    EXPECT_EQ(failing.exitCode, 1);
+    EXPECT_TRUE(failing.err.contains(u"missing.csv"_s)) << failing.err.toStdString();
+    EXPECT_FALSE(Run(u"device --quiet"_s).out.isEmpty()) << "what was asked for is printed";
+}
+
+TEST_F(StationCommands, NormalRunPrintsNoTraceOfDoingWell) {
+    Run(u"device"_s);
+    QDir(Config()).mkdir(u"ZANControl"_s);
+    for (int i = 0; i < 20; ++i) { // so that the oldest of them is deleted
+        WriteFile(Config() + u"/ZANControl/%1.bak"_s.arg(i), "");
+    }
+    const QStringList run = Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s});
+    EXPECT_EQ(RunStation(run).err, QString());
+    EXPECT_TRUE(RunStation(run + QStringList{u"--option"_s, u"Trace=true"_s})
+                    .err.contains(u"delete the oldest backup"_s));
+}
+
+TEST_F(StationCommands, BandOfAnyWidthIsCalledSoInTheTrace) {
+    Run(u"device"_s);
+    QByteArray settings = ReadFile(Config() + u"/Application.ini"_s);
+    WriteFile(Config() + u"/Application.ini"_s,
+              settings.replace("ConverterTypeName=RCV01", "ConverterTypeName=RCV02"));
+    const StationResult result = Run(u"device --option Trace=true"_s);
+    EXPECT_TRUE(result.err.contains(u"fRealtimeBw=any\n"_s)) << result.err.toStdString();
+    EXPECT_FALSE(result.err.contains(u"fRealtimeBw=-"_s)) << result.err.toStdString();
+}
+
+TEST_F(StationCommands, StationSpeaksEnglishWhateverTheLanguage) {
+    for (const QString& locale : {u"C"_s, u"de_DE.UTF-8"_s}) {
+        const StationResult check =
+            RunWith({{u"LC_ALL"_s, locale}, {u"LANGUAGE"_s, u"de"_s}}, QStringLiteral(ZAN_STATION),
+                    {u"antennas"_s, u"check"_s, u"--config"_s, Config()});
+        EXPECT_EQ(check.out, u"Antenna setup is valid.\n"_s);
+        const StationResult run =
+            RunWith({{u"LC_ALL"_s, locale}, {u"LANGUAGE"_s, u"de"_s}}, QStringLiteral(ZAN_STATION),
+                    {u"run"_s, u"--recording"_s, Path(u"missing.csv"_s), u"--config"_s, Config()});
+        EXPECT_TRUE(run.err.contains(u"No such file or directory"_s)) << run.err.toStdString();
+    }
+}
+
+TEST_F(StationCommands, HelpOfACommandIsToldBothWays) {
+    for (const QString& command : {u"run"_s, u"tune"_s, u"tree"_s}) {
+        const StationResult help = RunStation({u"help"_s, command});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_EQ(help.out, RunStation({command, u"--help"_s}).out);
+    }
+    EXPECT_EQ(RunStation({u"help"_s}).out, RunStation({u"--help"_s}).out);
+    const StationResult unknown = RunStation({u"help"_s, u"fly"_s});
+    EXPECT_EQ(unknown.exitCode, 2);
+    EXPECT_TRUE(unknown.err.contains(u"'fly'"_s)) << unknown.err.toStdString();
+}
+
+namespace {
+
+/// What bash offers for the last of the words.
+QStringList Complete(const QStringList& words, const QString& directory) {
+    QProcess bash;
+    bash.setWorkingDirectory(directory);
+    bash.start(u"bash"_s,
+               QStringList{u"-c"_s,
+                           u"source \"$0\"; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _zanstation; "
+                           "printf '%s\\n' \"${COMPREPLY[@]}\""_s,
+                           QStringLiteral(ZAN_COMPLETION), QStringLiteral(ZAN_STATION)} +
+                   words);
+    bash.waitForFinished(PATIENCE_MS);
+    EXPECT_EQ(bash.readAllStandardError(), "");
+    QStringList offered = QString::fromUtf8(bash.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+    offered.sort();
+    return offered;
+}
+
+} // namespace
+
+TEST_F(StationCommands, BashCompletesCommandsOptionsValuesAndFiles) {
+    const QString here = m_directory.path();
+    WriteFile(Path(u"two words.csv"_s), "");
+    ASSERT_TRUE(QDir(here).mkdir(u"settings"_s));
+    const QStringList commands = Complete({u""_s}, here);
+    for (const QString& command :
+         {u"device"_s, u"antennas"_s, u"tune"_s, u"catalogue"_s, u"hardware"_s, u"run"_s, u"simulate"_s,
+          u"frequencies"_s, u"hub"_s, u"doctor"_s, u"tree"_s, u"help"_s}) {
+        EXPECT_TRUE(commands.contains(command)) << command.toStdString();
+    }
+    EXPECT_EQ(Complete({u"ca"_s}, here), QStringList{u"catalogue"_s});
+    EXPECT_EQ(Complete({u"help"_s, u"d"_s}, here), (QStringList{u"device"_s, u"doctor"_s}));
+    EXPECT_EQ(Complete({u"simulate"_s, u"--"_s}, here),
+              (QStringList{u"--config"_s, u"--force"_s, u"--help"_s, u"--option"_s, u"--out"_s, u"--quiet"_s,
+                           u"--rows"_s, u"--seed"_s}));
+    EXPECT_EQ(Complete({u"run"_s, u"--pitch"_s}, here), QStringList{u"--pitch-threshold"_s});
+    EXPECT_EQ(Complete({u"run"_s, u"--speed"_s, u""_s}, here), (QStringList{u"max"_s, u"realtime"_s}));
+    EXPECT_EQ(Complete({u"tune"_s, u"--adjust"_s, u""_s}, here),
+              (QStringList{u"down"_s, u"none"_s, u"up"_s}));
+    EXPECT_EQ(Complete({u"tune"_s, u"--mode"_s, u"s"_s}, here), (QStringList{u"scan"_s, u"search"_s}));
+    EXPECT_EQ(Complete({u"antennas"_s, u""_s}, here),
+              (QStringList{u"check"_s, u"disable"_s, u"enable"_s, u"list"_s, u"range"_s, u"repair"_s}));
+    EXPECT_EQ(Complete({u"run"_s, u"--recording"_s, u"two"_s}, here), QStringList{u"two words.csv"_s});
+    EXPECT_EQ(Complete({u"device"_s, u"--config"_s, u"s"_s}, here), QStringList{u"settings"_s});
+    EXPECT_EQ(Complete({u"frequencies"_s, u"import"_s, u"two"_s}, here), QStringList{u"two words.csv"_s});
+    EXPECT_EQ(Complete({u"fly"_s, u"--"_s}, here), QStringList());
+}
