@@ -104,6 +104,9 @@ std::vector<NamedFinding> Examine(const QString& configDirectory, const std::opt
     for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
         findings.push_back({u"settings"_s, finding});
     }
+    for (const Finding& finding : CheckKeys(configDirectory)) {
+        findings.push_back({u"settings"_s, finding});
+    }
     findings.push_back({u"device type"_s, StationCheck::CheckDeviceType()});
     findings.push_back({u"device setup"_s, StationCheck::CheckAntennaSetup()});
     findings.push_back({u"hardware"_s, StationCheck::CheckHardware()});
@@ -145,14 +148,13 @@ int PrintFindings(const std::vector<NamedFinding>& findings) {
 } // namespace
 
 int Commands::Doctor(const QStringList& arguments) {
-    CommandLine line(u"doctor"_s, u"Tells what works on this machine. Fails when something is broken."_s,
-                     {CommandLine::ComponentsOption(),
-                      {u"recording"_s, u"Looks into this recording, too."_s, u"FILE"_s}});
+    CommandLine line(
+        u"doctor"_s, u"Tells what works on this machine. Fails when something is broken."_s,
+        {CommandLine::ComponentsOption(), {u"recording"_s, u"Looks into this recording, too."_s, u"FILE"_s}});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
     line.TakeComponentDirectory();
-    return line.WithStation([&line] {
-        return PrintFindings(Examine(*line.Text(u"config"_s), line.Text(u"recording"_s)));
-    });
+    return line.WithStation(
+        [&line] { return PrintFindings(Examine(*line.Text(u"config"_s), line.Text(u"recording"_s))); });
 }

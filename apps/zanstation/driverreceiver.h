@@ -22,9 +22,9 @@ struct BearingBlock {
 /// What the station hands to the driver: takes its deliveries on the driver's thread, and passes them on as
 /// signals on the thread that this object lives on.
 ///
-/// Each block is copied once, where it crosses the threads. What is waiting is bounded in bytes: a driver that
-/// is faster than the station is held up until there is room, and a block larger than the bound is passed on
-/// in pieces. What a station without spectra, audio and simulation has no use for is dropped.
+/// Each block is copied once, where it crosses the threads. What is waiting is bounded in bytes: a driver
+/// that is faster than the station is held up until there is room, and a block larger than the bound is
+/// passed on in pieces. What a station without spectra, audio and simulation has no use for is dropped.
 class DriverReceiver final : public QObject, public KvZANCommon::IDriverCallback {
     Q_OBJECT
 

@@ -20,11 +20,11 @@
 /// drivers in use are, and stands as the example of one.
 ///
 /// `Initialize` opens the recording that its first argument names: a file, whose header line is read at once,
-/// or a stream, a FIFO or standard input ("-"), which is read line by line as they come. `SetMode` with a mode other than standby
-/// starts a thread that delivers the rows as scan blocks, at the pace of their times, and ends with
-/// `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data make one block.
-/// Lines that are no rows are reported through `reportError`, and the commands that the driver is given
-/// through `SetCommandLog`. What a recording cannot do answers `NOT_SUPPORTED`.
+/// or a stream, a FIFO or standard input ("-"), which is read line by line as they come. `SetMode` with a
+/// mode other than standby starts a thread that delivers the rows as scan blocks, at the pace of their times,
+/// and ends with `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data make
+/// one block. Lines that are no rows are reported through `reportError`, and the commands that the driver is
+/// given through `SetCommandLog`. What a recording cannot do answers `NOT_SUPPORTED`.
 class ReplayDriver final : public KvZANCommon::ILegacyDriver {
 public:
     static constexpr long OK = 0;

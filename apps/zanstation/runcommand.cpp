@@ -97,20 +97,21 @@ int RunCommand::Run() {
 }
 
 bool RunCommand::IsSound() const {
+    for (const Finding& finding : CheckKeys(m_options.configDirectory)) {
+        Console::Warn(finding.text);
+    }
     bool isSound = true;
     for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
-        if (finding.severity == Finding::Severity::Error) {
-            Console::Error(finding.text);
-            isSound = false;
-        } else {
-            Console::Warn(finding.text);
-        }
+        Console::Error(finding.text);
+        isSound = false;
     }
     const QString output = GetOutputFile();
-    if (!output.isEmpty() && DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s),
-                                                       StreamFile(m_options.recording, u"/dev/stdin"_s))) {
-        Console::Error(
-            u"the output %1 would overwrite the recording %2"_s.arg(output, m_options.recording));
+    const QString recording = StreamFile(m_options.recording, u"/dev/stdin"_s);
+    // A terminal may well be both.
+    const bool canBeSame = m_options.recording != STANDARD_STREAM || QFileInfo(recording).isFile();
+    if (!output.isEmpty() && canBeSame &&
+        DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), recording)) {
+        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, m_options.recording));
         isSound = false;
     }
     return isSound;
@@ -119,9 +120,8 @@ bool RunCommand::IsSound() const {
 /// The file that the sentences will go to; empty for none.
 QString RunCommand::GetOutputFile() const {
     const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
-    const QString stored = cfg.GetBool(u"FileOutput_Enabled"_s, false)
-                               ? cfg.GetString(u"FileOutput_Address"_s, {})
-                               : QString();
+    const QString stored =
+        cfg.GetBool(u"FileOutput_Enabled"_s, false) ? cfg.GetString(u"FileOutput_Address"_s, {}) : QString();
     return m_options.output.value_or(stored);
 }
 
@@ -274,7 +274,8 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
         if (output.leftToInterval == 0) {
             return u"the serial line has not sent one"_s;
         }
-        const QString interval = CfgCenter::GetAppCfg(ICfg::View::Outputs).GetString(u"Output_Interval"_s, {});
+        const QString interval =
+            CfgCenter::GetAppCfg(ICfg::View::Outputs).GetString(u"Output_Interval"_s, {});
         return (isAtEnd ? u"the interval of %1 ms is longer than the run"_s : u"the interval is %1 ms"_s)
             .arg(interval);
     };
@@ -348,7 +349,8 @@ int Commands::Run(const QStringList& arguments) {
         u"Replays a recording through driver, adapter, filters and outputs. What is not given here stays as "
         "it is in the settings; what is given for outputs and thresholds is kept there."_s,
         {{u"recording"_s,
-          u"Recording to replay (default: a simulated one). A FIFO, or \"-\" for standard input, is read as it "
+          u"Recording to replay (default: a simulated one). A FIFO, or \"-\" for standard input, is read as "
+          u"it "
           "comes."_s,
           u"FILE"_s},
          {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
@@ -390,9 +392,9 @@ int Commands::Run(const QStringList& arguments) {
     if (!line.OpenStore()) {
         return EXIT_FAILED;
     }
-    const QString configDirectory = QFileInfo(*line.Text(u"config"_s)).absoluteFilePath();
+    options.configDirectory = QFileInfo(*line.Text(u"config"_s)).absoluteFilePath();
     const std::optional<QString> recording = line.Text(u"recording"_s);
-    options.recording = recording ? AbsolutePath(*recording) : configDirectory + u"/example.csv"_s;
+    options.recording = recording ? AbsolutePath(*recording) : options.configDirectory + u"/example.csv"_s;
     RunCommand command(options);
     if (!command.IsSound()) {
         return EXIT_FAILED;
@@ -402,7 +404,7 @@ int Commands::Run(const QStringList& arguments) {
         return EXIT_FAILED;
     }
     // The command log is kept below the current directory: with the settings.
-    QDir::setCurrent(configDirectory);
+    QDir::setCurrent(options.configDirectory);
     const int exitCode = command.Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }

@@ -25,8 +25,8 @@ struct StationCounts {
     quint64 rejectedPitchRoll = 0; ///< the platform was tilted beyond its threshold
     quint64 rejectedOverhead = 0;  ///< the emitter stood too high above the antenna
     quint64 withoutSignal = 0;     ///< of quality 0 already when they arrived
-    quint64 unusable = 0;          ///< likewise, or usable, but marked: by the connection filter or the driver
-    quint64 published = 0;         ///< of a quality above 0, in the tree for all outputs
+    quint64 unusable = 0;  ///< likewise, or usable, but marked: by the connection filter or the driver
+    quint64 published = 0; ///< of a quality above 0, in the tree for all outputs
 };
 
 /// The station: does what an application does with the library, in an application's order.
@@ -36,7 +36,8 @@ struct StationCounts {
 /// and then takes block after block from the driver: attitude and position go into the tree, the filters mark
 /// the bearings, and each of them becomes the current bearing, which the output turns into a sentence. What
 /// the operator has set for the device is kept in the settings from run to run, unless the settings cannot be
-/// used as they are (`CheckSettings`): then they stay as they were written, and are warned of. Needs the settings
+/// used as they are (`CheckSettings`): then they stay as they were written, and are warned of. Needs the
+/// settings
 /// (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
 class Station {
 public:

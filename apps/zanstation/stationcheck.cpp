@@ -19,10 +19,10 @@ using Severity = Finding::Severity;
 namespace StationCheck {
 
 Finding CheckDeviceType() {
-    const QString type = Tree::Instance()
-                             ->Find<ValueString>(ZANPath::DEVICE_NODE.toString() +
-                                                 StdDeviceDefinition::g_vdDevType.PathName())
-                             ->GetValue();
+    const QString type =
+        Tree::Instance()
+            ->Find<ValueString>(ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdDevType.PathName())
+            ->GetValue();
     QStringList known;
     for (const auto& row : ZANCharacteristics::s_aDeviceTypeNames) {
         known.append(row.name.toString());
@@ -47,10 +47,10 @@ Finding CheckHardware() {
         return {Severity::Absent, u"not to be checked"_s};
     }
     const std::set<QString> missing = hardware.FindMissingRequiredHardware();
-    return missing.empty() ? Finding{Severity::Ok, u"all that is required is there"_s}
-                           : Finding{Severity::Error, u"required and missing: "_s +
-                                                          QStringList(missing.begin(), missing.end())
-                                                              .join(u", "_s)};
+    return missing.empty()
+               ? Finding{Severity::Ok, u"all that is required is there"_s}
+               : Finding{Severity::Error, u"required and missing: "_s +
+                                              QStringList(missing.begin(), missing.end()).join(u", "_s)};
 }
 
 Finding CheckFrequency(double frequency) {

@@ -4,7 +4,8 @@
 #include "valueframework/valuebase.h"
 
 /// Keeps two values of one type equal: what is set in one of them is set in the other, and goes no further.
-/// For a value that stands in two places of the tree. The values outlive it; belongs to the thread of the tree.
+/// For a value that stands in two places of the tree. The values outlive it; belongs to the thread of the
+/// tree.
 class ValueLink final : public IObserver {
 public:
     ValueLink(ValueBase& first, ValueBase& second);

@@ -68,16 +68,16 @@ TEST_F(StationIntegration, WhatTheOperatorSetsForTheDeviceSurvivesARestart) {
         EXPECT_TRUE(tree.out.contains(line)) << line.toStdString() << tree.out.toStdString();
     }
     Run({u"device"_s});
-    for (const QString& line :
-         {u"\nDeclination=-35\n"_s, u"\nGainControlMode=1\n"_s, u"\nPreAmplifierHf=true\n"_s,
-          u"\nPitchThreshold=12.5\n"_s}) {
+    for (const QString& line : {u"\nDeclination=-35\n"_s, u"\nGainControlMode=1\n"_s,
+                                u"\nPreAmplifierHf=true\n"_s, u"\nPitchThreshold=12.5\n"_s}) {
         EXPECT_TRUE(Settings().contains(line)) << line.toStdString() << Settings().toStdString();
     }
 }
 
 TEST_F(StationIntegration, PositionOfTheLastRunDoesNotPassAsTheCurrentOne) {
     Replay();
-    EXPECT_FALSE(Settings().contains(u"=52.5\n"_s)) << "nor stays it in the settings, which keep what was set";
+    EXPECT_FALSE(Settings().contains(u"=52.5\n"_s))
+        << "nor stays it in the settings, which keep what was set";
     WriteFile(Path(u"recording.csv"_s),
               QByteArray(RECORDING).replace("359.9,1.0,-1.0,52.5,5.5,10.0", ",,,,,"));
     Replay();
@@ -243,7 +243,8 @@ TEST_F(StationIntegration, DoctorTellsWhatIsWrongWithTheDevice) {
         EXPECT_TRUE(result.out.contains(line)) << result.out.toStdString();
     }
     Edit(u"HwRequiredComponents"_s, u"PX110"_s);
-    EXPECT_TRUE(Run({u"doctor"_s}).out.contains(u"\nok      hardware      all that is required is there\n"_s));
+    EXPECT_TRUE(
+        Run({u"doctor"_s}).out.contains(u"\nok      hardware      all that is required is there\n"_s));
 }
 
 TEST_F(StationIntegration, DoctorTellsWhichSettingsAreOutOfRangeAndLeavesThemAsTheyStand) {
