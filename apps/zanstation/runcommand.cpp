@@ -348,10 +348,7 @@ int Commands::Run(const QStringList& arguments) {
         u"run"_s,
         u"Replays a recording through driver, adapter, filters and outputs. What is not given here stays as "
         "it is in the settings; what is given for outputs and thresholds is kept there."_s,
-        {{u"recording"_s,
-          u"Recording to replay (default: a simulated one). A FIFO, or \"-\" for standard input, is read as "
-          u"it "
-          "comes."_s,
+        {{u"recording"_s, u"Recording to replay (default: a simulated one); \"-\" is standard input."_s,
           u"FILE"_s},
          {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
           u"realtime"_s},
