@@ -21,6 +21,7 @@ namespace {
 
 struct Platform {
     bool isPortThere = true;
+    bool hasBuffer = true;
     bool isReady = true;
     bool takesData = true;
     qint64 unsent = 0;
@@ -55,6 +56,13 @@ public:
     void Finish() override { platform.unsent = platform.unsentAtTheEnd; }
 };
 
+/// Has no more than an interface must have.
+class UnbufferedInterface : public IInterface {
+public:
+    [[nodiscard]] bool IsReadyToWrite(const char* /*data*/, int /*length*/) const override { return true; }
+    bool Write(const char* /*data*/, int /*length*/) override { return true; }
+};
+
 class SerialInterfaceCallsTest : public testing::Test {
 protected:
     SerialInterfaceCallsTest() { platform = {}; }
@@ -72,6 +80,9 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     platform.callback = callback;
     platform.context = context;
     platform.flag = flag;
+    if (!platform.hasBuffer) {
+        return new UnbufferedInterface;
+    }
     return platform.isPortThere ? new FakeInterface : nullptr;
 }
 
@@ -188,6 +199,15 @@ TEST_F(SerialInterfaceCallsTest, DataThatAreInTheBufferWhenItIsClosedAreSentOrCo
     EXPECT_EQ(serial.GetCounts().lost, 2U);
     EXPECT_EQ(platform.openInterfaces, 0);
     EXPECT_FALSE(serial.WriteToInterface("two\n", 4));
+}
+
+TEST_F(SerialInterfaceCallsTest, WithoutABufferDataCountAsSentAtOnce) {
+    platform.hasBuffer = false;
+    SerialInterface serial(u"COM1"_s, 5000, 10);
+    EXPECT_TRUE(serial.WriteToInterface("one\n", 4));
+    EXPECT_EQ(serial.GetCounts().sent, 1U);
+    serial.Close();
+    EXPECT_EQ(serial.GetCounts().lost, 0U);
 }
 
 TEST_F(SerialInterfaceCallsTest, ClosedLineIsNotTriedAgain) {
