@@ -53,6 +53,11 @@ bool IsSame(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+bool IsNameOf(const struct stat& file, const QByteArray& name) {
+    const std::optional<struct stat> named = Status(name);
+    return named && IsSame(file, *named);
+}
+
 /// What a pipe takes as a whole, or a part of a longer line.
 std::string_view WholeLines(std::string_view lines) {
     const std::string_view most = lines.substr(0, PIPE_BUF);
@@ -155,15 +160,10 @@ bool OutputFile::Take(int descriptor) {
 bool OutputFile::Lock(const QByteArray& name) {
     struct stat opened {};
     fstat(m_descriptor, &opened);
-    if (m_isRegular || S_ISFIFO(opened.st_mode)) {
-        if (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
-            return FailAndClose(EWOULDBLOCK);
-        }
-        // Whoever held it may have given the name to another file in the meantime.
-        const std::optional<struct stat> named = Status(name);
-        if (!named || !IsSame(opened, *named)) {
-            return FailAndClose(EWOULDBLOCK);
-        }
+    // Whoever held the lock until now may have given the name to another file.
+    if ((m_isRegular || S_ISFIFO(opened.st_mode)) &&
+        ((flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) || !IsNameOf(opened, name))) {
+        return FailAndClose(EWOULDBLOCK);
     }
     // Opening has not waited. Writing does, as far as there is room.
     fcntl(m_descriptor, F_SETFL, O_APPEND);

@@ -3,6 +3,8 @@
 #include "connections/iinterface.h"
 #include "connections/iinterfacecallback.h"
 #include "kwbase/errorhandler.h"
+#include "support/fewdescriptors.h"
+#include "support/fulldisk.h"
 #include "support/printing.h"
 #include "support/pseudoterminal.h"
 
@@ -35,7 +37,7 @@ public:
     void OnClose() override { ++closes; }
     void OnRead() override { Count(reads, onRead); }
     void OnError() override { Count(errors, onError); }
-    void OnWritten() override { ++writtens; }
+    void OnWritten() override { Count(writtens, onWritten); }
 
     [[nodiscard]] int Calls() const { return opens + closes + reads + errors + writtens; }
 
@@ -46,6 +48,7 @@ public:
     int writtens = 0;
     std::function<void()> onOpen;
     std::function<void()> onRead;
+    std::function<void()> onWritten;
     std::function<void()> onError;
 
 private:
@@ -201,6 +204,74 @@ TEST_F(InterfaceCreatorTest, SlowReaderTurnsReadinessOffUntilThereIsRoomAgain) {
     EXPECT_TRUE(SpinUntil([&] { return m_callback.writtens > writtens; }));
     EXPECT_TRUE(pInterface->IsReadyToWrite(sentence.constData(), MAX_WAITING_BYTES));
     EXPECT_EQ(m_callback.errors, 0);
+}
+
+TEST_F(InterfaceCreatorTest, WrittenIsToldWhenNothingWaitsAnyMoreAndNotBefore) {
+    const auto pInterface = Open();
+    const QByteArray bytes(64, 'x');
+    EXPECT_TRUE(SpinUntil([&] { // nobody reads
+        while (pInterface->Write(bytes.constData(), 64)) {
+        }
+        return CountWakeUps() < FEW_WAKE_UPS && !pInterface->IsReadyToWrite(bytes.constData(), 64);
+    }));
+    EXPECT_GT(pInterface->GetUnsentCount(), 4096 - 64);
+    bool hasWaited = false;
+    m_callback.onWritten = [&] { hasWaited = hasWaited || pInterface->GetUnsentCount() > 0; };
+    // Room for some of what waits, as often as it takes.
+    bool isPartSent = false;
+    EXPECT_TRUE(SpinUntil([&] {
+        const qint64 before = pInterface->GetUnsentCount();
+        (void)m_line.Read(1024);
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        const qint64 after = pInterface->GetUnsentCount();
+        isPartSent = isPartSent || (after > 0 && after < before);
+        return after == 0;
+    }));
+    EXPECT_TRUE(isPartSent);
+    EXPECT_TRUE(SpinUntil([&] { return m_callback.writtens > 0; }));
+    EXPECT_FALSE(hasWaited);
+}
+
+TEST_F(InterfaceCreatorTest, WhatAnUnpluggedPortHasNotSentIsCounted) {
+    const auto pInterface = Open();
+    const QByteArray bytes(64, 'x');
+    EXPECT_TRUE(SpinUntil([&] { // nobody reads
+        while (pInterface->Write(bytes.constData(), 64)) {
+        }
+        return CountWakeUps() < FEW_WAKE_UPS && !pInterface->IsReadyToWrite(bytes.constData(), 64);
+    }));
+    const qint64 unsent = pInterface->GetUnsentCount();
+    m_line.Unplug();
+    EXPECT_TRUE(SpinUntil([&] { return m_callback.errors == 1; }));
+    EXPECT_EQ(pInterface->GetUnsentCount(), unsent);
+}
+
+TEST_F(InterfaceCreatorTest, FinishedInterfaceHasSentWhatWaitedAndTakesNothingMore) {
+    const auto pInterface = Open();
+    EXPECT_TRUE(pInterface->Write("sentence", 8));
+    EXPECT_EQ(pInterface->GetUnsentCount(), 8);
+    pInterface->Finish();
+    EXPECT_EQ(pInterface->GetUnsentCount(), 0);
+    EXPECT_EQ(m_line.Read(), "sentence");
+    EXPECT_FALSE(pInterface->IsReadyToWrite("x", 1));
+    EXPECT_FALSE(pInterface->Write("x", 1));
+    pInterface->Finish();
+    EXPECT_EQ(pInterface->GetUnsentCount(), 0);
+}
+
+TEST_F(InterfaceCreatorTest, PortThatCannotBeOpenedForWantOfResourcesIsReportedSo) {
+    {
+        const FewDescriptors none(0);
+        EXPECT_FALSE(Create(m_line.path));
+    }
+    EXPECT_TRUE(m_trace.value(0).endsWith(u": Too many open files."_s)) << m_trace.value(0).toStdString();
+    m_trace.clear();
+    {
+        const FullDisk disk(0);
+        EXPECT_FALSE(Create(m_line.path));
+    }
+    EXPECT_TRUE(m_trace.value(0).endsWith(u": File too large."_s)) << m_trace.value(0).toStdString();
+    EXPECT_TRUE(Create(m_line.path));
 }
 
 TEST_F(InterfaceCreatorTest, DataIsTakenAsAWholeOrNotAtAll) {

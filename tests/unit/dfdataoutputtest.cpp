@@ -1,9 +1,11 @@
 #include "zancommon/dfdataoutput.h"
 
 #include "support/eventloop.h"
+#include "support/fifo.h"
 #include "support/fulldisk.h"
 #include "support/printing.h"
 #include "support/pseudoterminal.h"
+#include "support/standardoutput.h"
 #include "support/tracelines.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "valueframework/valueaccess.h"
@@ -282,6 +284,86 @@ TEST_F(DFDataOutputTest, ValuesThatAreNotMeasuredAnyMoreCountAsAbsent) {
                             .replace(TAIL, QByteArray(EMPTY_TAIL).replace("ELV,0.0", "ELV,2.4")));
 }
 
+TEST_F(DFDataOutputTest, EachFieldReadsItsMarkerWhileItsValueIsLostAndItsValueWhenItIsBack) {
+    struct Field {
+        QString path;
+        QByteArray measured;
+        QByteArray lost;
+    };
+    const QByteArray place = "PTM,115859,LAT, 48.10000,LON,11.5000000";
+    const QByteArray noPlace = "PTM,,LAT,  0.00000,LON,0.0000000";
+    const std::vector<Field> fields{
+        {HEADING, "CMP,359.9", "CMP, -0.1"},
+        {PITCH, "PTC,-1.5", "PTC,0.0"},
+        {ROLL, "RLL,2.5", "RLL,0.0"},
+        {ALTITUDE, "ALT,123.4", "ALT,0.0"},
+        {POSITION_UPDATE, "PTM,115859", "PTM,"}, // a place that was set by hand
+        {LATITUDE, place, noPlace},
+        {LONGITUDE, place, noPlace},
+    };
+    FillTree();
+    MakeOutput(true, false);
+    QByteArray expected;
+    for (const auto& field : fields) {
+        ValueBase& value = *Tree::Instance()->GetValue(field.path);
+        for (int i = 0; i < 2; ++i) {
+            value.SetState(TValueState::NotMeasured, nullptr);
+            NewBearing();
+            expected += QByteArray(LINE).replace(field.measured, field.lost);
+            value.SetState(TValueState::Valid, nullptr);
+            NewBearing();
+            expected += LINE;
+        }
+    }
+    EXPECT_EQ(InFile(), expected);
+}
+
+TEST_F(DFDataOutputTest, EachFieldWhoseValueWasNeverThereReadsItsMarker) {
+    struct Field {
+        QString path;
+        QByteArray measured;
+        QByteArray absent;
+    };
+    const QByteArray place = "PTM,115859,LAT, 48.10000,LON,11.5000000";
+    const QByteArray noPlace = "PTM,,LAT,  0.00000,LON,0.0000000";
+    const std::vector<Field> fields{
+        {HEADING, "CMP,359.9", "CMP, -0.1"},
+        {PITCH, "PTC,-1.5", "PTC,0.0"},
+        {ROLL, "RLL,2.5", "RLL,0.0"},
+        {ALTITUDE, "ALT,123.4", "ALT,0.0"},
+        {POSITION_UPDATE, "PTM,115859", "PTM,"},
+        {LATITUDE, place, noPlace},
+        {LONGITUDE, place, noPlace},
+    };
+    for (const auto& field : fields) {
+        FillTree();
+        Remove(field.path);
+        MakeOutput(true, false);
+        NewBearing();
+        EXPECT_EQ(InFile(), QByteArray(LINE).replace(field.measured, field.absent));
+        m_output.reset();
+    }
+}
+
+TEST_F(DFDataOutputTest, PositionComesBackWhenBothOfItsHalvesAreBack) {
+    FillTree();
+    MakeOutput(true, false);
+    ValueBase& latitude = *Tree::Instance()->GetValue(LATITUDE);
+    ValueBase& longitude = *Tree::Instance()->GetValue(LONGITUDE);
+    const QByteArray lost = QByteArray(LINE).replace("PTM,115859,LAT, 48.10000,LON,11.5000000",
+                                                     "PTM,,LAT,  0.00000,LON,0.0000000");
+    latitude.SetState(TValueState::NotMeasured, nullptr);
+    longitude.SetState(TValueState::NotMeasured, nullptr);
+    NewBearing();
+    latitude.SetState(TValueState::Valid, nullptr);
+    NewBearing();
+    longitude.SetState(TValueState::Valid, nullptr);
+    NewBearing();
+    latitude.SetState(TValueState::NotMeasured, nullptr);
+    NewBearing();
+    EXPECT_EQ(InFile(), lost + lost + LINE + lost);
+}
+
 TEST_F(DFDataOutputTest, BearingThatIsNotMeasuredMakesNoSentence) {
     FillTree();
     Bearing().SetState(TValueState::NotMeasured, nullptr);
@@ -511,6 +593,54 @@ TEST_F(DFDataOutputTest, OtherNoticesOfTheBearingDoNotDriveTheOutput) {
     Bearing().HasChanged(TChangeCode::ListReplaced, nullptr);
     Bearing().HasChanged(TChangeCode::NodeGoingAway, nullptr);
     EXPECT_EQ(InFile(), "");
+}
+
+TEST_F(DFDataOutputTest, WhatSetsOffNoSentenceIsCountedWithItsReason) {
+    using Counters = DFDataOutput::Counters;
+    FillTree();
+    ValueSelection& mode = FillOperationMode(7);
+    {
+        const DFDataOutput& output = MakeOutput(true, false);
+        NewBearing(MakeBearing(0));
+        NewBearing(MakeBearing(-200));
+        NewBearing(BearingResult());
+        NewBearing();
+        EXPECT_EQ(output.GetCounters(), (Counters{.fileSentences = 1, .withoutQuality = 3}));
+        m_output.reset();
+    }
+    {
+        const DFDataOutput& output = MakeOutput(true, false, 10000); // longer than the run
+        NewBearing();
+        NewBearing();
+        EXPECT_EQ(output.GetCounters(), (Counters{.leftToInterval = 2}));
+        m_output.reset();
+    }
+    {
+        mode.SetCurrentKey(0, nullptr);
+        DFDataOutput& output = MakeOutput(true, false, 1);
+        WaitForTimer(output);
+        EXPECT_GE(output.GetCounters().inStandby, 3U);
+        EXPECT_EQ(output.GetCounters().fileSentences, 0U);
+        mode.SetCurrentKey(7, nullptr);
+        const quint64 inStandby = output.GetCounters().inStandby;
+        WaitForTimer(output);
+        EXPECT_EQ(output.GetCounters().inStandby, inStandby);
+        m_output.reset();
+    }
+    {
+        FillSuperResolution(0);
+        const DFDataOutput& output = MakeOutput(true, false);
+        NewBearing();
+        EXPECT_EQ(output.GetCounters(), (Counters{.withoutEmitter = 1}));
+        m_output.reset();
+    }
+    {
+        DFDataOutput& output = MakeOutput(false, false);
+        NewBearing(); // while it is off, it is told of none
+        output.SetEnabled(true);
+        NewBearing();
+        EXPECT_EQ(output.GetCounters(), (Counters{.withoutSink = 1}));
+    }
 }
 
 // --- The tree ---------------------------------------------------------------------------------------------
@@ -781,6 +911,115 @@ TEST_F(DFDataOutputTest, FullDiskInSuperResolutionDropsTheSentencesThatDoNotFit)
     EXPECT_TRUE(m_trace.lines.last().contains(u"failed"_s));
 }
 
+TEST_F(DFDataOutputTest, FileThatCouldNotBeOpenedIsTriedAgainEvery5s) {
+    FillTree();
+    const QString name = m_directory.filePath(u"later/output.txt"_s);
+    Store().SetString(u"FileOutput_Address"_s, name);
+    const DFDataOutput& output = MakeOutput(true, false);
+    QElapsedTimer timer;
+    timer.start();
+    NewBearing();
+    ASSERT_TRUE(QDir(m_directory.path()).mkdir(u"later"_s));
+    EXPECT_TRUE(SpinUntil([&name] { return QFileInfo::exists(name); }));
+    EXPECT_GE(timer.elapsed(), 4500);
+    NewBearing();
+    EXPECT_EQ(Contents(name), LINE);
+    EXPECT_EQ(output.GetCounters(), (DFDataOutput::Counters{.fileSentences = 1, .fileDropped = 1}));
+    EXPECT_TRUE(m_trace.lines.last().endsWith(u"Writing to "_s + name + u" works again"_s));
+}
+
+TEST_F(DFDataOutputTest, SecondOutputToOneFileFailsAndTouchesNothing) {
+    FillTree();
+    Overwrite(m_fileName, "earlier");
+    MakeOutput(true, false);
+    NewBearing();
+    const DFDataOutput second(u"second"_s);
+    EXPECT_EQ(second.GetLastError(),
+              u"Could not open file "_s + m_fileName + u": another program writes to it"_s);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE + LINE);
+    EXPECT_EQ(Contents(m_fileName + u".bak"_s), "earlier");
+    EXPECT_EQ(second.GetCounters(), (DFDataOutput::Counters{.fileDropped = 1}));
+}
+
+TEST_F(DFDataOutputTest, SerialSentenceHasNoTailWhileAFifoHasNoReader) {
+    FillTree();
+    Fifo fifo(m_fileName);
+    fifo.StartReading();
+    const DFDataOutput& output = MakeOutput(true, true);
+    NewBearing();
+    EXPECT_EQ(fifo.Read(), LINE);
+    EXPECT_EQ(OnLine(LINE.size()), LINE);
+    fifo.StopReading();
+    NewBearing(); // finds that out
+    EXPECT_EQ(OnLine(LINE.size()), LINE);
+    NewBearing();
+    EXPECT_EQ(OnLine(HEAD.size() + 2), HEAD + "\r\n");
+    EXPECT_EQ(output.GetCounters(),
+              (DFDataOutput::Counters{.fileSentences = 1, .fileDropped = 2, .serialSentences = 3}));
+    EXPECT_EQ(output.GetLastError(), u"Writing to "_s + m_fileName + u" failed: Broken pipe"_s);
+}
+
+TEST_F(DFDataOutputTest, FileOfThisRunIsWrittenInsteadOfTheOneInTheSettingsWhichStay) {
+    FillTree();
+    Overwrite(m_fileName, "untouched");
+    const QString name = m_directory.filePath(u"run.txt"_s);
+    for (const bool isFileOn : {false, true}) {
+        Store().SetBool(u"FileOutput_Enabled"_s, isFileOn);
+        m_output = std::make_unique<DFDataOutput>(u"DF data"_s, name);
+        EXPECT_TRUE(m_output->IsEnabled());
+        NewBearing();
+        EXPECT_EQ(Contents(name), LINE);
+        SerialCheck().click(); // what the panel changes does not end it
+        m_output->SlotUpdateConfiguration();
+        SerialCheck().click();
+        m_output->SlotUpdateConfiguration();
+        NewBearing();
+        EXPECT_EQ(Contents(name), LINE);
+        m_output.reset();
+        EXPECT_EQ(Store().GetBool(u"FileOutput_Enabled"_s, !isFileOn), isFileOn);
+        EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), m_fileName);
+        EXPECT_EQ(InFile(), "untouched");
+    }
+}
+
+TEST_F(DFDataOutputTest, StandardOutputOfThisRunTakesSentencesAndNothingElse) {
+    FillTree();
+    const QString name = m_directory.filePath(u"stdout"_s);
+    QFile target(name);
+    ASSERT_TRUE(target.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered));
+    {
+        const StandardOutput replaced(target.handle());
+        DFDataOutput output(u"DF data"_s, u"-"_s);
+        NewBearing();
+        output.SetEnabled(false);
+        output.SetEnabled(true);
+        NewBearing();
+    }
+    EXPECT_EQ(Contents(name), LINE + LINE); // no file to be kept as a previous one
+    EXPECT_FALSE(QFileInfo::exists(u"-"_s));
+    EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), m_fileName);
+}
+
+TEST_F(DFDataOutputTest, FileThatTheOutputWouldWriteToOrReplaceIsKnownBeforehand) {
+    const QString recording = m_directory.filePath(u"recording.csv"_s);
+    const QString link = m_directory.filePath(u"link"_s);
+    Overwrite(recording, "bearings");
+    ASSERT_TRUE(QFile::link(recording, link));
+    EXPECT_TRUE(DFDataOutput::TouchesFile(recording, recording));
+    EXPECT_TRUE(DFDataOutput::TouchesFile(link, recording));
+    EXPECT_TRUE(DFDataOutput::TouchesFile(recording, link));
+    EXPECT_FALSE(DFDataOutput::TouchesFile(m_fileName, recording)); // which is not there yet
+    EXPECT_FALSE(DFDataOutput::TouchesFile(recording + u".bak"_s, recording));
+
+    const QString backup = m_fileName + u".bak"_s;
+    ASSERT_TRUE(QFile::rename(recording, backup));
+    EXPECT_TRUE(DFDataOutput::TouchesFile(m_fileName, backup));
+    ASSERT_TRUE(QFile::remove(link) && QFile::link(backup, link));
+    EXPECT_TRUE(DFDataOutput::TouchesFile(m_fileName, link));
+    EXPECT_EQ(Contents(backup), "bearings");
+}
+
 TEST_F(DFDataOutputTest, SentencesOfABurstAreWrittenTogetherWhenTheOutermostEnds) {
     FillTree();
     DFDataOutput& output = MakeOutput(true, true);
@@ -897,6 +1136,39 @@ TEST_F(DFDataOutputTest, SerialLineThatIsTooSlowDropsSentencesUntilItHasRoomAgai
         return output.GetCounters().serialSentences > sent;
     }));
     EXPECT_TRUE(m_trace.lines.last().endsWith(u"works again"_s));
+}
+
+TEST_F(DFDataOutputTest, SerialSentencesThatNeverLeaveTheBufferAreDropped) {
+    FillTree();
+    for (const bool isUnplugged : {false, true}) {
+        DFDataOutput& output = MakeOutput(false, true);
+        quint64 bearings = 0;
+        // Nobody reads: the line itself takes some of it, and the buffer the rest.
+        EXPECT_TRUE(SpinUntil([&] {
+            NewBearing();
+            ++bearings;
+            return output.GetCounters().serialDropped > 0;
+        }));
+        const DFDataOutput::Counters before = output.GetCounters();
+        EXPECT_LT(before.serialSentences + before.serialDropped, bearings); // the buffer is full
+        if (isUnplugged) {
+            m_line.Unplug();
+            EXPECT_TRUE(SpinUntil([this] { return !m_trace.lines.filter(u"OnError"_s).isEmpty(); }));
+        } else {
+            output.SetEnabled(false);
+        }
+        const DFDataOutput::Counters after = output.GetCounters();
+        EXPECT_EQ(after.serialSentences + after.serialDropped, bearings);
+        EXPECT_GT(after.serialDropped, before.serialDropped);
+        if (!isUnplugged) {
+            QByteArray received = m_line.Read();
+            EXPECT_TRUE(SpinUntil([&] {
+                received += m_line.Read();
+                return static_cast<quint64>(received.count('\n')) == after.serialSentences;
+            }));
+        }
+        m_output.reset();
+    }
 }
 
 TEST_F(DFDataOutputTest, SerialLineIsClosedWhenTheOutputIsSwitchedOff) {

@@ -21,8 +21,11 @@ namespace {
 
 struct Platform {
     bool isPortThere = true;
+    bool hasBuffer = true;
     bool isReady = true;
     bool takesData = true;
+    qint64 unsent = 0;
+    qint64 unsentAtTheEnd = 0;
 
     QString address;
     IInterfaceCallback* callback = nullptr;
@@ -49,6 +52,15 @@ public:
         platform.written.append({data, length});
         return platform.takesData;
     }
+    [[nodiscard]] qint64 GetUnsentCount() const override { return platform.unsent; }
+    void Finish() override { platform.unsent = platform.unsentAtTheEnd; }
+};
+
+/// Has no more than an interface must have.
+class UnbufferedInterface : public IInterface {
+public:
+    [[nodiscard]] bool IsReadyToWrite(const char* /*data*/, int /*length*/) const override { return true; }
+    bool Write(const char* /*data*/, int /*length*/) override { return true; }
 };
 
 class SerialInterfaceCallsTest : public testing::Test {
@@ -68,6 +80,9 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     platform.callback = callback;
     platform.context = context;
     platform.flag = flag;
+    if (!platform.hasBuffer) {
+        return new UnbufferedInterface;
+    }
     return platform.isPortThere ? new FakeInterface : nullptr;
 }
 
@@ -143,6 +158,63 @@ TEST_F(SerialInterfaceCallsTest, TimerOpensAgainAndOpenNoticeEndsTheRetries) {
     EXPECT_EQ(platform.attempts, 3);
     platform.callback->OnOpen();
     EXPECT_FALSE(timer.isActive());
+}
+
+TEST_F(SerialInterfaceCallsTest, DataCountAsSentWhenTheyHaveLeftTheBufferAsAWhole) {
+    SerialInterface serial(u"COM1"_s, 5000, 10);
+    const auto expect = [&serial](quint64 sent, quint64 lost) {
+        EXPECT_EQ(serial.GetCounts().sent, sent);
+        EXPECT_EQ(serial.GetCounts().lost, lost);
+    };
+    platform.unsent = 4;
+    EXPECT_TRUE(serial.WriteToInterface("one\n", 4));
+    expect(0, 0);
+    platform.unsent = 10;
+    EXPECT_TRUE(serial.WriteToInterface("three\n", 6));
+    platform.unsent = 7; // a part of the first
+    expect(0, 0);
+    platform.unsent = 6;
+    expect(1, 0);
+    platform.unsent = 1;
+    expect(1, 0);
+    platform.unsent = 0;
+    expect(2, 0);
+    platform.unsent = 4;
+    EXPECT_TRUE(serial.WriteToInterface("two\n", 4));
+    platform.callback->OnError();
+    expect(2, 1);
+    serial.Close();
+    expect(2, 1);
+}
+
+TEST_F(SerialInterfaceCallsTest, DataThatAreInTheBufferWhenItIsClosedAreSentOrCountAsLost) {
+    SerialInterface serial(u"COM1"_s, 5000, 10);
+    platform.unsent = 12;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(serial.WriteToInterface("two\n", 4));
+    }
+    platform.unsentAtTheEnd = 5;
+    serial.Close();
+    EXPECT_EQ(serial.GetCounts().sent, 1U);
+    EXPECT_EQ(serial.GetCounts().lost, 2U);
+    EXPECT_EQ(platform.openInterfaces, 0);
+    EXPECT_FALSE(serial.WriteToInterface("two\n", 4));
+}
+
+TEST_F(SerialInterfaceCallsTest, WithoutABufferDataCountAsSentAtOnce) {
+    platform.hasBuffer = false;
+    SerialInterface serial(u"COM1"_s, 5000, 10);
+    EXPECT_TRUE(serial.WriteToInterface("one\n", 4));
+    EXPECT_EQ(serial.GetCounts().sent, 1U);
+    serial.Close();
+    EXPECT_EQ(serial.GetCounts().lost, 0U);
+}
+
+TEST_F(SerialInterfaceCallsTest, ClosedLineIsNotTriedAgain) {
+    platform.isPortThere = false;
+    SerialInterface serial(u"COM1"_s, 5000, 10);
+    serial.Close();
+    EXPECT_FALSE(serial.findChild<QTimer*>()->isActive());
 }
 
 TEST_F(SerialInterfaceCallsTest, DestructorDeletesTheInterface) {
