@@ -10,6 +10,16 @@ IObserver::~IObserver() {
     }
 }
 
+ObserverPtr::ObserverPtr(IObserver* observer)
+    : m_pObserver(observer) {
+    if (observer) {
+        if (!observer->m_life) {
+            observer->m_life = std::make_shared<char>();
+        }
+        m_life = observer->m_life;
+    }
+}
+
 // One running notification. It lives on the stack of NotifyAll, so that the subject can be destroyed
 // meanwhile.
 struct Observable::Pass {

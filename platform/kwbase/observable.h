@@ -29,7 +29,27 @@ public:
 
 private:
     friend class Observable;
+    friend class ObserverPtr;
+
     QSet<Observable*> m_subjects;
+    std::shared_ptr<const void> m_life; // made when an ObserverPtr first asks for it
+};
+
+/// A pointer to an observer that becomes null when the observer is destroyed, also when another one comes to
+/// its address. Does not own. For holders of an originator beyond the call that named it. Belongs to the
+/// thread of the observer.
+class ZANPLATFORM_EXPORT ObserverPtr {
+public:
+    ObserverPtr() = default;
+    // NOLINTNEXTLINE(google-explicit-constructor): it stands wherever a plain pointer stood
+    ObserverPtr(IObserver* observer);
+
+    /// Null for a pointer to nothing, and once the observer is gone.
+    [[nodiscard]] IObserver* get() const { return m_life.expired() ? nullptr : m_pObserver; }
+
+private:
+    IObserver* m_pObserver = nullptr;
+    std::weak_ptr<const void> m_life;
 };
 
 /// Keeps an ordered list of observers and tells them of changes.

@@ -23,9 +23,9 @@ enum class EBranch {
 /// The descriptors of one branch in the order of the table; good for the whole run. From any thread.
 ZANPLATFORM_EXPORT std::span<const ValueDescriptor* const> GetDescriptors(EBranch branch);
 
-/// Creates every value and node of a branch below a base path, which has no slash at its end; what stands
-/// there already stays as it is, and what cannot be made is left out without a word. The process-wide base
-/// path of the descriptors is as before afterwards. Belongs to the thread of the value tree.
+/// Creates every value and node of a branch below a base path; what stands there already stays as it is, and
+/// what cannot be made is left out without a word. The process-wide base path of the descriptors is as before
+/// afterwards. Belongs to the thread of the value tree.
 ZANPLATFORM_EXPORT void CreateBranch(EBranch branch, const QString& basePath);
 
 } // namespace StdDeviceDefinition

@@ -55,6 +55,10 @@ Tree::~Tree() {
     }
 }
 
+QString Tree::PathBelow(const QString& base, const QString& path) {
+    return WithoutTrailingSlash(base) + path;
+}
+
 Node* Tree::GetNode(const QString& path) const {
     if (Node* node = m_nodes.value(path)) {
         return node;
@@ -111,7 +115,7 @@ ValueBase* Tree::InsertValue(const QString& parentPath, std::unique_ptr<ValueBas
     if (!value || parentPath.isEmpty()) {
         return nullptr;
     }
-    const QString path = WithoutTrailingSlash(parentPath) + u'/' + value->GetName();
+    const QString path = PathBelow(parentPath, u'/' + value->GetName());
     if (!IsValidPath(path) || !IsFree(path)) {
         return nullptr;
     }

@@ -28,6 +28,10 @@ public:
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
 
+    /// The path of what stands below a node: the node's path, with or without a slash at its end, and the
+    /// path from there on, which begins with a slash.
+    [[nodiscard]] static QString PathBelow(const QString& base, const QString& path);
+
     /// The value at the path, which has no slash at its end; null when there is none, or when a node stands
     /// there. Owned by the tree.
     [[nodiscard]] ValueBase* GetValue(const QString& path) const { return m_values.value(path); }

@@ -22,7 +22,7 @@ struct ValueBase::Timing {
     };
     struct Notice {
         TChangeCode code;
-        IObserver* originator;
+        ObserverPtr originator; // it may be gone before the delivery
     };
 
     [[nodiscard]] unsigned Interval() const {
@@ -49,8 +49,8 @@ struct ValueBase::Timing {
                                        [code](const Notice& notice) { return notice.code == code; });
         if (same == waiting.end()) {
             waiting.push_back({code, originator});
-        } else if (same->originator != originator) {
-            same->originator = nullptr;
+        } else if (same->originator.get() != originator) {
+            same->originator = {};
         }
     }
 
@@ -111,7 +111,7 @@ bool ValueBase::EndTransaction(TChangeCode code, IObserver* originator) {
     return true;
 }
 
-void ValueBase::EndTransaction(const std::vector<TChangeCode>& codes, IObserver* originator) {
+void ValueBase::EndTransaction(const std::vector<TChangeCode>& codes, const ObserverPtr& originator) {
     if (m_transactions == 0) {
         return; // ended already by a call that had no start of its own
     }
@@ -119,7 +119,7 @@ void ValueBase::EndTransaction(const std::vector<TChangeCode>& codes, IObserver*
     --m_transactions;
     for (const TChangeCode code : codes) {
         if (self) {
-            HasChanged(code, originator);
+            HasChanged(code, originator.get());
         }
     }
     if (self && m_pTiming) {
@@ -168,7 +168,7 @@ void ValueBase::DeliverWaiting() {
         if (!self) {
             return;
         }
-        NotifyObservers(notice.code, notice.originator);
+        NotifyObservers(notice.code, notice.originator.get());
     }
 }
 
@@ -255,7 +255,7 @@ ValueTransaction::ValueTransaction(ValueBase& value, std::initializer_list<TChan
 ValueTransaction::ValueTransaction(ValueTransaction&& other) noexcept
     : m_pValue(std::exchange(other.m_pValue, {}))
     , m_codes(std::move(other.m_codes))
-    , m_pOriginator(other.m_pOriginator) {}
+    , m_pOriginator(std::move(other.m_pOriginator)) {}
 
 ValueTransaction::~ValueTransaction() {
     if (ValueBase* value = m_pValue.get()) {

@@ -119,7 +119,7 @@ private:
 
     struct Timing;
     void AnnounceRemoval() override;
-    void EndTransaction(const std::vector<TChangeCode>& codes, IObserver* originator);
+    void EndTransaction(const std::vector<TChangeCode>& codes, const ObserverPtr& originator);
     void Deliver(TChangeCode code, IObserver* originator);
     void DeliverWaiting();
     void Schedule();
@@ -131,8 +131,8 @@ private:
     ObservablePtr<ITreeItem> m_pDeleteObserver;
 };
 
-/// A group of changes of one value; its end tells the observers. It may outlive the value. One that was moved
-/// from ends nothing.
+/// A group of changes of one value; its end tells the observers. It may outlive the value and the originator.
+/// One that was moved from ends nothing.
 class ZANPLATFORM_EXPORT ValueTransaction {
 public:
     ValueTransaction(ValueBase& value, std::initializer_list<TChangeCode> codes, IObserver* originator);
@@ -145,5 +145,5 @@ public:
 private:
     ObservablePtr<ValueBase> m_pValue;
     std::vector<TChangeCode> m_codes;
-    IObserver* m_pOriginator;
+    ObserverPtr m_pOriginator;
 };

@@ -43,7 +43,7 @@ ValueBase* ValueDescriptor::Create(IObserver* originator) const {
 }
 
 void ValueDescriptor::SetBasePath(const QString& path) {
-    BasePath() = path;
+    BasePath() = Tree::PathBelow(path, {});
 }
 
 QString ValueDescriptor::GetBasePath() {

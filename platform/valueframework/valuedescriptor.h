@@ -33,8 +33,8 @@ public:
     /// originator makes no difference.
     ValueBase* Create(IObserver* originator) const;
 
-    /// The process-wide base path against which all descriptors are resolved, without a slash at its end;
-    /// empty at first. Nothing is checked.
+    /// The process-wide base path against which all descriptors are resolved; empty at first. It may be set
+    /// with a slash at its end, and is kept without. Nothing else is checked.
     static void SetBasePath(const QString& path);
     [[nodiscard]] static QString GetBasePath();
 

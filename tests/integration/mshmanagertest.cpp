@@ -178,6 +178,35 @@ TEST_F(Hub, SettingsSayWhereTheHubIsAndWhoJoins) {
                            u"1 SetCentralAddress hub.example 4711"_s, u"1 SetAutoCoupleTargets A;B"_s}));
 }
 
+TEST_F(Hub, PortThatIsNoneIsTracedAndTheDefaultTaken) {
+    for (const qint64 port :
+         {qint64(0), qint64(-1), qint64(65536), qint64(1) << 32, (qint64(1) << 32) + 4711}) {
+        Settings().SetInt(u"MshCentralPort"_s, port);
+        TraceLines trace;
+        MshManager manager;
+        manager.CreateMshSender({}, nullptr);
+        EXPECT_TRUE(TakeCalls().join(u'\n').contains(u" SetCentralAddress 127.0.0.1 4500\n"_s)) << port;
+        ASSERT_EQ(trace.lines.size(), 1) << port;
+        EXPECT_TRUE(trace.lines[0].endsWith(
+            u": WARNING: MshCentralPort %1 is no port from 1 to 65535; 4500 is taken"_s.arg(port)))
+            << trace.lines[0].toStdString();
+        EXPECT_EQ(Settings().GetInt(u"MshCentralPort"_s, 0), port) << "what was set stays";
+    }
+}
+
+TEST_F(Hub, FirstAndLastPortAreTaken) {
+    for (const qint64 port : {1, 65535}) {
+        Settings().SetInt(u"MshCentralPort"_s, port);
+        const TraceLines trace;
+        MshManager manager;
+        manager.CreateMshReceiver({});
+        EXPECT_TRUE(TakeCalls().contains(u"1 SetCentralAddress 127.0.0.1 %1"_s.arg(port))) << port;
+        EXPECT_TRUE(trace.lines.isEmpty());
+        manager.DestroyMshReceiver();
+        TakeCalls();
+    }
+}
+
 TEST_F(Hub, ClientWithoutAnyNameIsCalledZan) {
     MshManager manager;
     manager.CreateMshReceiver({});

@@ -11,6 +11,10 @@
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -18,6 +22,30 @@
 using namespace Qt::StringLiterals;
 
 // The broker against a real second process, over a real socket.
+
+// Tells when the object at one address is destroyed.
+namespace {
+
+std::atomic<const void*> watchedObject = nullptr;
+
+} // namespace
+
+void operator delete(void* memory) noexcept {
+    const void* object = memory;
+    watchedObject.compare_exchange_strong(object, nullptr);
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    operator delete(memory);
+}
+
+void* operator new(std::size_t size) {
+    if (void* const memory = std::malloc(size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
 
 namespace {
 
@@ -77,7 +105,7 @@ QString CallEcho(const QString& address, const char* text) {
 class Broker : public testing::Test {
 protected:
     void SetUp() override { qputenv("ORBendPoint", "giop:tcp:127.0.0.1:"); }
-    void TearDown() override { ZANServerORB::Instance()->Finalise(); }
+    void TearDown() override { ZANServerORB::Finalise(); }
 };
 
 } // namespace
@@ -90,10 +118,30 @@ TEST_F(Broker, InstanceIsOneUntilItIsFinalised) {
     EXPECT_FALSE(CORBA::is_nil(ZANServerORB::Instance()->RootPoa()));
 }
 
+TEST_F(Broker, ShutdownAndFinaliseNeedNoInstance) {
+    ZANServerORB::Shutdown();
+    ZANServerORB::Finalise();
+    EXPECT_FALSE(CORBA::is_nil(ZANServerORB::Instance()->GetORB()));
+    ZANServerORB::Shutdown();
+    ZANServerORB::Finalise();
+    ZANServerORB::Finalise();
+    ZANServerORB::Shutdown();
+}
+
 TEST_F(Broker, RootAdapterIsActiveFromTheStart) {
     const PortableServer::POA_var root = ZANServerORB::Instance()->RootPoa();
     const PortableServer::POAManager_var manager = root->the_POAManager();
     EXPECT_EQ(manager->get_state(), PortableServer::POAManager::ACTIVE);
+}
+
+TEST_F(Broker, ManagerOfTheRootAdapterIsGoneWithTheBroker) {
+    PortableServer::POAManager_var manager = ZANServerORB::Instance()->RootPoa()->the_POAManager();
+    watchedObject = dynamic_cast<const void*>(manager.in());
+    const CORBA::ORB_var orb = ZANServerORB::Instance()->GetORB();
+    ZANServerORB::Finalise();
+    orb->destroy();
+    manager = PortableServer::POAManager::_nil();
+    EXPECT_EQ(watchedObject.load(), nullptr) << "somebody still holds it";
 }
 
 TEST_F(Broker, ShutdownLeavesTheBrokerUsable) {

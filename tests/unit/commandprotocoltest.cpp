@@ -144,6 +144,38 @@ TEST_F(CommandLog, LogIsRolledOverWhenItIsLargerThanItsLimitAndNotBefore) {
                              "23:17:51:008:\tbeyond it\n");
 }
 
+TEST_F(CommandLog, LogThatAnotherProgramCutShortIsNotRolledOver) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    log.SetMaxBytes(200);
+    ASSERT_TRUE(log.Add(QString(300, u'x')));
+    ASSERT_TRUE(QFile::resize(u"ZANControl/"_s + LOG, 0));
+    m_clock.now += 1;
+    ASSERT_TRUE(log.Add(u"first again"_s));
+    EXPECT_EQ(Read(LOG), "23:17:51:008:\tfirst again\n");
+    EXPECT_EQ(Backups().size(), 1) << "the one of the start";
+}
+
+TEST_F(CommandLog, LogThatAnotherProgramMadeLongerIsRolledOver) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    log.SetMaxBytes(200);
+    ASSERT_TRUE(QFile::resize(u"ZANControl/"_s + LOG, 201));
+    m_clock.now += 1;
+    ASSERT_TRUE(log.Add(u"next file"_s));
+    EXPECT_EQ(Backups().size(), 2);
+}
+
+TEST_F(CommandLog, DirectoryAndArchiveOfTheLogsHavePublicNames) {
+    const QString directory = CommandProtocol::LOG_DIRECTORY;
+    const QString archive = CommandProtocol::ARCHIVE_NAME;
+    EXPECT_EQ(directory, u"ZANControl"_s);
+    EXPECT_EQ(archive, u"commandlogs.7z"_s);
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    EXPECT_TRUE(QFile::exists(directory + u'/' + LOG));
+}
+
 TEST_F(CommandLog, LimitIsTwentyMillionBytesUnlessSetOtherwise) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
@@ -374,6 +406,17 @@ TEST_F(CommandLog, LineThatDoesNotFitOnTheDiskIsRefusedWhole) {
     EXPECT_EQ(Read(LOG), before);
     EXPECT_TRUE(log.Add(u"fits again"_s));
     EXPECT_EQ(Read(LOG), before + "23:17:51:007:\tfits again\n");
+}
+
+TEST_F(CommandLog, HalfALineIsTakenBackFromALogThatAnotherProgramCutShort) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    ASSERT_TRUE(QFile::resize(u"ZANControl/"_s + LOG, 10));
+    {
+        const FullDisk disk(15);
+        EXPECT_FALSE(log.Add(u"does not fit"_s));
+    }
+    EXPECT_EQ(Read(LOG), HEADER.first(10));
 }
 
 TEST_F(CommandLog, CopyWritesIntoTheSameFile) {

@@ -565,6 +565,19 @@ TEST_F(DFDataOutputTest, PeriodicOutputNeedsAnOperationModeWithAKeyOtherThanZero
     EXPECT_EQ(InFile(), before);
 }
 
+TEST_F(DFDataOutputTest, OperationModeCountsByItsKeyNotByItsPlace) {
+    FillTree();
+    auto& mode = *GetOrCreateValue<ValueSelection>(MODE);
+    mode.AddItem({u"On"_s, 0.0, 7}, nullptr);
+    mode.AddItem({u"Off"_s, 0.0, 0}, nullptr);
+    mode.SetCurrentKey(0, nullptr);
+    DFDataOutput& output = MakeOutput(true, false, 1);
+    WaitForTimer(output);
+    EXPECT_EQ(InFile(), "");
+    mode.SetCurrentKey(7, nullptr);
+    EXPECT_TRUE(SpinUntil([this] { return !InFile().isEmpty(); }));
+}
+
 TEST_F(DFDataOutputTest, TimersOfOthersDoNotDriveTheOutput) {
     FillTree();
     FillOperationMode(7);

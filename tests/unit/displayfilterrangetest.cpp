@@ -65,6 +65,12 @@ const QString ORIGIN = QStringLiteral(u"devicecontrol\\directionfinder\\zancommo
 const QString NO_TRANSACTION =
     ORIGIN + QStringLiteral(u"DisplayFilterRange::Publish(): No active transaction.");
 
+TEST_F(DisplayFilterRangeTest, BasePathMayEndWithASlash) {
+    const DisplayFilterRange other(u"Other"_s, u"/ZANCONTROL/"_s);
+    EXPECT_NE(Tree::Instance()->Find<ValueQuadFloatList>(u"/ZANCONTROL/Other"_s), nullptr);
+    EXPECT_TRUE(trace.lines.isEmpty());
+}
+
 // --- sectors ---
 
 TEST_F(DisplayFilterRangeTest, PublishesWhatNoSectorCovers) {

@@ -113,9 +113,9 @@ TEST_F(HwStatusTesterTest, CopyTestsTheSameDeviceAndKnowsNothingYet) {
     assigned.SetCheckRequirements(true);
     assigned.SetRequirementsEditable(true);
     assigned = tester;
-    const HwStatusTester copy = tester;
+    HwStatusTester copy = tester;
     HwStatusTester copyOfSource = source;
-    for (const HwStatusTester* each : {&std::as_const(assigned), &copy, &std::as_const(copyOfSource)}) {
+    for (HwStatusTester* each : {&assigned, &copy, &copyOfSource}) {
         EXPECT_EQ(each->GetAllComponents(), Names());
         EXPECT_FALSE(each->GetCheckRequirements());
         EXPECT_FALSE(each->AreRequirementsEditable());
@@ -349,6 +349,19 @@ TEST_F(HwStatusTesterTest, WhatTheTreeDoesNotHaveCountsAsEmptyAndFalse) {
     Tree::Instance()->Clear();
     tester.WriteHwRequirementsToTree();
     tester.ReadHwRequirementsFromTree();
+    EXPECT_TRUE(trace.lines.isEmpty());
+}
+
+TEST_F(HwStatusTesterTest, PathMayEndWithASlash) {
+    HwStatusTester slashed(u"/ZANServer/"_s);
+    slashed.SetRequiredComponents({u"A"_s});
+    slashed.WriteHwRequirementsToTree();
+    EXPECT_EQ(Required()->GetValue(), u"A"_s);
+    Optional()->SetValue(u"B"_s, nullptr);
+    Info()->AddItem({u"1;2;3;C"_s, 0.0, 0}, nullptr);
+    slashed.ReadHwRequirementsFromTree();
+    slashed.ReadHwListFromTree();
+    EXPECT_EQ(slashed.GetAllComponents(), (Names{u"A"_s, u"B"_s, u"C"_s}));
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 

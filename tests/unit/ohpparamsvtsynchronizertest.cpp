@@ -127,6 +127,12 @@ TEST_F(OHPParamsVtSynchronizerTest, ValuesStandBelowTheBasePathGiven) {
     EXPECT_EQ(Tree::Instance()->GetValueCount(), 2);
 }
 
+TEST_F(OHPParamsVtSynchronizerTest, BasePathMayEndWithASlash) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, u"/ZANServer/"_s);
+    ExpectTree(600, false);
+    EXPECT_TRUE(m_traces.isEmpty());
+}
+
 TEST_F(OHPParamsVtSynchronizerTest, BasePathThatIsNoneLeavesTheParametersUsable) {
     const OHPParamsVtSynchronizer synchronizer(m_params, u"no path"_s);
     m_params.SetThreshold(1, nullptr);
@@ -197,27 +203,53 @@ TEST_F(OHPParamsVtSynchronizerTest, ItsOwnChangeDoesNotComeBackLater) {
     ExpectParams(1000, false);
 }
 
-TEST_F(OHPParamsVtSynchronizerTest, ThresholdOutsideTheRangeStaysInTheParametersOnly) {
+TEST_F(OHPParamsVtSynchronizerTest, ThresholdOutsideTheRangeStaysInTheParametersAndTheValueTakesTheNearest) {
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
-    for (const int threshold : {901, -1}) {
-        m_params.SetThreshold(threshold, nullptr);
-        ExpectParams(threshold, false);
-        ExpectTree(600, false);
-    }
+    m_params.SetThreshold(901, nullptr);
+    ExpectParams(901, false);
+    ExpectTree(900, false);
+    m_params.SetThreshold(-1, nullptr);
+    ExpectParams(-1, false);
+    ExpectTree(0, false);
     m_params.SetValid(true, nullptr);
     ExpectParams(-1, true);
-    ExpectTree(600, true);
+    ExpectTree(0, true);
     Threshold()->SetValue(300, nullptr);
     ExpectParams(300, true);
 }
 
-TEST_F(OHPParamsVtSynchronizerTest, NewThresholdValueIsZeroWhenTheParametersAreOutsideItsRange) {
+TEST_F(OHPParamsVtSynchronizerTest, NewThresholdValueTakesTheNearestWhenTheParametersAreOutsideItsRange) {
     m_params.SetThreshold(1200, nullptr);
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     ExpectParams(1200, false);
-    ExpectTree(0, false);
+    ExpectTree(900, false);
     Threshold()->SetValue(300, nullptr);
     ExpectParams(300, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, NearestThresholdIsThatOfTheRangeTheValueHas) {
+    Insert<ValueNumericInt>(u"Threshold"_s, 1000, 950, 2000, 5);
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    m_params.SetThreshold(600, nullptr);
+    ExpectTree(950, false);
+    m_params.SetThreshold(2001, nullptr);
+    ExpectTree(2000, false);
+    m_params.SetThreshold(1999, nullptr);
+    ExpectTree(1999, false);
+    ExpectParams(1999, false);
+}
+
+TEST_F(OHPParamsVtSynchronizerTest, ThresholdThatTheValueCannotTakeIsTraced) {
+    const OHPParamsVtSynchronizer synchronizer(m_params, {});
+    m_params.SetThreshold(900, nullptr);
+    EXPECT_TRUE(m_traces.isEmpty());
+    m_params.SetThreshold(901, nullptr);
+    ASSERT_EQ(m_traces.size(), 1);
+    EXPECT_TRUE(m_traces[0].endsWith(
+        u": WARNING: the overhead-pass threshold 901 is outside 0 to 900; the value tree takes 900"_s))
+        << m_traces[0].toStdString();
+    m_params.SetThreshold(0, nullptr);
+    EXPECT_EQ(m_traces.size(), 1);
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, ThresholdOfAnotherTypeIsLeftAloneAndTheFlagStaysSynchronised) {

@@ -2,11 +2,13 @@
 
 #include "support/eventloop.h"
 
+#include <QDeadlineTimer>
 #include <QMetaMethod>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -140,8 +142,39 @@ TEST(ProgressCalculator, RunsOnTheSystemClockAndItsTimer) {
                      [&](uint percent) { percents.push_back(percent); });
     calculator->Start(50000);
     ASSERT_TRUE(SpinUntil([&] { return !percents.empty(); }));
-    EXPECT_GE(percents.front(), 1U);  // a tick lasts 950 ms at least ...
+    EXPECT_GE(percents.front(), 2U);  // a tick lasts a second at least ...
     EXPECT_LE(percents.front(), 60U); // ... and the wait for it has an end
+}
+
+TEST(ProgressCalculator, TicksAreNeverEarlySoThatAHundredIsTold) {
+    // Started at a hundred moments of a second: a timer that may round lets some of them come early.
+    constexpr int COUNT = 100;
+    constexpr uint DURATION_MS = 1000;
+    struct Run {
+        std::unique_ptr<ProgressCalculator> calculator;
+        std::vector<qint64> times; // of the start and of the ticks
+        Percents percents;
+    };
+    std::vector<Run> runs(COUNT);
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        Run& run = runs[i];
+        run.calculator = std::make_unique<ProgressCalculator>(nullptr, [&run] {
+            run.times.push_back(QDeadlineTimer::current().deadline());
+            return run.times.back();
+        });
+        QObject::connect(run.calculator.get(), &ProgressCalculator::Progress,
+                         [&run](uint percent) { run.percents.push_back(percent); });
+        QTimer::singleShot(static_cast<int>(i) * 10, Qt::PreciseTimer, run.calculator.get(),
+                           [&run] { run.calculator->Start(DURATION_MS); });
+    }
+    ASSERT_TRUE(SpinUntil(
+        [&runs] { return std::ranges::all_of(runs, [](const Run& run) { return run.times.size() > 1; }); }));
+    for (const Run& run : runs) {
+        const qint64 elapsed = run.times[1] - run.times[0];
+        EXPECT_GE(elapsed, 1000);
+        // On a machine that was too busy the tick may have come after the time of the hundred.
+        EXPECT_EQ(run.percents, elapsed < 1010 ? Percents{100} : Percents{}) << elapsed;
+    }
 }
 
 TEST(ProgressCalculator, CanBeDestroyedWhileItRuns) {

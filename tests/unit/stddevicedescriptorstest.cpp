@@ -4,6 +4,7 @@
 #include "support/printing.h"
 #include "support/tracelines.h"
 #include "valueframework/tree.h"
+#include "valueframework/valueaccess.h"
 
 #include <gtest/gtest.h>
 
@@ -87,6 +88,12 @@ TEST(StdDeviceDescriptors, EveryRowOfEveryBranchIsCreatedUnderAPathOfItsOwn) {
     }
 }
 
+TEST(StdDeviceDescriptors, BasePathMayEndWithASlash) {
+    CreateBranch(EBranch::DEVICE, u"/DEVICES/ZANServer/"_s);
+    EXPECT_NE(Tree::Instance()->Find<ValueString>(u"/DEVICES/ZANServer/DevAttr/DevType"_s), nullptr);
+    EXPECT_NE(Tree::Instance()->GetNode(u"/DEVICES/ZANServer/Cfg"_s), nullptr);
+}
+
 TEST(StdDeviceDescriptors, CreatingABranchAgainLeavesItsValuesAsTheyAre) {
     CreateBranch(EBranch::SERVER, u"/ZANServer"_s);
     auto* declination = Tree::Instance()->Find<ValueNumericInt>(u"/ZANServer"_s + g_vdDeclination.PathName());
@@ -128,6 +135,14 @@ TEST(AntBuilder, FreedNumberIsUsedAgain) {
     AntBuilder::InsertChild(device);
     Tree::Instance()->Remove(first);
     EXPECT_EQ(AntBuilder::InsertChild(device)->GetPath(), u"/Device/Ant0"_s);
+}
+
+TEST(AntBuilder, NumberThatAValueHasIsLeftOut) {
+    Node* device = Tree::Instance()->CreateNode(u"/Shared"_s);
+    const auto* inTheWay = GetOrCreateValue<ValueInt>(u"/Shared/Ant1"_s);
+    EXPECT_EQ(AntBuilder::InsertChild(device)->GetPath(), u"/Shared/Ant0"_s);
+    EXPECT_EQ(AntBuilder::InsertChild(device)->GetPath(), u"/Shared/Ant2"_s);
+    EXPECT_EQ(Tree::Instance()->GetValue(u"/Shared/Ant1"_s), inTheWay);
 }
 
 TEST(AntBuilder, OnlyNodesOfTheAntennaTypeAreAntennas) {

@@ -105,6 +105,13 @@ TEST_F(TreeTest, ANodeIsFoundWithAndWithoutOneSlashAtTheEnd) {
     }
 }
 
+TEST_F(TreeTest, WhatStandsBelowANodeHasOnePathWhetherTheNodesEndsWithASlashOrNot) {
+    EXPECT_EQ(Tree::PathBelow(u"/A"_s, u"/B/C"_s), u"/A/B/C"_s);
+    EXPECT_EQ(Tree::PathBelow(u"/A/"_s, u"/B/C"_s), u"/A/B/C"_s);
+    EXPECT_EQ(Tree::PathBelow(u"/"_s, u"/B"_s), u"/B"_s);
+    EXPECT_EQ(Tree::PathBelow({}, u"/B"_s), u"/B"_s);
+}
+
 TEST_F(TreeTest, TheRootIsTheNodeOfASingleSlash) {
     Node* root = tree.GetNode(u"/"_s);
     ASSERT_NE(root, nullptr);

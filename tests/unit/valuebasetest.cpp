@@ -458,6 +458,40 @@ TEST_F(ValueBaseTest, AnOriginatorMayBeDestroyedWhileItsChangeWaits) {
     EXPECT_EQ(observer.codes, Codes{CHANGED});
 }
 
+TEST_F(ValueBaseTest, ANewObserverAtTheAddressOfAnOriginatorThatIsGoneIsTold) {
+    std::optional<CodeObserver> sameAddress(std::in_place);
+    value.AddObserver(&*sameAddress);
+    value.SetUpdateTimerTime(NEVER_MS);
+    value.SetValue(1, &*sameAddress);
+    sameAddress.emplace();
+    value.AddObserver(&*sameAddress);
+    value.SetUpdateTimerTime(0);
+    EXPECT_EQ(sameAddress->codes, Codes{CHANGED});
+    EXPECT_EQ(observer.codes, Codes{CHANGED});
+}
+
+TEST_F(ValueBaseTest, ANewObserverAtTheAddressOfAnOriginatorIsToldOfTheEndOfItsTransaction) {
+    std::optional<CodeObserver> sameAddress(std::in_place);
+    {
+        const ValueTransaction transaction = value.CreateTransaction({CHANGED, REPLACED}, &*sameAddress);
+        sameAddress.emplace();
+        value.AddObserver(&*sameAddress);
+    }
+    EXPECT_EQ(sameAddress->codes, (Codes{CHANGED, REPLACED}));
+}
+
+TEST_F(ValueBaseTest, ACopyOfAnOriginatorIsAnotherObserver) {
+    std::optional<CodeObserver> originator(std::in_place);
+    value.SetUpdateTimerTime(NEVER_MS);
+    value.SetValue(1, &*originator);
+    CodeObserver copy(*originator);
+    value.AddObserver(&copy);
+    value.AddObserver(&*originator);
+    value.SetUpdateTimerTime(0);
+    EXPECT_EQ(copy.codes, Codes{CHANGED});
+    EXPECT_TRUE(originator->codes.empty());
+}
+
 TEST_F(ValueBaseTest, RemovalIsToldAtOnceWhateverWaits) {
     Tree& tree = *Tree::Instance();
     auto inserted = std::make_unique<ValueInt>();

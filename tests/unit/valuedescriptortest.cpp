@@ -33,6 +33,13 @@ TEST_F(ValueDescriptorTest, TheBasePathIsOneForTheProcess) {
     EXPECT_EQ(ValueDescriptor::GetBasePath(), u"/X"_s);
 }
 
+TEST_F(ValueDescriptorTest, TheBasePathIsKeptWithoutASlashAtItsEnd) {
+    ValueDescriptor::SetBasePath(u"/X/"_s);
+    EXPECT_EQ(ValueDescriptor::GetBasePath(), u"/X"_s);
+    ValueDescriptor::SetBasePath(u"/"_s);
+    EXPECT_EQ(ValueDescriptor::GetBasePath(), QString());
+}
+
 TEST_F(ValueDescriptorTest, NamesItsValue) {
     const ValueDescriptor descriptor(u"/DevAttr/OperationMode"_s, MakeDefault::Int());
     EXPECT_EQ(descriptor.PathName(), u"/DevAttr/OperationMode"_s);

@@ -48,7 +48,7 @@ public:
 } // namespace
 
 TEST(ZANAbstractInterface, IsBornWithItsNameSwitchedOffAndEmpty) {
-    const TestInterface output(u"Output"_s);
+    TestInterface output(u"Output"_s);
     EXPECT_EQ(output.GetName(), u"Output"_s);
     EXPECT_FALSE(output.IsEnabled());
     EXPECT_EQ(output.GetConfigWidget(), nullptr);
@@ -69,7 +69,7 @@ TEST(ZANAbstractInterface, KeepsAddressPathAndSwitch) {
 
 TEST(ZANAbstractInterface, NameStaysWhenTheTextItWasMadeFromChanges) {
     QString name = u"Output"_s;
-    const TestInterface output(name);
+    TestInterface output(name);
     name[0] = u'X';
     EXPECT_EQ(output.GetName(), u"Output"_s);
 }

@@ -57,6 +57,11 @@ AntennaData WithPolarisation(AntennaData antenna, EZANPolarisation polarisation)
     return antenna;
 }
 
+AntennaData CannotSwitch(AntennaData antenna) {
+    antenna.polarizationSupport = false;
+    return antenna;
+}
+
 /// The messages of the characteristics' trace lines. A line of another origin keeps it.
 QStringList Messages(const TraceLines& traces) {
     static const QRegularExpression origin(
@@ -889,14 +894,14 @@ TEST_F(ZANCharacteristicsQueries, SuperResolutionStaysAvailableOnceItWasFound) {
 }
 
 TEST_F(ZANCharacteristicsQueries, PolarisationsOfSwitchableAntennasStandOnceEachInTheOrderOfTheList) {
-    const ZANCharacteristics& characteristics =
-        Connect(u"ZANTIDE"_s, {},
-                {WithPolarisation(MakeAntenna(u"a"_s, u"RCV01"_s, 1e6, 2e6), POLARISATION_HORIZONTAL),
-                 WithPolarisation(MakeAntenna(u"b"_s, u"RCV01"_s, 1e6, 4e6), POLARISATION_LEFT),
-                 Disabled(WithPolarisation(MakeAntenna(u"c"_s, u"RCV01"_s, 1e6, 4e6), POLARISATION_RIGHT)),
-                 MakeAntenna(u"d"_s, u"RCV01"_s, 1e6, 4e6), // cannot switch
-                 WithPolarisation(MakeAntenna(u"e"_s, u"RCV01"_s, 1e6, 4e6), POLARISATION_LEFT),
-                 WithPolarisation(MakeAntenna(u"f"_s, u"RCV01"_s, 2e6, 4e6), POLARISATION_VERTICAL)});
+    const ZANCharacteristics& characteristics = Connect(
+        u"ZANTIDE"_s, {},
+        {WithPolarisation(MakeAntenna(u"a"_s, u"RCV01"_s, 1e6, 2e6), POLARISATION_HORIZONTAL),
+         WithPolarisation(MakeAntenna(u"b"_s, u"RCV01"_s, 1e6, 4e6), POLARISATION_LEFT),
+         Disabled(WithPolarisation(MakeAntenna(u"c"_s, u"RCV01"_s, 1e6, 4e6), POLARISATION_RIGHT)),
+         CannotSwitch(WithPolarisation(MakeAntenna(u"d"_s, u"RCV01"_s, 1e6, 4e6), POLARISATION_RIGHT)),
+         WithPolarisation(MakeAntenna(u"e"_s, u"RCV01"_s, 1e6, 4e6), POLARISATION_LEFT),
+         WithPolarisation(MakeAntenna(u"f"_s, u"RCV01"_s, 2e6, 4e6), POLARISATION_VERTICAL)});
     constexpr auto L = POLARISATION_LEFT;
     constexpr auto V = POLARISATION_VERTICAL;
     constexpr auto H = POLARISATION_HORIZONTAL;

@@ -198,6 +198,40 @@ TEST_F(ZANSetupDataTest, NextRunOfTheProgramFindsAllSettings) {
     EXPECT_TRUE(output.contains("[  PASSED  ] 1 test.")) << output.toStdString();
 }
 
+TEST_F(ZANSetupDataTest, StandardTreeHoldsEveryRowBelowOneBasePath) {
+    const auto makeStandardTree = [] {
+        Tree::Instance()->Clear();
+        CreateBranch(EBranch::SERVER, u"/ZANServer"_s);
+    };
+    makeStandardTree();
+    data.ReadFromValueTree({});
+    ExpectSnapshots(true);
+    SetContents();
+    data.ReadFromValueTree({});
+    data.WriteToCfg(Station());
+    settings.Reopen();
+    makeStandardTree();
+    data.ReadFromValueTree({});
+    data.ReadFromCfg(Station());
+    data.WriteToValueTree(nullptr, {});
+    for (const Row& row : ROWS) {
+        EXPECT_EQ(ValueOf(row)->GetStringValue(), Text(row.content)) << Text(row.key).toStdString();
+    }
+}
+
+TEST_F(ZANSetupDataTest, BasePathAndPathMayEndWithASlash) {
+    ZANSetupData slashed(u"Setup"_s, u"/ZANServer/"_s);
+    slashed.ReadFromValueTree({});
+    ExpectSnapshots(true);
+    MakeValues(u"/Elsewhere"_s);
+    SetContents(u"/Elsewhere"_s);
+    slashed.ReadFromValueTree(u"/Elsewhere/"_s);
+    slashed.WriteToValueTree(nullptr, u"/ZANServer/"_s);
+    for (const Row& row : ROWS) {
+        EXPECT_EQ(ValueOf(row)->GetStringValue(), Text(row.content)) << Text(row.key).toStdString();
+    }
+}
+
 TEST_F(ZANSetupDataTest, ValueOfAnyTypeSurvivesInEveryRow) {
     const auto fillTree = [](const auto& make) {
         for (const Row& row : ROWS) {
@@ -240,6 +274,26 @@ TEST_F(ZANSetupDataTest, SelectionIsStoredByItsKeyAlone) {
     data.ReadFromValueTree({});
     data.ReadFromCfg(Station());
     EXPECT_EQ(dynamic_cast<const ValueSelection&>(*SnapshotOf(u"LocationChoice")).GetCurrentKey(), 1L << 40);
+}
+
+TEST_F(ZANSetupDataTest, KeyThatIsTheCurrentOneAlreadyLeavesTheChoiceAlone) {
+    auto* const choice = DeviceTree::ServerValue<ValueSelection>(g_vdPosSource);
+    choice->Clear(nullptr);
+    choice->AddItem({u"first"_s, 0, 5}, nullptr);
+    choice->AddItem({u"second"_s, 0, 5}, nullptr);
+    choice->SetCurrentIndex(1, nullptr);
+    settings.Write(FileWith("LocationChoice=5\n"));
+    data.ReadFromValueTree({});
+    data.ReadFromCfg(Station());
+    EXPECT_EQ(SnapshotText(u"LocationChoice"), u"second"_s);
+}
+
+TEST_F(ZANSetupDataTest, SelectionWithoutItemsAndWithoutASettingIsNothingToTell) {
+    DeviceTree::ServerValue<ValueSelection>(g_vdPosSource)->Clear(nullptr);
+    settings.Write(FileWith(""));
+    data.ReadFromValueTree({});
+    data.ReadFromCfg(Station());
+    EXPECT_TRUE(trace.lines.isEmpty()) << trace.lines.constFirst().toStdString();
 }
 
 // --- snapshots ---

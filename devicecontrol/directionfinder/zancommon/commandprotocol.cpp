@@ -17,11 +17,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString& LogDirectory() {
-    static const QString name = u"ZANControl"_s;
-    return name;
-}
-
 /// Date and time of day, with the milliseconds as a plain number (Qt's own format pads them).
 QString GetBackupDate() {
     constexpr unsigned MS_PER_SECOND = 1000;
@@ -67,8 +62,8 @@ bool CommandProtocol::Add(const QString& text) {
         m_strLastError = u"CommandProtocol::Add: m_pCurrentFile == NULL"_s;
         return false;
     }
-    // Where the next line goes: what the file holds on disk, without asking the system for each line.
-    if (m_pCurrentFile->pos() > m_nMaxBytes) {
+    // What the file holds on disk: another program may have cut it short.
+    if (m_pCurrentFile->size() > m_nMaxBytes) {
         const bool isContinued =
             PerformBackup() &&
             Write(u" >>>>>>>>>> PROTOCOL FILE REACHED MAXIMUM SIZE - THIS IS A CONTINUATION FILE\n\n"_s) &&
@@ -89,10 +84,10 @@ void CommandProtocol::SetDeviceAddress(const QString& address) {
 }
 
 bool CommandProtocol::Open() {
-    if (!QDir::current().exists(LogDirectory())) {
-        QDir::current().mkdir(LogDirectory());
+    if (!QDir::current().exists(LOG_DIRECTORY)) {
+        QDir::current().mkdir(LOG_DIRECTORY);
     }
-    m_strFileName = ToValidFileName(LogDirectory() + u"/commandlog-"_s + m_strDeviceAddress + u".txt"_s);
+    m_strFileName = ToValidFileName(LOG_DIRECTORY + u"/commandlog-"_s + m_strDeviceAddress + u".txt"_s);
     m_pCurrentFile = std::make_shared<QFile>(m_strFileName);
     // Unbuffered: a line is one system call, and has reached the file when it returns.
     if (!m_pCurrentFile->open(QIODevice::Append | QIODevice::Text | QIODevice::Unbuffered)) {
@@ -133,7 +128,7 @@ bool CommandProtocol::BackupFile() {
 
 void CommandProtocol::EnsureConstantNumberOfBackups() {
     constexpr qsizetype MOST_BEFORE_A_BACKUP = 19;
-    const QFileInfoList backups = QDir(LogDirectory()).entryInfoList({u"*.bak"_s}, QDir::Files, QDir::NoSort);
+    const QFileInfoList backups = QDir(LOG_DIRECTORY).entryInfoList({u"*.bak"_s}, QDir::Files, QDir::NoSort);
     if (backups.size() <= MOST_BEFORE_A_BACKUP) {
         return;
     }
@@ -145,7 +140,7 @@ void CommandProtocol::EnsureConstantNumberOfBackups() {
         });
     TraceInformation([] { return u"CommandProtocol: Going to delete the oldest backup file."_s; },
                      u"devicecontrol\\directionfinder\\zancommon\\commandprotocol"_s, 263);
-    QFile::remove(LogDirectory() + u'/' + oldest->fileName());
+    QFile::remove(LOG_DIRECTORY + u'/' + oldest->fileName());
 }
 
 bool CommandProtocol::Write(const QString& text) {
@@ -160,7 +155,7 @@ bool CommandProtocol::Write(const QString& text) {
             return true;
         }
         if (written > 0) { // no half a line where the disk is full
-            m_pCurrentFile->resize(m_pCurrentFile->pos() - written);
+            m_pCurrentFile->resize(m_pCurrentFile->size() - written);
         }
     }
     m_strLastError = u"CommandProtocol: Writing commandfile "_s + m_strFileName + u" failed."_s;

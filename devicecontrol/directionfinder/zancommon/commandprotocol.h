@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zancommon/constanttext.h"
 #include "zancommon_export.h"
 
 #include <QByteArray>
@@ -21,15 +22,20 @@ public:
 };
 
 /// The log of the commands that the application exchanges with one DF device: a text file
-/// "ZANControl/commandlog-<address>.txt" below the current directory, each entry with the local time of day.
+/// "ZANControl/commandlog-<address>.txt" below the current directory.
 ///
-/// A start, and a file that has grown beyond its limit, move the log into a backup beside it that is named
-/// after date and time in UTC; of all backups in the directory, of any device, the oldest is removed when
-/// there are 20. XML is written indented. The file is in ISO 8859-1, where other characters become "?", and
-/// an entry is in it when the operation returns. No operation throws; a failure returns false and leaves its
-/// text in `GetLastError`. One thread.
+/// Lines begin with the local time of day. A start, and a file that has grown beyond its limit, move the log
+/// into a backup beside it that is named after date and time in UTC, with milliseconds without leading zeros:
+/// who wants backups in their order sorts them by the time of their modification, not by name. Of all backups
+/// in the directory, of any device, the oldest is removed when there are 20. XML is written indented. The
+/// file is in ISO 8859-1, where other characters become "?", and an entry is in it when the operation
+/// returns. No operation throws; a failure returns false and leaves its text in `GetLastError`. One thread.
 class ZANCOMMON_EXPORT CommandProtocol : public IMessageStore {
 public:
+    /// The directory of the logs, relative to the current directory of the process.
+    static constexpr ConstantText LOG_DIRECTORY{u"ZANControl"};
+    /// What tools that collect the logs call their archive.
+    static constexpr ConstantText ARCHIVE_NAME{u"commandlogs.7z"};
     /// The limit of a log at first.
     static constexpr quint32 DEFAULT_MAX_BYTES = 20000000;
 

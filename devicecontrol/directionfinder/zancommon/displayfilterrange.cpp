@@ -49,7 +49,8 @@ std::vector<double> GetBoundaries(const std::vector<Sector>& sectors) {
 } // namespace
 
 DisplayFilterRange::DisplayFilterRange(const QString& name, const QString& basePath)
-    : m_pFilterRangesForDisplay(GetOrCreateValue<ValueQuadFloatList>(basePath + u'/' + name)) {
+    : m_pFilterRangesForDisplay(
+          GetOrCreateValue<ValueQuadFloatList>(Tree::PathBelow(basePath, u'/' + name))) {
     if (!m_pFilterRangesForDisplay) {
         _Q_assert(L"m_pFilterRangesForDisplay",
                   L"devicecontrol\\directionfinder\\zancommon\\displayfilterrange", __LINE__);

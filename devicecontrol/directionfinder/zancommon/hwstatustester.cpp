@@ -50,7 +50,7 @@ HwStatusTester::~HwStatusTester() = default;
 
 template <class T>
 T* HwStatusTester::GetValue(const ValueDescriptor& descriptor) const {
-    return Tree::Instance()->Find<T>(m_valuePath + descriptor.PathName());
+    return Tree::Instance()->Find<T>(Tree::PathBelow(m_valuePath, descriptor.PathName()));
 }
 
 void HwStatusTester::ReadHwRequirementsFromTree() {
@@ -101,14 +101,14 @@ void HwStatusTester::WriteHwRequirementsToCfg(ICfg* cfg) const {
 }
 
 void HwStatusTester::ReadHwListFromTree() {
-    const auto* const pDevInfo = GetValue<ValueSelection>(g_vdDevInfo);
+    auto* const pDevInfo = GetValue<ValueSelection>(g_vdDevInfo);
     if (!pDevInfo) {
         _Q_assert(L"pDevInfo", L"devicecontrol\\directionfinder\\zancommon\\hwstatustester", __LINE__);
     }
     ReadHwListFromValue(pDevInfo);
 }
 
-void HwStatusTester::ReadHwListFromValue(const ValueSelection* info) {
+void HwStatusTester::ReadHwListFromValue(ValueSelection* info) {
     if (!info) {
         return;
     }
@@ -119,7 +119,7 @@ void HwStatusTester::ReadHwListFromValue(const ValueSelection* info) {
     }
 }
 
-bool HwStatusTester::AreRequirementsEditable() const {
+bool HwStatusTester::AreRequirementsEditable() {
     return m_requirementsEditable;
 }
 
@@ -127,7 +127,7 @@ void HwStatusTester::SetRequirementsEditable(bool editable) {
     m_requirementsEditable = editable;
 }
 
-bool HwStatusTester::GetCheckRequirements() const {
+bool HwStatusTester::GetCheckRequirements() {
     return m_checkRequirements;
 }
 
@@ -155,12 +155,12 @@ std::set<QString> HwStatusTester::GetAllComponents() const {
     return all;
 }
 
-void HwStatusTester::SetRequiredComponents(const std::set<QString>& components) {
-    m_required = components;
+void HwStatusTester::SetRequiredComponents(std::set<QString> components) {
+    m_required = std::move(components);
 }
 
-void HwStatusTester::SetOptionalComponents(const std::set<QString>& components) {
-    m_optional = components;
+void HwStatusTester::SetOptionalComponents(std::set<QString> components) {
+    m_optional = std::move(components);
 }
 
 HwStatusTester::HwComponentState HwStatusTester::GetComponentState(const QString& name) const {

@@ -27,14 +27,13 @@ public:
         NotRequired = 4        ///< neither required nor optional, installed or not
     };
 
-    /// \param path the node below which the device's values stand, without a slash at its end, such as
-    ///             "/ZANServer"
+    /// \param path the node below which the device's values stand, such as "/ZANServer"
     explicit HwStatusTester(QString path);
     /// A copy tests the device of its source, and knows no components yet.
     HwStatusTester(const HwStatusTester& other);
     HwStatusTester& operator=(const HwStatusTester& other);
 
-    // The order of the virtual operations is part of the interface.
+    // The order of the virtual operations, their arguments and their constness are part of the interface.
 
     virtual ~HwStatusTester();
     /// Takes the requirements from the tree. A value that is missing there counts as empty and false.
@@ -54,12 +53,12 @@ public:
     /// Adds the components of a device information: of each line the fourth of its fields, which ";"
     /// separates. Lines that begin with ">>" or "Option", and those of fewer fields, tell of no component.
     /// Null adds nothing.
-    virtual void ReadHwListFromValue(const ValueSelection* info);
+    virtual void ReadHwListFromValue(ValueSelection* info);
     /// Whether the operator may change the requirements; at first not.
-    [[nodiscard]] virtual bool AreRequirementsEditable() const;
+    [[nodiscard]] virtual bool AreRequirementsEditable();
     virtual void SetRequirementsEditable(bool editable);
     /// Whether the operator is to be warned of missing components; at first not.
-    [[nodiscard]] virtual bool GetCheckRequirements() const;
+    [[nodiscard]] virtual bool GetCheckRequirements();
     virtual void SetCheckRequirements(bool check);
     /// Required components that are not installed.
     [[nodiscard]] virtual std::set<QString> FindMissingRequiredHardware() const;
@@ -68,8 +67,8 @@ public:
     /// Installed, required and optional components together.
     [[nodiscard]] virtual std::set<QString> GetAllComponents() const;
     /// These two replace the components; what is there in tree and settings stays.
-    virtual void SetRequiredComponents(const std::set<QString>& components);
-    virtual void SetOptionalComponents(const std::set<QString>& components);
+    virtual void SetRequiredComponents(std::set<QString> components);
+    virtual void SetOptionalComponents(std::set<QString> components);
 
     /// A component that is both required and optional counts as required.
     [[nodiscard]] HwComponentState GetComponentState(const QString& name) const;

@@ -41,6 +41,23 @@ IMshClientDll* LoadClient() {
     return client;
 }
 
+/// The port of the hub. A number that is none is told, and the default taken.
+int ReadPort(const ICfg& cfg) {
+    constexpr int DEFAULT_PORT = 4500;
+    constexpr qint64 HIGHEST_PORT = 65535;
+    const qint64 port = cfg.GetInt(u"MshCentralPort"_s, DEFAULT_PORT);
+    if (port >= 1 && port <= HIGHEST_PORT) {
+        return static_cast<int>(port);
+    }
+    TraceInformation(
+        [port] {
+            return u"WARNING: MshCentralPort %1 is no port from 1 to 65535; %2 is taken"_s.arg(
+                QString::number(port), QString::number(DEFAULT_PORT));
+        },
+        u"devicecontrol\\directionfinder\\zancommon\\mshmanager"_s, __LINE__);
+    return DEFAULT_PORT;
+}
+
 /// A received bandwidth that the device does not have becomes the next larger one.
 const QString& BandwidthAlgorithm() {
     static const QString name = u"AdAlgSelectEqualOrBiggerValue"_s;
@@ -164,8 +181,7 @@ void MshManager::CommonMshInit(IMshClientDll* pMshClientDll, const QString& name
     }
     const ICfg& cfg = GetCfg();
     const QString address = cfg.GetString(u"MshCentralAddress"_s, u"127.0.0.1"_s);
-    constexpr int DEFAULT_PORT = 4500;
-    const auto port = static_cast<int>(cfg.GetInt(u"MshCentralPort"_s, DEFAULT_PORT));
+    const int port = ReadPort(cfg);
     QString clientName = cfg.GetString(u"MshClientName"_s, {});
     if (clientName.isEmpty()) {
         clientName = name.isEmpty() ? u"ZAN"_s : name;

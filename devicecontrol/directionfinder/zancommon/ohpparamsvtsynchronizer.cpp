@@ -1,7 +1,10 @@
 #include "zancommon/ohpparamsvtsynchronizer.h"
 
+#include "kwbase/errorhandler.h"
 #include "valueframework/tree.h"
 #include "valueframework/valueaccess.h"
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -25,8 +28,8 @@ OHPParamsVtSynchronizer::OHPParamsVtSynchronizer(OverheadPassParams& params, QSt
     if (basePath.isEmpty()) {
         basePath = u"/ZANServer"_s;
     }
-    BindThreshold(basePath + u"/OverheadPass/Threshold"_s);
-    BindValid(basePath + u"/OverheadPass/Valid"_s);
+    BindThreshold(Tree::PathBelow(basePath, u"/OverheadPass/Threshold"_s));
+    BindValid(Tree::PathBelow(basePath, u"/OverheadPass/Valid"_s));
     params.AddObserver(this);
 }
 
@@ -40,7 +43,7 @@ void OHPParamsVtSynchronizer::BindThreshold(const QString& path) {
         m_pParams->SetThreshold(m_pThreshold->GetValue(), this);
     } else if (m_pThreshold) {
         m_pThreshold->SetMinMax(MIN_THRESHOLD, MAX_THRESHOLD, THRESHOLD_STEP, nullptr);
-        m_pThreshold->SetValue(m_pParams->GetThreshold(), this);
+        WriteThreshold();
     }
     // Asked anew: an observer of the parameters may have removed the value.
     if (m_pThreshold) {
@@ -84,12 +87,31 @@ void OHPParamsVtSynchronizer::ReadFromTree(const Observable* value) {
     }
 }
 
+void OHPParamsVtSynchronizer::WriteThreshold() {
+    const int threshold = m_pParams->GetThreshold();
+    const int lowest = m_pThreshold->GetMin();
+    const int highest = m_pThreshold->GetMax();
+    const int nearest = std::clamp(threshold, lowest, highest);
+    if (nearest != threshold) {
+        TraceInformation(
+            [&] {
+                return u"WARNING: the overhead-pass threshold %1 is outside %2 to %3; the value tree takes %4"_s
+                    .arg(threshold)
+                    .arg(lowest)
+                    .arg(highest)
+                    .arg(nearest);
+            },
+            u"devicecontrol\\directionfinder\\zancommon\\ohpparamsvtsynchronizer"_s, __LINE__);
+    }
+    m_pThreshold->SetValue(nearest, this);
+}
+
 void OHPParamsVtSynchronizer::WriteToTree() {
     // Copies: an observer of the first value may destroy the parameters, the second value or this object.
     const auto params = m_pParams;
     const auto valid = m_pValid;
     if (m_pThreshold) {
-        m_pThreshold->SetValue(params->GetThreshold(), this);
+        WriteThreshold();
     }
     if (params && valid) {
         valid->SetValue(params->IsValid(), this);

@@ -13,8 +13,8 @@ namespace KvZANCommon {
 /// "OverheadPass/Valid" below a base path.
 ///
 /// What stands in the tree already goes into the parameters; what is missing is made from the parameters. A
-/// new threshold value accepts 0 to 900 (tenths of a degree). The tree does not clip: a parameter threshold
-/// outside the range of the value stays in the parameters, and the value keeps its content (a new one: 0).
+/// new threshold value accepts 0 to 900 (tenths of a degree). Where the value cannot take the threshold of
+/// the parameters it takes the nearest one that it can, the parameters keep theirs, and a trace line says so.
 ///
 /// A value that cannot be made, because something else has its name, is left out; so is a value from the time
 /// on when it is removed from the tree, also when another one is inserted at its path later. The other value
@@ -24,7 +24,7 @@ namespace KvZANCommon {
 /// gone the synchroniser does nothing more. All operations belong to the thread of the value tree.
 class ZANCOMMON_EXPORT OHPParamsVtSynchronizer : public IObserver {
 public:
-    /// \param basePath without a slash at its end; empty stands for "/ZANServer".
+    /// \param basePath empty stands for "/ZANServer"
     OHPParamsVtSynchronizer(OverheadPassParams& params, QString basePath);
     OHPParamsVtSynchronizer(const OHPParamsVtSynchronizer&) = delete;
     OHPParamsVtSynchronizer& operator=(const OHPParamsVtSynchronizer&) = delete;
@@ -37,6 +37,7 @@ private:
     void BindThreshold(const QString& path);
     void BindValid(const QString& path);
     void ReadFromTree(const Observable* value);
+    void WriteThreshold();
     void WriteToTree();
     void ForgetIfRemoved(const Observable* value);
 

@@ -19,6 +19,8 @@ ProgressCalculator::ProgressCalculator(QObject* parent, Clock clock)
     : QObject(parent)
     , m_pTimer(new QTimer(this))
     , m_clock(clock ? std::move(clock) : MonotonicMilliseconds) {
+    // A coarse tick comes up to 50 ms early, and then tells 99 where 100 is due, and never 100.
+    m_pTimer->setTimerType(Qt::PreciseTimer);
     connect(m_pTimer, &QTimer::timeout, this, &ProgressCalculator::SlotCalculateProgress);
 }
 

@@ -9,7 +9,8 @@
 class QTimer;
 
 /// Turns an expected duration into a percentage, told once a second, for operations whose length is known
-/// only as a time. Needs an event loop; belongs to the thread that it lives on.
+/// only as a time. Ticks come at whole seconds from the start, never early. Needs an event loop; belongs to
+/// the thread that it lives on.
 class ZANCOMMON_EXPORT ProgressCalculator : public QObject {
     Q_OBJECT
 

@@ -13,15 +13,15 @@ void ZANAbstractInterface::SetConfigPath(const QString& path) {
     m_strConfigPath = path;
 }
 
-bool ZANAbstractInterface::IsEnabled() const {
+bool ZANAbstractInterface::IsEnabled() {
     return m_bEnabled;
 }
 
-QWidget* ZANAbstractInterface::GetConfigWidget() const {
+QWidget* ZANAbstractInterface::GetConfigWidget() {
     return m_pConfigWidget;
 }
 
-QString ZANAbstractInterface::GetName() const {
+const QString ZANAbstractInterface::GetName() {
     return m_strName;
 }
 
@@ -35,6 +35,6 @@ void ZANAbstractInterface::SetAddress(const QString& address) {
     m_strAddress = address;
 }
 
-QString ZANAbstractInterface::GetAddress() const {
+const QString ZANAbstractInterface::GetAddress() {
     return m_strAddress;
 }

@@ -25,18 +25,19 @@ public:
         return tr(sourceText, disambiguation, n);
     }
 
-    // The order of the virtual operations is part of the binary interface.
+    // The order of the virtual operations, their types and their constness are part of the interface.
 
     /// Sets the key prefix of the settings in the configuration store; empty at first.
     virtual void SetConfigPath(const QString& path);
     /// Switches the output on or off; what that means is up to the interface.
     virtual void SetEnabled(bool on) = 0;
     /// Whether the output is switched on; at first it is not.
-    [[nodiscard]] virtual bool IsEnabled() const;
+    [[nodiscard]] virtual bool IsEnabled();
     /// The configuration widget; null when the interface made none, or when it has been destroyed. Whoever
     /// shows it may take it over by giving it a parent.
-    [[nodiscard]] virtual QWidget* GetConfigWidget() const;
-    [[nodiscard]] virtual QString GetName() const;
+    [[nodiscard]] virtual QWidget* GetConfigWidget();
+    // NOLINTNEXTLINE(readability-const-return-type): the type that overriding operations return
+    [[nodiscard]] virtual const QString GetName();
 
 public Q_SLOTS:
     /// To be connected to the `destroyed` signal of the configuration widget: forgets the widget. Another
@@ -48,7 +49,8 @@ public Q_SLOTS:
 protected:
     /// Sets where the output goes, for example to a serial port or a file; empty at first.
     virtual void SetAddress(const QString& address);
-    [[nodiscard]] virtual QString GetAddress() const;
+    // NOLINTNEXTLINE(readability-const-return-type): likewise
+    [[nodiscard]] virtual const QString GetAddress();
 
     QWidget* m_pConfigWidget = nullptr; // not owned
     QString m_strConfigPath;

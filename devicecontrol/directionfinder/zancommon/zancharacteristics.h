@@ -3,11 +3,11 @@
 #include "kwbase/observable.h"
 #include "valueframework/valuetypes.h"
 #include "zancommon/antennadatalist.h"
+#include "zancommon/constanttext.h"
 #include "zancommon/zandomain.h"
 #include "zancommon_export.h"
 
 #include <QString>
-#include <QStringView>
 
 #include <array>
 #include <cstddef>
@@ -42,7 +42,7 @@ public:
     /// Row of the antenna library. A model has one row per frequency range with methods of its own. The
     /// library ends with a row without a name.
     struct AntennaDescription {
-        QStringView name;                       ///< model name, compared case-sensitively
+        ConstantText name;                      ///< model name, compared case-sensitively
         double minFrequency = 0.0;              ///< Hz, inclusive
         double maxFrequency = 0.0;              ///< Hz, inclusive
         qint32 dfMethods = METHODDETAILED_NONE; ///< mask of EZANMethodDetailed
@@ -71,13 +71,13 @@ public:
 
     /// What a device model is called in the value tree.
     struct DeviceTypeName {
-        QStringView name; ///< compared case-sensitively
+        ConstantText name; ///< compared case-sensitively
         EZANType type = ZANTYPE_ZANTIDE;
     };
 
     /// What a converter is called in the value tree and in the settings.
     struct ConverterTypeName {
-        QStringView name; ///< compared case-sensitively
+        ConstantText name; ///< compared case-sensitively
         EZANConverter converter = CONVERTER_NONE;
     };
 

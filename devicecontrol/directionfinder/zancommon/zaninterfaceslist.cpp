@@ -18,9 +18,8 @@ bool ZANInterfacesList::Add(ZANAbstractInterface* p) {
 
 ZANAbstractInterface* ZANInterfacesList::GetInterfaceByName(const QString& name) const {
     // Null entries can only come in through the list's own operations.
-    const auto found = std::find_if(cbegin(), cend(), [&name](const ZANAbstractInterface* each) {
-        return each && each->GetName() == name;
-    });
+    const auto found = std::find_if(
+        cbegin(), cend(), [&name](ZANAbstractInterface* each) { return each && each->GetName() == name; });
     return found == cend() ? nullptr : *found;
 }
 

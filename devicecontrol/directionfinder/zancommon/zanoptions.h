@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zancommon/constanttext.h"
 #include "zancommon/zandomain.h"
 #include "zancommon_export.h"
 
@@ -19,7 +20,7 @@ class ZANCOMMON_EXPORT ZANOptions {
 public:
     /// Row of the table of names.
     struct OptionEntry {
-        QStringView name; ///< compared case-sensitively
+        ConstantText name; ///< compared case-sensitively
         EZANOptions option = OPTION_NONE;
     };
 

@@ -32,7 +32,8 @@ ZANServerORB* ZANServerORB::Instance() {
 }
 
 void ZANServerORB::Finalise() {
-    delete std::exchange(m_pInstance, nullptr);
+    delete m_pInstance;
+    m_pInstance = nullptr;
 }
 
 ZANServerORB::ZANServerORB() {
@@ -89,7 +90,7 @@ PortableServer::POA_var ZANServerORB::GetPoa(const char* reference, const char* 
 void ZANServerORB::Shutdown() {
     try {
         // Asking is all that is done here: shutting the broker down would take it from its other users.
-        static_cast<void>(CORBA::is_nil(m_orb));
+        static_cast<void>(m_pInstance && CORBA::is_nil(m_pInstance->m_orb));
     } catch (const CORBA::SystemException&) {
         Trace(u"ZANServerORB::Shutdown(): CORBA::SystemException"_s, __LINE__);
     } catch (const CORBA::Exception&) {

@@ -36,10 +36,11 @@ public:
     /// The adapter for objects with readable keys, as "corbaloc::host:port/Key" names them. Its manager is
     /// one of its own, to be activated by whoever registers an object. Throws as `RootPoa`.
     [[nodiscard]] PortableServer::POA_var InsPoa();
-    /// Leaves the broker usable: it is the process's, and others may hold it.
-    void Shutdown();
-    /// Destroys the instance; the next `Instance` makes a fresh one.
-    void Finalise();
+    /// Leaves the broker usable: it is the process's, and others may hold it. Without an instance it does
+    /// nothing.
+    static void Shutdown();
+    /// Destroys the instance, if there is one; the next `Instance` makes a fresh one.
+    static void Finalise();
 
 private:
     ZANServerORB();

@@ -154,5 +154,5 @@ std::span<const ZANSetupData::DataEntry> ZANSetupData::GetEntries() {
 
 ValueBase* ZANSetupData::FindValue(const QString& path, const DataEntry* row) const {
     const QString& base = path.isEmpty() ? m_basePath : path;
-    return base.isEmpty() ? nullptr : Tree::Instance()->GetValue(base + PathBelowBase(*row));
+    return base.isEmpty() ? nullptr : Tree::Instance()->GetValue(Tree::PathBelow(base, PathBelowBase(*row)));
 }
