@@ -1,5 +1,6 @@
 #include "tolmappstartup/componentloader.h"
 
+#include "tolmappstartup/componentcheck.h"
 #include "tolmappstartup/idllinstance.h"
 #include "tolmappstartup/plainfilename.h"
 #include "tolmappstartup/problemreport.h"
@@ -53,12 +54,22 @@ IDllInstance* MakeInstance(QLibrary& library, QString& reason) {
         return nullptr;
     }
     reason = u"it does not make an instance"_s;
+    return create();
+}
+
+// Loads a library and makes an instance. Whatever code of the library is run throws in here. On failure null,
+// and a reason.
+IDllInstance* LoadInstance(QLibrary& library, QString& reason) {
     try {
-        return create();
+        if (!library.load()) {
+            reason = u"it is no shared object that can be loaded here ("_s + library.errorString() + u')';
+            return nullptr;
+        }
+        return MakeInstance(library, reason);
     } catch (const std::exception& exception) {
-        reason += u": "_s + QString::fromLocal8Bit(exception.what());
+        reason = u"it threw an exception: "_s + QString::fromLocal8Bit(exception.what());
     } catch (...) {
-        reason += u": it threw an exception"_s;
+        reason = u"it threw an exception"_s;
     }
     return nullptr;
 }
@@ -104,13 +115,17 @@ IDllInstance* ComponentLoader::Create(const QString& fileName) {
     const std::shared_ptr<QLibrary> pLibrary = GetLibrary(path);
     // A function that is missing shall show now, and not end the program when it is first called.
     pLibrary->setLoadHints(QLibrary::ResolveAllSymbolsHint);
-    if (!pLibrary->load()) {
-        return refuse(path + u" is no shared object that can be loaded here ("_s + pLibrary->errorString() +
-                          u')',
-                      __LINE__);
-    }
     QString reason;
-    IDllInstance* const instance = MakeInstance(*pLibrary, reason);
+    if (!pLibrary->isLoaded()) {
+        reason = ComponentCheck::FindFault(path);
+        if (reason.isEmpty()) {
+            reason = ComponentCheck::FindFaultyInitialiser(path);
+        }
+        if (!reason.isEmpty()) {
+            return refuse(path + u": "_s + reason, __LINE__);
+        }
+    }
+    IDllInstance* const instance = LoadInstance(*pLibrary, reason);
     if (!instance) {
         UnloadWhenUnused(pLibrary);
         return refuse(path + u": "_s + reason, __LINE__);
