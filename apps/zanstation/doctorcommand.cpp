@@ -54,7 +54,7 @@ Finding ExamineSerialPorts() {
 }
 
 Finding ExamineBroker() {
-    Broker::ListenOnLoopback();
+    Broker::Make();
     ZANServerORB& broker = *ZANServerORB::Instance();
     Finding finding{Verdict::Ok, u"listens on "_s + Broker::DescribeEndpoint()};
     try {
@@ -64,8 +64,7 @@ Finding ExamineBroker() {
         finding = {Verdict::Broken, QString::fromLatin1(exception._name()) + u" for the endpoint "_s +
                                         Broker::DescribeEndpoint()};
     }
-    broker.Shutdown();
-    broker.Finalise();
+    Broker::Release();
     return finding;
 }
 
