@@ -1,22 +1,52 @@
 #include "zanstation/broker.h"
 
+#include "zancommon/zanserverorb.h"
+#include "zanstation/repeatedlines.h"
+
 #include <QByteArray>
+
+#include <cstdio>
+#include <mutex>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 const char* const ENDPOINT = "ORBendPoint";
+const char* const IDLE_SECONDS = "ORBinConScanPeriod";
 const char* const CONFIGURATION_FILE = "OMNIORB_CONFIG";
+
+void SetDefault(const char* option, const char* value) {
+    if (!qEnvironmentVariableIsSet(option) && !qEnvironmentVariableIsSet(CONFIGURATION_FILE)) {
+        qputenv(option, value);
+    }
+}
+
+// The broker logs from all of its threads.
+std::mutex logMutex;
+RepeatedLines logLines;
+
+void WriteLogLine(const char* line) {
+    const std::lock_guard lock(logMutex);
+    std::fputs(logLines.Add(line, std::chrono::steady_clock::now()).c_str(), stderr);
+}
 
 } // namespace
 
 namespace Broker {
 
-void ListenOnLoopback() {
-    if (!qEnvironmentVariableIsSet(ENDPOINT) && !qEnvironmentVariableIsSet(CONFIGURATION_FILE)) {
-        qputenv(ENDPOINT, "giop:tcp:127.0.0.1:");
-    }
+void Make() {
+    SetDefault(ENDPOINT, "giop:tcp:127.0.0.1:");
+    SetDefault(IDLE_SECONDS, "60");
+    ZANServerORB::Instance();
+    omniORB::setLogFunction(WriteLogLine); // in place of the broker's own, which passes on every line
+}
+
+void Release() {
+    ZANServerORB::Instance()->Shutdown();
+    ZANServerORB::Instance()->Finalise();
+    const std::lock_guard lock(logMutex);
+    std::fputs(logLines.TakeCounts().c_str(), stderr);
 }
 
 QString DescribeEndpoint() {

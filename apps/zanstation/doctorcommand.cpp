@@ -53,7 +53,7 @@ Finding ExamineSerialPorts() {
 }
 
 Finding ExamineBroker() {
-    Broker::ListenOnLoopback();
+    Broker::Make();
     ZANServerORB& broker = *ZANServerORB::Instance();
     Finding finding{Severity::Ok, u"listens on "_s + Broker::DescribeEndpoint()};
     try {
@@ -63,8 +63,7 @@ Finding ExamineBroker() {
         finding = {Severity::Error, QString::fromLatin1(exception._name()) + u" for the endpoint "_s +
                                         Broker::DescribeEndpoint()};
     }
-    broker.Shutdown();
-    broker.Finalise();
+    Broker::Release();
     return finding;
 }
 

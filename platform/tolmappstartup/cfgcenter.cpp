@@ -1,14 +1,13 @@
 #include "tolmappstartup/cfgcenter.h"
 
+#include "tolmappstartup/componentloader.h"
+#include "tolmappstartup/plainfilename.h"
 #include "tolmappstartup/problemreport.h"
 #include "tolmappstartup/settingsfile.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QLibrary>
 
-#include <algorithm>
-#include <exception>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -17,15 +16,6 @@ namespace {
 
 void Report(const QString& problem, unsigned line) {
     ReportProblem(problem, u"tolmappstartup\\cfgcenter"_s, line);
-}
-
-// Whether a name stands for a file of the directory that it is put behind, and for no other place.
-bool IsPlainFileName(QStringView name) {
-    const auto isForbidden = [](QChar c) {
-        return c == u'/' || c == u'\\' || c.category() == QChar::Other_Control;
-    };
-    return !name.isEmpty() && name.isValidUtf16() && !name.contains(u"..") &&
-           std::none_of(name.begin(), name.end(), isForbidden);
 }
 
 // A settings file, or a sub-configuration of one.
@@ -63,8 +53,7 @@ struct State {
     // Keeps the files open that nobody holds just now: what could not be saved is not lost.
     QHash<QString, std::shared_ptr<SettingsFile>> files;
 
-    QString componentDirectory;
-    QHash<IDllInstance*, std::shared_ptr<QLibrary>> libraryOfInstance;
+    ComponentLoader components;
 };
 
 State& GetState() {
@@ -145,65 +134,7 @@ void Cfg::Release() {
     }
 }
 
-using InterfaceVersionFunction = quint32 (*)();
-using CreateFunction = IDllInstance* (*)();
-
-// "MshClient.dll" is the name that all systems share; this is what the file is called on this one.
-QString LocalLibraryName(const QString& fileName) {
-    QString name = fileName.toLower();
-    if (name.endsWith(u".dll")) {
-        name.chop(4);
-    }
-    return u"lib"_s + name + u".so"_s;
-}
-
-// The library that instances already come from, or a new object for it. The instances of a library share one
-// object: those that QLibrary makes for the same file do not count each other, and any of them unloads it.
-std::shared_ptr<QLibrary> GetLibrary(const QString& path) {
-    for (const std::shared_ptr<QLibrary>& pLibrary : std::as_const(GetState().libraryOfInstance)) {
-        if (pLibrary->fileName() == path) {
-            return pLibrary;
-        }
-    }
-    return std::make_shared<QLibrary>(path);
-}
-
-void UnloadWhenUnused(const std::shared_ptr<QLibrary>& pLibrary) {
-    if (pLibrary.use_count() == 1) {
-        pLibrary->unload();
-    }
-}
-
-// Makes an instance with the functions that a library exports. On failure null, and a reason.
-IDllInstance* MakeInstance(QLibrary& library, QString& reason) {
-    const auto getVersion =
-        reinterpret_cast<InterfaceVersionFunction>(library.resolve("ZanComponentInterfaceVersion"));
-    const auto create = reinterpret_cast<CreateFunction>(library.resolve("ZanCreateComponent"));
-    if (!getVersion || !create) {
-        reason =
-            u"it is no component: it does not export ZanComponentInterfaceVersion and ZanCreateComponent"_s;
-        return nullptr;
-    }
-    const quint32 version = getVersion();
-    if (version != IDllInstance::INTERFACE_VERSION) {
-        reason = u"it has the interface version "_s + QString::number(version) + u", and "_s +
-                 QString::number(IDllInstance::INTERFACE_VERSION) + u" is wanted"_s;
-        return nullptr;
-    }
-    reason = u"it does not make an instance"_s;
-    try {
-        return create();
-    } catch (const std::exception& exception) {
-        reason += u": "_s + QString::fromLocal8Bit(exception.what());
-    } catch (...) {
-        reason += u": it threw an exception"_s;
-    }
-    return nullptr;
-}
-
 } // namespace
-
-IDllInstance::~IDllInstance() = default;
 
 bool CfgCenter::SetConfigDirectory(const QString& directory) {
     Close();
@@ -255,58 +186,15 @@ bool CfgCenter::Close() {
 }
 
 bool CfgCenter::SetComponentDirectory(const QString& directory) {
-    GetState().componentDirectory.clear();
-    if (!QDir::isAbsolutePath(directory)) {
-        Report(u"The component directory \""_s + directory + u"\" is no absolute path."_s, __LINE__);
-        return false;
-    }
-    GetState().componentDirectory = QDir::cleanPath(directory);
-    return true;
+    return GetState().components.SetDirectory(directory);
 }
 
 IDllInstance* CfgCenter::CreateDllInstanceByFileName(const QString& fileName, const QString&, bool, bool) {
-    const auto refuse = [&](const QString& reason, unsigned line) -> IDllInstance* {
-        Report(u"The component \""_s + fileName + u"\" cannot be loaded: "_s + reason + u'.', line);
-        return nullptr;
-    };
-    if (!IsPlainFileName(fileName)) {
-        return refuse(u"a component is named by a plain file name"_s, __LINE__);
-    }
-    if (GetState().componentDirectory.isEmpty()) {
-        return refuse(u"no component directory is set"_s, __LINE__);
-    }
-    const QString path = GetState().componentDirectory + u'/' + LocalLibraryName(fileName);
-    if (!QFileInfo(path).isFile()) {
-        return refuse(u"there is no file "_s + path, __LINE__);
-    }
-    const std::shared_ptr<QLibrary> pLibrary = GetLibrary(path);
-    // A function that is missing shall show now, and not end the program when it is first called.
-    pLibrary->setLoadHints(QLibrary::ResolveAllSymbolsHint);
-    if (!pLibrary->load()) {
-        return refuse(path + u" is no shared object that can be loaded here ("_s + pLibrary->errorString() +
-                          u')',
-                      __LINE__);
-    }
-    QString reason;
-    IDllInstance* const instance = MakeInstance(*pLibrary, reason);
-    if (!instance) {
-        UnloadWhenUnused(pLibrary);
-        return refuse(path + u": "_s + reason, __LINE__);
-    }
-    GetState().libraryOfInstance.insert(instance, pLibrary);
-    return instance;
+    return GetState().components.Create(fileName);
 }
 
 void CfgCenter::DestroyDllInstanceByPointer(IDllInstance* instance) {
-    const std::shared_ptr<QLibrary> pLibrary = GetState().libraryOfInstance.take(instance);
-    if (!pLibrary) {
-        Report(
-            u"A component instance cannot be destroyed: it is none that was created, or is gone already."_s,
-            __LINE__);
-        return;
-    }
-    delete instance;
-    UnloadWhenUnused(pLibrary);
+    GetState().components.Destroy(instance);
 }
 
 QString CfgCenter::GetLastError() {

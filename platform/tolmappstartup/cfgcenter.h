@@ -44,8 +44,10 @@ public:
     /// Loads a component library and returns a new instance; it is destroyed with
     /// `DestroyDllInstanceByPointer`. "MshClient.dll" stands for "libmshclient.so" in the component
     /// directory. The other arguments are empty and false in every use and have no effect. Null when there is
-    /// no such library, when it is no component or one of another interface version, and when it does not
-    /// make an instance; `GetLastError` says which, and where it was looked for.
+    /// no such library, when it is no component or one of another interface version, when it does not make an
+    /// instance or throws, when its initialisers fail in the child process in which they are tried first,
+    /// when it is truncated, and unless it belongs to root or to the user of the process and nobody else can
+    /// write to it or to its directory; `GetLastError` says which, and where it was looked for.
     static IDllInstance* CreateDllInstanceByFileName(const QString& fileName, const QString& unused,
                                                      bool unusedFlag, bool unusedFlag2);
     /// Destroys an instance, and unloads its library when it was the last one. Null and pointers that

@@ -16,6 +16,11 @@
 /// \endcode
 /// `ZAN_DEFINE_COMPONENT(MyComponent)` in one of its sources defines both.
 ///
+/// Each time that a library is loaded, its initialisers (the constructors of its static objects) run twice:
+/// first on trial, in a child process that is ended when they are done, then in earnest. They must not leave
+/// anything behind in files, come to their end within 5 s, and throw nothing; what can fail belongs into the
+/// constructor of the instance.
+///
 /// Destroying the last instance unloads the library, and with it the library's code and constants: a string
 /// literal (`u"..."_s`, `QStringLiteral`) that it left in the value tree would dangle. What outlives the
 /// instance has to be a copy on the heap. Instances are made and destroyed on the application's main thread.

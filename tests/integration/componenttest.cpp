@@ -6,9 +6,17 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QLibrary>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -105,9 +113,8 @@ TEST_F(ComponentTest, FactoryThatReturnsNullOrThrowsIsRefused) {
     const QString start = COMPONENT_DIRECTORY + u"/lib"_s;
     ExpectRefusal(u"NullComponent.dll"_s, start + u"nullcomponent.so: it does not make an instance"_s);
     ExpectRefusal(u"ThrowingComponent.dll"_s,
-                  start + u"throwingcomponent.so: it does not make an instance: no receiver"_s);
-    ExpectRefusal(u"OddThrowingComponent.dll"_s,
-                  start + u"oddthrowingcomponent.so: it does not make an instance: it threw an exception"_s);
+                  start + u"throwingcomponent.so: it threw an exception: no receiver"_s);
+    ExpectRefusal(u"OddThrowingComponent.dll"_s, start + u"oddthrowingcomponent.so: it threw an exception"_s);
     EXPECT_FALSE(IsMapped("throwingcomponent.so"));
     EXPECT_FALSE(IsMapped("libnullcomponent.so"));
 }
@@ -121,13 +128,127 @@ TEST_F(ComponentTest, FileThatIsNoSharedObjectIsRefused) {
     ASSERT_TRUE(QDir(directory.path()).mkdir(u"libfolder.so"_s));
     ASSERT_TRUE(CfgCenter::SetComponentDirectory(directory.path()));
     EXPECT_EQ(Create(u"Text.dll"_s), nullptr);
-    EXPECT_TRUE(CfgCenter::GetLastError().contains(file.fileName() + u" is no shared object"_s));
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(file.fileName() + u": it is no shared object"_s));
     ExpectRefusal(u"Folder.dll"_s, u"there is no file "_s + directory.filePath(u"libfolder.so"_s));
 }
 
 TEST_F(ComponentTest, ComponentThatNeedsWhatIsNotThereIsRefusedWhenItIsLoaded) {
     EXPECT_EQ(Create(u"UnresolvedComponent.dll"_s), nullptr);
     EXPECT_TRUE(CfgCenter::GetLastError().contains(u"FunctionThatIsNowhere"));
+}
+
+TEST_F(ComponentTest, VersionFunctionThatThrowsIsRefused) {
+    ExpectRefusal(u"VersionThrowingComponent.dll"_s,
+                  COMPONENT_DIRECTORY +
+                      u"/libversionthrowingcomponent.so: it threw an exception: which version"_s);
+    EXPECT_FALSE(IsMapped("libversionthrowingcomponent.so"));
+}
+
+TEST_F(ComponentTest, InitialiserThatThrowsIsRefusedAndTheLoaderStaysUsable) {
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_EQ(Create(u"StaticThrowingComponent.dll"_s), nullptr);
+        EXPECT_TRUE(CfgCenter::GetLastError().contains(u"libstaticthrowingcomponent.so: its initialiser "))
+            << CfgCenter::GetLastError().toStdString();
+        EXPECT_FALSE(IsMapped("libstaticthrowingcomponent.so"));
+    }
+    // another thread, because the loader's lock would be this one's
+    std::future<bool> isLoaded = std::async(
+        std::launch::async, [] { return QLibrary(COMPONENT_DIRECTORY + u"/libnocomponent.so"_s).load(); });
+    ASSERT_EQ(isLoaded.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    EXPECT_TRUE(isLoaded.get());
+    EXPECT_TRUE(QLibrary(COMPONENT_DIRECTORY + u"/libnocomponent.so"_s).unload());
+}
+
+TEST_F(ComponentTest, InitialiserThatEndsTheProcessIsRefused) {
+    ExpectRefusal(u"AbortingComponent.dll"_s,
+                  COMPONENT_DIRECTORY + u"/libabortingcomponent.so: its initialiser ends the process"_s);
+}
+
+TEST_F(ComponentTest, InitialiserWithoutAnEndIsRefused) {
+    ExpectRefusal(u"HangingComponent.dll"_s,
+                  COMPONENT_DIRECTORY +
+                      u"/libhangingcomponent.so: its initialiser does not come to an end"_s);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child is left behind";
+}
+
+/// A directory with a copy of the good component.
+class CopiedComponentTest : public ComponentTest {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(QFile::copy(COMPONENT_DIRECTORY + u"/libgoodcomponent.so"_s, path));
+        ASSERT_TRUE(CfgCenter::SetComponentDirectory(directory.path()));
+        SetMode(path, 0644);
+    }
+    static void SetMode(const QString& name, mode_t mode) {
+        ASSERT_EQ(chmod(QFile::encodeName(name).constData(), mode), 0);
+    }
+    static void ExpectLoads() {
+        IDllInstance* const instance = Create(u"GoodComponent.dll"_s);
+        ASSERT_NE(instance, nullptr) << CfgCenter::GetLastError().toStdString();
+        CfgCenter::DestroyDllInstanceByPointer(instance);
+    }
+
+    const QTemporaryDir directory;
+    const QString path = directory.filePath(u"libgoodcomponent.so"_s);
+};
+
+TEST_F(CopiedComponentTest, FileThatOthersCanWriteToIsRefused) {
+    ExpectLoads();
+    for (const mode_t mode : {0664U, 0646U, 0666U}) {
+        SetMode(path, mode);
+        ExpectRefusal(u"GoodComponent.dll"_s, path + u": it can be written to by others"_s);
+    }
+    SetMode(path, 0600);
+    ExpectLoads();
+}
+
+TEST_F(CopiedComponentTest, FileInADirectoryThatOthersCanWriteToIsRefused) {
+    for (const mode_t mode : {0770U, 0707U, 01777U}) {
+        SetMode(directory.path(), mode);
+        ExpectRefusal(u"GoodComponent.dll"_s,
+                      path + u": its directory "_s + directory.path() + u" can be written to by others"_s);
+    }
+    SetMode(directory.path(), 0755);
+    ExpectLoads();
+}
+
+TEST_F(CopiedComponentTest, LinkCountsWithTheDirectoryThatItLeadsTo) {
+    const QTemporaryDir other;
+    const QString target = other.filePath(u"target.so"_s);
+    ASSERT_TRUE(QFile::rename(path, target));
+    ASSERT_TRUE(QFile::link(target, path));
+    ExpectLoads();
+    SetMode(other.path(), 0777);
+    ExpectRefusal(u"GoodComponent.dll"_s,
+                  path + u": its directory "_s + other.path() + u" can be written to by others"_s);
+}
+
+TEST_F(CopiedComponentTest, FileOfAnotherUserIsRefused) {
+    constexpr uid_t SOMEBODY = 12345;
+    if (geteuid() == 0) { // nobody else can give a file away
+        ASSERT_EQ(chown(QFile::encodeName(path).constData(), SOMEBODY, 0), 0);
+        ExpectRefusal(u"GoodComponent.dll"_s, path + u": it belongs to the user 12345"_s);
+        ASSERT_EQ(chown(QFile::encodeName(path).constData(), 0, 0), 0);
+        ASSERT_EQ(chown(QFile::encodeName(directory.path()).constData(), SOMEBODY, 0), 0);
+        ExpectRefusal(u"GoodComponent.dll"_s,
+                      path + u": its directory "_s + directory.path() + u" belongs to the user 12345"_s);
+    }
+}
+
+TEST_F(CopiedComponentTest, TruncatedLibraryIsRefusedWhereverItIsCut) {
+    const qint64 whole = QFileInfo(path).size();
+    for (qint64 part = 1; part < 64; ++part) {
+        ASSERT_TRUE(QFile::remove(path) &&
+                    QFile::copy(COMPONENT_DIRECTORY + u"/libgoodcomponent.so"_s, path));
+        ASSERT_TRUE(QFile::resize(path, whole * part / 64));
+        ExpectRefusal(u"GoodComponent.dll"_s, path + u": it is truncated"_s);
+    }
+    for (const qint64 size : {qint64{4}, qint64{63}, qint64{64}, whole - 1}) {
+        ASSERT_TRUE(QFile::remove(path) &&
+                    QFile::copy(COMPONENT_DIRECTORY + u"/libgoodcomponent.so"_s, path));
+        ASSERT_TRUE(QFile::resize(path, size));
+        ExpectRefusal(u"GoodComponent.dll"_s, path + u": it is truncated"_s);
+    }
 }
 
 TEST_F(ComponentTest, OnlyAnAbsoluteDirectoryIsSearched) {

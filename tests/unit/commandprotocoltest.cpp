@@ -9,6 +9,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -325,6 +326,89 @@ TEST_F(CommandLog, WhatIsNoXmlIsWrittenAsItStands) {
     for (const QString& text : texts) {
         EXPECT_TRUE(log.Add(text));
         EXPECT_TRUE(Read(LOG).endsWith("\t" + text.toLatin1() + "\n")) << text.toStdString();
+    }
+}
+
+namespace {
+
+const QByteArray XML = "<?xml version='1.0'?>\n";
+
+/// A document of nested elements.
+QByteArray Nested(int levels) {
+    return XML + QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels);
+}
+
+/// A document whose element holds the same text so often that it has a size.
+QByteArray OfSize(qsizetype bytes, const QByteArray& start, const QByteArray& part, const QByteArray& end) {
+    QByteArray text = XML + start;
+    text += part.repeated((bytes - text.size() - end.size()) / part.size());
+    text += QByteArray(bytes - text.size() - end.size(), ' ');
+    return text + end;
+}
+
+} // namespace
+
+TEST_F(CommandLog, XmlIsIndentedUpToAHundredLevelsAndWrittenAsItCameBeyondThem) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    EXPECT_TRUE(log.Add(QString::fromLatin1(Nested(100))));
+    EXPECT_TRUE(
+        Read(LOG).contains("\n" + QByteArray(4 * 99, ' ') + "<a/>\n" + QByteArray(4 * 98, ' ') + "</a>\n"));
+    for (const int levels : {101, 4000, 4500, 200000}) {
+        const QByteArray text = Nested(levels);
+        QElapsedTimer timer;
+        timer.start();
+        EXPECT_TRUE(log.Add(QString::fromLatin1(text)));
+        EXPECT_LT(timer.elapsed(), 5000) << levels;
+        EXPECT_TRUE(Read(LOG).endsWith("\t" + text + "\n")) << levels;
+    }
+}
+
+TEST_F(CommandLog, XmlIsIndentedUpToASizeAndWrittenAsItCameBeyondIt) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    log.SetMaxBytes(4000000000UL);
+    const QByteArray largest = OfSize(qsizetype{256} * 1024, "<r>", "<a/>", "</r>");
+    EXPECT_TRUE(log.Add(QString::fromLatin1(largest)));
+    EXPECT_TRUE(Read(LOG).endsWith("\n    <a/>\n</r>\n\n"));
+    for (const QByteArray& text : {
+             OfSize(qsizetype{256} * 1024 + 1, "<r>", "<a/>", "</r>"),
+             OfSize(1000000, "<r>", "<a/>", "</r>"),
+             // within the bounds as it came, but not when it is indented
+             OfSize(20000, QByteArray("<a>").repeated(99), "<b/>", QByteArray("</a>").repeated(99)),
+             XML + "<r a='" + QByteArray(200000, '"') + "'/>",
+         }) {
+        EXPECT_TRUE(log.Add(QString::fromLatin1(text)));
+        EXPECT_TRUE(Read(LOG).endsWith("\t" + text + "\n")) << text.left(100).toStdString();
+    }
+}
+
+TEST_F(CommandLog, XmlThatTakesLongToReadIsWrittenAsItCame) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    const auto withAttributes = [](int count) {
+        QByteArray text = XML + "<r";
+        for (int i = 0; i < count; ++i) {
+            text += " a" + QByteArray::number(i) + "=\"\"";
+        }
+        return text + "/>";
+    };
+    // what a document type declares: each entity holds the one before many times
+    const auto withEntities = [](const QByteArray& references) {
+        QByteArray text = XML + "<!DOCTYPE r [<!ENTITY e '" + QByteArray(300, 'x') + "'>]>\n<r>";
+        return text + references + "</r>";
+    };
+    EXPECT_TRUE(log.Add(QString::fromLatin1(withEntities("&e;"))));
+    EXPECT_TRUE(Read(LOG).endsWith("<r>" + QByteArray(300, 'x') + "</r>\n\n")) << Read(LOG).toStdString();
+    EXPECT_TRUE(log.Add(QString::fromLatin1(withAttributes(255))));
+    EXPECT_TRUE(Read(LOG).endsWith("/>\n\n")) << "rendered, which ends the line";
+    for (const QByteArray& text :
+         {withAttributes(257), withAttributes(20000), withEntities(QByteArray("&e;").repeated(250))}) {
+        QElapsedTimer timer;
+        timer.start();
+        EXPECT_TRUE(log.Add(QString::fromLatin1(text)));
+        EXPECT_LT(timer.elapsed(), 5000);
+        EXPECT_TRUE(Read(LOG).endsWith("\t" + text + "\n")) << text.left(100).toStdString();
     }
 }
 

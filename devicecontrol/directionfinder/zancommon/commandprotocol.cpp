@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QDomDocument>
 #include <QFile>
+#include <QXmlStreamReader>
 
 #include <algorithm>
 #include <tuple>
@@ -17,6 +18,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// Of XML in the log: blanks a level, and the most characters of an entry.
+constexpr int INDENTATION = 4;
+constexpr qsizetype MAX_RENDERED_SIZE = 1024 * 1024;
+
 /// Date and time of day, with the milliseconds as a plain number (Qt's own format pads them).
 QString GetBackupDate() {
     constexpr unsigned MS_PER_SECOND = 1000;
@@ -24,15 +29,54 @@ QString GetBackupDate() {
     return Tolm::DateTime(now).toString(u"yyyy-MM-dd_hh-mm-ss-"_s) + QString::number(now % MS_PER_SECOND);
 }
 
-/// An entry as it is written: XML with four blanks a level; everything else, and XML that cannot be read, as
-/// it is.
+/// Whether XML may be read into a document and rendered: it is well-formed, and neither its depth (the
+/// document is built, written and destroyed recursively), nor what indentation makes of it, nor the time that
+/// reading takes (which grows with the square of an element's attributes) goes beyond what a log has use for.
+bool IsRenderable(const QByteArray& text) {
+    constexpr qsizetype MAX_BYTES = 256 * 1024;
+    // What a document type declares makes a text grow: entities, default attributes, one inside the other.
+    constexpr qsizetype MAX_BYTES_WITH_DECLARATIONS = 1024;
+    constexpr qsizetype MAX_ATTRIBUTES = 256;
+    constexpr qsizetype MAX_DEPTH = 100;
+    if (text.size() > (text.contains("<!DOCTYPE") ? MAX_BYTES_WITH_DECLARATIONS : MAX_BYTES)) {
+        return false;
+    }
+    qsizetype equalsSigns = 0; // since the last element began
+    for (const char c : text) {
+        equalsSigns = c == '<' ? 0 : equalsSigns + (c == '=' ? 1 : 0);
+        if (equalsSigns > MAX_ATTRIBUTES) {
+            return false;
+        }
+    }
+    QXmlStreamReader reader(text);
+    reader.setNamespaceProcessing(false);
+    qsizetype depth = 0;
+    qsizetype renderedSize = text.size();
+    while (!reader.atEnd()) {
+        const QXmlStreamReader::TokenType token = reader.readNext();
+        if (token == QXmlStreamReader::EndElement) {
+            --depth;
+        }
+        renderedSize += depth * INDENTATION;
+        if (token == QXmlStreamReader::StartElement) {
+            ++depth;
+        }
+        if (depth > MAX_DEPTH || renderedSize > MAX_RENDERED_SIZE) {
+            return false;
+        }
+    }
+    return !reader.hasError();
+}
+
+/// An entry as it is written: XML with four blanks a level; everything else, XML that cannot be read, and XML
+/// beyond the bounds, as it is.
 QByteArray ToEightBitText(const QString& entry) {
     QByteArray text = entry.toLatin1();
-    if (text.contains('?') && text.contains("?xml version=")) {
+    if (text.contains('?') && text.contains("?xml version=") && IsRenderable(text)) {
         QDomDocument document;
         if (document.setContent(text)) {
-            constexpr int INDENTATION = 4;
-            if (const QString readable = document.toString(INDENTATION); !readable.isEmpty()) {
+            const QString readable = document.toString(INDENTATION);
+            if (!readable.isEmpty() && readable.size() <= MAX_RENDERED_SIZE) {
                 text = readable.toLatin1();
             }
         }

@@ -27,7 +27,9 @@ public:
 /// Lines begin with the local time of day. A start, and a file that has grown beyond its limit, move the log
 /// into a backup beside it that is named after date and time in UTC, with milliseconds without leading zeros:
 /// who wants backups in their order sorts them by the time of their modification, not by name. Of all backups
-/// in the directory, of any device, the oldest is removed when there are 20. XML is written indented. The
+/// in the directory, of any device, the oldest is removed when there are 20. XML is written indented by four
+/// blanks a level; where it is nested more than 100 levels deep, larger than 256 KiB (1 KiB with a document
+/// type) or 1 MiB when indented, or has an element of more than 256 attributes, it is written as it came. The
 /// file is in ISO 8859-1, where other characters become "?", and an entry is in it when the operation
 /// returns. No operation throws; a failure returns false and leaves its text in `GetLastError`. One thread.
 class ZANCOMMON_EXPORT CommandProtocol : public IMessageStore {

@@ -4,7 +4,13 @@
 
 #include <QString>
 
+#include <omniORB4/internal/giopStrand.h>
+#include <omniORB4/omniInterceptors.h>
+#include <omniORB4/omniTransport.h>
+
+#include <algorithm>
 #include <cstdio>
+#include <sys/resource.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +24,41 @@ void Trace(const QString& message, unsigned line) {
 
 void WriteLogLine(const char* line) {
     std::fputs(line, stderr);
+}
+
+/// How many connections of others may be open at once. At the limit of descriptors the broker would try to
+/// accept the next one without pause, and the process could open nothing more; half of them are left to it.
+int GetConnectionLimit() {
+    constexpr rlim_t MOST = 256;
+    rlimit descriptors{};
+    getrlimit(RLIMIT_NOFILE, &descriptors);
+    return static_cast<int>(std::min(descriptors.rlim_cur / 2, MOST));
+}
+
+int CountConnections() {
+    const omni_tracedmutex_lock lock(*omni::omniTransportLock);
+    int count = 0;
+    const omni::StrandList& head = omni::giopStrand::passive;
+    for (const omni::StrandList* strand = head.next; strand != &head; strand = strand->next) {
+        ++count;
+    }
+    return count;
+}
+
+/// Asked for each new connection, which is among those that are open.
+CORBA::Boolean AcceptConnection(omni::omniInterceptors::serverAcceptConnection_T::info_T& info) {
+    if (CountConnections() > GetConnectionLimit()) {
+        info.reject = true;
+        info.why = "too many connections";
+    }
+    return true;
+}
+
+/// Once for each broker of the process, which forgets them with its end.
+void InterceptConnections() {
+    omni::omniInterceptors& interceptors = *omniORB::getInterceptors();
+    interceptors.serverAcceptConnection.remove(AcceptConnection);
+    interceptors.serverAcceptConnection.add(AcceptConnection);
 }
 
 } // namespace
@@ -43,6 +84,7 @@ ZANServerORB::ZANServerORB() {
         int argumentCount = 0;
         m_orb = CORBA::ORB_init(argumentCount, nullptr, "");
         omniORB::setClientCallTimeout(CALL_TIMEOUT_MS);
+        InterceptConnections();
         const PortableServer::POAManager_var manager = RootPoa()->the_POAManager();
         manager->activate();
     } catch (...) {

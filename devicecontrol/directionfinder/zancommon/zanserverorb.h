@@ -13,7 +13,16 @@
 /// address in place of 127.0.0.1 to another one, a number behind it to a port, and `giop:unix:/run/df.sock`
 /// to a Unix socket. By default it listens on all interfaces, on a free port.
 ///
-/// Calls of this process to other servers time out after 10 s. Lines of omniORB's log go to standard error.
+/// Whoever reaches the endpoint reaches every object that this process serves: it asks for no name and, but
+/// for a `giop:ssl:` endpoint, for no certificate. `giop:tcp:` serves all users of the machines that reach
+/// the address, 127.0.0.1 those of this machine, and `giop:unix:` those that may write to the socket
+/// (`unixTransportPermission`, 0777 by default, and the directory that it is in). A process that only calls
+/// others listens as well. Connections of others are refused beyond 256, and beyond half of what the process
+/// may have open of files; omniORB closes those on which nothing has come for 180 s (`inConScanPeriod`). A
+/// malformed request can still end the process in omniORB: bind the endpoint to where none is to be expected.
+///
+/// Calls of this process to other servers time out after 10 s. Lines of omniORB's log go to standard error,
+/// as they come; `omniORB::setLogFunction` after the first `Instance` puts another sink in its place.
 ///
 /// The references that it gives are the caller's own, and good on any thread. `Finalise` is called when no
 /// other thread uses the instance.

@@ -1,8 +1,9 @@
-// A second process that serves an object with a readable key: the server of the broker's test. It listens
+// A second process that serves an object with a readable key through the station's broker. It listens
 // where omniORB's configuration tells it to, says "ready" when it does, and ends with its standard input.
 
 #include "echo.hh"
 #include "zancommon/zanserverorb.h"
+#include "zanstation/broker.h"
 
 #include <chrono>
 #include <iostream>
@@ -22,9 +23,9 @@ public:
 } // namespace
 
 int main() {
-    ZANServerORB& broker = *ZANServerORB::Instance();
+    Broker::Make();
     try {
-        const PortableServer::POA_var poa = broker.InsPoa();
+        const PortableServer::POA_var poa = ZANServerORB::Instance()->InsPoa();
         const PortableServer::ObjectId_var key = PortableServer::string_to_ObjectId("Echo");
         PortableServer::Servant_var<EchoServant> servant(new EchoServant);
         poa->activate_object_with_id(key, servant.in());
@@ -37,6 +38,7 @@ int main() {
     std::cout << "ready" << std::endl;
     std::string line;
     std::getline(std::cin, line);
+    Broker::Release();
     std::cout.flush();
     std::_Exit(0); // a call that still waits does not hold the process up
 }
