@@ -10,8 +10,18 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZANCommonConfigVersion.cm
                                  COMPATIBILITY SameMinorVersion)
 file(RELATIVE_PATH ZAN_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/zancommon.pc.in ${PROJECT_BINARY_DIR}/zancommon.pc @ONLY)
+configure_file(cmake/zancommon-broker.pc.in ${PROJECT_BINARY_DIR}/zancommon-broker.pc @ONLY)
 
 install(EXPORT ZANCommonTargets NAMESPACE ZANCommon:: DESTINATION ${ZAN_PACKAGE_DIR})
 install(FILES ${PROJECT_BINARY_DIR}/ZANCommonConfig.cmake ${PROJECT_BINARY_DIR}/ZANCommonConfigVersion.cmake
         DESTINATION ${ZAN_PACKAGE_DIR})
 install(FILES ${PROJECT_BINARY_DIR}/zancommon.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(EXPORT ZANCommonBrokerTargets NAMESPACE ZANCommon:: DESTINATION ${ZAN_PACKAGE_DIR} COMPONENT broker)
+install(FILES ${PROJECT_BINARY_DIR}/zancommon-broker.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT broker)
+
+# The guides and what they quote, with the links between them as they are in the sources.
+set(ZAN_DOC_DIR ${CMAKE_INSTALL_DATADIR}/doc/libzancommon-dev)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${ZAN_DOC_DIR})
+install(DIRECTORY docs DESTINATION ${ZAN_DOC_DIR} FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY examples DESTINATION ${ZAN_DOC_DIR})

@@ -27,13 +27,19 @@ foreach(
     ${LIBDIR}/cmake/ZANCommon/ZANCommonConfig.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonConfigVersion.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonTargets.cmake
+    ${LIBDIR}/cmake/ZANCommon/ZANCommonBrokerTargets.cmake
     ${LIBDIR}/pkgconfig/zancommon.pc
+    ${LIBDIR}/pkgconfig/zancommon-broker.pc
     ${INCLUDEDIR}/zancommon/zancommon_export.h
     ${INCLUDEDIR}/zancommon/zanplatform_export.h
     ${INCLUDEDIR}/zancommon/stddevicedefinition/stddevicedescriptors.def
     ${INCLUDEDIR}/zancommon/valueframework/tree.h
     ${INCLUDEDIR}/zancommon/zancommon/zancharacteristics.h
+    ${INCLUDEDIR}/zancommon/zancommon/zanserverorb.h
     ${MANDIR}/man1/zanstation.1
+    ${DATADIR}/doc/libzancommon-dev/README.md
+    ${DATADIR}/doc/libzancommon-dev/docs/gettingstarted.md
+    ${DATADIR}/doc/libzancommon-dev/examples/consumer/CMakeLists.txt
     ${DATADIR}/doc/zanstation/examples/Application.ini
     ${DATADIR}/zancommon/translations/zancommon_de.qm)
     if(NOT EXISTS ${PREFIX}/${file})
@@ -52,6 +58,13 @@ foreach(text ${texts})
         endif()
     endforeach()
 endforeach()
+
+# The packages are of the version that the libraries have.
+file(STRINGS ${SOURCE}/debian/changelog change LIMIT_COUNT 1)
+string(FIND "${change}" "zancommon (${VERSION}-" at)
+if(NOT at EQUAL 0)
+    message(FATAL_ERROR "debian/changelog is of another version than ${VERSION}: ${change}")
+endif()
 
 run(${PREFIX}/bin/zanstation --version)
 if(NOT output STREQUAL "zanstation ${VERSION}\n")

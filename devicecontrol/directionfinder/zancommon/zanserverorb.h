@@ -4,7 +4,8 @@
 
 #include <omniORB4/CORBA.h>
 
-/// The process-wide CORBA broker (omniORB) of the DF server.
+/// The process-wide CORBA broker (omniORB) of the DF server. Programs that include this header are linked
+/// with `ZANCommon::broker`.
 ///
 /// Made on first use, which must be on one thread before others use it. The broker takes no command line; all
 /// of its configuration comes from omniORB's own sources, the environment and the configuration file. Its
