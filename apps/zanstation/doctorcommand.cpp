@@ -107,6 +107,9 @@ std::vector<NamedFinding> Examine(const QString& configDirectory, const std::opt
     for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
         findings.push_back({u"settings"_s, finding});
     }
+    for (const Finding& finding : CheckKeys(configDirectory)) {
+        findings.push_back({u"settings"_s, finding});
+    }
     findings.push_back({u"device type"_s, StationCheck::CheckDeviceType()});
     findings.push_back({u"device setup"_s, StationCheck::CheckAntennaSetup()});
     findings.push_back({u"hardware"_s, StationCheck::CheckHardware()});

@@ -101,18 +101,20 @@ int RunCommand::Run() {
 }
 
 bool RunCommand::IsSound() const {
+    for (const Finding& finding : CheckKeys(m_options.configDirectory)) {
+        Console::Warn(finding.text);
+    }
     bool isSound = true;
     for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
-        if (finding.severity == Finding::Severity::Error) {
-            Console::Error(finding.text);
-            isSound = false;
-        } else {
-            Console::Warn(finding.text);
-        }
+        Console::Error(finding.text);
+        isSound = false;
     }
     const QString output = GetOutputFile();
-    if (!output.isEmpty() && DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s),
-                                                       StreamFile(m_options.recording, u"/dev/stdin"_s))) {
+    const QString recording = StreamFile(m_options.recording, u"/dev/stdin"_s);
+    // A terminal may well be both.
+    const bool canBeSame = m_options.recording != STANDARD_STREAM || QFileInfo(recording).isFile();
+    if (!output.isEmpty() && canBeSame &&
+        DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), recording)) {
         Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, m_options.recording));
         isSound = false;
     }
@@ -365,10 +367,7 @@ int Commands::Run(const QStringList& arguments) {
         u"run"_s,
         u"Replays a recording through driver, adapter, filters and outputs. What is not given here stays as "
         "it is in the settings; what is given for outputs and thresholds is kept there."_s,
-        {{u"recording"_s,
-          u"Recording to replay (default: a simulated one). A FIFO, or \"-\" for standard input, is read as "
-          u"it "
-          "comes."_s,
+        {{u"recording"_s, u"Recording to replay (default: a simulated one); \"-\" is standard input."_s,
           u"FILE"_s},
          {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
           u"realtime"_s},
@@ -410,15 +409,15 @@ int Commands::Run(const QStringList& arguments) {
     if (!line.OpenStore()) {
         return EXIT_FAILED;
     }
-    const QString configDirectory = line.GetConfigDirectory();
+    options.configDirectory = line.GetConfigDirectory();
     DirectoryLock lock;
-    if (!lock.Take(configDirectory)) {
+    if (!lock.Take(options.configDirectory)) {
         Console::Error(lock.GetErrorText());
         return EXIT_FAILED;
     }
     options.asJson = line.AsJson();
     const std::optional<QString> recording = line.Text(u"recording"_s);
-    options.recording = recording ? AbsolutePath(*recording) : configDirectory + u"/example.csv"_s;
+    options.recording = recording ? AbsolutePath(*recording) : options.configDirectory + u"/example.csv"_s;
     RunCommand command(options);
     if (!command.IsSound()) {
         return EXIT_FAILED;
@@ -428,7 +427,7 @@ int Commands::Run(const QStringList& arguments) {
         return EXIT_FAILED;
     }
     // The command log is kept below the current directory: with the settings.
-    QDir::setCurrent(configDirectory);
+    QDir::setCurrent(options.configDirectory);
     const int exitCode = command.Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }

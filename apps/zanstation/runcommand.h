@@ -15,8 +15,9 @@
 
 /// What `zanstation run` is asked to do. What is not set stays as it is in the settings.
 struct RunOptions {
-    QString recording; ///< absolute path, or "-" for standard input
-    double pace = 1.0; ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
+    QString configDirectory; ///< absolute path
+    QString recording;       ///< absolute path, or "-" for standard input
+    double pace = 1.0;       ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
     /// Absolute path, for a later run may be started elsewhere; "-": standard output, for this run only.
     std::optional<QString> output;
     std::optional<QString> serial;

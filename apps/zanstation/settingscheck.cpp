@@ -8,6 +8,7 @@
 #include "zancommon/zansetupdata.h"
 
 #include <QRegularExpression>
+#include <QSettings>
 #include <QStringList>
 
 #include <algorithm>
@@ -79,6 +80,11 @@ QStringList GetKnownKeys() {
     return known;
 }
 
+/// The keys of the application's settings by their whole paths.
+QStringList ListKeys(const QString& directory) {
+    return QSettings(directory + u"/Application.ini"_s, QSettings::IniFormat).allKeys();
+}
+
 /// How many characters have to be put in, left out or changed to make one text of another.
 std::size_t GetDistance(QStringView from, QStringView to) {
     std::vector<std::size_t> row(static_cast<std::size_t>(to.size()) + 1);
@@ -92,36 +98,6 @@ std::size_t GetDistance(QStringView from, QStringView to) {
         }
     }
     return row.back();
-}
-
-/// Warns of the keys that nobody reads.
-[[maybe_unused]] void CheckKeys(const QStringList& keys, Findings& findings) {
-    constexpr std::size_t MOST_WARNINGS = 20;
-    constexpr qsizetype LONGEST_COMPARED = 200;
-    static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)"_s);
-    const QStringList known = GetKnownKeys();
-    std::size_t unknown = 0;
-    for (const QString& key : keys) {
-        const QString pattern = QString(key).replace(number, u"#"_s);
-        if (known.contains(pattern) || ++unknown > MOST_WARNINGS) {
-            continue;
-        }
-        const QString compared = pattern.first(std::min(pattern.size(), LONGEST_COMPARED));
-        QString nearest = std::ranges::min(
-            known, {}, [&](const QString& candidate) { return GetDistance(compared, candidate); });
-        // The sections that the key stands in keep their numbers.
-        QRegularExpressionMatchIterator numbers = number.globalMatch(key);
-        while (nearest.contains(u'#')) {
-            nearest.replace(nearest.indexOf(u'#'), 1, numbers.hasNext() ? numbers.next().captured() : u"0"_s);
-        }
-        findings.push_back({Severity::Warning,
-                            u"nobody reads the setting \"%1\"; the nearest one that is known is \"%2\""_s.arg(
-                                key, nearest)});
-    }
-    if (unknown > MOST_WARNINGS) {
-        findings.push_back(
-            {Severity::Warning, u"nobody reads %1 further settings"_s.arg(unknown - MOST_WARNINGS)});
-    }
 }
 
 Finding Refused(const QString& key, const QString& value, const QString& allowed) {
@@ -204,6 +180,38 @@ Findings CheckSettings(const QString& address) {
     if (const CfgPtr station{StationCfg::GetStationCfg(address, false)}) {
         CheckInteger(*station, ANTENNA_COUNT, findings);
         CheckSetup(*station, findings);
+    }
+    return findings;
+}
+
+Findings CheckKeys(const QString& directory) {
+    Findings findings;
+    constexpr std::size_t MOST_WARNINGS = 20;
+    constexpr qsizetype LONGEST_SHOWN = 200; // and compared
+    static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)"_s);
+    const QStringList known = GetKnownKeys();
+    std::size_t unknown = 0;
+    for (const QString& key : ListKeys(directory)) {
+        const QString pattern = QString(key).replace(number, u"#"_s);
+        if (known.contains(pattern) || ++unknown > MOST_WARNINGS) {
+            continue;
+        }
+        const QString compared = pattern.first(std::min(pattern.size(), LONGEST_SHOWN));
+        QString nearest = std::ranges::min(
+            known, {}, [&](const QString& candidate) { return GetDistance(compared, candidate); });
+        // The sections that the key stands in keep their numbers.
+        QRegularExpressionMatchIterator numbers = number.globalMatch(key);
+        while (nearest.contains(u'#')) {
+            nearest.replace(nearest.indexOf(u'#'), 1, numbers.hasNext() ? numbers.next().captured() : u"0"_s);
+        }
+        const QString shown = key.size() > LONGEST_SHOWN ? key.first(LONGEST_SHOWN) + u"..."_s : key;
+        findings.push_back({Severity::Warning,
+                            u"nobody reads the setting \"%1\"; the nearest one that is known is \"%2\""_s.arg(
+                                shown, nearest)});
+    }
+    if (unknown > MOST_WARNINGS) {
+        findings.push_back(
+            {Severity::Warning, u"nobody reads %1 further settings"_s.arg(unknown - MOST_WARNINGS)});
     }
     return findings;
 }

@@ -14,7 +14,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
+#include <limits>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -64,7 +64,7 @@ int GetMechOffset(const KvZANCommon::StatusStruct& status) {
 }
 
 BearingResult ToResult(const BearingBlock& block, const Bearing& bearing, int mechOffset) {
-    constexpr quint16 BEST_QUALITY = 100;
+    constexpr quint16 HIGHEST_QUALITY = std::numeric_limits<qint16>::max();
     BearingResult result;
     result.SetFrequency(block.status.frequency);
     if (bearing.level != Bearing::NOT_MEASURED) {
@@ -74,21 +74,18 @@ BearingResult ToResult(const BearingBlock& block, const Bearing& bearing, int me
     if (bearing.elevation != Bearing::NOT_MEASURED) {
         result.SetElevation(bearing.elevation);
     }
-    result.SetQuality(static_cast<qint16>(std::min(bearing.quality, BEST_QUALITY)));
+    result.SetQuality(static_cast<qint16>(std::min(bearing.quality, HIGHEST_QUALITY)));
     result.SetTimeStamp(block.time);
     return result;
 }
 
 /// Whether the settings can be used as they are; what is wrong with them is warned of.
 bool AreSettingsUsable() {
-    bool areUsable = true;
-    for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
-        if (finding.severity == Finding::Severity::Error) {
-            Console::Warn(finding.text);
-            areUsable = false;
-        }
+    const Findings findings = CheckSettings(Station::ADDRESS.toString());
+    for (const Finding& finding : findings) {
+        Console::Warn(finding.text);
     }
-    return areUsable;
+    return findings.empty();
 }
 
 } // namespace
@@ -205,9 +202,13 @@ void Station::Process(BearingBlock& block) {
     for (std::size_t i = 0; i < block.bearings.size(); ++i) {
         const bool isMarked = block.bearings[i].marker != Bearing().marker;
         ++m_counts.bearings;
-        m_counts.rejectedPitchRoll += hasSignal[i] && isTilted ? 1 : 0;
-        m_counts.unusable += isMarked && !(hasSignal[i] && isTilted) ? 1 : 0;
-        m_counts.withoutSignal += !hasSignal[i] && !isMarked ? 1 : 0;
+        if (hasSignal[i] && isTilted) {
+            ++m_counts.rejectedPitchRoll;
+        } else if (isMarked) {
+            ++m_counts.unusable;
+        } else if (!hasSignal[i]) {
+            ++m_counts.withoutSignal;
+        } // of the rest, the elevation decides
         if (!isMarked) {
             PublishBearing(block, block.bearings[i], mechOffset);
         }

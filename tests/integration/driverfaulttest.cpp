@@ -150,7 +150,8 @@ std::size_t FillQueue(unsigned bearingsPerBlock, int blocks, int& delivered) {
 TEST(DriverFault, WhatWaitsTakesNoMoreThanEightMegabytesHoweverItIsCutIntoBlocks) {
     constexpr std::size_t EIGHT_MEGABYTES = 8UL * 1024 * 1024;
     EXPECT_EQ(DriverReceiver::DEFAULT_CAPACITY, EIGHT_MEGABYTES);
-    for (const auto& [bearings, blocks] : {std::pair{1U, 200000}, std::pair{1000U, 2000}, std::pair{60000U, 40}}) {
+    for (const auto& [bearings, blocks] :
+         {std::pair{1U, 200000}, std::pair{1000U, 2000}, std::pair{60000U, 40}}) {
         int delivered = 0;
         EXPECT_LE(FillQueue(bearings, blocks, delivered), EIGHT_MEGABYTES) << bearings;
         EXPECT_LT(delivered, blocks) << "a driver that is faster than the station is held up";

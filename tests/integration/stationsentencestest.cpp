@@ -13,8 +13,8 @@
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
 
-// What a station makes of the blocks of a driver: the values of the tree, the sentences, and what stays in the
-// settings.
+// What a station makes of the blocks of a driver: the values of the tree, the sentences, and what stays in
+// the settings.
 
 namespace {
 
@@ -146,9 +146,10 @@ TEST_F(StationSentences, HalfAPositionIsNone) {
 }
 
 TEST_F(StationSentences, PositionOutsideTheEarthIsNone) {
-    for (const auto& [latitude, longitude] :
-         {std::pair{90.1, 5.5}, {52.5, -180.1}, {std::nan(""), 5.5},
-          {52.5, std::numeric_limits<double>::infinity()}}) {
+    for (const auto& [latitude, longitude] : {std::pair{90.1, 5.5},
+                                              {52.5, -180.1},
+                                              {std::nan(""), 5.5},
+                                              {52.5, std::numeric_limits<double>::infinity()}}) {
         Send(MakeBlockAt(52.5, 5.5));
         EXPECT_EQ(Send(MakeBlockAt(latitude, longitude)), HEAD + ATTITUDE + NOWHERE);
     }
@@ -229,8 +230,10 @@ TEST_F(StationSentences, AttitudeThatIsLostIsNotPassedOn) {
     block.status.pitch = 1.5;
     block.status.roll = -2.5;
     block.status.altitude = -4.0;
-    EXPECT_EQ(Send(block), "$PLG, 71.5,FRQ, 121500000,CMP, 12.3,QUA, 90.0,LEV, -0.5,TIM,000001,ELV,0.0,PTC,1.5,"
-                           "RLL,-2.5,ALT,-4.0" + NOWHERE);
+    EXPECT_EQ(Send(block),
+              "$PLG, 71.5,FRQ, 121500000,CMP, 12.3,QUA, 90.0,LEV, -0.5,TIM,000001,ELV,0.0,PTC,1.5,"
+              "RLL,-2.5,ALT,-4.0" +
+                  NOWHERE);
     EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE);
 }
 
@@ -265,7 +268,8 @@ TEST_F(StationSentences, HeadingThatIsNoAngleIsNotMeasured) {
 }
 
 TEST_F(StationSentences, MountingOfTheServingAntennaIsAddedOnlyWhereTheDriverLeavesThatToTheStation) {
-    auto* const offset = TreeValue<ValueNumericDouble>(u"/DEVICES/ZANServer/Ant1/AntMechOffset"_s); // of PX106
+    auto* const offset =
+        TreeValue<ValueNumericDouble>(u"/DEVICES/ZANServer/Ant1/AntMechOffset"_s); // of PX106
     offset->SetValue(-80.0, nullptr);
     Station::GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true); // has it read anew
     BearingBlock block = MakeBlock();
@@ -332,7 +336,8 @@ TEST_F(StationSentences, SetupRowsThatStandElsewhereInTheTreeSurviveARestart) {
     TreeValue<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->SetValue(u"daily 03:00"_s, nullptr);
     Restart();
     EXPECT_EQ(TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(), u"200126093000"_s);
-    EXPECT_EQ(TreeValue<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(), u"200126093000"_s);
+    EXPECT_EQ(TreeValue<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s)->GetValue(),
+              u"200126093000"_s);
     EXPECT_TRUE(TreeValue<ValueBool>(u"/ZANServer/USEJOBSETTINGSFORFFM"_s)->GetValue());
     EXPECT_EQ(TreeValue<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->GetValue(), u"daily 03:00"_s);
     m_station.reset();

@@ -85,7 +85,8 @@ TEST_F(Station, CountsEveryBearingByWhatBecameOfIt) {
     EXPECT_EQ(Counted(result, u"rejected: pitch/roll"_s), 2);
     EXPECT_EQ(Counted(result, u"rejected: overhead pass"_s), 1);
     EXPECT_EQ(Counted(result, u"without signal"_s), 0);
-    EXPECT_EQ(Counted(result, u"marked as unusable"_s), 1) << "the one without signal, and none a second time";
+    EXPECT_EQ(Counted(result, u"marked as unusable"_s), 1)
+        << "the one without signal, and none a second time";
     EXPECT_EQ(Counted(result, u"published"_s), 2);
     EXPECT_EQ(Counted(result, u"sentences to file"_s), 2);
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 2);
@@ -99,9 +100,11 @@ TEST_F(Station, RecordingIsNeverDestroyedByTheOutput) {
     ASSERT_TRUE(QFile::link(recording, symbolic));
     ASSERT_EQ(::link(recording.toLocal8Bit().constData(), hard.toLocal8Bit().constData()), 0);
     ASSERT_TRUE(QFile::copy(recording, Path(u"kept.bak"_s)));
-    for (const auto& [input, output] :
-         {std::pair{recording, recording}, {recording, symbolic}, {symbolic, recording}, {recording, hard},
-          {Path(u"kept.bak"_s), Path(u"kept"_s)}}) {
+    for (const auto& [input, output] : {std::pair{recording, recording},
+                                        {recording, symbolic},
+                                        {symbolic, recording},
+                                        {recording, hard},
+                                        {Path(u"kept.bak"_s), Path(u"kept"_s)}}) {
         QStringList arguments = RunArguments(input);
         arguments.replace(arguments.indexOf(Path(u"out"_s)), output);
         const StationResult result = RunStation(arguments);
@@ -120,7 +123,7 @@ TEST_F(Station, RecordingIsNotDestroyedByAnOutputThatStandsInTheSettingsEither) 
     ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
     WriteFile(Path(u"config/Application.ini"_s),
               "FileOutput_Enabled=true\nFileOutput_Address=" + recording.toUtf8() + '\n');
-    const QStringList arguments{u"run"_s, u"--recording"_s, recording, u"--speed"_s,
+    const QStringList arguments{u"run"_s, u"--recording"_s, recording,        u"--speed"_s,
                                 u"max"_s, u"--config"_s,    Path(u"config"_s)};
     EXPECT_EQ(RunStation(arguments).exitCode, 1);
     EXPECT_EQ(ReadFile(recording), content);
@@ -229,7 +232,8 @@ TEST_F(Station, StandardOutputTakesTheSentencesOfThisRunAndNothingElse) {
     const StationResult result = RunStation(arguments);
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(result.out.toUtf8(), sentences);
-    EXPECT_TRUE(result.err.contains(u"\nsentences to file                  1\n"_s)) << result.err.toStdString();
+    EXPECT_TRUE(result.err.contains(u"\nsentences to file                  1\n"_s))
+        << result.err.toStdString();
     EXPECT_EQ(ReadFile(Path(u"config/Application.ini"_s)), settings) << "it is not kept";
     EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
 }
@@ -256,9 +260,10 @@ TEST_F(Station, WhatIsWrongWithTheDeviceIsWarnedOf) {
                         .replace("DevType=ZANTIDE", "DevType=ZANTIDY")
                         .replace("HwCheckRequirements=false", "HwCheckRequirements=true")
                         .replace("HwRequiredComponents=", "HwRequiredComponents=RCV09"));
-    ASSERT_EQ(RunStation({u"antennas"_s, u"disable"_s, u"PX106"_s, u"--config"_s, Path(u"config"_s)}).exitCode, 1);
-    const StationResult result = RunStation(
-        RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n2000,121500000,10.0,,90,,,,,,,\n")));
+    ASSERT_EQ(
+        RunStation({u"antennas"_s, u"disable"_s, u"PX106"_s, u"--config"_s, Path(u"config"_s)}).exitCode, 1);
+    const StationResult result =
+        RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n2000,121500000,10.0,,90,,,,,,,\n")));
     EXPECT_EQ(result.exitCode, 0);
     for (const QString& warning :
          {u"warning: device type: unknown type \"ZANTIDY\", it counts as ZANTIDE; known are ZANTIDE, "_s,

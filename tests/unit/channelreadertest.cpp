@@ -25,11 +25,12 @@ ChannelReader Read(const QByteArray& content) {
 TEST(ChannelReader, LineOfAnyLengthIsOneRow) {
     for (const qsizetype length : {60000, 65535, 65536, 65537, 131072, 10'000'000}) {
         // Whoever cut the second line would find further rows in it.
-        const ChannelReader reader = Read("name,frequency_mhz\n" + QByteArray(length, 'x') +
-                                          ",118.5\nTower,121.5\n");
+        const ChannelReader reader =
+            Read("name,frequency_mhz\n" + QByteArray(length, 'x') + ",118.5\nTower,121.5\n");
         const bool isWhole = reader.GetBadRows().isEmpty();
         EXPECT_EQ(reader.GetChannels().size(), isWhole ? 2U : 1U) << length;
-        EXPECT_EQ(reader.GetBadRows(), isWhole ? QStringList() : QStringList{u"line 2: too long"_s}) << length;
+        EXPECT_EQ(reader.GetBadRows(), isWhole ? QStringList() : QStringList{u"line 2: too long"_s})
+            << length;
         EXPECT_EQ(reader.GetChannels().back().name, u"Tower"_s);
         EXPECT_EQ(reader.GetChannels().back().channel.GetChannelID(), 2);
         EXPECT_EQ(isWhole, length == 60000) << length;

@@ -130,7 +130,7 @@ TEST(DriverRecords, CopyOfAnAntennaSetupHasItsOwnSubRanges) {
 TEST(DriverRecords, StatusStartsWithoutMeasurements) {
     const StatusStruct status;
     EXPECT_EQ(status.frequency, 0.0);
-    EXPECT_FALSE(status.levelOverflow);
+    EXPECT_FALSE(status.levelOverflow || status.magneticHeading || status.withoutMechOffset);
     EXPECT_FALSE(status.heading || status.pitch || status.roll);
     EXPECT_FALSE(status.latitude || status.longitude || status.altitude);
 }

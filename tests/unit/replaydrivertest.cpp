@@ -273,7 +273,7 @@ TEST_F(ReplayDriverTest, DriverThatIsHeldUpByAFullQueueIsStoppedAndNothingOfItIs
     ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
     ASSERT_EQ(Open(driver, rows), ReplayDriver::OK);
     m_device.SetMode(EMODE_SCAN);
-    receiver.PassOnWaiting(); // the queue holds one delivery at a time: room for the first block
+    receiver.PassOnWaiting();             // the queue holds one delivery at a time: room for the first block
     while (m_device.GetReadCount() < 2) { // the second block waits for the first one to be taken
         QThread::yieldCurrentThread();
     }

@@ -1,9 +1,12 @@
 #include "zanstation/settingscheck.h"
 
 #include "support/printing.h"
-#include "support/storedsettings.h"
+#include "tolmappstartup/cfgcenter.h"
 
 #include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 
@@ -11,21 +14,33 @@ namespace {
 
 const QByteArray STATION = "[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=replay\n";
 
+/// The texts of findings, each with its severity in front.
+QStringList Texts(const Findings& findings) {
+    QStringList texts;
+    for (const Finding& finding : findings) {
+        texts.append((finding.severity == Finding::Severity::Error ? u"error: "_s : u"warning: "_s) +
+                     finding.text);
+    }
+    return texts;
+}
+
 class SettingsCheck : public testing::Test {
 protected:
-    /// What is said about a settings file, each finding with its severity in front.
-    QStringList Check(const QByteArray& settings) {
-        m_settings.Write(settings);
-        QStringList texts;
-        for (const Finding& finding : CheckSettings(u"replay"_s)) {
-            texts.append((finding.severity == Finding::Severity::Error ? u"error: "_s : u"warning: "_s) +
-                         finding.text);
-        }
-        EXPECT_EQ(m_settings.CloseAndRead(), QString::fromUtf8(settings)) << "nothing is written";
+    /// What is said about a settings file.
+    static QStringList Check(const QByteArray& settings) {
+        const QTemporaryDir
+            directory; // a new one, for Qt may take a file for the one that it has read before
+        const QString name = directory.filePath(u"Application.ini"_s);
+        QFile file(name);
+        EXPECT_TRUE(file.open(QFile::WriteOnly) && file.write(settings) == settings.size());
+        file.close();
+        EXPECT_TRUE(CfgCenter::SetConfigDirectory(directory.path()));
+        const QStringList texts = Texts(CheckSettings(u"replay"_s)) + Texts(CheckKeys(directory.path()));
+        EXPECT_TRUE(CfgCenter::Close());
+        EXPECT_TRUE(file.open(QFile::ReadOnly));
+        EXPECT_EQ(file.readAll(), settings) << "nothing is written";
         return texts;
     }
-
-    StoredSettings m_settings;
 };
 
 } // namespace
@@ -48,9 +63,10 @@ TEST_F(SettingsCheck, NumberOutsideItsRangeIsToldWithNameValueAndWhatIsAllowed) 
               (QStringList{u"error: the setting \"LocationLatitude\" is \"-91\"; allowed is -90 to 90"_s,
                            u"error: the setting \"DFMechOffset\" is \"3601\"; allowed is -3600 to 3600"_s,
                            u"error: the setting \"PitchThreshold\" is \"90.5\"; allowed is -90 to 90"_s}));
-    EXPECT_EQ(Check(STATION + "[ZANStations/ZANStation0/SystemConfiguration]\nAntennaCount=13\n"),
-              QStringList{
-                  u"error: the setting \"SystemConfiguration/AntennaCount\" is \"13\"; allowed is 0 to 12"_s});
+    EXPECT_EQ(
+        Check(STATION + "[ZANStations/ZANStation0/SystemConfiguration]\nAntennaCount=13\n"),
+        QStringList{
+            u"error: the setting \"SystemConfiguration/AntennaCount\" is \"13\"; allowed is 0 to 12"_s});
 }
 
 TEST_F(SettingsCheck, TextWhereANumberBelongsIsNoNumber) {
@@ -65,13 +81,51 @@ TEST_F(SettingsCheck, TextWhereANumberBelongsIsNoNumber) {
 }
 
 TEST_F(SettingsCheck, KeyThatASelectionDoesNotHaveIsToldWithThoseThatItHas) {
-    EXPECT_EQ(Check(STATION + "LocationChoice=3\nPreAmplifierHf=perhaps\n"),
-              (QStringList{u"error: the setting \"LocationChoice\" is \"3\"; allowed is 0 (None), 1 (GPS), "
-                           "2 (Manual)"_s,
-                           u"error: the setting \"PreAmplifierHf\" is \"perhaps\"; allowed is true or false"_s}));
+    EXPECT_EQ(
+        Check(STATION + "LocationChoice=3\nPreAmplifierHf=perhaps\n"),
+        (QStringList{u"error: the setting \"LocationChoice\" is \"3\"; allowed is 0 (None), 1 (GPS), "
+                     "2 (Manual)"_s,
+                     u"error: the setting \"PreAmplifierHf\" is \"perhaps\"; allowed is true or false"_s}));
 }
 
 TEST_F(SettingsCheck, OnlyTheStationOfTheDeviceIsLookedInto) {
-    EXPECT_EQ(Check("[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=other\nPitchThreshold=95\n"),
-              QStringList());
+    EXPECT_EQ(
+        Check("[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=other\nPitchThreshold=95\n"),
+        QStringList());
+}
+
+TEST_F(SettingsCheck, KeyThatNobodyReadsIsToldWithTheNearestOneThatIsKnown) {
+    EXPECT_EQ(
+        Check("OutputInterval=10\n" + STATION +
+              "PitchTreshold=5\n[ZANStations/ZANStation0/SystemConfiguration/Antenna3]\nMinRnage=1\n"),
+        (QStringList{
+            u"warning: nobody reads the setting \"OutputInterval\"; the nearest one that is known is "
+            "\"Output_Interval\""_s,
+            u"warning: nobody reads the setting \"ZANStations/ZANStation0/PitchTreshold\"; the nearest one "
+            "that is known is \"ZANStations/ZANStation0/PitchThreshold\""_s,
+            u"warning: nobody reads the setting "
+            "\"ZANStations/ZANStation0/SystemConfiguration/Antenna3/MinRnage\"; the nearest one that is "
+            "known is \"ZANStations/ZANStation0/SystemConfiguration/Antenna3/MinRange\""_s}));
+}
+
+TEST_F(SettingsCheck, EveryKeyOfTheExampleStationIsKnown) {
+    QFile example(QStringLiteral(ZAN_EXAMPLE_SETTINGS));
+    ASSERT_TRUE(example.open(QFile::ReadOnly));
+    EXPECT_EQ(Check(example.readAll()), QStringList());
+}
+
+TEST_F(SettingsCheck, HubPortAndAddressesAreKnown) {
+    EXPECT_EQ(
+        Check("MshCentralAddress=127.0.0.1\nMshCentralPort=4500\nMshClientName=ZAN\nAutoCoupleTargets=a\n"),
+        QStringList());
+}
+
+TEST_F(SettingsCheck, ManyKeysThatNobodyReadsAreCounted) {
+    QByteArray settings;
+    for (int i = 0; i < 1000; ++i) {
+        settings += "Key" + QByteArray::number(i) + "=1\n";
+    }
+    const QStringList texts = Check(settings + QByteArray(100000, 'x') + "=1\n");
+    ASSERT_EQ(texts.size(), 21);
+    EXPECT_EQ(texts.back(), u"warning: nobody reads 981 further settings"_s);
 }
