@@ -51,7 +51,7 @@ int PrintHardware(bool asJson) {
         for (const QString& component : components) {
             array.append(DescribeForPrograms(component, hardware.GetComponentState(component)));
         }
-        Console::Print(
+        Console::PrintJson(
             QJsonDocument(QJsonObject{{u"complete"_s, missing.empty()}, {u"components"_s, array}}));
     } else {
         Table table({u"component"_s, u"state"_s});

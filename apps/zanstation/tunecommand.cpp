@@ -46,10 +46,15 @@ struct Change {
 
 /// What becomes of a request.
 struct Tuning {
+    explicit Tuning(const TuneRequest& wish)
+        : request(wish)
+        , start(wish.start)
+        , stop(wish.stop) {}
+
     TuneRequest request;
     bool isValid = false;
-    double start = 0.0; // what is valid, in Hz; of a frequency both are the same
-    double stop = 0.0;
+    double start; // what is valid, in Hz; of a frequency both are the same
+    double stop;
     std::vector<Change> changes;
     const AntennaData* antenna = nullptr; // that serves it
     EZANSampleMode sampleMode = SAMPLEMODE_END;
@@ -117,7 +122,7 @@ Tuning TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& req
     const bool hasBand = mode == OPMODE_WIDEBAND_FFM;
     double bandwidth = request.bandwidth.value_or(
         hasBand ? characteristics.GetDefaultRealtimeBandwidth(mode, inLimits, inLimits) : 0.0);
-    Tuning tuning{.request = request};
+    Tuning tuning(request);
     if (hasBand) {
         tuning.request.bandwidth = bandwidth;
     }
@@ -154,7 +159,7 @@ Tuning TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& req
 
 Tuning TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request) {
     const EOperationMode mode = request.mode;
-    Tuning tuning{.request = request, .start = request.start, .stop = request.stop};
+    Tuning tuning(request);
     double anyBandwidth = ZANCharacteristics::fBANDWIDTH_ANY;
     double unused = 0.0;
     const AntennaData* const antenna = characteristics.ToNextValidFrequencyRange(
