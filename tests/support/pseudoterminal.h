@@ -32,9 +32,9 @@ public:
             close(std::exchange(m_farEnd, -1));
         }
     }
-    /// What has arrived at the far end since the last call, or a part of it.
-    [[nodiscard]] QByteArray Read(qsizetype atMost = 65536) const {
-        QByteArray bytes(atMost, '\0');
+    /// What has arrived at the far end since the last call.
+    [[nodiscard]] QByteArray Read() const {
+        QByteArray bytes(65536, '\0');
         const ssize_t count = read(m_farEnd, bytes.data(), static_cast<size_t>(bytes.size()));
         bytes.truncate(std::max<ssize_t>(count, 0));
         return bytes;
