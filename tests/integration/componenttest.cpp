@@ -13,7 +13,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstddef>
+#include <elf.h>
 #include <future>
+#include <link.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -249,6 +252,31 @@ TEST_F(CopiedComponentTest, TruncatedLibraryIsRefusedWhereverItIsCut) {
         ASSERT_TRUE(QFile::resize(path, size));
         ExpectRefusal(u"GoodComponent.dll"_s, path + u": it is truncated"_s);
     }
+}
+
+TEST_F(CopiedComponentTest, TruncatedLibraryWithoutASectionTableIsRefusedToo) {
+    const auto loseSections = [this] {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        file.seek(offsetof(ElfW(Ehdr), e_shoff));
+        file.write(QByteArray(sizeof(ElfW(Off)), 0));
+        file.seek(offsetof(ElfW(Ehdr), e_shnum));
+        file.write(QByteArray(sizeof(ElfW(Half)), 0));
+    };
+    loseSections();
+    ExpectLoads();
+    ASSERT_TRUE(QFile::resize(path, 4096));
+    ExpectRefusal(u"GoodComponent.dll"_s, path + u": it is truncated"_s);
+}
+
+TEST_F(CopiedComponentTest, LibraryOfAnotherKindOfMachineIsRefused) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    file.seek(EI_CLASS);
+    file.write(QByteArray(1, sizeof(void*) == 8 ? ELFCLASS32 : ELFCLASS64));
+    file.close();
+    EXPECT_EQ(Create(u"GoodComponent.dll"_s), nullptr);
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(path + u": it is no shared object"_s));
 }
 
 TEST_F(ComponentTest, OnlyAnAbsoluteDirectoryIsSearched) {

@@ -9,7 +9,9 @@
 #include <omniORB4/omniTransport.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <set>
 #include <sys/resource.h>
 #include <utility>
 
@@ -28,29 +30,32 @@ void WriteLogLine(const char* line) {
 
 /// How many connections of others may be open at once. At the limit of descriptors the broker would try to
 /// accept the next one without pause, and the process could open nothing more; half of them are left to it.
-int GetConnectionLimit() {
+std::size_t GetConnectionLimit() {
     constexpr rlim_t MOST = 256;
     rlimit descriptors{};
     getrlimit(RLIMIT_NOFILE, &descriptors);
-    return static_cast<int>(std::min(descriptors.rlim_cur / 2, MOST));
+    return std::min(descriptors.rlim_cur / 2, MOST);
 }
 
-int CountConnections() {
+/// Asked for each new connection, on the connection's own thread.
+CORBA::Boolean AcceptConnection(omni::omniInterceptors::serverAcceptConnection_T::info_T& info) {
+    // Of which some have ended since. Never destroyed: the broker's threads outlive the end of main.
+    static auto& accepted = *new std::set<const omni::StrandList*>;
     const omni_tracedmutex_lock lock(*omni::omniTransportLock);
-    int count = 0;
+    std::set<const omni::StrandList*> open;
     const omni::StrandList& head = omni::giopStrand::passive;
     for (const omni::StrandList* strand = head.next; strand != &head; strand = strand->next) {
-        ++count;
+        if (strand != &info.strand && accepted.contains(strand)) {
+            open.insert(strand);
+        }
     }
-    return count;
-}
-
-/// Asked for each new connection, which is among those that are open.
-CORBA::Boolean AcceptConnection(omni::omniInterceptors::serverAcceptConnection_T::info_T& info) {
-    if (CountConnections() > GetConnectionLimit()) {
+    if (open.size() < GetConnectionLimit()) {
+        open.insert(&info.strand);
+    } else {
         info.reject = true;
         info.why = "too many connections";
     }
+    accepted = std::move(open);
     return true;
 }
 
