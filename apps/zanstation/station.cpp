@@ -1,6 +1,7 @@
 #include "zanstation/station.h"
 
 #include "stddevicedefinition/stddevicedescriptors.h"
+#include "tolmappstartup/cfgcenter.h"
 #include "valueframework/tree.h"
 #include "valueframework/valueaccess.h"
 #include "zancommon/ohpparamspersistency.h"
@@ -146,9 +147,13 @@ ZANCharacteristics& Station::GetCharacteristics() {
 
 Station::~Station() {
     m_overheadSynchronizer.reset();
-    ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
-    m_setup.ReadFromValueTree({});
-    m_setup.WriteToCfg(GetDeviceAddress());
+    {
+        // Output and setup write all of their settings. What others changed since they were read stays.
+        const CfgWriteBack writeBack = CfgCenter::GetAppCfg(ICfg::View::Stations).BeginWriteBack();
+        ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
+        m_setup.ReadFromValueTree({});
+        m_setup.WriteToCfg(GetDeviceAddress());
+    }
     ZANInformationCenter::Finalise();
     ZANOptions::Finalise();
     m_device.reset();
