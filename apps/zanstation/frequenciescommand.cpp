@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -32,27 +33,30 @@ KvZANCommon::TCFrequencyListPersistency GetPersistency(ValueTrafficControlFreque
     return {list, STORE, ICfg::View::Outputs};
 }
 
-/// The section of the store that the entries of the list stand in.
-class EntrySections {
-public:
-    /// The section of an entry; null when the store cannot be had.
-    [[nodiscard]] CfgPtr Get(qsizetype index) const {
-        return CfgPtr(m_list ? m_list->GetSubCfg(u"TCFrequency_"_s + QString::number(index)) : nullptr);
-    }
-
-private:
-    const CfgPtr m_store{CfgCenter::CreateCfg(STORE, ICfg::View::Outputs, {})};
-    const CfgPtr m_list{m_store ? m_store->GetSubCfg(u"TrafficControlFrequencies"_s) : nullptr};
-};
-
 /// Names are the station's own addition to the entries of the list.
 const QString NAME_KEY = u"Name"_s;
+const QString ENTRY = u"TCFrequency_"_s;
 
-void StoreNames(const std::vector<NamedChannel>& channels) {
-    const EntrySections sections;
+CfgPtr OpenStore() {
+    return CfgPtr(CfgCenter::CreateCfg(STORE, ICfg::View::Outputs, {}));
+}
+
+CfgPtr OpenList(const CfgPtr& store) {
+    return CfgPtr(store ? store->GetSubCfg(u"TrafficControlFrequencies"_s) : nullptr);
+}
+
+/// Replaces the list and its names in the file, all at once.
+void Store(ValueTrafficControlFrequencyList* list, const std::vector<NamedChannel>& channels) {
+    const CfgPtr store = OpenStore();
+    const CfgPtr section = OpenList(store);
+    if (!section) {
+        return;
+    }
+    const CfgWriteBack writeBack = section->BeginWriteBack();
+    GetPersistency(list).MakePersistent();
     for (qsizetype index = 0; const NamedChannel& channel : channels) {
-        if (const CfgPtr section = sections.Get(index++)) {
-            section->SetString(NAME_KEY, channel.name);
+        if (const CfgPtr entry{section->GetSubCfg(ENTRY + QString::number(index++))}) {
+            entry->SetString(NAME_KEY, channel.name);
         }
     }
 }
@@ -65,20 +69,24 @@ bool HoldsEntry(const ICfg& section) {
     });
 }
 
-/// The names of the first entries of the store, as many as there are channels in the list.
-QStringList RestoreNames(qsizetype count) {
-    // One that is missing among them does not count; the bound is for a store that another process shortens.
-    const qsizetype lastIndex = 2 * count + 1000;
-    const EntrySections sections;
-    QStringList names;
-    for (qsizetype index = 0; names.size() < count && index < lastIndex; ++index) {
-        const CfgPtr section = sections.Get(index);
-        if (section && HoldsEntry(*section)) {
-            names.append(section->GetString(NAME_KEY, {}));
+/// The names of the entries in the store, in their order; the first ones are those of the list.
+QStringList RestoreNames() {
+    std::map<qint64, QString> names;
+    const CfgPtr store = OpenStore();
+    if (const CfgPtr section = OpenList(store)) {
+        for (const QString& name : section->GetSubCfgNames()) {
+            const qint64 index = name.startsWith(ENTRY) ? name.sliced(ENTRY.size()).toLongLong() : -1;
+            const CfgPtr entry{section->GetSubCfg(name)};
+            if (name == ENTRY + QString::number(index) && index >= 0 && entry && HoldsEntry(*entry)) {
+                names[index] = entry->GetString(NAME_KEY, {});
+            }
         }
     }
-    names.resize(count);
-    return names;
+    QStringList inOrder;
+    for (const auto& [index, name] : names) {
+        inOrder.append(name);
+    }
+    return inOrder;
 }
 
 /// Replaces the list by the channels of a CSV file, and reports the rows that were left out. A file without
@@ -105,8 +113,7 @@ int Import(const QString& fileName, bool asJson) {
             list->PushBack(entry.channel, nullptr);
         }
     }
-    GetPersistency(list).MakePersistent();
-    StoreNames(channels);
+    Store(list, channels);
     if (asJson) {
         Console::PrintJson(
             QJsonDocument(QJsonObject{{u"imported"_s, static_cast<qint64>(channels.size())},
@@ -123,10 +130,10 @@ std::vector<NamedChannel> Restore() {
     ValueTrafficControlFrequencyList* const list = GetList();
     GetPersistency(list).Restore();
     const auto& channels = list->GetElements();
-    const QStringList names = RestoreNames(static_cast<qsizetype>(channels.size()));
+    const QStringList names = RestoreNames();
     std::vector<NamedChannel> named;
     for (qsizetype index = 0; const TrafficControlFrequency& channel : channels) {
-        named.push_back({channel, names.at(index++)});
+        named.push_back({channel, names.value(index++)});
     }
     return named;
 }

@@ -1,6 +1,7 @@
 #include "zanstation/station.h"
 
 #include "stddevicedefinition/stddevicedescriptors.h"
+#include "tolmappstartup/cfgcenter.h"
 #include "valueframework/tree.h"
 #include "valueframework/valueaccess.h"
 #include "zancommon/ohpparamspersistency.h"
@@ -170,11 +171,15 @@ ZANCharacteristics& Station::GetCharacteristics() {
 
 Station::~Station() {
     m_overheadSynchronizer.reset();
-    ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
-    m_position.reset();
-    if (m_areSettingsUsable) {
-        m_setup.ReadFromValueTree({});
-        m_setup.WriteToCfg(GetDeviceAddress());
+    {
+        // Output and setup write all of their settings. What others changed since they were read stays.
+        const CfgWriteBack writeBack = CfgCenter::GetAppCfg(ICfg::View::Stations).BeginWriteBack();
+        ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
+        m_position.reset();
+        if (m_areSettingsUsable) {
+            m_setup.ReadFromValueTree({});
+            m_setup.WriteToCfg(GetDeviceAddress());
+        }
     }
     m_modifyTimes.reset();
     ZANInformationCenter::Finalise();

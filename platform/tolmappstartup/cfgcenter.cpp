@@ -1,5 +1,6 @@
 #include "tolmappstartup/cfgcenter.h"
 
+#include "kwbase/errorhandler.h"
 #include "tolmappstartup/componentloader.h"
 #include "tolmappstartup/plainfilename.h"
 #include "tolmappstartup/problemreport.h"
@@ -8,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <chrono>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -16,6 +18,15 @@ namespace {
 
 void Report(const QString& problem, unsigned line) {
     ReportProblem(problem, u"tolmappstartup\\cfgcenter"_s, line);
+}
+
+// How numbers and booleans stand in a settings file.
+QString TextOf(qint64 value) {
+    return QString::number(value);
+}
+
+QString TextOf(bool value) {
+    return value ? u"true"_s : u"false"_s;
 }
 
 // A settings file, or a sub-configuration of one.
@@ -37,6 +48,9 @@ public:
     void SetBool(const QString& key, bool value) override;
     [[nodiscard]] ICfg* GetSubCfg(const QString& name) override;
     void Release() override;
+    [[nodiscard]] QStringList GetKeys() const override;
+    [[nodiscard]] QStringList GetSubCfgNames() const override;
+    [[nodiscard]] CfgWriteBack BeginWriteBack() override;
 
 private:
     [[nodiscard]] QString WholeKey(const QString& key) const {
@@ -47,7 +61,11 @@ private:
     QString m_prefix; // with the "/" at its end; empty for a whole file
 };
 
+constexpr std::chrono::seconds CLOSE_PATIENCE(10); // with a settings file that another process has locked
+
 struct State {
+    // There before the files, and so until after them: they may report something to the very end.
+    ErrorHandler& errorHandler = ErrorHandler::Instance();
     QString configDirectory;
     Cfg appCfg{SettingsFile::Open({}), {}};
     // Keeps the files open that nobody holds just now: what could not be saved is not lost.
@@ -71,36 +89,36 @@ std::shared_ptr<SettingsFile> OpenFile(const QString& name) {
 }
 
 QString Cfg::GetString(const QString& key, const QString& defaultValue) const {
-    const QString* const text = m_pFile->Find(WholeKey(key));
-    return text ? *text : defaultValue;
+    const QString wholeKey = WholeKey(key);
+    const QString* const text = m_pFile->Find(wholeKey);
+    QString value = text ? *text : defaultValue;
+    m_pFile->SetKnown(wholeKey, value);
+    return value;
 }
 
 qint64 Cfg::GetInt(const QString& key, qint64 defaultValue) const {
     const QString wholeKey = WholeKey(key);
     const QString* const text = m_pFile->Find(wholeKey);
-    if (!text) {
-        return defaultValue;
-    }
     bool isNumber = false;
-    const qint64 number = text->toLongLong(&isNumber);
-    if (!isNumber) {
+    const qint64 number = text ? text->toLongLong(&isNumber) : defaultValue;
+    if (text && !isNumber) {
         m_pFile->ReportUnreadable(wholeKey, u"integer"_s);
-        return defaultValue;
     }
-    return number;
+    const qint64 value = isNumber ? number : defaultValue;
+    m_pFile->SetKnown(wholeKey, TextOf(value));
+    return value;
 }
 
 bool Cfg::GetBool(const QString& key, bool defaultValue) const {
     const QString wholeKey = WholeKey(key);
     const QString* const text = m_pFile->Find(wholeKey);
-    if (!text) {
-        return defaultValue;
-    }
-    const std::optional<bool> value = ParseBoolean(*text);
-    if (!value) {
+    const std::optional<bool> stored = text ? ParseBoolean(*text) : std::nullopt;
+    if (text && !stored) {
         m_pFile->ReportUnreadable(wholeKey, u"boolean"_s);
     }
-    return value.value_or(defaultValue);
+    const bool value = stored.value_or(defaultValue);
+    m_pFile->SetKnown(wholeKey, TextOf(value));
+    return value;
 }
 
 void Cfg::CommitKey(const QString&) {
@@ -112,19 +130,20 @@ void Cfg::SetString(const QString& key, const QString& value) {
 }
 
 void Cfg::SetInt(const QString& key, qint64 value) {
-    SetString(key, QString::number(value));
+    SetString(key, TextOf(value));
 }
 
 void Cfg::SetBool(const QString& key, bool value) {
-    SetString(key, value ? u"true"_s : u"false"_s);
+    SetString(key, TextOf(value));
 }
 
 ICfg* Cfg::GetSubCfg(const QString& name) {
-    if (!IsSettingsKey(name)) {
+    const QString prefix = m_prefix + name + u'/';
+    if (!IsSettingsKey(prefix + u"Key"_s)) {
         Report(u"\""_s + name + u"\" cannot be the name of a sub-configuration."_s, __LINE__);
         return nullptr;
     }
-    return new Cfg(m_pFile, m_prefix + name + u'/');
+    return new Cfg(m_pFile, prefix);
 }
 
 void Cfg::Release() {
@@ -132,6 +151,19 @@ void Cfg::Release() {
     if (this != &GetState().appCfg) {
         delete this;
     }
+}
+
+QStringList Cfg::GetKeys() const {
+    return m_pFile->GetNames(m_prefix, false);
+}
+
+QStringList Cfg::GetSubCfgNames() const {
+    return m_pFile->GetNames(m_prefix, true);
+}
+
+CfgWriteBack Cfg::BeginWriteBack() {
+    m_pFile->BeginWriteBack();
+    return {m_pFile.get(), [pFile = m_pFile](SettingsFile*) { pFile->EndWriteBack(); }};
 }
 
 } // namespace
@@ -175,9 +207,10 @@ ICfg* CfgCenter::CreateCfg(const QString& name, ICfg::View, const QString&) {
 
 bool CfgCenter::Close() {
     State& state = GetState();
+    const QDeadlineTimer deadline(CLOSE_PATIENCE);
     bool isSaved = true;
     for (const std::shared_ptr<SettingsFile>& pFile : std::as_const(state.files)) {
-        isSaved = pFile->Save() && isSaved;
+        isSaved = pFile->SaveFinally(deadline) && isSaved;
     }
     state.appCfg.SetFile(SettingsFile::Open({}));
     state.files.clear();

@@ -9,14 +9,16 @@
 /// The configuration centre: the process's settings files and component libraries.
 ///
 /// Settings files are readable text in the manner of INI files, in one directory: `[section/subsection]`
-/// headers, `key=value` lines, UTF-8. A value reads as the text that stands there, whatever commas,
-/// semicolons or backslashes it holds; only a value enclosed in double quotes is unescaped: a backslash in
-/// front of n, r, t, uXXXX, a quote or a backslash. Lines that begin with ";" or "#" are comments; they are
-/// not kept when the program writes the file.
+/// headers, `[General]` for keys without a section, `key=value` lines, UTF-8. A value reads as the text that
+/// stands there, whatever commas, semicolons or backslashes it holds; only a value enclosed in double quotes
+/// is unescaped. Lines that begin with ";" or "#" are comments; they are not kept when the program writes the
+/// file. QSettings reads what is written to the letter, and what it writes is read; so it is with Python's
+/// configparser (docs/configuration.md).
 ///
-/// A file is replaced as a whole or not at all. A damaged one is kept beside as "FILE.damaged-N" and
-/// reported; what is readable of it stays in force. Before a value that could not be read as the type wanted
-/// is overwritten, the file is kept in the same way.
+/// A file is replaced as a whole or not at all, and several processes may write one at the same time: each
+/// changes the keys that it has set in what stands in the file by then. A damaged file is kept beside as
+/// "FILE.damaged-N" and reported; what is readable of it stays in force. Before a value that could not be
+/// read as the type wanted is overwritten, the file is kept in the same way.
 ///
 /// Everything belongs to the application's main thread.
 class ZANPLATFORM_EXPORT CfgCenter {
@@ -35,7 +37,8 @@ public:
     static ICfg* CreateCfg(const QString& name, ICfg::View view, const QString& unused);
     /// Saves every settings file. To be called at the end of the program; what is set in `GetAppCfg` later,
     /// or before the next `SetConfigDirectory`, lives in memory only. Objects of `CreateCfg` and `GetSubCfg`
-    /// that have not been released go on with their file. False when something could not be saved.
+    /// that have not been released go on with their file. Waits at most 10 seconds for files that other
+    /// processes have locked. False when something could not be saved; the keys are reported.
     static bool Close();
 
     /// Chooses the one directory in which components are looked for; it need not be there yet. False for a

@@ -3,15 +3,21 @@
 #include "zanplatform_export.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
+
+/// Lasts as long as settings are written back (`ICfg::BeginWriteBack`).
+using CfgWriteBack = std::shared_ptr<void>;
 
 /// A hierarchical store of settings.
 ///
 /// A "/" in a key separates sub-configurations: "SystemConfiguration/Antenna0" is the key "Antenna0" of the
-/// sub-configuration "SystemConfiguration". A key is a text without control characters, "=", "[" and "]"; the
-/// names between its slashes are neither empty nor begin with ";" or "#", and have no blanks around them.
-/// Other keys hold nothing and cannot be set. All operations belong to the application's main thread.
+/// sub-configuration "SystemConfiguration". A key is a text without control characters and any of = [ ] : ; "
+/// \, and without a "%" that hexadecimal digits follow; the names between its slashes are neither empty nor
+/// begin with "#", and have no blanks around them. "General" (in any case), "%General" and "DEFAULT" are no
+/// names of sub-configurations of a file. Other keys cannot be set. All operations belong to the
+/// application's main thread; none waits for another process longer than a second.
 class ZANPLATFORM_EXPORT ICfg {
 public:
     /// The views that are asked for. All of them show the one settings file of the application, so that a key
@@ -33,8 +39,10 @@ public:
     /// As `GetString`. "true" and "false" in any case, and the integers 1 and 0; any other text gives the
     /// default and is reported, once a value.
     [[nodiscard]] virtual bool GetBool(const QString& key, bool defaultValue) const = 0;
-    /// Saves what has been set, under this and any other key of the file. A failure is reported, the values
-    /// stay in force, and the next commit tries again.
+    /// Saves what has been set, under this and any other key of the file: each key is changed in what stands
+    /// in the file by then, so that what other processes wrote under others stays. When that fails, the
+    /// values stay in force, and the next commit and the event loop try again; the first failure is reported.
+    /// While another process has the file locked nothing is reported before `CfgCenter::Close`.
     virtual void CommitKey(const QString& key) = 0;
     /// Stores a value, which is in force at once. It is saved with the next commit, when a sub-configuration
     /// of the file is released, when the event loop runs, or when the store is closed, whichever comes first.
@@ -49,6 +57,17 @@ public:
     [[nodiscard]] virtual ICfg* GetSubCfg(const QString& name) = 0;
     /// Saves what has been set, in this object or elsewhere in its file, and destroys this object.
     virtual void Release() = 0;
+    /// The keys that hold something in this configuration itself, not in one below it: names without "/", in
+    /// order.
+    [[nodiscard]] virtual QStringList GetKeys() const = 0;
+    /// The sub-configurations directly below this one that hold something, in order.
+    [[nodiscard]] virtual QStringList GetSubCfgNames() const = 0;
+    /// For objects that write all of their settings, changed or not, and shall undo nothing that other
+    /// processes did meanwhile: locks the whole file and reads it again; when the result is destroyed, what
+    /// was set is saved and the file unlocked. A key that was set to what this process was given for it last,
+    /// or set it to last, keeps what is in the file by now; one that is not in the file is written in any
+    /// case. What is committed meanwhile is saved at the end. To be short, for others wait. May be nested.
+    [[nodiscard]] virtual CfgWriteBack BeginWriteBack() = 0;
 
 protected:
     ICfg() = default;

@@ -7,162 +7,344 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QThread>
 
 #include <algorithm>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
 constexpr qsizetype MAX_LINES_NAMED = 10; // of a damaged file, which may be damaged in every line
-constexpr qsizetype MAX_TEXT_SHOWN = 80;  // of a value that cannot be read
+constexpr qsizetype MAX_KEYS_NAMED = 100;
+constexpr qsizetype MAX_TEXT_SHOWN = 80; // of a value that cannot be read
+constexpr qint64 MAX_FILE_SIZE = qint64{64} << 20;
+constexpr auto PATIENCE = 1s; // the longest that the main thread stands still
+constexpr int RETRY_MS = 1000;
 
-// Qt hands a file format nothing but the open device, so the object is found by the file's name.
+constexpr QStringView CANNOT_WRITE =
+    u"the file or its folder cannot be written (read-only, or the disk is full)";
+
+// The files that are open, so that all who open one share it.
 QHash<QString, SettingsFile*> openFiles;
 
-SettingsFile* FindOpenFile(const QIODevice& device) {
-    const auto* file = qobject_cast<const QFileDevice*>(&device);
-    return file ? openFiles.value(file->fileName()) : nullptr;
-}
-
-void Report(const QString& problem, unsigned line) {
+void ReportHere(const QString& problem, unsigned line) {
     ReportProblem(problem, u"tolmappstartup\\settingsfile"_s, line);
 }
 
-// A process that dies between making its lock file and writing its name into it leaves an empty one, which
-// would hold up the next write for half a minute. A living process fills it at once.
-void RemoveAbandonedLock(const QString& lockPath) {
-    constexpr int GRACE_MS = 1000;
-    constexpr int STEP_MS = 20;
-    for (int waitedMs = 0; QFile::exists(lockPath) && QFileInfo(lockPath).size() == 0; waitedMs += STEP_MS) {
-        if (waitedMs >= GRACE_MS) {
-            QFile::remove(lockPath);
-            return;
-        }
-        QThread::msleep(STEP_MS);
+struct Content {
+    QByteArray bytes;
+    bool isReadable;
+};
+
+// What a file holds; nothing when there is none. Whatever else stands in its place is not waited for.
+Content ReadFile(const QString& path) {
+    const int handle = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (handle < 0) {
+        return {{}, errno == ENOENT};
     }
+    QFile file;
+    struct stat status {};
+    if (!file.open(handle, QFile::ReadOnly, QFile::AutoCloseHandle) || fstat(handle, &status) != 0 ||
+        !S_ISREG(status.st_mode) || status.st_size > MAX_FILE_SIZE) {
+        return {{}, false};
+    }
+    Content content{file.readAll(), true};
+    content.isReadable = file.error() == QFile::NoError;
+    return content;
+}
+
+// The file that is meant by the name of a link to it.
+QString FollowLinks(QString path) {
+    constexpr int MAX_LINKS = 40;
+    for (int i = 0; i < MAX_LINKS && QFileInfo(path).isSymLink(); ++i) {
+        path = QFileInfo(path).symLinkTarget();
+    }
+    return path;
+}
+
+// Puts a new file into the place of an old one, under its lock. It is written beside under a name of its own,
+// so that what a process leaves behind that is killed meanwhile is known, and gone with the next save. The
+// reason when that fails; then the old file is unchanged.
+QString ReplaceFile(const QString& path, const QByteArray& bytes) {
+    const QString place = FollowLinks(path);
+    QFile file(place + u".saving"_s);
+    file.remove();
+    if ((QFileInfo::exists(place) && !QFileInfo(place).isWritable()) ||
+        !file.open(QFile::WriteOnly | QFile::NewOnly | QFile::Unbuffered)) {
+        return CANNOT_WRITE.toString();
+    }
+    if (QFileInfo::exists(place)) {
+        file.setPermissions(QFile::permissions(place));
+    }
+    QString reason;
+    if (file.write(bytes) != bytes.size() || fsync(file.handle()) != 0) {
+        reason = u"the disk did not take all of it ("_s + file.errorString() + u')';
+    } else if (std::rename(QFile::encodeName(file.fileName()).constData(),
+                           QFile::encodeName(place).constData()) != 0) {
+        reason = u"the new file cannot take the place of the old one ("_s + qt_error_string(errno) + u')';
+    }
+    if (!reason.isEmpty()) {
+        file.remove();
+    }
+    return reason;
+}
+
+// Whether the texts are the same number, however it is spelled.
+bool AreSameNumber(const QString& a, const QString& b) {
+    bool isNumberA = false;
+    bool isNumberB = false;
+    const double numberA = a.toDouble(&isNumberA);
+    const double numberB = b.toDouble(&isNumberB);
+    return isNumberA && isNumberB && numberA == numberB;
 }
 
 } // namespace
 
 std::shared_ptr<SettingsFile> SettingsFile::Open(const QString& path) {
-    if (path.isEmpty()) {
-        return std::make_shared<SettingsFile>(path);
-    }
-    // Qt knows the file by this form of its name.
-    const QString absolutePath = QFileInfo(path).absoluteFilePath();
-    SettingsFile* const openFile = openFiles.value(absolutePath);
-    return openFile ? openFile->shared_from_this() : std::make_shared<SettingsFile>(absolutePath);
+    SettingsFile* const openFile = openFiles.value(path);
+    return openFile ? openFile->shared_from_this() : std::make_shared<SettingsFile>(path);
 }
 
 SettingsFile::SettingsFile(QString path)
-    : m_path(std::move(path)) {
+    : m_path(std::move(path))
+    , m_lock(m_path) {
     if (m_path.isEmpty()) {
         return;
     }
-    RemoveAbandonedLock(m_path + u".lock"_s);
     openFiles.insert(m_path, this);
-    m_pSettings = std::make_unique<QSettings>(m_path, Format());
-    m_isStale = true;
-    if (m_pSettings->status() != QSettings::NoError) {
-        Report(u"The settings file "_s + m_path + u" cannot be read."_s, __LINE__);
+    if (!Read().isEmpty()) {
+        ReportHere(u"The settings file "_s + m_path + u" cannot be read."_s, __LINE__);
     }
 }
 
 SettingsFile::~SettingsFile() {
-    m_pSettings.reset(); // writes what is still unsaved, and needs this object for it
     if (!m_path.isEmpty()) {
+        SaveFinally(QDeadlineTimer(PATIENCE));
         openFiles.remove(m_path);
     }
 }
 
-QSettings::Format SettingsFile::Format() {
-    static const QSettings::Format format =
-        QSettings::registerFormat(u"ini"_s, ReadFile, WriteFile, Qt::CaseSensitive);
-    return format;
-}
-
-const QString* SettingsFile::Find(const QString& key) {
-    if (m_isStale) {
-        m_isStale = false;
-        m_texts.clear();
-        m_reported.clear();
-        const QStringList keys = m_pSettings->allKeys();
-        m_texts.reserve(keys.size());
-        for (const QString& storedKey : keys) {
-            m_texts.insert(storedKey, m_pSettings->value(storedKey).toString());
+const QString* SettingsFile::Find(const QString& key) const {
+    if (!m_pending.isEmpty()) {
+        const auto pending = m_pending.constFind(key);
+        if (pending != m_pending.constEnd()) {
+            return &pending->text;
         }
     }
     const auto text = m_texts.constFind(key);
     return text == m_texts.constEnd() ? nullptr : &*text;
 }
 
+QStringList SettingsFile::GetNames(const QString& prefix, bool areSections) const {
+    QStringList names;
+    const SettingsTexts texts = Merged();
+    for (auto text = texts.constBegin(); text != texts.constEnd(); ++text) {
+        if (text.key().startsWith(prefix)) {
+            const qsizetype slash = text.key().indexOf(u'/', prefix.size());
+            if ((slash >= 0) == areSections) {
+                names +=
+                    text.key().sliced(prefix.size(), (slash < 0 ? text.key().size() : slash) - prefix.size());
+            }
+        }
+    }
+    names.sort();
+    names.removeDuplicates();
+    return names;
+}
+
 void SettingsFile::SetText(const QString& key, const QString& text) {
     if (!IsSettingsKey(key)) {
-        Report(u"The setting \""_s + key + u"\" cannot be stored: that is no key for a settings file."_s,
-               __LINE__);
+        ReportHere(u"The setting \""_s + key + u"\" cannot be stored: that is no key for a settings file."_s,
+                   __LINE__);
         return;
     }
-    const QString* const oldText = Find(key);
-    if (oldText && *oldText == text) {
-        return;
+    if (m_path.isEmpty() && m_pending.isEmpty()) {
+        ReportHere(u"No configuration directory is set: settings are kept in memory only."_s, __LINE__);
     }
-    m_texts.insert(key, text);
-    m_reported.remove(key);
-    const bool wasUnsaved = std::exchange(m_isUnsaved, true);
-    if (m_pSettings) {
-        m_pSettings->setValue(key, text);
-        PostSave();
-    } else if (!wasUnsaved) {
-        Report(u"No configuration directory is set: settings are kept in memory only."_s, __LINE__);
+    const auto pending = m_pending.find(key);
+    if (m_writeBacks == 0) {
+        m_pending.insert(key, {text, std::nullopt});
+    } else if (pending != m_pending.end()) {
+        pending->text = text;
+    } else {
+        const auto known = m_known.constFind(key);
+        m_pending.insert(key, {text, known == m_known.constEnd() ? std::nullopt : std::optional(*known)});
     }
+    SetKnown(key, text);
+    PostSave();
 }
 
 void SettingsFile::ReportUnreadable(const QString& key, const QString& wanted) {
-    if (m_reported.contains(key)) {
+    const QString text = *Find(key);
+    const auto reported = m_unreadable.constFind(key);
+    if (reported != m_unreadable.constEnd() && *reported == text) {
         return;
     }
-    m_reported.insert(key);
+    m_unreadable.insert(key, text);
     m_isCopyDue = true;
-    Report(u"The settings file "_s + m_path + u" holds \""_s + Find(key)->left(MAX_TEXT_SHOWN) +
-               u"\" under the key \""_s + key + u"\", which is no "_s + wanted + u"; the default is used."_s,
-           __LINE__);
+    ReportHere(u"The settings file "_s + m_path + u" holds \""_s + text.left(MAX_TEXT_SHOWN) +
+                   u"\" under the key \""_s + key + u"\", which is no "_s + wanted +
+                   u"; the default is used."_s,
+               __LINE__);
 }
 
 bool SettingsFile::Save() {
-    if (!m_isUnsaved) {
-        return true;
-    }
-    if (!m_pSettings) {
-        return false;
-    }
-    m_writeProblem.clear();
-    if (m_pSettings->status() == QSettings::NoError) {
-        m_pSettings->sync();
-    } else {
-        // The status of a QSettings object never turns good again. A new one writes what its predecessor
-        // could not, and has a status of its own.
-        m_pSettings = std::make_unique<QSettings>(m_path, Format());
-    }
-    m_isUnsaved = m_pSettings->status() != QSettings::NoError;
-    if (m_isUnsaved) {
-        const QString reason =
-            m_writeProblem.isEmpty()
-                ? u"the file or its folder cannot be written (read-only, or the disk is full)"_s
-                : m_writeProblem;
-        Report(u"The settings file "_s + m_path + u" could not be saved: "_s + reason +
-                   u". The old file is unchanged; the new values stay in memory, and the next commit tries "
-                   u"again."_s,
-               __LINE__);
-    }
-    return !m_isUnsaved;
+    return Save(m_isLockBusy ? 0ms : PATIENCE);
 }
 
-// QSettings saves from the event loop by itself, but tells nobody when that fails. This comes behind it.
+bool SettingsFile::SaveFinally(QDeadlineTimer deadline) {
+    if (Save(std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()))) {
+        return true;
+    }
+    if (m_isLockBusy) {
+        Report(u"it is locked by "_s + m_lock.GetHolder(), u"are lost"_s);
+    }
+    return false;
+}
+
+bool SettingsFile::Save(std::chrono::milliseconds patience) {
+    if (m_pending.isEmpty()) {
+        return true;
+    }
+    if (m_path.isEmpty() || m_writeBacks > 0) {
+        return false;
+    }
+    const SettingsLock::Result lock = m_lock.Lock(patience);
+    m_isLockBusy = lock == SettingsLock::Result::Busy;
+    QString reason;
+    if (lock == SettingsLock::Result::Locked) {
+        reason = WriteUnderLock();
+        m_lock.Unlock();
+    } else {
+        reason = Read();
+        if (reason.isEmpty() && Merged() != m_texts) {
+            reason = CANNOT_WRITE.toString();
+        }
+    }
+    if (reason.isEmpty()) {
+        m_pending.clear();
+        m_reportedReason.clear();
+        m_isLockBusy = false;
+        m_retry.stop();
+        return true;
+    }
+    if (!m_isLockBusy) {
+        Report(reason, u"stay in memory, and the next commit tries again"_s);
+    }
+    if (QCoreApplication::instance() && !m_retry.isActive()) {
+        m_retry.start(RETRY_MS, this);
+    }
+    return false;
+}
+
+// The reason when the file cannot be written.
+QString SettingsFile::WriteUnderLock() {
+    QString reason = Read();
+    const SettingsTexts merged = Merged();
+    if (!reason.isEmpty() || merged == m_texts) {
+        return reason;
+    }
+    if (m_isCopyDue) {
+        reason = KeepCopy();
+        if (!reason.isEmpty()) {
+            return reason;
+        }
+    }
+    const QByteArray bytes = FormatSettings(merged);
+    reason = bytes.size() > MAX_FILE_SIZE ? u"it would be larger than 64 MiB"_s : ReplaceFile(m_path, bytes);
+    if (reason.isEmpty()) {
+        m_bytes = bytes;
+        m_texts = merged;
+    }
+    return reason;
+}
+
+// Takes in what the file holds now. The reason when it cannot be read.
+QString SettingsFile::Read() {
+    Content content = ReadFile(m_path);
+    if (!content.isReadable) {
+        return u"it cannot be read"_s;
+    }
+    if (content.bytes != m_bytes) {
+        m_bytes = std::move(content.bytes);
+        ParsedSettings parsed = ParseSettings(m_bytes);
+        m_texts = std::move(parsed.texts);
+        TakeDamage(parsed.damage);
+    }
+    return {};
+}
+
+// What the file will hold.
+SettingsTexts SettingsFile::Merged() const {
+    SettingsTexts merged = m_texts;
+    for (auto pending = m_pending.constBegin(); pending != m_pending.constEnd(); ++pending) {
+        const auto theirs = m_texts.constFind(pending.key());
+        if (theirs == m_texts.constEnd() || IsChange(*pending, *theirs)) {
+            merged.insert(pending.key(), pending->text);
+        }
+    }
+    return merged;
+}
+
+// Whether a text goes into the file in the place of the one that stands there.
+bool SettingsFile::IsChange(const Pending& pending, const QString& theirs) {
+    if (!pending.known) {
+        return true;
+    }
+    // A number that this process spells in its own way is not changed by that.
+    return pending.text != *pending.known &&
+           (theirs == *pending.known || !AreSameNumber(pending.text, *pending.known));
+}
+
+void SettingsFile::BeginWriteBack() {
+    if (m_path.isEmpty() || m_writeBacks++ > 0) {
+        return;
+    }
+    // What the file was read with is known, too, if nobody has asked for it.
+    for (auto text = m_texts.constBegin(); text != m_texts.constEnd(); ++text) {
+        if (!m_known.contains(text.key())) {
+            m_known.insert(text.key(), *text);
+        }
+    }
+    m_isLockBusy = m_lock.Lock(m_isLockBusy ? 0ms : PATIENCE) == SettingsLock::Result::Busy;
+    Read(); // a file that cannot be read is reported when it is saved
+}
+
+void SettingsFile::EndWriteBack() {
+    if (m_path.isEmpty() || --m_writeBacks > 0) {
+        return;
+    }
+    Save();
+    m_lock.Unlock();
+}
+
+// Says once why the file cannot be saved, and what becomes of what was set.
+void SettingsFile::Report(const QString& reason, const QString& fate) {
+    if (reason == m_reportedReason) {
+        return;
+    }
+    m_reportedReason = reason;
+    QStringList keys = m_pending.keys();
+    keys.sort();
+    const qsizetype unnamed = keys.size() - MAX_KEYS_NAMED;
+    QString names = keys.first(std::min(keys.size(), MAX_KEYS_NAMED)).join(u", ");
+    if (unnamed > 0) {
+        names += u" and %1 more"_s.arg(unnamed);
+    }
+    ReportHere(u"The settings file "_s + m_path + u" could not be saved: "_s + reason +
+                   u". The old file is unchanged; the new values of "_s + names + u' ' + fate + u'.',
+               __LINE__);
+}
+
+// The file is saved from the event loop when nobody commits.
 void SettingsFile::PostSave() {
-    if (!m_isSavePosted) {
+    if (!m_path.isEmpty() && !m_isSavePosted) {
         m_isSavePosted = true;
         QCoreApplication::postEvent(this, new QEvent(QEvent::User));
     }
@@ -173,34 +355,14 @@ void SettingsFile::customEvent(QEvent*) {
     Save();
 }
 
-bool SettingsFile::ReadFile(QIODevice& device, QSettings::SettingsMap& values) {
-    ParsedSettings parsed = ParseSettings(device.readAll());
-    values = std::move(parsed.values);
-    if (SettingsFile* const file = FindOpenFile(device)) {
-        file->m_isStale = true;
-        file->TakeDamage(parsed.damage);
-    }
-    return true; // false would make Qt drop what could be read
-}
-
-bool SettingsFile::WriteFile(QIODevice& device, const QSettings::SettingsMap& values) {
-    SettingsFile* const file = FindOpenFile(device);
-    if (file && file->m_isCopyDue && !file->KeepCopy()) {
-        return false;
-    }
-    const QByteArray bytes = FormatSettings(values);
-    const bool isWritten = device.write(bytes) == bytes.size() && static_cast<QFileDevice&>(device).flush();
-    if (file && !isWritten) {
-        file->m_writeProblem = u"the disk did not take all of it ("_s + device.errorString() + u')';
-    }
-    return isWritten;
+void SettingsFile::timerEvent(QTimerEvent*) {
+    Save(0ms);
 }
 
 void SettingsFile::TakeDamage(const QList<DamagedLine>& damage) {
     if (damage.isEmpty()) {
         return;
     }
-    m_isCopyDue = true;
     QString problem = u"The settings file "_s + m_path + u" is damaged:"_s;
     for (const DamagedLine& line : damage.first(std::min(damage.size(), MAX_LINES_NAMED))) {
         problem += u" line "_s + QString::number(line.number) + u' ' + line.reason + u';';
@@ -208,34 +370,32 @@ void SettingsFile::TakeDamage(const QList<DamagedLine>& damage) {
     if (damage.size() > MAX_LINES_NAMED) {
         problem += u" and "_s + QString::number(damage.size() - MAX_LINES_NAMED) + u" lines more;"_s;
     }
-    problem += KeepCopy() ? u" it is kept as "_s + m_copyPath : u' ' + m_writeProblem;
-    Report(problem + u". The other lines stay in force."_s, __LINE__);
+    const QString reason = KeepCopy();
+    problem += reason.isEmpty() ? u" it is kept as "_s + m_copyPath : u' ' + reason;
+    ReportHere(problem + u". The other lines stay in force."_s, __LINE__);
 }
 
-// True when the file on disk is kept beside under another name. A copy that was made before is not repeated.
-bool SettingsFile::KeepCopy() {
-    QFile original(m_path);
-    if (!original.open(QFile::ReadOnly)) {
-        return !original.exists();
-    }
-    const QByteArray bytes = original.readAll();
+// Keeps what the file holds beside under another name. A copy that was made before is not repeated. The
+// reason when that fails; then it is still due.
+QString SettingsFile::KeepCopy() {
+    m_isCopyDue = true;
     for (int number = 1;; ++number) {
         m_copyPath = m_path + u".damaged-"_s + QString::number(number);
         QFile earlierCopy(m_copyPath);
         if (!earlierCopy.exists()) {
             break;
         }
-        if (earlierCopy.open(QFile::ReadOnly) && earlierCopy.readAll() == bytes) {
+        if (earlierCopy.open(QFile::ReadOnly) && earlierCopy.readAll() == m_bytes) {
             m_isCopyDue = false;
-            return true;
+            return {};
         }
     }
     QSaveFile copy(m_copyPath);
-    if (!copy.open(QFile::WriteOnly) || copy.write(bytes) != bytes.size() || !copy.commit()) {
-        m_writeProblem =
-            u"a copy of it cannot be kept as "_s + m_copyPath + u" ("_s + copy.errorString() + u')';
-        return false;
+    // A commit tells nothing of what could not be flushed.
+    if (!copy.open(QFile::WriteOnly) || copy.write(m_bytes) != m_bytes.size() || !copy.flush() ||
+        !copy.commit()) {
+        return u"a copy of it cannot be kept as "_s + m_copyPath + u" ("_s + copy.errorString() + u')';
     }
     m_isCopyDue = false;
-    return true;
+    return {};
 }

@@ -1,17 +1,21 @@
 #pragma once
 
 #include "tolmappstartup/settingsformat.h"
+#include "tolmappstartup/settingslock.h"
 
+#include <QBasicTimer>
+#include <QByteArray>
+#include <QDeadlineTimer>
 #include <QHash>
 #include <QObject>
-#include <QSet>
-#include <QSettings>
 #include <QString>
 
+#include <chrono>
 #include <memory>
+#include <optional>
 
-/// One settings file, held in memory for reading, and kept by QSettings on disk: merged under a lock with
-/// what others wrote meanwhile, and replaced as a whole.
+/// One settings file, held in memory for reading. A save takes the lock, reads the file again, changes the
+/// keys that were set in what really stands there, and replaces it as a whole.
 ///
 /// A file with something in it that a later write would lose, damaged lines or values that could not be read
 /// as the type wanted, is first kept beside as "<file>.damaged-<n>". Comments are not kept by a write.
@@ -26,31 +30,59 @@ public:
     ~SettingsFile() override;
 
     /// The text under a whole key; null when there is none. Good until the next call.
-    const QString* Find(const QString& key);
+    [[nodiscard]] const QString* Find(const QString& key) const;
+    /// The keys whose names begin with a prefix, without it, each up to its next slash: those that end there
+    /// (the keys of a section), or those that go on (its sections). In order, each once.
+    [[nodiscard]] QStringList GetNames(const QString& prefix, bool areSections) const;
+    /// Keeps in mind which text this process has been given for a key (see `BeginWriteBack`).
+    void SetKnown(const QString& key, const QString& text) { m_known.insert(key, text); }
     void SetText(const QString& key, const QString& text);
     /// Says once for each value that the text under a key is not what was wanted ("integer").
     void ReportUnreadable(const QString& key, const QString& wanted);
-    /// False when something could not be saved; that is reported, kept in memory and tried again next time.
+
+    /// Saves what has been set. False when something could not be saved; it is kept and tried again. Waits
+    /// for the file's lock, but not again while another process goes on holding it.
     bool Save();
+    /// Saves at the end of the program, and waits for the lock so long. What is lost is reported, by its
+    /// keys.
+    bool SaveFinally(QDeadlineTimer deadline);
+
+    /// Locks the file and reads it again; `EndWriteBack` saves and unlocks it. A text that is set meanwhile
+    /// counts only when it is another one than this process knew, or the key is gone: else it is not this
+    /// process that changed it.
+    void BeginWriteBack();
+    void EndWriteBack();
 
 private:
-    static QSettings::Format Format();
-    static bool ReadFile(QIODevice& device, QSettings::SettingsMap& values);
-    static bool WriteFile(QIODevice& device, const QSettings::SettingsMap& values);
+    struct Pending {
+        QString text;
+        std::optional<QString> known; ///< set while writing back: what this process knew of the key
+    };
 
+    bool Save(std::chrono::milliseconds patience);
+    QString WriteUnderLock();
+    QString Read();
+    [[nodiscard]] SettingsTexts Merged() const;
+    static bool IsChange(const Pending& pending, const QString& theirs);
+    void Report(const QString& reason, const QString& fate);
     void TakeDamage(const QList<DamagedLine>& damage);
-    bool KeepCopy();
+    QString KeepCopy();
     void PostSave();
     void customEvent(QEvent*) override;
+    void timerEvent(QTimerEvent*) override;
 
     QString m_path;
-    std::unique_ptr<QSettings> m_pSettings; // none: the file lives in memory only
-    QHash<QString, QString> m_texts;
-    bool m_isStale = false;   // the file has been read since m_texts was filled
-    bool m_isUnsaved = false; // something was set that is not known to be on disk
+    SettingsLock m_lock;
+    QByteArray m_bytes;                   // what the file held when it was last read or written
+    SettingsTexts m_texts;                // the same
+    QHash<QString, Pending> m_pending;    // what was set and is not known to be in the file
+    QHash<QString, QString> m_known;      // what this process has been given, or has set
+    QHash<QString, QString> m_unreadable; // the texts that were reported
+    QString m_copyPath;                   // the copy that was kept last
+    QString m_reportedReason;             // why it cannot be saved, as was reported; empty while it can
+    int m_writeBacks = 0;
     bool m_isCopyDue = false; // a copy has to be kept before the file is overwritten
-    QString m_copyPath;       // the copy that was kept last
-    QString m_writeProblem;   // why the last write failed; empty when it did not get that far
-    QSet<QString> m_reported; // the keys whose text was reported as unreadable
+    bool m_isLockBusy = false;
     bool m_isSavePosted = false;
+    QBasicTimer m_retry;
 };

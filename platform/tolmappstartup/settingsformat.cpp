@@ -1,5 +1,6 @@
 #include "tolmappstartup/settingsformat.h"
 
+#include <QMap>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -10,11 +11,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The letters after a backslash, and what they stand for.
-constexpr auto ESCAPES = std::to_array<std::pair<char16_t, char16_t>>(
-    {{u'\\', u'\\'}, {u'"', u'"'}, {u'n', u'\n'}, {u'r', u'\r'}, {u't', u'\t'}});
+// A letter after a backslash, and what both stand for.
+using Escape = std::pair<char16_t, char16_t>;
 
-constexpr qsizetype CODE_UNIT_DIGITS = 4; // of \uXXXX
+constexpr auto ESCAPES =
+    std::to_array<Escape>({{u'\\', u'\\'}, {u'"', u'"'}, {u'n', u'\n'}, {u'r', u'\r'}, {u't', u'\t'}});
+// What QSettings has besides.
+constexpr auto FOREIGN_ESCAPES =
+    std::to_array<Escape>({{u'a', u'\a'}, {u'b', u'\b'}, {u'f', u'\f'}, {u'v', u'\v'}, {u'0', u'\0'}});
+
+constexpr int HEXADECIMAL = 16;
+constexpr qsizetype CODE_UNIT_DIGITS = 4; // of \uXXXX and %UXXXX
+constexpr qsizetype BYTE_DIGITS = 2;      // of %XX, and at least so many of \xXX
+
+constexpr QStringView GENERAL = u"General"; // the section of the keys without a section
 
 bool IsComment(QStringView text) {
     return text.startsWith(u';') || text.startsWith(u'#');
@@ -24,6 +34,23 @@ bool IsControl(QChar c) {
     return c.category() == QChar::Other_Control;
 }
 
+bool IsHexDigit(QChar c) {
+    return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
+}
+
+// What stands in all names and in all formats for itself.
+bool IsPlain(QChar c) {
+    return c.unicode() < 0x80 && (c.isLetterOrNumber() || c == u'_' || c == u'-' || c == u'.');
+}
+
+bool IsGeneral(QStringView section) {
+    return section.compare(GENERAL, Qt::CaseInsensitive) == 0;
+}
+
+QStringView SectionOf(QStringView key) {
+    return key.first(std::max<qsizetype>(key.lastIndexOf(u'/'), 0));
+}
+
 bool IsLoneSurrogate(QStringView text, qsizetype i) {
     if (text[i].isHighSurrogate()) {
         return i + 1 == text.size() || !text[i + 1].isLowSurrogate();
@@ -31,56 +58,198 @@ bool IsLoneSurrogate(QStringView text, qsizetype i) {
     return text[i].isLowSurrogate() && (i == 0 || !text[i - 1].isHighSurrogate());
 }
 
-QString Unescape(QStringView text) {
+// The number at a place of a text, which has so many hexadecimal digits; nothing when there are fewer.
+std::optional<char16_t> ReadCodeUnit(QStringView text, qsizetype at, qsizetype digits) {
+    if (at + digits > text.size() ||
+        !std::all_of(text.begin() + at, text.begin() + at + digits, IsHexDigit)) {
+        return std::nullopt;
+    }
+    return text.sliced(at, digits).toUShort(nullptr, HEXADECIMAL);
+}
+
+// Names
+// -------------------------------------------------------------------------------------------------------
+
+struct NameEscape {
+    QChar c;
+    qsizetype length;
+};
+
+// The escape at a place of a section name or key, if there is one.
+std::optional<NameEscape> ReadNameEscape(QStringView name, qsizetype at) {
+    if (name[at] == u'\\') {
+        return NameEscape{u'/', 1};
+    }
+    if (name[at] != u'%') {
+        return std::nullopt;
+    }
+    const bool isLong = at + 1 < name.size() && name[at + 1] == u'U';
+    const qsizetype lead = isLong ? 2 : 1;
+    const qsizetype digits = isLong ? CODE_UNIT_DIGITS : BYTE_DIGITS;
+    if (const auto codeUnit = ReadCodeUnit(name, at + lead, digits)) {
+        return NameEscape{QChar(*codeUnit), lead + digits};
+    }
+    return std::nullopt;
+}
+
+QString UnescapeName(QStringView name) {
     QString result;
-    result.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] != u'\\' || i + 1 == text.size()) {
-            result += text[i];
-            continue;
-        }
-        const QChar letter = text[i + 1];
-        const auto* const escape =
-            std::find_if(ESCAPES.begin(), ESCAPES.end(), [&](const auto& e) { return letter == e.first; });
-        if (escape != ESCAPES.end()) {
-            result += QChar(escape->second);
-            ++i;
-            continue;
-        }
-        const QStringView digits = text.sliced(std::min(i + 2, text.size())).left(CODE_UNIT_DIGITS);
-        bool isNumber = false;
-        const ushort codeUnit = digits.toUShort(&isNumber, 16);
-        if (letter == u'u' && isNumber && digits.size() == CODE_UNIT_DIGITS) {
-            result += QChar(codeUnit);
-            i += 1 + CODE_UNIT_DIGITS;
+    result.reserve(name.size());
+    for (qsizetype i = 0; i < name.size();) {
+        const auto escape = ReadNameEscape(name, i);
+        result += escape ? escape->c : name[i];
+        i += escape ? escape->length : 1;
+    }
+    return result;
+}
+
+// The characters that a section name or key has to have as escapes, wherever they stand.
+bool IsSpecialInName(QChar c) {
+    return QStringView(u"=[]:;\"").contains(c) || c == QChar::ByteOrderMark || IsControl(c);
+}
+
+// One of the names between the slashes of a key.
+QString EscapeOneName(QStringView name) {
+    const QStringView trimmed = name.trimmed();
+    const qsizetype begin = trimmed.begin() - name.begin();
+    const qsizetype end = begin + trimmed.size();
+    QString result;
+    result.reserve(name.size());
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        const QChar c = name[i];
+        const bool isOuterBlank = i < begin || i >= end;
+        const bool isMark = i == 0 && (c == u'#' || (c == u'%' && IsGeneral(name.sliced(1))));
+        if (!isOuterBlank && !isMark && !IsSpecialInName(c) && !ReadNameEscape(name, i)) {
+            result += c;
+        } else if (c.unicode() > 0xFF) {
+            result +=
+                u"%U"_s + QString::number(c.unicode(), HEXADECIMAL).rightJustified(CODE_UNIT_DIGITS, u'0');
         } else {
-            result += text[i];
+            result += u'%' + QString::number(c.unicode(), HEXADECIMAL).rightJustified(BYTE_DIGITS, u'0');
         }
     }
     return result;
 }
 
+QString EscapeName(QStringView name) {
+    if (std::all_of(name.begin(), name.end(), [](QChar c) { return IsPlain(c) || c == u'/'; })) {
+        return name.toString();
+    }
+    QStringList names;
+    for (const QStringView each : name.split(u'/')) {
+        names += EscapeOneName(each);
+    }
+    return names.join(u'/');
+}
+
+// Whether a section name or key can stand in a file, escapes and all.
+bool IsWrittenName(QStringView text) {
+    const auto isUsable = [](QStringView name) {
+        return !name.isEmpty() && name == name.trimmed() && !IsComment(name);
+    };
+    const auto isForbidden = [](QChar c) {
+        return c == u'=' || c == u'[' || c == u']' || c == QChar::ByteOrderMark || IsControl(c);
+    };
+    const auto names = text.split(u'/');
+    return std::none_of(text.begin(), text.end(), isForbidden) &&
+           std::all_of(names.begin(), names.end(), isUsable);
+}
+
+// The name that is written in a file; nothing when it is none.
+std::optional<QString> ReadName(QStringView text) {
+    QString name = UnescapeName(text);
+    const bool hasAllNames = !name.startsWith(u'/') && !name.endsWith(u'/') && !name.contains(u"//");
+    if (!IsWrittenName(text) || !hasAllNames || !name.isValidUtf16()) {
+        return std::nullopt;
+    }
+    return name;
+}
+
+// Values
+// ------------------------------------------------------------------------------------------------------
+
+// Reads the escape at a place of a value, behind its backslash. False when there is none.
+template <std::size_t N>
+bool ReadLetter(const std::array<Escape, N>& escapes, QStringView text, qsizetype& i, QString& result) {
+    const auto* const escape =
+        std::find_if(escapes.begin(), escapes.end(), [&](const Escape& e) { return text[i] == e.first; });
+    if (escape == escapes.end()) {
+        return false;
+    }
+    result += QChar(escape->second);
+    ++i;
+    return true;
+}
+
+bool ReadNumber(QStringView text, qsizetype& i, QString& result) {
+    const QStringView digits = text.sliced(i + 1);
+    const qsizetype count = std::find_if_not(digits.begin(), digits.end(), IsHexDigit) - digits.begin();
+    if (text[i] != u'x' || count == 0) {
+        return false;
+    }
+    // QSettings lets the digits run over, too.
+    result +=
+        QChar(digits.first(count).last(std::min(count, CODE_UNIT_DIGITS)).toUShort(nullptr, HEXADECIMAL));
+    i += 1 + count;
+    return true;
+}
+
+QString Unescape(QStringView text) {
+    QString result;
+    result.reserve(text.size());
+    for (qsizetype i = 0; i < text.size();) {
+        const QChar c = text[i++];
+        if (c != u'\\' || i == text.size()) {
+            result += c;
+            continue;
+        }
+        const auto codeUnit = text[i] == u'u' ? ReadCodeUnit(text, i + 1, CODE_UNIT_DIGITS) : std::nullopt;
+        if (codeUnit) {
+            result += QChar(*codeUnit);
+            i += 1 + CODE_UNIT_DIGITS;
+        } else if (!ReadLetter(ESCAPES, text, i, result) && !ReadNumber(text, i, result)) {
+            result += c;
+        }
+    }
+    return result.startsWith(u"@@") ? result.sliced(1) : result;
+}
+
+bool IsEscaped(QStringView text, qsizetype i) {
+    return IsControl(text[i]) || text[i] == QChar::ByteOrderMark || IsLoneSurrogate(text, i);
+}
+
 QString Quote(QStringView text) {
-    QString result = u"\""_s;
+    QString result = text.startsWith(u'@') ? u"\"@"_s : u"\""_s;
+    bool isBehindNumber = false; // which a digit would belong to
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text[i];
         const auto* const escape =
-            std::find_if(ESCAPES.begin(), ESCAPES.end(), [&](const auto& e) { return c == e.second; });
-        if (escape != ESCAPES.end()) {
+            std::find_if(ESCAPES.begin(), ESCAPES.end(), [&](const Escape& e) { return c == e.second; });
+        const bool isNumber =
+            escape == ESCAPES.end() && (IsEscaped(text, i) || (isBehindNumber && IsHexDigit(c)));
+        if (isNumber) {
+            result += u"\\x"_s + QString::number(c.unicode(), HEXADECIMAL).rightJustified(BYTE_DIGITS, u'0');
+        } else if (escape != ESCAPES.end()) {
             result += u'\\';
             result += QChar(escape->first);
-        } else if (IsControl(c) || IsLoneSurrogate(text, i)) {
-            result += u"\\u"_s + QString::number(c.unicode(), 16).rightJustified(CODE_UNIT_DIGITS, u'0');
         } else {
             result += c;
         }
+        isBehindNumber = isNumber;
     }
     return result + u'"';
 }
 
 bool NeedsQuotes(QStringView text) {
-    return text != text.trimmed() || text.startsWith(u'"') || !text.isValidUtf16() ||
-           std::any_of(text.begin(), text.end(), IsControl);
+    if (text != text.trimmed() || text.startsWith(u'@')) {
+        return true;
+    }
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (QStringView(u",;\\\"").contains(text[i]) || IsEscaped(text, i)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 // The position of the quote that closes the one at the front; -1 when there is none.
@@ -95,50 +264,172 @@ qsizetype FindClosingQuote(QStringView text) {
     return -1;
 }
 
+// What QSettings writes
+// ---------------------------------------------------------------------------------------
+
+// One text of a list; nothing when QSettings does not write it so.
+std::optional<QString> ReadForeignText(QStringView value, qsizetype& i) {
+    const bool isQuoted = i < value.size() && value[i] == u'"';
+    const QChar end = isQuoted ? u'"' : u',';
+    i += isQuoted ? 1 : 0;
+    const qsizetype begin = i;
+    QString text;
+    while (i < value.size() && value[i] != end) {
+        const QChar c = value[i++];
+        if (c == u'"' || (!isQuoted && (c == u';' || c == u'='))) {
+            return std::nullopt;
+        }
+        if (c != u'\\') {
+            text += c;
+        } else if (i == value.size() ||
+                   !(ReadLetter(ESCAPES, value, i, text) || ReadLetter(FOREIGN_ESCAPES, value, i, text) ||
+                     ReadNumber(value, i, text))) {
+            return std::nullopt;
+        }
+    }
+    if (isQuoted) {
+        if (i == value.size()) {
+            return std::nullopt;
+        }
+        ++i;
+    } else if (i > begin && (value[begin] == u' ' || value[i - 1] == u' ')) {
+        return std::nullopt;
+    }
+    return text;
+}
+
+// The text that QSettings stands for by one of its forms: it marks what is no plain text with an "@".
+QString ReadForeignType(const QString& text) {
+    constexpr QStringView TEXT = u"@String(";
+    if (text == u"@Invalid()") {
+        return u""_s;
+    }
+    if (text.startsWith(TEXT) && text.endsWith(u')')) {
+        return text.sliced(TEXT.size()).chopped(1);
+    }
+    return text.startsWith(u"@@") ? text.sliced(1) : text;
+}
+
+// A value as QSettings writes it; nothing when it does not write it so.
+std::optional<QString> ReadForeignValue(QStringView value) {
+    QStringList texts;
+    for (qsizetype i = 0;; i += 2) {
+        const auto text = ReadForeignText(value, i);
+        if (!text) {
+            return std::nullopt;
+        }
+        texts += ReadForeignType(*text);
+        if (i == value.size()) {
+            return texts.join(u',');
+        }
+        if (!value.sliced(i).startsWith(u", ")) {
+            return std::nullopt;
+        }
+    }
+}
+
+bool IsForeignName(QStringView name) {
+    return !name.isEmpty() && std::all_of(name.begin(), name.end(),
+                                          [](QChar c) { return IsPlain(c) || c == u'%' || c == u'\\'; });
+}
+
+// Lines
+// -------------------------------------------------------------------------------------------------------
+
+struct Line {
+    QString text;
+    bool isUtf8;
+};
+
+Line DecodeLine(QByteArrayView bytes) {
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    QString text = decoder(bytes);
+    return {std::move(text), !decoder.hasError()};
+}
+
+template <class Visitor>
+void ForEachLine(QByteArrayView bytes, Visitor visit) {
+    while (!bytes.isEmpty()) {
+        const qsizetype end = bytes.indexOf('\n');
+        QByteArrayView line = end < 0 ? bytes : bytes.first(end);
+        visit(line.endsWith('\r') ? line.chopped(1) : line);
+        bytes = end < 0 ? QByteArrayView() : bytes.sliced(end + 1);
+    }
+}
+
+bool IsWrittenByQSettings(QByteArrayView bytes) {
+    bool isForeign = true;
+    bool hasSection = false;
+    ForEachLine(bytes, [&](QByteArrayView line) {
+        if (!isForeign) {
+            return;
+        }
+        const auto [text, isUtf8] = DecodeLine(line);
+        if (text.startsWith(u'[')) {
+            hasSection = true;
+            isForeign =
+                isUtf8 && text.endsWith(u']') && IsForeignName(QStringView(text).sliced(1).chopped(1));
+        } else if (!text.trimmed().isEmpty() && !IsComment(text)) {
+            const qsizetype split = std::max<qsizetype>(text.indexOf(u'='), 0);
+            isForeign = isUtf8 && hasSection && IsForeignName(QStringView(text).first(split)) &&
+                        ReadForeignValue(QStringView(text).sliced(split + 1));
+        }
+    });
+    return isForeign;
+}
+
 class Parser {
 public:
+    explicit Parser(bool isForeign)
+        : m_isForeign(isForeign) {}
+
     void ReadLine(QByteArrayView line);
     ParsedSettings TakeResult() { return std::move(m_result); }
 
 private:
     void ReadSection(QStringView text);
     void ReadEntry(QStringView text);
+    void ReadValue(const QString& key, QStringView value);
     void ReportDamage(const QString& reason) { m_result.damage.append({m_lineNumber, reason}); }
 
     ParsedSettings m_result;
+    bool m_isForeign; // all of it is as QSettings writes it
     int m_lineNumber = 0;
     std::optional<QString> m_section = QString(); // the prefix of the keys; none: it could not be read
 };
 
 void Parser::ReadLine(QByteArrayView line) {
     ++m_lineNumber;
-    QStringDecoder decoder(QStringDecoder::Utf8,
-                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
-    const QString decoded = decoder(line);
-    const QStringView text = QStringView(decoded).trimmed();
-    if (decoder.hasError() || text.contains(QChar::Null)) {
-        ReportDamage(decoder.hasError() ? u"is no UTF-8 text"_s : u"holds a NUL byte"_s);
-        if (text.startsWith(u'[')) {
-            m_section.reset();
-        }
-    } else if (text.startsWith(u'[')) {
-        ReadSection(text);
-    } else if (!text.isEmpty() && !IsComment(text)) {
+    const auto [text, isUtf8] = DecodeLine(line);
+    const QStringView trimmed = QStringView(text).trimmed();
+    if (trimmed.startsWith(u'[')) {
+        m_section.reset(); // until its name is read
+    }
+    if (!isUtf8) {
+        ReportDamage(u"is no UTF-8 text"_s);
+    } else if (text.contains(QChar::Null)) {
+        ReportDamage(u"holds a NUL byte"_s);
+    } else if (trimmed.startsWith(u'[')) {
+        ReadSection(trimmed);
+    } else if (!trimmed.isEmpty() && !IsComment(trimmed)) {
         ReadEntry(text);
     }
 }
 
 void Parser::ReadSection(QStringView text) {
     const qsizetype end = text.indexOf(u']');
-    const QStringView name = text.sliced(1, (end < 0 ? text.size() : end) - 1).trimmed();
+    const QStringView written = text.sliced(1, (end < 0 ? text.size() : end) - 1).trimmed();
     const QStringView rest = end < 0 ? QStringView() : text.sliced(end + 1).trimmed();
-    if (!IsSettingsKey(name)) {
-        m_section.reset();
+    const auto name = written.startsWith(u'%') && IsGeneral(written.sliced(1))
+                          ? std::optional(written.sliced(1).toString())
+                          : ReadName(written);
+    if (!name) {
         ReportDamage(u"has no usable section name"_s);
         return;
     }
     // The name is certain enough to go on with, so that the keys below it are not lost.
-    m_section = name.toString() + u'/';
+    m_section = IsGeneral(written) ? QString() : *name + u'/';
     if (end < 0) {
         ReportDamage(u"opens a section name and does not close it with \"]\""_s);
     } else if (!rest.isEmpty() && !IsComment(rest)) {
@@ -152,8 +443,8 @@ void Parser::ReadEntry(QStringView text) {
         ReportDamage(u"is neither a section nor a comment nor key=value"_s);
         return;
     }
-    const QStringView name = text.first(split).trimmed();
-    if (!IsSettingsKey(name)) {
+    const auto name = ReadName(text.first(split).trimmed());
+    if (!name) {
         ReportDamage(u"has no usable key"_s);
         return;
     }
@@ -161,22 +452,26 @@ void Parser::ReadEntry(QStringView text) {
         ReportDamage(u"stands below a section name that could not be read"_s);
         return;
     }
-    QStringView value = text.sliced(split + 1).trimmed();
-    const QString key = *m_section + name.toString();
-    if (m_result.values.contains(key)) {
+    const QString key = *m_section + *name;
+    if (m_result.texts.contains(key)) {
         ReportDamage(u"repeats the key \""_s + key + u"\"; the later value counts"_s);
     }
-    if (!value.startsWith(u'"')) {
-        m_result.values.insert(key, value.toString());
+    ReadValue(key, text.sliced(split + 1));
+}
+
+void Parser::ReadValue(const QString& key, QStringView value) {
+    if (m_isForeign) {
+        m_result.texts.insert(key, *ReadForeignValue(value));
         return;
     }
-    const qsizetype quote = FindClosingQuote(value);
+    value = value.trimmed();
+    const qsizetype quote = value.startsWith(u'"') ? FindClosingQuote(value) : 0;
     if (quote < 0) {
         ReportDamage(u"opens a double quote and does not close it"_s);
-    } else if (quote == value.size() - 1) {
-        m_result.values.insert(key, Unescape(value.sliced(1, quote - 1)));
+    } else if (quote > 0 && quote == value.size() - 1) {
+        m_result.texts.insert(key, Unescape(value.sliced(1, quote - 1)));
     } else {
-        m_result.values.insert(key, value.toString());
+        m_result.texts.insert(key, value.toString());
     }
 }
 
@@ -187,44 +482,38 @@ ParsedSettings ParseSettings(QByteArrayView bytes) {
     if (bytes.startsWith(BYTE_ORDER_MARK)) {
         bytes = bytes.sliced(BYTE_ORDER_MARK.size());
     }
-    Parser parser;
-    while (!bytes.isEmpty()) {
-        const qsizetype end = bytes.indexOf('\n');
-        parser.ReadLine(end < 0 ? bytes : bytes.first(end));
-        bytes = end < 0 ? QByteArrayView() : bytes.sliced(end + 1);
-    }
+    Parser parser(IsWrittenByQSettings(bytes));
+    ForEachLine(bytes, [&](QByteArrayView line) { parser.ReadLine(line); });
     return parser.TakeResult();
 }
 
-QByteArray FormatSettings(const QSettings::SettingsMap& values) {
-    QMap<QString, QString> linesOfSection;
-    for (auto entry = values.begin(); entry != values.end(); ++entry) {
-        const QString& key = entry.key();
-        const QString value = entry.value().toString();
-        const qsizetype slash = key.lastIndexOf(u'/');
-        QString& lines = linesOfSection[key.left(std::max<qsizetype>(slash, 0))];
-        lines += key.mid(slash + 1) + u'=' + (NeedsQuotes(value) ? Quote(value) : value) + u'\n';
+QByteArray FormatSettings(const SettingsTexts& texts) {
+    QStringList keys = texts.keys();
+    std::sort(keys.begin(), keys.end());
+    QMap<QString, QString> linesOfSection; // keys without a section come first
+    for (const QString& key : keys) {
+        const QStringView section = SectionOf(key);
+        const QStringView name = QStringView(key).sliced(section.isEmpty() ? 0 : section.size() + 1);
+        const QString text = texts.value(key);
+        linesOfSection[section.toString()] +=
+            EscapeName(name) + u'=' + (NeedsQuotes(text) ? Quote(text) : text) + u'\n';
     }
-    QString text;
+    QString file;
     for (auto section = linesOfSection.begin(); section != linesOfSection.end(); ++section) {
-        if (!section.key().isEmpty()) { // keys without a section come first: they sort before all sections
-            text += (text.isEmpty() ? u"["_s : u"\n["_s) + section.key() + u"]\n"_s;
-        }
-        text += section.value();
+        const QString& name = section.key();
+        const QString written = name.isEmpty()    ? GENERAL.toString()
+                                : IsGeneral(name) ? u'%' + name
+                                                  : EscapeName(name);
+        file += (file.isEmpty() ? u"["_s : u"\n["_s) + written + u"]\n"_s + section.value();
     }
-    return text.toUtf8();
+    return file.toUtf8();
 }
 
 bool IsSettingsKey(QStringView key) {
-    const auto isUsable = [](QStringView name) {
-        return !name.isEmpty() && name == name.trimmed() && !IsComment(name);
-    };
-    const auto isForbidden = [](QChar c) {
-        return c == u'=' || c == u'[' || c == u']' || c == QChar::ByteOrderMark || IsControl(c);
-    };
-    const auto names = key.split(u'/');
-    return key.isValidUtf16() && std::none_of(key.begin(), key.end(), isForbidden) &&
-           std::all_of(names.begin(), names.end(), isUsable);
+    // Python's configparser would give the keys of its section DEFAULT to all sections.
+    const QStringView section = SectionOf(key);
+    return IsWrittenName(key) && key.isValidUtf16() && EscapeName(key) == key && !IsGeneral(section) &&
+           section != u"DEFAULT";
 }
 
 std::optional<bool> ParseBoolean(QStringView text) {

@@ -5,21 +5,52 @@
 #include "zancommon/zansetupdata.h"
 
 #include <QFile>
+#include <QHash>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// All texts of a configuration and below it.
+void Collect(ICfg& cfg, const QString& prefix, QHash<QString, QString>& texts) {
+    for (const QString& key : cfg.GetKeys()) {
+        texts.insert(prefix + key, cfg.GetString(key, {}));
+    }
+    for (const QString& name : cfg.GetSubCfgNames()) {
+        if (const CfgPtr sub{cfg.GetSubCfg(name)}) { // QSettings has names that cannot be asked for
+            Collect(*sub, prefix + name + u'/', texts);
+        }
+    }
+}
+
+/// Opens the settings and returns all of their texts.
+QHash<QString, QString> Open(const QString& directory) {
+    Require(CfgCenter::SetConfigDirectory(directory));
+    QHash<QString, QString> texts;
+    Collect(CfgCenter::GetAppCfg(ICfg::View::Stations), {}, texts);
+    return texts;
+}
+
+} // namespace
 
 /// Settings files that somebody has edited, through the readers of antennas and setup data.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace StdDeviceDefinition;
     static const bool isPublished = (CreateBranch(EBranch::SERVER, u"/ZANServer"_s), true);
     Require(isPublished);
-    const QTemporaryDir directory; // a new one each time: a file is known by its name and time
+    const QTemporaryDir directory;
     QFile file(directory.filePath(u"Application.ini"_s));
     Require(file.open(QIODevice::WriteOnly));
     file.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size));
     file.close();
-    Require(CfgCenter::SetConfigDirectory(directory.path()));
+
+    // Whatever is read of it is there when it has been written.
+    QHash<QString, QString> texts = Open(directory.path());
+    CfgCenter::GetAppCfg(ICfg::View::Stations).SetString(u"Fuzz"_s, u"@a;b\\"_s);
+    texts.insert(u"Fuzz"_s, u"@a;b\\"_s);
+    Require(CfgCenter::Close());
+    Require(Open(directory.path()) == texts);
 
     AntennaDataList antennas;
     Require(antennas.BuildAntennasFromCfg(u"replay"_s) <= AntennaDataList::MAX_ANTENNA_COUNT);

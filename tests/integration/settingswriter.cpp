@@ -1,28 +1,27 @@
-// Writes settings again and again until it is killed: in each round all keys of two files have the number of
-// the round.
+// Writes settings beside other processes that write the same file: each round has a key of its own, and
+// changes one that all rounds have.
+//
+//   settingswriter DIR NAME ROUNDS
 
 #include "tolmappstartup/cfgcenter.h"
 
 #include <QCoreApplication>
 
-#include <cstdio>
-
 using namespace Qt::StringLiterals;
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    if (argc != 3 || !CfgCenter::SetConfigDirectory(QString::fromLocal8Bit(argv[1]))) {
-        return 1;
+    const QStringList arguments = QCoreApplication::arguments();
+    if (argc != 4 || !CfgCenter::SetConfigDirectory(arguments[1])) {
+        return 2;
     }
-    const qint64 first = QByteArray(argv[2]).toLongLong();
+    const QString& name = arguments[2];
     ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Stations);
-    constexpr int KEY_COUNT = 200;
-    for (qint64 round = first;; ++round) {
-        for (int key = 0; key < KEY_COUNT; ++key) {
-            cfg.SetInt(u"Section%1/Key%2"_s.arg(key % 10).arg(key), round);
-        }
-        cfg.CommitKey(u"Section0/Key0"_s);
-        std::puts("written");
-        std::fflush(stdout);
+    constexpr int FIRST = 1000; // all numbers are of the same length
+    for (int round = 0; round < arguments[3].toInt(); ++round) {
+        cfg.SetInt(u"Shared/"_s + name, FIRST + round);
+        cfg.SetInt(u"%1/Round%2"_s.arg(name).arg(round), round);
+        cfg.CommitKey({});
     }
+    return CfgCenter::Close() ? 0 : 1;
 }

@@ -13,6 +13,7 @@
 
 #include <csignal>
 #include <sys/file.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -282,7 +283,7 @@ TEST_F(StationCommands, SignalEndsARunWithEverythingWrittenAndItsOwnExitCode) {
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(process.exitCode(), exitCode);
-        EXPECT_TRUE(process.readAllStandardOutput().contains("sentences to file                1\n"));
+        EXPECT_TRUE(process.readAllStandardOutput().simplified().contains(" sentences to file 1 "));
         EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
         QFile::remove(Path(u"out"_s));
     }
@@ -364,16 +365,16 @@ TEST_F(StationCommands, SettingsGoWhereServiceManagerAndUserSay) {
 }
 
 TEST_F(StationCommands, SettingsNeverGoToTheRootDirectory) {
-    // Without HOME the user database is asked; the home of "nobody" is not there, so nothing can be written.
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root becomes a user whom the user database does not know";
+    }
     for (const QString& home : {u"/"_s, u""_s, u"relative"_s}) {
         const StationResult result =
-            RunWith({{u"HOME"_s, home}}, u"setpriv"_s,
-                    {u"--reuid"_s, u"65534"_s, QStringLiteral(ZAN_STATION), u"device"_s});
-        if (::geteuid() != 0) {
-            continue; // only root becomes somebody else
-        }
+            RunWith({{u"HOME"_s, home}, {u"XDG_CONFIG_HOME"_s, u"/"_s}}, u"setpriv"_s,
+                    {u"--reuid"_s, u"54321"_s, QStringLiteral(ZAN_STATION), u"device"_s});
         EXPECT_EQ(result.exitCode, 1) << result.out.toStdString();
-        EXPECT_FALSE(result.err.contains(u"\"/.config"_s)) << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(u"there is no directory for the settings"_s))
+            << result.err.toStdString();
     }
     EXPECT_FALSE(QFile::exists(u"/.config/zanstation"_s));
     EXPECT_FALSE(QFile::exists(u"/zanstation"_s));

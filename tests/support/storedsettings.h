@@ -9,8 +9,6 @@
 #include <QString>
 #include <QTemporaryDir>
 
-#include <memory>
-
 /// The application's settings in a file of a directory of their own.
 class StoredSettings {
 public:
@@ -29,22 +27,24 @@ public:
         QFile file(Path());
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
-    /// Goes on with a file that was written by hand. It stands in a new directory: Qt may take a file of the
-    /// same name, size and time for the one that it has read before.
+    /// Goes on with a file that was written by hand.
     void Write(const QByteArray& text) {
         EXPECT_TRUE(CfgCenter::Close());
-        m_directory = std::make_unique<QTemporaryDir>();
+        WriteBeside(text);
+        Reopen();
+    }
+    /// Writes the file as another program does while this one runs.
+    void WriteBeside(const QByteArray& text) const {
         QFile file(Path());
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         EXPECT_EQ(file.write(text), text.size());
-        file.close();
-        Reopen();
     }
     /// What another run of the program finds.
-    void Reopen() const { EXPECT_TRUE(CfgCenter::SetConfigDirectory(m_directory->path())); }
+    void Reopen() const { EXPECT_TRUE(CfgCenter::SetConfigDirectory(m_directory.path())); }
+    [[nodiscard]] QString GetDirectory() const { return m_directory.path(); }
 
 private:
-    [[nodiscard]] QString Path() const { return m_directory->filePath(QStringLiteral("Application.ini")); }
+    [[nodiscard]] QString Path() const { return m_directory.filePath(QStringLiteral("Application.ini")); }
 
-    std::unique_ptr<QTemporaryDir> m_directory = std::make_unique<QTemporaryDir>();
+    QTemporaryDir m_directory;
 };

@@ -47,6 +47,9 @@ public:
     }
     [[nodiscard]] ICfg* GetSubCfg(const QString&) override { return nullptr; }
     void Release() override {}
+    [[nodiscard]] QStringList GetKeys() const override { return values.keys(); }
+    [[nodiscard]] QStringList GetSubCfgNames() const override { return {}; }
+    [[nodiscard]] CfgWriteBack BeginWriteBack() override { return {}; }
 
     mutable QStringList calls;
     QHash<QString, QString> values;

@@ -21,6 +21,7 @@
 #include <QLineEdit>
 #include <QMetaMethod>
 #include <QPointer>
+#include <QSettings>
 #include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -1230,6 +1231,26 @@ TEST_F(DFDataOutputTest, SettingsAreSavedByTheDestructorOnly) {
     EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), m_directory.filePath(u"other.txt"_s));
     // On disk too, without the event loop and before the store is closed.
     EXPECT_TRUE(Contents(m_directory.filePath(u"config/Application.ini"_s)).contains("COM9:1200,n,7,2"));
+}
+
+TEST_F(DFDataOutputTest, SettingsThatOthersChangedStayWhenTheyAreWrittenBackUnlessThePanelChangedThem) {
+    MakeOutput(false, false);
+    Store().CommitKey({});
+    const QString path = m_directory.filePath(u"config/Application.ini"_s);
+    QSettings other(path, QSettings::IniFormat);
+    other.setValue(u"RS232Output_Address"_s, u"/dev/ttyUSB1:9600,n,8,1"_s);
+    other.setValue(u"FileOutput_Address"_s, u"/theirs.txt"_s);
+    other.setValue(u"Output_Interval"_s, 100);
+    other.sync();
+    FileNameEdit().setText(u"/mine.txt"_s);
+    m_output->SlotUpdateConfiguration();
+    {
+        const CfgWriteBack writeBack = Store().BeginWriteBack();
+        m_output.reset();
+    }
+    EXPECT_EQ(Store().GetString(u"RS232Output_Address"_s, {}), u"/dev/ttyUSB1:9600,n,8,1"_s);
+    EXPECT_EQ(Store().GetInt(u"Output_Interval"_s, 0), 100);
+    EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), u"/mine.txt"_s);
 }
 
 TEST_F(DFDataOutputTest, IntervalThatIsNoTimeStartsNoTimerAndOneThatIsTooLongIsTheLongest) {

@@ -49,6 +49,7 @@ TEST(FrequencyText, ShowsFrequenciesInTheLargestUnitExactToAHertz) {
     };
     const Case cases[] = {
         {0.0, u"0 Hz"_s},
+        {-0.0, u"0 Hz"_s},
         {999.0, u"999 Hz"_s},
         {1e3, u"1 kHz"_s},
         {8333.0, u"8.333 kHz"_s},

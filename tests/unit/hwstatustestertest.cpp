@@ -373,7 +373,7 @@ TEST_F(HwStatusTesterTest, RequirementsAreFourKeysOfTheStation) {
     tester.SetCheckRequirements(true);
     tester.WriteHwRequirementsToCfg(Station().get());
     EXPECT_EQ(settings.CloseAndRead(),
-              u"[Station]\nHwCheckRequirements=true\nHwOptionalComponents=C\nHwRequiredComponents=A;B\n"
+              u"[Station]\nHwCheckRequirements=true\nHwOptionalComponents=C\nHwRequiredComponents=\"A;B\"\n"
               "HwRequirementsEditable=false\n"_s);
 }
 

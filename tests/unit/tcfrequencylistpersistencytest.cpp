@@ -213,9 +213,31 @@ TEST_F(TCFrequencyListPersistencyTest, StoredDefaultsOfTheProbingReadsAreCountsL
 TEST_F(TCFrequencyListPersistencyTest, WhatAnEntryLacksIsZero) {
     settings.Write("[TrafficControlFrequencies]\nTCFrequencyCount=4\n"
                    "[TrafficControlFrequencies/TCFrequency_0]\nChannelID=8\nFrequency=9\nAlarm=1\n"
+                   "[TrafficControlFrequencies/TCFrequency_1]\nChannelID=\n"
                    "[TrafficControlFrequencies/TCFrequency_2]\nFrequency=7\n"
                    "[TrafficControlFrequencies/TCFrequency_3]\nAlarm=1\n");
     EXPECT_EQ(Restore(), (Entries{Entry(8, 9.0, true), Entry(0, 0.0), Entry(0, 7.0), Entry(0, 0.0, true)}));
+}
+
+TEST_F(TCFrequencyListPersistencyTest, EntryWithNoneOfItsKeysIsMissingAndLeftOut) {
+    settings.Write("[TrafficControlFrequencies]\nTCFrequencyCount=4\n"
+                   "[TrafficControlFrequencies/TCFrequency_0]\nChannelID=1\nFrequency=10\nAlarm=1\n"
+                   "[TrafficControlFrequencies/TCFrequency_2]\nChannelID=3\nFrequency=30\nAlarm=0\n"
+                   "[TrafficControlFrequencies/TCFrequency_3]\nNote=to be done\n"
+                   "[TrafficControlFrequencies/TCFrequency_3/Below]\nChannelID=4\n");
+    EXPECT_EQ(Restore(), (Entries{Entry(1, 10.0, true), Entry(3, 30.0)}));
+}
+
+TEST_F(TCFrequencyListPersistencyTest, EntriesComeInTheOrderOfTheirNumbersWhateverElseStandsThere) {
+    settings.Write("[TrafficControlFrequencies]\nTCFrequencyCount=11\n"
+                   "[TrafficControlFrequencies/TCFrequency_10]\nChannelID=10\n"
+                   "[TrafficControlFrequencies/TCFrequency_11]\nChannelID=11\n"
+                   "[TrafficControlFrequencies/TCFrequency_2]\nChannelID=2\n"
+                   "[TrafficControlFrequencies/TCFrequency_03]\nChannelID=3\n"
+                   "[TrafficControlFrequencies/TCFrequency_]\nChannelID=4\n"
+                   "[TrafficControlFrequencies/TCFrequency_-5]\nChannelID=5\n"
+                   "[TrafficControlFrequencies/Frequency_6]\nChannelID=6\n");
+    EXPECT_EQ(Restore(), (Entries{Entry(2, 0.0), Entry(10, 0.0)}));
 }
 
 TEST_F(TCFrequencyListPersistencyTest, UnreadableContentIsZeroAndReported) {
@@ -241,20 +263,34 @@ TEST_F(TCFrequencyListPersistencyTest, UnreadableContentIsZeroAndReported) {
     }
 }
 
-TEST_F(TCFrequencyListPersistencyTest, CountThatCannotBeTrueReadsABoundedNumberOfEntries) {
-    for (const char* const count : {"2000000000", "100001"}) {
-        settings.Write(QByteArray("[TrafficControlFrequencies]\nTCFrequencyCount=") + count +
-                       "\n[TrafficControlFrequencies/TCFrequency_0]\nChannelID=8\n");
-        const Entries restored = Restore();
-        ASSERT_EQ(restored.size(), 100000U);
-        EXPECT_EQ(restored.front(), Entry(8, 0.0));
+TEST_F(TCFrequencyListPersistencyTest, AsManyEntriesAreReadAsThereAreWhateverTheCount) {
+    const Entries three = NumberedEntries(3);
+    for (const QByteArray count : {"3", "2000000000", "9223372036854775807"}) {
+        MakePersistent(three);
+        const QByteArray stored = settings.Read().toUtf8();
+        settings.Write(QByteArray(stored).replace("TCFrequencyCount=3", "TCFrequencyCount=" + count));
+        EXPECT_EQ(Restore(), three);
     }
 }
 
+TEST_F(TCFrequencyListPersistencyTest, LongListIsReadToItsEnd) {
+    constexpr int COUNT = 100001;
+    QByteArray text = "[TrafficControlFrequencies]\nTCFrequencyCount=100001\n";
+    Entries many;
+    for (int i = 0; i < COUNT; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        text += "[TrafficControlFrequencies/TCFrequency_" + number + "]\nChannelID=" + number + '\n';
+        many.push_back(Entry(i, 0.0));
+    }
+    settings.Write(text);
+    EXPECT_EQ(Restore(), many);
+}
+
 TEST_F(TCFrequencyListPersistencyTest, RestoreReadsWithoutWriting) {
-    const QByteArray text = "; by hand\n[TrafficControlFrequencies]\nTCFrequencyCount=2\n";
+    const QByteArray text = "; by hand\n[TrafficControlFrequencies]\nTCFrequencyCount=2\n"
+                            "[TrafficControlFrequencies/TCFrequency_1]\nAlarm=1\n";
     settings.Write(text); // the comment would not survive a write
-    EXPECT_EQ(Restore().size(), 2U);
+    EXPECT_EQ(Restore().size(), 1U);
     EXPECT_EQ(settings.CloseAndRead(), QString::fromUtf8(text));
 }
 

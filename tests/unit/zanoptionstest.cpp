@@ -304,7 +304,7 @@ TEST_F(ZANOptionsTest, OptionsAreStoredWithTheStationThatIsConnected) {
 Count=2
 
 [ZANStations/ZANStation0]
-DevOptions=ZAN-CL;ZAN-CL;ZANREEF-HF
+DevOptions="ZAN-CL;ZAN-CL;ZANREEF-HF"
 DeviceAddress=df.ship:5000
 
 [ZANStations/ZANStation1]

@@ -21,8 +21,33 @@ CfgPtr OpenList(const QString& name, ICfg::View view) {
     return CfgPtr(store ? store->GetSubCfg(u"TrafficControlFrequencies"_s) : nullptr);
 }
 
-CfgPtr OpenEntry(ICfg& list, qsizetype index) {
-    return CfgPtr(list.GetSubCfg(u"TCFrequency_"_s + QString::number(index)));
+constexpr QStringView ENTRY = u"TCFrequency_";
+
+CfgPtr OpenEntry(ICfg& list, qint64 index) {
+    return CfgPtr(list.GetSubCfg(ENTRY.toString() + QString::number(index)));
+}
+
+/// The indices below a count that the list has sub-configurations for, in order.
+std::vector<qint64> GetStoredIndices(const ICfg& list, qint64 count) {
+    std::vector<qint64> indices;
+    for (const QString& name : list.GetSubCfgNames()) {
+        const QString number = name.startsWith(ENTRY) ? name.sliced(ENTRY.size()) : QString();
+        const qint64 index = number.toLongLong();
+        if (number == QString::number(index) && index >= 0 && index < count) {
+            indices.push_back(index);
+        }
+    }
+    std::sort(indices.begin(), indices.end());
+    return indices;
+}
+
+bool IsStored(const ICfg& cfg, const QString& key) {
+    return cfg.GetString(key, u"A"_s) == cfg.GetString(key, u"B"_s);
+}
+
+/// Whether a sub-configuration holds any key of an entry.
+bool IsEntry(const ICfg& entry) {
+    return IsStored(entry, u"ChannelID"_s) || IsStored(entry, u"Frequency"_s) || IsStored(entry, u"Alarm"_s);
 }
 
 /// A number that is too large for a channel number is none.
@@ -59,7 +84,7 @@ void TCFrequencyListPersistency::MakePersistent() {
     // file never holds half of a list.
     std::vector<CfgPtr> written;
     for (const TrafficControlFrequency& entry : entries) {
-        CfgPtr section = OpenEntry(*cfg, static_cast<qsizetype>(written.size()));
+        CfgPtr section = OpenEntry(*cfg, static_cast<qint64>(written.size()));
         if (section) {
             section->SetInt(u"ChannelID"_s, entry.GetChannelID());
             section->SetInt(u"Frequency"_s, Truncate<qint64>(entry.GetFrequency()));
@@ -74,14 +99,15 @@ void TCFrequencyListPersistency::Restore() {
     if (!cfg) {
         return;
     }
-    const qint64 count = std::min<qint64>(ReadOrCreateInt(*cfg, u"TCFrequencyCount"_s, 0), MAX_COUNT);
+    const qint64 count = ReadOrCreateInt(*cfg, u"TCFrequencyCount"_s, 0);
     if (count < 1) {
         return;
     }
     const ValueTransaction transaction = m_pList->CreateTransaction({TChangeCode::ListReplaced}, nullptr);
     m_pList->Clear(nullptr);
-    for (qint64 i = 0; i < count; ++i) {
-        if (const CfgPtr section = OpenEntry(*cfg, i)) {
+    for (const qint64 index : GetStoredIndices(*cfg, count)) {
+        const CfgPtr section = OpenEntry(*cfg, index);
+        if (section && IsEntry(*section)) {
             TrafficControlFrequency entry;
             entry.SetChannelID(ReadChannelID(*section));
             entry.SetFrequency(static_cast<double>(section->GetInt(u"Frequency"_s, 0)));

@@ -14,9 +14,6 @@ namespace KvZANCommon {
 /// "Alarm" (1 or 0). Belongs to the application's main thread.
 class ZANCOMMON_EXPORT TCFrequencyListPersistency {
 public:
-    /// The most entries that are read, whatever count the settings name.
-    static constexpr int MAX_COUNT = 100000;
-
     /// \param list is not owned; null, and a list that has gone from the tree, make both operations do
     ///             nothing
     /// \param name of the settings file, as `CfgCenter::CreateCfg` takes it
@@ -28,8 +25,9 @@ public:
     /// reports.
     void MakePersistent();
     /// Replaces the list by the one in the file and tells its observers once, with code 7. The list stays as
-    /// it is when the file holds no entries. An entry that the file lacks is channel 0 with 0 Hz and without
-    /// alarm; a channel number that no `int` holds is 0, and traced. Nothing when the file cannot be had.
+    /// it is when the file's count is less than 1. An entry that has none of its three keys is missing and
+    /// left out; of one that has some, the others are 0. A channel number that no `int` holds is 0, and
+    /// traced. Nothing when the file cannot be had.
     void Restore();
 
 private:

@@ -1,0 +1,82 @@
+#include "tolmappstartup/settingslock.h"
+
+#include <QDateTime>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QThread>
+
+#include <sys/file.h>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+// A lock file is locked itself (flock) as long as its maker lives, but for a moment after it was made.
+constexpr auto GRACE = 500ms;
+constexpr unsigned long POLL_MS = 2;
+
+bool IsOlderThanGrace(const QString& path) {
+    const QFileInfo info(path);
+    return info.exists() && qAbs(info.lastModified().msecsTo(QDateTime::currentDateTime())) > GRACE / 1ms;
+}
+
+bool IsSameFile(int handle, const QString& path) {
+    struct stat held {};
+    struct stat named {};
+    return fstat(handle, &held) == 0 && stat(QFile::encodeName(path).constData(), &named) == 0 &&
+           held.st_dev == named.st_dev && held.st_ino == named.st_ino;
+}
+
+// QLockFile sees that the process whose number stands in a lock file is gone. It sees neither that the maker
+// died before it wrote its number, nor that another process has that number by now.
+void RemoveAbandoned(const QString& path) {
+    if (!IsOlderThanGrace(path)) {
+        return;
+    }
+    QFile file(path);
+    if (file.open(QFile::ReadWrite | QFile::ExistingOnly) && flock(file.handle(), LOCK_EX | LOCK_NB) == 0 &&
+        IsSameFile(file.handle(), path)) {
+        file.remove();
+    }
+}
+
+} // namespace
+
+SettingsLock::SettingsLock(const QString& settingsPath)
+    : m_path(settingsPath + u".lock"_s)
+    , m_file(m_path) {}
+
+SettingsLock::Result SettingsLock::Lock(std::chrono::milliseconds patience) {
+    // QLockFile waits too coarsely for locks that are held for a few milliseconds.
+    const QDeadlineTimer deadline(patience);
+    while (!m_file.isLocked() && !m_file.tryLock(0)) {
+        if (m_file.error() != QLockFile::LockFailedError) {
+            return Result::Impossible;
+        }
+        // Only one at a time removes a lock file: the other one might remove that of the next process.
+        const QString removersPath = m_path + u".rmlock"_s;
+        RemoveAbandoned(removersPath);
+        QLockFile remover(removersPath);
+        if (IsOlderThanGrace(m_path) && remover.tryLock(0)) {
+            RemoveAbandoned(m_path);
+            remover.unlock();
+        }
+        if (deadline.hasExpired()) {
+            return Result::Busy;
+        }
+        QThread::msleep(POLL_MS);
+    }
+    return Result::Locked;
+}
+
+QString SettingsLock::GetHolder() const {
+    qint64 process = 0;
+    QString host;
+    QString program;
+    return m_file.getLockInfo(&process, &host, &program)
+               ? u"%1 (process %2 on %3)"_s.arg(program, QString::number(process), host)
+               : u"another process"_s;
+}
