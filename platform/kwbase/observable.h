@@ -20,6 +20,7 @@ class ZANPLATFORM_EXPORT IObserver {
 public:
     IObserver() = default;
     IObserver(const IObserver&) {}
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is taken over
     IObserver& operator=(const IObserver&) { return *this; }
     virtual ~IObserver();
 

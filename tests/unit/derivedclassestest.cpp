@@ -42,15 +42,15 @@ public:
     }
     bool GetCheckRequirements() override { return Note("GetCheckRequirements"); }
     void SetCheckRequirements(bool /*check*/) override { calls.emplace_back("SetCheckRequirements"); }
-    std::set<QString> FindMissingRequiredHardware() const override {
+    [[nodiscard]] std::set<QString> FindMissingRequiredHardware() const override {
         calls.emplace_back("FindMissingRequiredHardware");
         return {};
     }
-    std::set<QString> FindUnknownHardware() const override {
+    [[nodiscard]] std::set<QString> FindUnknownHardware() const override {
         calls.emplace_back("FindUnknownHardware");
         return {};
     }
-    std::set<QString> GetAllComponents() const override {
+    [[nodiscard]] std::set<QString> GetAllComponents() const override {
         calls.emplace_back("GetAllComponents");
         return {};
     }

@@ -14,7 +14,7 @@ class ConstantText : public QStringView {
 public:
     constexpr ConstantText() = default;
     template <std::size_t SIZE>
-    // NOLINTNEXTLINE(google-explicit-constructor): a row is written as its literals
+    // NOLINTNEXTLINE(google-explicit-constructor,modernize-avoid-c-arrays): a row is written as its literals
     consteval ConstantText(const char16_t (&literal)[SIZE])
         : QStringView(literal) {}
 

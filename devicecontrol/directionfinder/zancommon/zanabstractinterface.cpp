@@ -21,6 +21,7 @@ QWidget* ZANAbstractInterface::GetConfigWidget() {
     return m_pConfigWidget;
 }
 
+// NOLINTNEXTLINE(readability-const-return-type): the type is part of the interface
 const QString ZANAbstractInterface::GetName() {
     return m_strName;
 }
@@ -35,6 +36,7 @@ void ZANAbstractInterface::SetAddress(const QString& address) {
     m_strAddress = address;
 }
 
+// NOLINTNEXTLINE(readability-const-return-type): the type is part of the interface
 const QString ZANAbstractInterface::GetAddress() {
     return m_strAddress;
 }

@@ -36,7 +36,6 @@ public:
     /// The configuration widget; null when the interface made none, or when it has been destroyed. Whoever
     /// shows it may take it over by giving it a parent.
     [[nodiscard]] virtual QWidget* GetConfigWidget();
-    // NOLINTNEXTLINE(readability-const-return-type): the type that overriding operations return
     [[nodiscard]] virtual const QString GetName();
 
 public Q_SLOTS:
@@ -49,7 +48,6 @@ public Q_SLOTS:
 protected:
     /// Sets where the output goes, for example to a serial port or a file; empty at first.
     virtual void SetAddress(const QString& address);
-    // NOLINTNEXTLINE(readability-const-return-type): likewise
     [[nodiscard]] virtual const QString GetAddress();
 
     QWidget* m_pConfigWidget = nullptr; // not owned
