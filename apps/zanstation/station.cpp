@@ -140,15 +140,13 @@ void Station::ReadOptions() {
     }
 }
 
-/// Publishes what the operator sets for the device, as the settings keep it. Some of it does not stand in the
-/// server's branch by itself: the time of the last modification, which the characteristics observe below the
-/// device node, and two values that applications share by their names.
+/// Publishes what the operator sets for the device, as the settings keep it. The time of the last modification
+/// is below the device node, where the characteristics observe it, and below the server, where the setup finds
+/// it: both stay equal.
 void Station::PublishSetup() {
     auto* const deviceTime = Tree::Instance()->Find<ValueString>(
         ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdCfgModifyTime.PathName());
-    m_modifyTimes.emplace(*deviceTime, *ServerValue<ValueString>(StdDeviceDefinition::g_vdCfgModifyTime));
-    GetOrCreateValue<ValueBool>(ServerPath(ZANValueName::USEJOBSETTINGSFORFFM));
-    GetOrCreateValue<ValueString>(ServerPath(u"CalibrationSchedule"));
+    m_modifyTimes.emplace(*deviceTime, *ServerValue<ValueString>(StdDeviceDefinition::g_vdSetupModifyTime));
 
     m_setup.ReadFromValueTree({});
     m_setup.ReadFromCfg(GetDeviceAddress());
