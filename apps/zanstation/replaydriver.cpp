@@ -76,7 +76,10 @@ int ReplayDriver::Initialize(std::string& recording, bool /*simulation*/) {
     } else {
         m_lastError = name + u": cannot be opened: "_s + m_stream.errorString();
     }
-    return m_lastError.isEmpty() ? OK : FAILED;
+    if (!m_lastError.isEmpty()) {
+        return FAILED;
+    }
+    return OK;
 }
 
 QString ReplayDriver::GetLastError() {
