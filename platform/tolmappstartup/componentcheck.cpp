@@ -101,7 +101,8 @@ constexpr std::string_view LOADED = "loaded";
     } catch (...) {
         answer = "its initialiser threw an exception";
     }
-    static_cast<void>(!write(pipe, answer.constData(), std::min<std::size_t>(answer.size(), PIPE_BUF)));
+    const auto size = static_cast<std::size_t>(std::min<qsizetype>(answer.size(), PIPE_BUF));
+    static_cast<void>(!write(pipe, answer.constData(), size));
     _exit(0);
 }
 
@@ -131,7 +132,7 @@ namespace ComponentCheck {
 QString FindFault(const QString& path) {
     const QString canonicalPath = QFileInfo(path).canonicalFilePath();
     for (const QString& end : {path, canonicalPath}) {
-        if (const QString fault = FindOtherWriterOfDirectory(QFileInfo(end).path()); !fault.isEmpty()) {
+        if (QString fault = FindOtherWriterOfDirectory(QFileInfo(end).path()); !fault.isEmpty()) {
             return fault;
         }
     }

@@ -20,7 +20,7 @@ namespace {
 
 // Of XML in the log: blanks a level, and the most characters of an entry.
 constexpr int INDENTATION = 4;
-constexpr qsizetype MAX_RENDERED_SIZE = 1024 * 1024;
+constexpr qsizetype MAX_RENDERED_SIZE = qsizetype{1024} * 1024;
 
 /// Date and time of day, with the milliseconds as a plain number (Qt's own format pads them).
 QString GetBackupDate() {
@@ -33,7 +33,7 @@ QString GetBackupDate() {
 /// document is built, written and destroyed recursively), nor what indentation makes of it, nor the time that
 /// reading takes (which grows with the square of an element's attributes) goes beyond what a log has use for.
 bool IsRenderable(const QByteArray& text) {
-    constexpr qsizetype MAX_BYTES = 256 * 1024;
+    constexpr qsizetype MAX_BYTES = qsizetype{256} * 1024;
     // What a document type declares makes a text grow: entities, default attributes, one inside the other.
     constexpr qsizetype MAX_BYTES_WITH_DECLARATIONS = 1024;
     constexpr qsizetype MAX_ATTRIBUTES = 256;
