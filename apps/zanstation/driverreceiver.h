@@ -30,7 +30,8 @@ class DriverReceiver final : public QObject, public KvZANCommon::IDriverCallback
 
 public:
     /// Bytes that wait for this thread at most, unless said otherwise: some ten thousand blocks of one
-    /// bearing, or eight of the longest scan. While they are passed on, as many can come again.
+    /// bearing, or eight of the longest scan. While they are passed on, as many can come again; what a driver
+    /// is held up with does not wait yet.
     static constexpr std::size_t DEFAULT_CAPACITY = 8UL * 1024 * 1024;
 
     /// \param capacity bytes that wait at most

@@ -41,6 +41,14 @@ QString StreamFile(const QString& name, const QString& stream) {
     return name == STANDARD_STREAM ? stream : name;
 }
 
+/// The file that the sentences will go to; empty for none.
+QString GetOutputFile(const RunOptions& options) {
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    const QString stored =
+        cfg.GetBool(u"FileOutput_Enabled"_s, false) ? cfg.GetString(u"FileOutput_Address"_s, {}) : QString();
+    return options.output.value_or(stored);
+}
+
 QString Count(quint64 count) {
     return QString::number(count);
 }
@@ -100,33 +108,25 @@ int RunCommand::Run() {
     return m_hasFailed ? EXIT_FAILED : EXIT_OK;
 }
 
-bool RunCommand::IsSound() const {
-    for (const Finding& finding : CheckKeys(m_options.configDirectory)) {
+bool RunCommand::CanBegin(const RunOptions& options) {
+    for (const Finding& finding : CheckKeys(options.configDirectory)) {
         Console::Warn(finding.text);
     }
-    bool isSound = true;
+    bool canBegin = true;
     for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
         Console::Error(finding.text);
-        isSound = false;
+        canBegin = false;
     }
-    const QString output = GetOutputFile();
-    const QString recording = StreamFile(m_options.recording, u"/dev/stdin"_s);
+    const QString output = GetOutputFile(options);
+    const QString recording = StreamFile(options.recording, u"/dev/stdin"_s);
     // A terminal may well be both.
-    const bool canBeSame = m_options.recording != STANDARD_STREAM || QFileInfo(recording).isFile();
+    const bool canBeSame = options.recording != STANDARD_STREAM || QFileInfo(recording).isFile();
     if (!output.isEmpty() && canBeSame &&
         DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), recording)) {
-        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, m_options.recording));
-        isSound = false;
+        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, options.recording));
+        canBegin = false;
     }
-    return isSound;
-}
-
-/// The file that the sentences will go to; empty for none.
-QString RunCommand::GetOutputFile() const {
-    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
-    const QString stored =
-        cfg.GetBool(u"FileOutput_Enabled"_s, false) ? cfg.GetString(u"FileOutput_Address"_s, {}) : QString();
-    return m_options.output.value_or(stored);
+    return canBegin;
 }
 
 void RunCommand::WarnOfStation() {
@@ -418,8 +418,7 @@ int Commands::Run(const QStringList& arguments) {
     options.asJson = line.AsJson();
     const std::optional<QString> recording = line.Text(u"recording"_s);
     options.recording = recording ? AbsolutePath(*recording) : options.configDirectory + u"/example.csv"_s;
-    RunCommand command(options);
-    if (!command.IsSound()) {
+    if (!RunCommand::CanBegin(options)) {
         return EXIT_FAILED;
     }
     if (!recording && !QFileInfo::exists(options.recording) &&
@@ -428,6 +427,6 @@ int Commands::Run(const QStringList& arguments) {
     }
     // The command log is kept below the current directory: with the settings.
     QDir::setCurrent(options.configDirectory);
-    const int exitCode = command.Run();
+    const int exitCode = RunCommand(options).Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }

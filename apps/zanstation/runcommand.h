@@ -38,7 +38,8 @@ public:
 
     /// Whether the run can begin: refuses, with messages, settings that cannot be used, and an output that
     /// would overwrite the recording. Nothing is opened or written.
-    [[nodiscard]] bool IsSound() const;
+    [[nodiscard]] static bool CanBegin(const RunOptions& options);
+
     /// Runs until the recording has ended or the program is interrupted; returns the exit code.
     int Run();
 
@@ -49,7 +50,6 @@ private:
         quint64 count = 0;
     };
 
-    [[nodiscard]] QString GetOutputFile() const;
     static void WarnOfStation();
     void WarnOfFrequency(double frequency);
     void StoreOutputSettings() const;

@@ -279,5 +279,4 @@ TEST_F(ReplayDriverTest, DriverThatIsHeldUpByAFullQueueIsStoppedAndNothingOfItIs
     }
     receiver.Stop(m_device);
     EXPECT_EQ(count, static_cast<std::size_t>(m_device.GetReadCount()));
-    EXPECT_LT(count, 1000U);
 }

@@ -50,7 +50,7 @@ TEST_F(SettingsCheck, FindsNothingInSettingsThatAreSoundOrMissing) {
     EXPECT_EQ(Check("Output_Interval=10000\n[OverheadPass]\nThreshold=0\n" + STATION +
                     "PitchThreshold=-90\nRollThreshold=180\nDFMechOffset=3600\nDeclination=-1800\n"
                     "GainControlMode=1\nLocationChoice=2\nPreAmplifierHf=true\nAGCDecay=7\n"
-                    "SystemConfiguration\\AntennaCount=12\n"),
+                    "[ZANStations/ZANStation0/SystemConfiguration]\nAntennaCount=12\n"),
               QStringList());
 }
 
