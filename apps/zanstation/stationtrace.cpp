@@ -16,10 +16,11 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Lines that say that all is well, or what the commands say in their own words.
-constexpr std::array<QStringView, 5> USUAL{
-    u"No sample mode matching", u"CommandProtocol: Going to delete the oldest backup file.",
-    u"SerialInterface::OnOpen", u"SerialInterface::OnClose",
-    u"SerialInterface::OnRead",
+constexpr std::array<QStringView, 7> USUAL{
+    u"No sample mode matching",        u"CommandProtocol: Going to delete the oldest backup file.",
+    u"SerialInterface::OnOpen",        u"SerialInterface::OnClose",
+    u"SerialInterface::OnRead",        u"The component \"",
+    u"The configuration directory \"",
 };
 
 /// The bandwidth that restricts nothing is a number of 309 digits, and cut off to an integer the least of

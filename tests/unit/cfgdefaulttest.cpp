@@ -101,7 +101,7 @@ TEST(CfgDefault, SecondRunReadsTheFileWithoutWritingIt) {
     EXPECT_EQ(run(600), firstRun);
     QFile file(directory.filePath(u"Application.ini"_s));
     ASSERT_TRUE(file.open(QFile::ReadWrite));
-    EXPECT_EQ(file.readAll(), "Name=\n\n[OverheadPass]\nThreshold=600\nValid=false\n");
+    EXPECT_EQ(file.readAll(), "[General]\nName=\n\n[OverheadPass]\nThreshold=600\nValid=false\n");
     ASSERT_TRUE(file.resize(0));
     ASSERT_GT(file.write("Name=\n\n[OverheadPass]\nThreshold=75\nValid=0\n"), 0);
     file.close();
@@ -118,7 +118,7 @@ TEST(CfgDefault, UnreadableValueIsReplacedByTheDefaultAndKeptBeside) {
     EXPECT_EQ(ReadOrCreateInt(CfgCenter::GetAppCfg(ICfg::View::OverheadPass), u"Threshold"_s, 600), 600);
     EXPECT_TRUE(CfgCenter::Close());
     ASSERT_TRUE(file.open(QFile::ReadOnly));
-    EXPECT_EQ(file.readAll(), "Threshold=600\n");
+    EXPECT_EQ(file.readAll(), "[General]\nThreshold=600\n");
     QFile copy(directory.filePath(u"Application.ini.damaged-1"_s));
     ASSERT_TRUE(copy.open(QFile::ReadOnly));
     EXPECT_EQ(copy.readAll(), "Threshold=6OO\n");
