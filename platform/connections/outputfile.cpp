@@ -213,6 +213,7 @@ bool OutputFile::WaitForRoom() {
     return !m_isStalled;
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the file
 bool OutputFile::TakeBack(std::size_t count) {
     struct stat status {};
     const off_t position = lseek(m_descriptor, 0, SEEK_CUR);
