@@ -140,9 +140,9 @@ void Station::ReadOptions() {
     }
 }
 
-/// Publishes what the operator sets for the device, as the settings keep it. The time of the last modification
-/// is below the device node, where the characteristics observe it, and below the server, where the setup finds
-/// it: both stay equal.
+/// Publishes what the operator sets for the device, as the settings keep it. The time of the last
+/// modification is below the device node, where the characteristics observe it, and below the server, where
+/// the setup finds it: both stay equal.
 void Station::PublishSetup() {
     auto* const deviceTime = Tree::Instance()->Find<ValueString>(
         ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdCfgModifyTime.PathName());

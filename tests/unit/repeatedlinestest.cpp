@@ -41,7 +41,7 @@ TEST(RepeatedLines, CountsAreToldWithTheFirstLineAfterAMinuteAndLinesAreNewAgain
 
 TEST(RepeatedLines, LinesThatDifferAreBoundedInNumber) {
     RepeatedLines lines;
-    for (int i = 1; i <= 64; ++i) {
+    for (std::size_t i = 1; i <= 64; ++i) {
         EXPECT_NE(lines.Add(std::string(i, 'x') + '\n', START), "");
     }
     EXPECT_EQ(lines.Add("y\n", START), "");
