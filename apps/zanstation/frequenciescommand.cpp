@@ -45,20 +45,23 @@ CfgPtr OpenList(const CfgPtr& store) {
     return CfgPtr(store ? store->GetSubCfg(u"TrafficControlFrequencies"_s) : nullptr);
 }
 
-/// Replaces the list and its names in the file, all at once.
+/// Replaces the list and its names in the file, all at once: the names wait, for their entries are not
+/// released, until the list is saved.
 void Store(ValueTrafficControlFrequencyList* list, const std::vector<NamedChannel>& channels) {
     const CfgPtr store = OpenStore();
     const CfgPtr section = OpenList(store);
     if (!section) {
         return;
     }
-    const CfgWriteBack writeBack = section->BeginWriteBack();
-    GetPersistency(list).MakePersistent();
-    for (qsizetype index = 0; const NamedChannel& channel : channels) {
-        if (const CfgPtr entry{section->GetSubCfg(ENTRY + QString::number(index++))}) {
+    std::vector<CfgPtr> entries;
+    for (const NamedChannel& channel : channels) {
+        CfgPtr entry(section->GetSubCfg(ENTRY + QString::number(entries.size())));
+        if (entry) {
             entry->SetString(NAME_KEY, channel.name);
+            entries.push_back(std::move(entry));
         }
     }
+    GetPersistency(list).MakePersistent();
 }
 
 /// Whether the section holds an entry; one that does not is skipped when the list is restored.

@@ -246,6 +246,33 @@ TEST_F(StationCommands, ImportReplacesTheListWithItsNamesAndNeedsNone) {
               (QJsonObject{{u"channel"_s, 1}, {u"frequency_hz"_s, 121.5e6}, {u"alarm"_s, true}}));
 }
 
+TEST_F(StationCommands, TwoImportsAtOnceLeaveTheListOfOneOfThem) {
+    WriteFile(Path(u"a.csv"_s), "name,frequency_mhz\nTower,118.5\nGround,121.7\nApron,121.9\n");
+    WriteFile(Path(u"b.csv"_s), "name,frequency_mhz\nATIS,126.0\nRadar,119.1\n");
+    const auto arguments = [this](const QString& name) {
+        return QStringList{u"frequencies"_s, u"import"_s, Path(name), u"--config"_s, Config()};
+    };
+    ASSERT_EQ(RunStation(arguments(u"a.csv"_s)).exitCode, 0);
+    const QByteArray listOfA = ReadFile(Config() + u"/TrafficControl.ini"_s);
+    ASSERT_EQ(RunStation(arguments(u"b.csv"_s)).exitCode, 0);
+    const QString shownOfB = Run(u"frequencies list"_s).out;
+    ASSERT_EQ(RunStation(arguments(u"a.csv"_s)).exitCode, 0);
+    const QString shownOfA = Run(u"frequencies list"_s).out;
+    for (int round = 0; round < 15; ++round) {
+        WriteFile(Config() + u"/TrafficControl.ini"_s, listOfA);
+        QProcess a;
+        QProcess b;
+        b.start(QStringLiteral(ZAN_STATION), arguments(u"b.csv"_s));
+        a.start(QStringLiteral(ZAN_STATION), arguments(u"a.csv"_s));
+        ASSERT_TRUE(a.waitForFinished(PATIENCE_MS));
+        ASSERT_TRUE(b.waitForFinished(PATIENCE_MS));
+        EXPECT_EQ(a.exitCode(), 0);
+        EXPECT_EQ(b.exitCode(), 0);
+        const QString shown = Run(u"frequencies list"_s).out;
+        EXPECT_TRUE(shown == shownOfA || shown == shownOfB) << shown.toStdString();
+    }
+}
+
 TEST_F(StationCommands, ImportWithoutOneUsableRowLeavesTheListAloneAndFails) {
     WriteFile(Path(u"good.csv"_s), "name,frequency_mhz\nTower,118.5\n");
     ASSERT_EQ(Run(u"frequencies import "_s + Path(u"good.csv"_s)).exitCode, 0);

@@ -15,9 +15,8 @@ namespace KvZANCommon {
 
 namespace {
 
-/// The sub-configuration of the list in a file; null when it cannot be had.
-CfgPtr OpenList(const QString& name, ICfg::View view) {
-    const CfgPtr store(CfgCenter::CreateCfg(name, view, {}));
+/// The sub-configuration of the list in a store; null when it cannot be had.
+CfgPtr OpenList(const CfgPtr& store) {
     return CfgPtr(store ? store->GetSubCfg(u"TrafficControlFrequencies"_s) : nullptr);
 }
 
@@ -74,14 +73,15 @@ TCFrequencyListPersistency::TCFrequencyListPersistency(ValueTrafficControlFreque
     , m_view(view) {}
 
 void TCFrequencyListPersistency::MakePersistent() {
-    const CfgPtr cfg = m_pList ? OpenList(m_name, m_view) : nullptr;
+    const CfgPtr store(m_pList ? CfgCenter::CreateCfg(m_name, m_view, {}) : nullptr);
+    const CfgPtr cfg = OpenList(store);
     if (!cfg) {
         return;
     }
     const std::vector<TrafficControlFrequency>& entries = m_pList->GetElements();
     cfg->SetInt(u"TCFrequencyCount"_s, static_cast<qint64>(entries.size()));
-    // An entry saves the file when it is released. They are kept until the last one is written, so that the
-    // file never holds half of a list.
+    // What is released saves the file. All is kept until the last entry is written, so that the file never
+    // holds half of a list.
     std::vector<CfgPtr> written;
     for (const TrafficControlFrequency& entry : entries) {
         CfgPtr section = OpenEntry(*cfg, static_cast<qint64>(written.size()));
@@ -95,7 +95,8 @@ void TCFrequencyListPersistency::MakePersistent() {
 }
 
 void TCFrequencyListPersistency::Restore() {
-    const CfgPtr cfg = m_pList ? OpenList(m_name, m_view) : nullptr;
+    const CfgPtr store(m_pList ? CfgCenter::CreateCfg(m_name, m_view, {}) : nullptr);
+    const CfgPtr cfg = OpenList(store);
     if (!cfg) {
         return;
     }
