@@ -230,14 +230,12 @@ bool SettingsFile::Save(std::chrono::milliseconds patience) {
     if (reason.isEmpty()) {
         m_pending.clear();
         m_reportedReason.clear();
-        m_isLockBusy = false;
-        m_retry.stop();
         return true;
     }
     if (!m_isLockBusy) {
         Report(reason, u"stay in memory, and the next commit tries again"_s);
     }
-    if (QCoreApplication::instance() && !m_retry.isActive()) {
+    if (QCoreApplication::instance()) {
         m_retry.start(RETRY_MS, this);
     }
     return false;
@@ -356,6 +354,7 @@ void SettingsFile::customEvent(QEvent*) {
 }
 
 void SettingsFile::timerEvent(QTimerEvent*) {
+    m_retry.stop();
     Save(0ms);
 }
 
@@ -379,22 +378,22 @@ void SettingsFile::TakeDamage(const QList<DamagedLine>& damage) {
 // reason when that fails; then it is still due.
 QString SettingsFile::KeepCopy() {
     m_isCopyDue = true;
-    for (int number = 1;; ++number) {
+    bool isKept = false;
+    for (int number = 1; !isKept; ++number) {
         m_copyPath = m_path + u".damaged-"_s + QString::number(number);
         QFile earlierCopy(m_copyPath);
         if (!earlierCopy.exists()) {
             break;
         }
-        if (earlierCopy.open(QFile::ReadOnly) && earlierCopy.readAll() == m_bytes) {
-            m_isCopyDue = false;
-            return {};
-        }
+        isKept = earlierCopy.open(QFile::ReadOnly) && earlierCopy.readAll() == m_bytes;
     }
-    QSaveFile copy(m_copyPath);
-    // A commit tells nothing of what could not be flushed.
-    if (!copy.open(QFile::WriteOnly) || copy.write(m_bytes) != m_bytes.size() || !copy.flush() ||
-        !copy.commit()) {
-        return u"a copy of it cannot be kept as "_s + m_copyPath + u" ("_s + copy.errorString() + u')';
+    if (!isKept) {
+        QSaveFile copy(m_copyPath);
+        // A commit tells nothing of what could not be flushed.
+        if (!copy.open(QFile::WriteOnly) || copy.write(m_bytes) != m_bytes.size() || !copy.flush() ||
+            !copy.commit()) {
+            return u"a copy of it cannot be kept as "_s + m_copyPath + u" ("_s + copy.errorString() + u')';
+        }
     }
     m_isCopyDue = false;
     return {};

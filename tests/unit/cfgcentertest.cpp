@@ -988,6 +988,11 @@ TEST_F(CfgCenterTest, EarlierCopyIsNeverOverwrittenAndTheSameContentIsKeptOnce) 
     WriteFile("damaged");
     Open();
     EXPECT_EQ(Files().size(), 3);
+    App().SetInt(u"Key"_s, 1);
+    App().CommitKey({});
+    App().SetInt(u"Key"_s, 2);
+    App().CommitKey({});
+    EXPECT_EQ(Files().size(), 3) << "what is not damaged is not kept";
     CfgCenter::Close();
     WriteFile("damaged again");
     Open();
