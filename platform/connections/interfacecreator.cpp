@@ -3,15 +3,17 @@
 #include "connections/serialportinterface.h"
 #include "kwbase/errorhandler.h"
 
-#include <QFileInfo>
 #include <QSerialPort>
-#include <QTemporaryFile>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <fcntl.h>
 #include <limits>
 #include <memory>
 #include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -141,11 +143,15 @@ std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) 
 /// Why a port could not be opened. Qt first makes a lock file, and says that it lacks the permission when in
 /// truth there is no descriptor left for it, or no room.
 QString OpeningProblem(const QSerialPort& port) {
-    const QString lockDirectory = u"/var/lock"_s;
-    if (port.error() == QSerialPort::PermissionError && QFileInfo(lockDirectory).isWritable()) {
-        QTemporaryFile file(lockDirectory + u"/zanstation-XXXXXX"_s);
-        if (!file.open() || file.write("1") != 1 || !file.flush()) {
-            return file.errorString();
+    constexpr std::array SHORTAGES{EMFILE, ENFILE, ENOSPC, EDQUOT, EFBIG};
+    if (port.error() == QSerialPort::PermissionError) {
+        const int handle = open("/var/lock", O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+        const int error = handle >= 0 && write(handle, "1", 1) == 1 ? 0 : errno;
+        if (handle >= 0) {
+            close(handle);
+        }
+        if (std::ranges::count(SHORTAGES, error) > 0) {
+            return qt_error_string(error);
         }
     }
     return port.errorString();

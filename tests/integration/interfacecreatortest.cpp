@@ -266,6 +266,7 @@ TEST_F(InterfaceCreatorTest, FinishedInterfaceHasSentWhatWaitedAndTakesNothingMo
 }
 
 TEST_F(InterfaceCreatorTest, PortThatCannotBeOpenedForWantOfResourcesIsReportedSo) {
+    EXPECT_TRUE(Create(m_line.path));
     {
         const FewDescriptors none(0);
         EXPECT_FALSE(Create(m_line.path));

@@ -44,7 +44,8 @@ TEST(ConstantText, BecomesAStringWhereverOneIsWanted) {
 TEST(ConstantText, IsComparedWithTextsOfAnyKind) {
     EXPECT_TRUE(TEXT == u"PX110"_s && u"PX110"_s == TEXT);
     EXPECT_TRUE(TEXT == QStringView(u"PX110") && QStringView(u"PX110") == TEXT);
-    EXPECT_TRUE(TEXT == ConstantText(u"PX110"));
+    constexpr ConstantText SAME = u"PX110";
+    EXPECT_TRUE(TEXT == SAME);
     EXPECT_TRUE(TEXT != u"PX11"_s && u"PX1100"_s != TEXT);
     EXPECT_TRUE(TEXT.startsWith(u"PX"));
 }

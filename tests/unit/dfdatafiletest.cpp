@@ -298,6 +298,7 @@ TEST_F(DFDataFileTest, StandardOutputTakesTheLinesAndIsNotTriedAgainWhenItsReade
 }
 
 TEST_F(DFDataFileTest, StandardOutputThatCannotBeHadIsReported) {
+    ASSERT_FALSE(m_file.IsOpen());
     {
         const FewDescriptors none(0);
         m_file.OpenStandardOutput();
