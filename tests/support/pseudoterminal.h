@@ -60,3 +60,22 @@ public:
 private:
     int m_farEnd;
 };
+
+/// Stops a line, so that it takes nothing of what is written to it. It is made before the code under test
+/// opens the line for itself alone.
+class LineStop {
+public:
+    explicit LineStop(const PseudoTerminal& line)
+        : m_nearEnd(open(line.path.toLocal8Bit().constData(), O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        EXPECT_GE(m_nearEnd, 0);
+    }
+    LineStop(const LineStop&) = delete;
+    LineStop& operator=(const LineStop&) = delete;
+    ~LineStop() { close(m_nearEnd); }
+
+    void Stop() const { EXPECT_EQ(tcflow(m_nearEnd, TCOOFF), 0); }
+    void GoOn() const { EXPECT_EQ(tcflow(m_nearEnd, TCOON), 0); }
+
+private:
+    int m_nearEnd;
+};
