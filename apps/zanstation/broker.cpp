@@ -43,8 +43,8 @@ void Make() {
 }
 
 void Release() {
-    ZANServerORB::Instance()->Shutdown();
-    ZANServerORB::Instance()->Finalise();
+    ZANServerORB::Shutdown();
+    ZANServerORB::Finalise();
     const std::lock_guard lock(logMutex);
     std::fputs(logLines.TakeCounts().c_str(), stderr);
 }

@@ -82,6 +82,10 @@ QString CommandLine::GetConfigDirectory() const {
 
 bool CommandLine::OpenStore() const {
     const QString directory = GetConfigDirectory();
+    if (Text(u"config"_s) == QString()) {
+        Console::Error(u"--config names no directory"_s);
+        return false;
+    }
     if (directory.isEmpty()) {
         Console::Error(u"there is no directory for the settings: neither HOME nor XDG_CONFIG_HOME names one; "
                        "name it with --config"_s);

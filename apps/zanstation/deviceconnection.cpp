@@ -8,6 +8,7 @@
 #include "zancommon/hwstatustester.h"
 #include "zancommon/stationcfg.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanstation/console.h"
 
 #include <QStringList>
 
@@ -53,6 +54,11 @@ AntennaDataList MakeExampleAntennas() {
 
 void WriteExample(const QString& address) {
     const CfgPtr station(StationCfg::GetStationCfg(address, true));
+    if (station->GetKeys().size() > 1 || !station->GetSubCfgNames().isEmpty()) {
+        Console::Warn(
+            u"the settings hold a station that ZANStations/Count leaves out; it is used as it is"_s);
+        return;
+    }
     station->SetString(u"DevOptions"_s, u"ZAN-HFR"_s);
     MakeExampleAntennas().WriteAntennaSetupToCfg(address);
 }

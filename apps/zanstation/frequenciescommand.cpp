@@ -135,6 +135,7 @@ std::vector<NamedChannel> Restore() {
     const auto& channels = list->GetElements();
     const QStringList names = RestoreNames();
     std::vector<NamedChannel> named;
+    named.reserve(channels.size());
     for (qsizetype index = 0; const TrafficControlFrequency& channel : channels) {
         named.push_back({channel, names.value(index++)});
     }

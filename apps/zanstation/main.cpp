@@ -1,4 +1,5 @@
 #include "zanstation/commands.h"
+#include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/stationtrace.h"
 
@@ -9,6 +10,10 @@
 #include <algorithm>
 #include <array>
 #include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -54,9 +59,31 @@ void Print(const QString& text) {
     QTextStream(stdout) << text;
 }
 
+/// Whether all that was printed has left the program. Says why when it has not.
+bool IsPrinted() {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
+        return true;
+    }
+    Console::Error(u"standard output cannot be written"_s);
+    return false;
+}
+
+/// A standard descriptor that is closed would be given to the next file or pipe that is opened. What takes its
+/// place holds nothing, and takes nothing: what is printed there fails.
+void KeepStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(descriptor, F_GETFD) < 0) {
+            static_cast<void>(::open("/dev/null", O_RDONLY));
+        }
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    KeepStandardDescriptors();
+    // Beyond a limit of its size a file cannot be written, as on a full disk, and that ends no program.
+    std::signal(SIGXFSZ, SIG_IGN);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"zanstation"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(ZAN_VERSION));
@@ -80,7 +107,8 @@ int main(int argc, char** argv) {
     const auto* const found = std::ranges::find(COMMANDS, command, &Command::name);
     if (found != COMMANDS.end()) {
         StationTrace::Show();
-        return found->run(QStringList(u"zanstation "_s + command) + arguments.mid(1));
+        const int exitCode = found->run(QStringList(u"zanstation "_s + command) + arguments.mid(1));
+        return IsPrinted() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
     }
     QTextStream(stderr) << (command.isEmpty() ? QString() : u"zanstation: no command '%1'\n\n"_s.arg(command))
                         << GetUsage();

@@ -49,19 +49,30 @@ QString GetOutputFile(const RunOptions& options) {
     return options.output.value_or(stored);
 }
 
+/// The files that the station has in the directory of its settings.
+QStringList FindOwnFiles(const QString& directory) {
+    QStringList files{directory + u"/Application.ini"_s, directory + u"/TrafficControl.ini"_s};
+    for (const QString& place : {directory, directory + u"/ZANControl"_s}) {
+        for (const QFileInfo& file :
+             QDir(place).entryInfoList({u"*.ini*"_s, u"station.lock"_s, u"commandlog-*"_s}, QDir::Files)) {
+            files.append(file.filePath());
+        }
+    }
+    return files;
+}
+
 QString Count(quint64 count) {
     return QString::number(count);
 }
 
 } // namespace
 
-RunCommand::RunCommand(RunOptions options)
-    : m_options(std::move(options)) {}
+RunCommand::RunCommand(RunOptions options, const SignalWatcher& signals)
+    : m_options(std::move(options))
+    , m_signals(signals) {}
 
 int RunCommand::Run() {
-    // Before there is a second thread, for a signal may arrive on any.
-    const SignalWatcher watcher;
-    connect(&watcher, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
+    connect(&m_signals, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
     m_station.emplace();
     WarnOfStation();
     if (!OpenRecording()) {
@@ -97,11 +108,13 @@ int RunCommand::Run() {
     if (progress.isActive()) {
         ShowProgress();
         Console::EndProgress();
+        progress.stop();
     }
     if (const QString silence = DescribeSilence(true); !silence.isEmpty()) {
         Console::Warn(silence);
     }
     PrintSummary();
+    QCoreApplication::processEvents(); // a signal that has come since the end began
     if (m_signal != 0) {
         return ExitCodeOf(m_signal);
     }
@@ -125,6 +138,13 @@ bool RunCommand::CanBegin(const RunOptions& options) {
         DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), recording)) {
         Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, options.recording));
         canBegin = false;
+    }
+    for (const QString& file : FindOwnFiles(options.configDirectory)) {
+        if (!output.isEmpty() && DFDataOutput::TouchesFile(output, file)) {
+            Console::Error(
+                u"the output %1 would overwrite %2, which is the station's own"_s.arg(output, file));
+            canBegin = false;
+        }
     }
     return canBegin;
 }
@@ -217,7 +237,9 @@ bool RunCommand::OpenRecording() {
 }
 
 void RunCommand::Interrupt(int signal) {
-    m_signal = signal;
+    if (m_signal == 0) {
+        m_signal = signal;
+    }
     QCoreApplication::quit();
 }
 
@@ -416,6 +438,9 @@ int Commands::Run(const QStringList& arguments) {
         return EXIT_FAILED;
     }
     options.asJson = line.AsJson();
+    // The command log is kept below the current directory, and a relative name in the settings counts from
+    // there: with the settings.
+    QDir::setCurrent(options.configDirectory);
     const std::optional<QString> recording = line.Text(u"recording"_s);
     options.recording = recording ? AbsolutePath(*recording) : options.configDirectory + u"/example.csv"_s;
     if (!RunCommand::CanBegin(options)) {
@@ -425,8 +450,8 @@ int Commands::Run(const QStringList& arguments) {
         !WriteSimulation(1, PassSimulator::DEFAULT_ROW_COUNT, options.recording)) {
         return EXIT_FAILED;
     }
-    // The command log is kept below the current directory: with the settings.
-    QDir::setCurrent(options.configDirectory);
-    const int exitCode = RunCommand(options).Run();
+    // A signal that comes while the settings are saved does not end that.
+    const SignalWatcher signals;
+    const int exitCode = RunCommand(options, signals).Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }

@@ -13,6 +13,8 @@
 #include <set>
 #include <vector>
 
+class SignalWatcher;
+
 /// What `zanstation run` is asked to do. What is not set stays as it is in the settings.
 struct RunOptions {
     QString configDirectory; ///< absolute path
@@ -34,7 +36,8 @@ class RunCommand final : public QObject {
     Q_OBJECT
 
 public:
-    explicit RunCommand(RunOptions options);
+    /// \param signals made before, and to outlive what is done after the run
+    RunCommand(RunOptions options, const SignalWatcher& signals);
 
     /// Whether the run can begin: refuses, with messages, settings that cannot be used, and an output that
     /// would overwrite the recording. Nothing is opened or written.
@@ -68,6 +71,7 @@ private:
     void PrintSummaryAsJson() const;
 
     const RunOptions m_options;
+    const SignalWatcher& m_signals;
     std::optional<Station> m_station;
     std::optional<DFDataOutput::Burst> m_burst;
     std::optional<DriverReceiver> m_receiver;

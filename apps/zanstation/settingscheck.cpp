@@ -13,8 +13,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <numeric>
+#include <span>
 #include <type_traits>
 #include <vector>
 
@@ -33,6 +35,14 @@ struct IntegerSetting {
 constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 10000},
                                           IntegerSetting{u"OverheadPass/Threshold", 0, 900}};
 constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
+
+constexpr std::array<QStringView, 3> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
+                                                       u"OverheadPass/Valid"};
+constexpr std::array<QStringView, 2> STATION_FLAGS{u"HwRequirementsEditable", u"HwCheckRequirements"};
+constexpr std::array<QStringView, 5> ANTENNA_FLAGS{u"Enabled", u"CompassEnabled", u"CompassSupport",
+                                                   u"PolarizationSupport", u"ActivePassiveSupport"};
+constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u"MechOffset",
+                                                     u"MinFreq",  u"MaxFreq",  u"CompassValue"};
 
 /// The keys that are read by somebody, apart from those of the setup table. "#" stands for a number.
 constexpr std::array<QStringView, 12> KNOWN_KEYS{
@@ -119,6 +129,36 @@ void CheckInteger(const ICfg& cfg, const IntegerSetting& setting, Findings& find
     }
 }
 
+/// \param prefix for the operator, where the keys are
+void CheckFlags(const ICfg& cfg, std::span<const QStringView> keys, const QString& prefix,
+                Findings& findings) {
+    static const QStringList flags{u"true"_s, u"false"_s, u"1"_s, u"0"_s};
+    for (const QStringView key : keys) {
+        const QString text = TextOf(cfg, key.toString());
+        if (!text.isNull() && !flags.contains(text, Qt::CaseInsensitive)) {
+            findings.push_back(Refused(prefix + key.toString(), text, u"true or false"_s));
+        }
+    }
+}
+
+void CheckAntennas(ICfg& station, Findings& findings) {
+    const QString system = u"SystemConfiguration"_s;
+    const CfgPtr antennas(station.GetSubCfg(system));
+    for (const QString& name : antennas->GetSubCfgNames()) {
+        const CfgPtr antenna(antennas->GetSubCfg(name));
+        const QString prefix = system + u'/' + name + u'/';
+        CheckFlags(*antenna, ANTENNA_FLAGS, prefix, findings);
+        for (const QStringView key : ANTENNA_NUMBERS) {
+            const QString text = TextOf(*antenna, key.toString());
+            bool isNumber = false;
+            const double number = text.toDouble(&isNumber);
+            if (!text.isNull() && (!isNumber || !std::isfinite(number))) {
+                findings.push_back(Refused(prefix + key.toString(), text, u"a number"_s));
+            }
+        }
+    }
+}
+
 template <class T>
 QString DescribeRange(const T& value) {
     using Number = std::decay_t<decltype(value.GetMin())>;
@@ -177,8 +217,11 @@ Findings CheckSettings(const QString& address) {
     for (const IntegerSetting& setting : APPLICATION_INTEGERS) {
         CheckInteger(application, setting, findings);
     }
+    CheckFlags(application, APPLICATION_FLAGS, {}, findings);
     if (const CfgPtr station{StationCfg::GetStationCfg(address, false)}) {
         CheckInteger(*station, ANTENNA_COUNT, findings);
+        CheckFlags(*station, STATION_FLAGS, {}, findings);
+        CheckAntennas(*station, findings);
         CheckSetup(*station, findings);
     }
     return findings;

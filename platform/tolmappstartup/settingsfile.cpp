@@ -68,25 +68,28 @@ QString FollowLinks(QString path) {
     return path;
 }
 
+// Where the new file is written before it takes the place of the old one.
+QString SavingName(const QString& path) {
+    return path + u".saving"_s;
+}
+
 // Puts a new file into the place of an old one, under its lock. It is written beside under a name of its own,
 // so that what a process leaves behind that is killed meanwhile is known, and gone with the next save. The
 // reason when that fails; then the old file is unchanged.
 QString ReplaceFile(const QString& path, const QByteArray& bytes) {
-    const QString place = FollowLinks(path);
-    QFile file(place + u".saving"_s);
-    file.remove();
-    if ((QFileInfo::exists(place) && !QFileInfo(place).isWritable()) ||
+    QFile file(SavingName(path));
+    if ((QFileInfo::exists(path) && !QFileInfo(path).isWritable()) ||
         !file.open(QFile::WriteOnly | QFile::NewOnly | QFile::Unbuffered)) {
         return CANNOT_WRITE.toString();
     }
-    if (QFileInfo::exists(place)) {
-        file.setPermissions(QFile::permissions(place));
+    if (QFileInfo::exists(path)) {
+        file.setPermissions(QFile::permissions(path));
     }
     QString reason;
     if (file.write(bytes) != bytes.size() || fsync(file.handle()) != 0) {
         reason = u"the disk did not take all of it ("_s + file.errorString() + u')';
     } else if (std::rename(QFile::encodeName(file.fileName()).constData(),
-                           QFile::encodeName(place).constData()) != 0) {
+                           QFile::encodeName(path).constData()) != 0) {
         reason = u"the new file cannot take the place of the old one ("_s + qt_error_string(errno) + u')';
     }
     if (!reason.isEmpty()) {
@@ -107,8 +110,10 @@ bool AreSameNumber(const QString& a, const QString& b) {
 } // namespace
 
 std::shared_ptr<SettingsFile> SettingsFile::Open(const QString& path) {
-    SettingsFile* const openFile = openFiles.value(path);
-    return openFile ? openFile->shared_from_this() : std::make_shared<SettingsFile>(path);
+    // All names of a file are one, also for other processes: it is locked and replaced where it really is.
+    const QString place = FollowLinks(path);
+    SettingsFile* const openFile = openFiles.value(place);
+    return openFile ? openFile->shared_from_this() : std::make_shared<SettingsFile>(place);
 }
 
 SettingsFile::SettingsFile(QString path)
@@ -243,6 +248,7 @@ bool SettingsFile::Save(std::chrono::milliseconds patience) {
 
 // The reason when the file cannot be written.
 QString SettingsFile::WriteUnderLock() {
+    QFile::remove(SavingName(m_path)); // of a process that was killed while it saved
     QString reason = Read();
     const SettingsTexts merged = Merged();
     if (!reason.isEmpty() || merged == m_texts) {

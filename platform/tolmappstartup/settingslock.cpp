@@ -6,8 +6,10 @@
 #include <QFileInfo>
 #include <QThread>
 
+#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -43,6 +45,20 @@ void RemoveAbandoned(const QString& path) {
     }
 }
 
+// Only one at a time removes a lock file: the other one might remove that of the next process. QLockFile
+// makes one of its own when it removes one (".rmlock"), which may be left behind as well.
+void RemoveAbandonedInTurn(const QString& path) {
+    const int directory =
+        open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directory >= 0 && flock(directory, LOCK_EX | LOCK_NB) == 0) {
+        RemoveAbandoned(path + u".rmlock"_s);
+        RemoveAbandoned(path);
+    }
+    if (directory >= 0) {
+        close(directory);
+    }
+}
+
 } // namespace
 
 SettingsLock::SettingsLock(const QString& settingsPath)
@@ -56,14 +72,7 @@ SettingsLock::Result SettingsLock::Lock(std::chrono::milliseconds patience) {
         if (m_file.error() != QLockFile::LockFailedError) {
             return Result::Impossible;
         }
-        // Only one at a time removes a lock file: the other one might remove that of the next process.
-        const QString removersPath = m_path + u".rmlock"_s;
-        RemoveAbandoned(removersPath);
-        QLockFile remover(removersPath);
-        if (IsOlderThanGrace(m_path) && remover.tryLock(0)) {
-            RemoveAbandoned(m_path);
-            remover.unlock();
-        }
+        RemoveAbandonedInTurn(m_path);
         if (deadline.hasExpired()) {
             return Result::Busy;
         }

@@ -10,9 +10,11 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <csignal>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -313,6 +315,72 @@ TEST_F(StationCommands, SignalEndsARunWithEverythingWrittenAndItsOwnExitCode) {
         EXPECT_TRUE(process.readAllStandardOutput().simplified().contains(" sentences to file 1 "));
         EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
         QFile::remove(Path(u"out"_s));
+    }
+}
+
+TEST_F(StationCommands, FurtherSignalsDoNotCutTheEndShort) {
+    for (unsigned long pauseMs = 0; pauseMs < 24; pauseMs += 3) {
+        QProcess process;
+        process.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
+        AwaitSentence(process, Path(u"out"_s));
+        const auto id = static_cast<pid_t>(process.processId());
+        ::kill(id, SIGTERM);
+        QThread::msleep(pauseMs);
+        ::kill(id, SIGHUP); // its number is its own until it is waited for
+        ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), 143);
+        EXPECT_TRUE(process.readAllStandardOutput().simplified().contains(" sentences to file 1 "));
+        QFile::remove(Path(u"out"_s));
+    }
+}
+
+TEST_F(StationCommands, FileOfLimitedSizeHoldsWholeSentencesAndFailsTheRun) {
+    QByteArray recording = RECORDING;
+    for (int row = 0; row < 200; ++row) {
+        recording += QByteArray(ENDLESS).replace("3600000", QByteArray::number(4000000 + row));
+    }
+    WriteFile(Path(u"long.csv"_s), recording);
+    QProcess process;
+    process.setChildProcessModifier([] {
+        const rlimit limit{20480, 20480};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    });
+    process.start(QStringLiteral(ZAN_STATION), Replay(u"long.csv"_s, {u"--speed"_s, u"max"_s}));
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(process.readAllStandardError().contains("File too large"));
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    EXPECT_GT(sentences.size(), 10000);
+    EXPECT_TRUE(sentences.endsWith("\r\n"));
+}
+
+TEST_F(StationCommands, ClosedStandardStreamsAreNotReplacedByWhateverIsOpenedNext) {
+    QProcess reader;
+    reader.setChildProcessModifier([] { ::close(STDIN_FILENO); });
+    reader.start(QStringLiteral(ZAN_STATION), {u"run"_s, u"--recording"_s, u"-"_s, u"--config"_s, Config()});
+    ASSERT_TRUE(reader.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(reader.exitCode(), 1);
+    QProcess writer;
+    writer.setChildProcessModifier([] { ::close(STDOUT_FILENO); });
+    QStringList arguments = Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s});
+    arguments.replace(arguments.indexOf(Path(u"out"_s)), u"-"_s);
+    writer.start(QStringLiteral(ZAN_STATION), arguments);
+    ASSERT_TRUE(writer.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(writer.exitCode(), 1);
+    EXPECT_TRUE(writer.readAllStandardError().contains("Bad file descriptor"));
+}
+
+TEST_F(StationCommands, AnswerThatCannotBePrintedFailsTheCommand) {
+    for (const QString& command : {u"device"_s, u"device --json"_s, u"tree"_s, u"catalogue antennas"_s}) {
+        QProcess process;
+        process.setStandardOutputFile(u"/dev/full"_s);
+        process.start(QStringLiteral(ZAN_STATION),
+                      command.split(u' ') + QStringList{u"--config"_s, Config()});
+        ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+        EXPECT_EQ(process.exitCode(), 1) << command.toStdString();
+        EXPECT_TRUE(process.readAllStandardError().contains("standard output cannot be written"));
     }
 }
 

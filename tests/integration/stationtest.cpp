@@ -131,6 +131,49 @@ TEST_F(Station, RecordingIsNotDestroyedByAnOutputThatStandsInTheSettingsEither) 
     EXPECT_EQ(ReadFile(recording), content);
 }
 
+TEST_F(Station, RelativeOutputOfTheSettingsCountsFromThereAndDestroysNoRecordingEither) {
+    ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
+    ASSERT_TRUE(QFile::rename(Record("1000,121500000,10.0,,90,,,,,,,\n"), Path(u"config/recording.csv"_s)));
+    const QByteArray content = ReadFile(Path(u"config/recording.csv"_s));
+    WriteFile(Path(u"config/Application.ini"_s),
+              "FileOutput_Enabled=true\nFileOutput_Address=recording.csv\n");
+    const StationResult result = RunStation({u"run"_s, u"--recording"_s, Path(u"config/recording.csv"_s),
+                                             u"--speed"_s, u"max"_s, u"--config"_s, Path(u"config"_s)});
+    EXPECT_EQ(result.exitCode, 1) << result.err.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"config/recording.csv"_s)), content);
+    EXPECT_FALSE(QFile::exists(Path(u"config/recording.csv.bak"_s)));
+}
+
+TEST_F(Station, OutputIsNoFileOfTheStationItself) {
+    const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
+    ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
+    ASSERT_TRUE(QFile::copy(Path(u"config/Application.ini"_s), Path(u"config/TrafficControl.ini"_s)));
+    const QByteArray settings = ReadFile(Path(u"config/Application.ini"_s));
+    const QStringList logs = QDir(Path(u"config/ZANControl"_s)).entryList(QDir::Files);
+    ASSERT_FALSE(logs.isEmpty());
+    for (const QString& name : {u"Application.ini"_s, u"TrafficControl.ini"_s, u"station.lock"_s,
+                                u"ZANControl/"_s + logs.constFirst()}) {
+        QStringList arguments = RunArguments(recording);
+        arguments.replace(arguments.indexOf(Path(u"out"_s)), Path(u"config/"_s + name));
+        const StationResult result = RunStation(arguments);
+        EXPECT_EQ(result.exitCode, 1) << name.toStdString();
+        EXPECT_TRUE(result.err.contains(u"the station's own"_s)) << result.err.toStdString();
+        EXPECT_EQ(ReadFile(Path(u"config/Application.ini"_s)), settings);
+    }
+}
+
+TEST_F(Station, StationThatTheCountLeavesOutKeepsItsAntennas) {
+    const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
+    ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
+    QByteArray settings = ReadFile(Path(u"config/Application.ini"_s));
+    settings.replace("Count=1\n", "").replace("MinRange=30000001.000", "MinRange=40000000.000");
+    WriteFile(Path(u"config/Application.ini"_s), settings);
+    const StationResult result = RunStation({u"antennas"_s, u"list"_s, u"--config"_s, Path(u"config"_s)});
+    EXPECT_TRUE(result.out.contains(u"40 MHz - 1.3 GHz"_s)) << result.out.toStdString();
+    EXPECT_TRUE(result.err.contains(u"ZANStations/Count"_s)) << result.err.toStdString();
+    EXPECT_TRUE(ReadFile(Path(u"config/Application.ini"_s)).contains("MinRange=40000000.000"));
+}
+
 TEST_F(Station, RecordingThatCannotBeReadLeavesTheLastOutputAndTheSettingsAlone) {
     ASSERT_EQ(RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n"))).exitCode, 0);
     const QByteArray sentences = ReadFile(Path(u"out"_s));

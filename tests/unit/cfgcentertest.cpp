@@ -581,6 +581,21 @@ TEST_F(CfgCenterTest, EventLoopSavesAgainWhatIsSetAfterItSaved) {
     }
 }
 
+TEST_F(CfgCenterTest, FileIsLockedUnderItsOwnNameWhateverLinkLedToIt) {
+    WriteFile("Key=1\n", u"elsewhere"_s);
+    ASSERT_TRUE(QFile::link(u"elsewhere"_s, Path()));
+    Open();
+    {
+        QLockFile lock(Path(u"elsewhere.lock"_s));
+        ASSERT_TRUE(lock.lock());
+        App().SetInt(u"Key"_s, 2);
+        App().CommitKey(u"Key"_s);
+        EXPECT_EQ(ReadFile(u"elsewhere"_s), "Key=1\n") << "another process writes to it";
+    }
+    App().CommitKey(u"Key"_s);
+    EXPECT_EQ(ReadFile(u"elsewhere"_s), "[General]\nKey=2\n");
+}
+
 TEST_F(CfgCenterTest, LinkToAFileStaysALinkAndTheFileKeepsItsPermissions) {
     WriteFile("Key=1\n", u"elsewhere"_s);
     ASSERT_EQ(chmod(QFile::encodeName(Path(u"elsewhere"_s)).constData(), 0600), 0);

@@ -80,6 +80,31 @@ TEST_F(SettingsCheck, TextWhereANumberBelongsIsNoNumber) {
                            u"error: the setting \"RollThreshold\" is \"nan\"; allowed is -180 to 180"_s}));
 }
 
+TEST_F(SettingsCheck, FlagThatIsNeitherTrueNorFalseIsTold) {
+    EXPECT_EQ(
+        Check("FileOutput_Enabled=yes\n[OverheadPass]\nValid=ja\n"),
+        (QStringList{u"error: the setting \"FileOutput_Enabled\" is \"yes\"; allowed is true or false"_s,
+                     u"error: the setting \"OverheadPass/Valid\" is \"ja\"; allowed is true or false"_s}));
+    EXPECT_EQ(Check("RS232Output_Enabled=TRUE\n[OverheadPass]\nValid=0\n"), QStringList());
+    EXPECT_EQ(
+        Check(STATION + "HwCheckRequirements=2\n"),
+        QStringList{u"error: the setting \"HwCheckRequirements\" is \"2\"; allowed is true or false"_s});
+}
+
+TEST_F(SettingsCheck, AntennaWithoutItsNumbersOrFlagsIsTold) {
+    EXPECT_EQ(Check(STATION + "[ZANStations/ZANStation0/SystemConfiguration/Antenna1]\n"
+                              "Enabled=on\nMinRange=4O000000\nMaxRange=1.3e9\nMechOffset=1,5\nMaxFreq=inf\n"),
+              (QStringList{
+                  u"error: the setting \"SystemConfiguration/Antenna1/Enabled\" is \"on\"; allowed is true "
+                  u"or false"_s,
+                  u"error: the setting \"SystemConfiguration/Antenna1/MinRange\" is \"4O000000\"; allowed is "
+                  u"a number"_s,
+                  u"error: the setting \"SystemConfiguration/Antenna1/MechOffset\" is \"1,5\"; allowed is a "
+                  u"number"_s,
+                  u"error: the setting \"SystemConfiguration/Antenna1/MaxFreq\" is \"inf\"; allowed is a "
+                  u"number"_s}));
+}
+
 TEST_F(SettingsCheck, KeyThatASelectionDoesNotHaveIsToldWithThoseThatItHas) {
     EXPECT_EQ(
         Check(STATION + "LocationChoice=3\nPreAmplifierHf=perhaps\n"),

@@ -97,7 +97,14 @@ int DFDataFile::TryToOpen() {
     if (!isMoved) {
         previous.Close(); // to be appended to
     }
-    return m_file.OpenOrCreate(m_name) ? 0 : m_file.GetError();
+    if (m_file.OpenOrCreate(m_name)) {
+        return 0;
+    }
+    if (isMoved) { // there is no new file that it would make room for
+        m_isPreviousKept = std::rename(QFile::encodeName(BackupName(m_name)).constData(),
+                                       QFile::encodeName(m_name).constData()) != 0;
+    }
+    return m_file.GetError();
 }
 
 bool DFDataFile::MovePrevious() {
