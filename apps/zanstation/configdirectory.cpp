@@ -26,7 +26,7 @@ QString FromServiceManager(const char* variable) {
 }
 
 QString GetHome() {
-    if (const QString home = FromEnvironment("HOME"); !home.isEmpty()) {
+    if (QString home = FromEnvironment("HOME"); !home.isEmpty()) {
         return home;
     }
     const passwd* const user = ::getpwuid(::geteuid());
@@ -37,7 +37,7 @@ QString GetHome() {
 
 QString GetDefaultConfigDirectory() {
     for (const char* const variable : {"STATE_DIRECTORY", "CONFIGURATION_DIRECTORY"}) {
-        if (const QString directory = FromServiceManager(variable); !directory.isEmpty()) {
+        if (QString directory = FromServiceManager(variable); !directory.isEmpty()) {
             return directory;
         }
     }

@@ -45,8 +45,8 @@ QJsonValue WithoutSignOfZero(const QJsonValue& value) {
     }
     if (value.isObject()) {
         QJsonObject object = value.toObject();
-        for (auto member = object.begin(); member != object.end(); ++member) {
-            *member = WithoutSignOfZero(*member);
+        for (auto member : object) {
+            member = WithoutSignOfZero(member);
         }
         return object;
     }
