@@ -1,8 +1,5 @@
 #include "zanstation/console.h"
 
-#include <QJsonArray>
-#include <QJsonObject>
-
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -32,27 +29,6 @@ void WriteToStandardError(const QString& text) {
     std::fprintf(stderr, "zanstation: %s\n", Printable(text).constData());
 }
 
-QJsonValue WithoutSignOfZero(const QJsonValue& value) {
-    if (value.isDouble()) {
-        return value.toDouble() == 0.0 ? QJsonValue(0) : value;
-    }
-    if (value.isArray()) {
-        QJsonArray array;
-        for (const auto element : value.toArray()) {
-            array.append(WithoutSignOfZero(element));
-        }
-        return array;
-    }
-    if (value.isObject()) {
-        QJsonObject object = value.toObject();
-        for (auto member : object) {
-            member = WithoutSignOfZero(member);
-        }
-        return object;
-    }
-    return value;
-}
-
 } // namespace
 
 namespace Console {
@@ -66,10 +42,7 @@ void PrintToStandardError() {
 }
 
 void PrintJson(const QJsonDocument& document) {
-    const QJsonDocument clean = document.isArray()
-                                    ? QJsonDocument(WithoutSignOfZero(document.array()).toArray())
-                                    : QJsonDocument(WithoutSignOfZero(document.object()).toObject());
-    std::fputs(clean.toJson().constData(), isStandardOutputTaken ? stderr : stdout);
+    std::fputs(document.toJson().constData(), isStandardOutputTaken ? stderr : stdout);
 }
 
 void Tell(const QString& line) {

@@ -11,7 +11,7 @@ namespace Console {
 void Print(const QString& line);
 /// From now on `Print` prints to standard error: standard output carries something else.
 void PrintToStandardError();
-/// A document for programs, as `Print`. Zero has no sign there.
+/// A document for programs, as `Print`.
 void PrintJson(const QJsonDocument& document);
 /// A line about what was done, as `Print`. Not said where the user wants it quiet.
 void Tell(const QString& line);

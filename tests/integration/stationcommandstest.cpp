@@ -512,15 +512,20 @@ TEST_F(StationCommands, BandOfAnyWidthIsCalledSoInTheTrace) {
 }
 
 TEST_F(StationCommands, StationSpeaksEnglishWhateverTheLanguage) {
+    // A German locale of this test's own, for the machine may have none.
+    ASSERT_EQ(
+        QProcess::execute(u"localedef"_s, {u"-i"_s, u"de_DE"_s, u"-f"_s, u"UTF-8"_s, Path(u"de_DE.UTF-8"_s)}),
+        0);
     for (const QString& locale : {u"C"_s, u"de_DE.UTF-8"_s}) {
-        const StationResult check =
-            RunWith({{u"LC_ALL"_s, locale}, {u"LANGUAGE"_s, u"de"_s}}, QStringLiteral(ZAN_STATION),
-                    {u"antennas"_s, u"check"_s, u"--config"_s, Config()});
+        const QList<std::pair<QString, QString>> environment{
+            {u"LOCPATH"_s, m_directory.path()}, {u"LC_ALL"_s, locale}, {u"LANGUAGE"_s, u"de"_s}};
+        const StationResult check = RunWith(environment, QStringLiteral(ZAN_STATION),
+                                            {u"antennas"_s, u"check"_s, u"--config"_s, Config()});
         EXPECT_EQ(check.out, u"Antenna setup is valid.\n"_s);
-        const StationResult run =
-            RunWith({{u"LC_ALL"_s, locale}, {u"LANGUAGE"_s, u"de"_s}}, QStringLiteral(ZAN_STATION),
-                    {u"run"_s, u"--recording"_s, Path(u"missing.csv"_s), u"--config"_s, Config()});
-        EXPECT_TRUE(run.err.contains(u"No such file or directory"_s)) << run.err.toStdString();
+        const QString recording = Path(u"recording.csv/below"_s);
+        const StationResult run = RunWith(environment, QStringLiteral(ZAN_STATION),
+                                          {u"run"_s, u"--recording"_s, recording, u"--config"_s, Config()});
+        EXPECT_TRUE(run.err.contains(u"Not a directory"_s)) << run.err.toStdString();
     }
 }
 
