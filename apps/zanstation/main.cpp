@@ -68,20 +68,24 @@ bool IsPrinted() {
     return false;
 }
 
-/// A standard descriptor that is closed would be given to the next file or pipe that is opened. What takes its
-/// place holds nothing, and takes nothing: what is printed there fails.
-void KeepStandardDescriptors() {
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+/// A standard descriptor that is closed would be given to the next file or pipe that is opened, which some
+/// libraries do before `main`. What takes its place holds nothing, and takes nothing: what is printed there
+/// fails.
+[[gnu::no_sanitize("address", "undefined", "thread")]] void KeepStandardDescriptors() {
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (::fcntl(descriptor, F_GETFD) < 0) {
-            static_cast<void>(::open("/dev/null", O_RDONLY));
+            ::open("/dev/null", O_RDONLY);
         }
     }
 }
 
+// Runs before the libraries are initialised.
+[[gnu::section(".preinit_array"),
+  gnu::used]] void (*const keepStandardDescriptors)() = KeepStandardDescriptors;
+
 } // namespace
 
 int main(int argc, char** argv) {
-    KeepStandardDescriptors();
     // Beyond a limit of its size a file cannot be written, as on a full disk, and that ends no program.
     std::signal(SIGXFSZ, SIG_IGN);
     QCoreApplication application(argc, argv);
