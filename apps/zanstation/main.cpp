@@ -71,7 +71,7 @@ bool IsPrinted() {
 /// A standard descriptor that is closed would be given to the next file or pipe that is opened, which some
 /// libraries do before `main`. What takes its place holds nothing, and takes nothing: what is printed there
 /// fails.
-[[gnu::no_sanitize("address", "undefined", "thread")]] void KeepStandardDescriptors() {
+__attribute__((no_sanitize("address", "undefined", "thread"))) void KeepStandardDescriptors() {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (::fcntl(descriptor, F_GETFD) < 0) {
             ::open("/dev/null", O_RDONLY);

@@ -51,9 +51,7 @@ SignalWatcher::SignalWatcher()
 
 SignalWatcher::~SignalWatcher() {
     for (const int signal : SIGNALS) {
-        if (signal != SIGHUP || !IsHangupIgnored()) {
-            std::signal(signal, SIG_DFL);
-        }
+        std::signal(signal, SIG_IGN);
     }
     m_notifier.setEnabled(false);
     for (const int socket : sockets) {

@@ -13,7 +13,7 @@ public:
     SignalWatcher();
     SignalWatcher(const SignalWatcher&) = delete;
     SignalWatcher& operator=(const SignalWatcher&) = delete;
-    /// The signals end the program again.
+    /// From here on the signals are ignored: the program is at its end, which nothing shall cut short.
     ~SignalWatcher() override;
 
 Q_SIGNALS:
