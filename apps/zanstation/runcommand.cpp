@@ -438,11 +438,11 @@ int Commands::Run(const QStringList& arguments) {
         return EXIT_FAILED;
     }
     options.asJson = line.AsJson();
+    const std::optional<QString> recording = line.Text(u"recording"_s);
+    options.recording = recording ? AbsolutePath(*recording) : options.configDirectory + u"/example.csv"_s;
     // The command log is kept below the current directory, and a relative name in the settings counts from
     // there: with the settings.
     QDir::setCurrent(options.configDirectory);
-    const std::optional<QString> recording = line.Text(u"recording"_s);
-    options.recording = recording ? AbsolutePath(*recording) : options.configDirectory + u"/example.csv"_s;
     if (!RunCommand::CanBegin(options)) {
         return EXIT_FAILED;
     }

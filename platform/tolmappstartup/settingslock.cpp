@@ -51,8 +51,11 @@ void RemoveAbandonedInTurn(const QString& path) {
     const int directory =
         open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory >= 0 && flock(directory, LOCK_EX | LOCK_NB) == 0) {
-        RemoveAbandoned(path + u".rmlock"_s);
-        RemoveAbandoned(path);
+        const QString removersPath = path + u".rmlock"_s;
+        RemoveAbandoned(removersPath);
+        if (!QFile::exists(removersPath)) {
+            RemoveAbandoned(path);
+        }
     }
     if (directory >= 0) {
         close(directory);
