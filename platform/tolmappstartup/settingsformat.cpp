@@ -110,9 +110,9 @@ bool IsSpecialInName(QChar c) {
 
 // One of the names between the slashes of a key.
 QString EscapeOneName(QStringView name) {
-    const QStringView trimmed = name.trimmed();
-    const qsizetype begin = trimmed.begin() - name.begin();
-    const qsizetype end = begin + trimmed.size();
+    const qsizetype begin =
+        std::find_if_not(name.begin(), name.end(), [](QChar c) { return c.isSpace(); }) - name.begin();
+    const qsizetype end = begin + name.trimmed().size();
     QString result;
     result.reserve(name.size());
     for (qsizetype i = 0; i < name.size(); ++i) {
