@@ -128,10 +128,22 @@ int Import(const QString& fileName, bool asJson) {
     return EXIT_OK;
 }
 
+/// Whether the list can be restored without losing anything: a count that is no number would get the
+/// default in its place, and is left for the operator to correct.
+bool CanRestore() {
+    const QString key = u"TCFrequencyCount"_s;
+    const CfgPtr store = OpenStore();
+    const CfgPtr section = OpenList(store);
+    return section &&
+           (section->GetString(key, {}).isNull() || section->GetInt(key, 0) == section->GetInt(key, 1));
+}
+
 /// The list as it is stored.
 std::vector<NamedChannel> Restore() {
     ValueTrafficControlFrequencyList* const list = GetList();
-    GetPersistency(list).Restore();
+    if (CanRestore()) {
+        GetPersistency(list).Restore();
+    }
     const auto& channels = list->GetElements();
     const QStringList names = RestoreNames();
     std::vector<NamedChannel> named;

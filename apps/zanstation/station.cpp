@@ -127,7 +127,7 @@ Station::Station()
     m_pitchRollFilter.SetZANDataValidValuePath(ServerPath(ZANValueName::ZANDATAVALID));
     m_pitchRollFilter.SetZANDataStateInfoValuePath(ServerPath(ZANValueName::ZANDATASTATEINFO));
     m_connectionSpeedFilter.SetConnectionSpeedValuePath(ServerPath(u"ConnectionSpeed"));
-    KvZANCommon::OHPParamsPersistency(m_overheadParams).Restore();
+    RestoreOverheadParams();
     m_overheadSynchronizer.emplace(m_overheadParams, ZANPath::SERVER.toString());
 }
 
@@ -152,6 +152,22 @@ void Station::PublishSetup() {
     m_setup.ReadFromCfg(GetDeviceAddress());
     m_setup.WriteToValueTree(nullptr, {});
     m_position.emplace();
+}
+
+/// Restoring writes the default where there is nothing, and also in the place of a text that is no value:
+/// that one is left for the operator to correct.
+void Station::RestoreOverheadParams() {
+    if (m_areSettingsUsable) {
+        KvZANCommon::OHPParamsPersistency(m_overheadParams).Restore();
+        return;
+    }
+    constexpr qint64 HIGHEST_THRESHOLD = 900;
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::OverheadPass);
+    const qint64 threshold = cfg.GetInt(u"OverheadPass/Threshold"_s, m_overheadParams.GetThreshold());
+    if (threshold >= 0 && threshold <= HIGHEST_THRESHOLD) {
+        m_overheadParams.SetThreshold(static_cast<int>(threshold), nullptr);
+    }
+    m_overheadParams.SetValid(cfg.GetBool(u"OverheadPass/Valid"_s, m_overheadParams.IsValid()), nullptr);
 }
 
 void Station::StartOutput(const QString& fileOfThisRun) {

@@ -37,8 +37,7 @@ struct StationCounts {
 /// the bearings, and each of them becomes the current bearing, which the output turns into a sentence. What
 /// the operator has set for the device is kept in the settings from run to run, unless the settings cannot be
 /// used as they are (`CheckSettings`): then they stay as they were written, and are warned of. Needs the
-/// settings
-/// (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
+/// settings (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
 class Station {
 public:
     /// Address of its device, by which its settings are found.
@@ -73,6 +72,7 @@ public:
 private:
     static void ReadOptions();
     void PublishSetup();
+    void RestoreOverheadParams();
     void PublishPlatform(const BearingBlock& block);
     [[nodiscard]] std::optional<int> GetTrueHeading(const KvZANCommon::StatusStruct& status) const;
     bool ApplyBlockFilters(BearingBlock& block);
