@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <numeric>
+#include <sys/file.h>
 #include <system_error>
 
 using namespace Qt::StringLiterals;
@@ -117,6 +118,7 @@ bool RecordingReader::Open(const QString& fileName) {
     if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return Fail(u"cannot be opened: "_s + m_file.errorString());
     }
+    ::flock(m_file.handle(), LOCK_SH | LOCK_NB); // no output writes to it, whatever it is called by then
     m_size = m_file.size();
     return ReadHeader();
 }

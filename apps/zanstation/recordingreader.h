@@ -48,8 +48,9 @@ public:
 
     RecordingReader();
 
-    /// Opens a file and reads its header line. False with an error text when it cannot be opened, is a
-    /// directory or empty, or its header line is missing or has other columns. Counts start anew.
+    /// Opens a file and reads its header line; while it is open, an output does not take it (`OutputFile`).
+    /// False with an error text when it cannot be opened, is a directory or empty, or its header line is
+    /// missing or has other columns. Counts start anew.
     bool Open(const QString& fileName);
     /// Reads from a device that is open for reading, from where it stands; it is not owned and must outlive
     /// the last call of `Next`. Its `read` returns 0 at the end and below 0 for an error, and the

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 RecordingStream::~RecordingStream() {
@@ -32,6 +33,7 @@ bool RecordingStream::Open(const QString& name) {
         setErrorString(reason);
         return false;
     }
+    ::flock(m_stream, LOCK_SH | LOCK_NB); // standard input may be a file: no output writes to it
     return open(ReadOnly | Unbuffered);
 }
 

@@ -223,6 +223,15 @@ bool OutputFile::TakeBack(std::size_t count) {
            ftruncate(m_descriptor, end) == 0 && lseek(m_descriptor, end, SEEK_SET) == end;
 }
 
+bool OutputFile::HasName(const QString& name) const {
+    struct stat opened {};
+    struct stat named {};
+    if (stat(SystemName(name).constData(), &named) != 0) {
+        return errno != ENOENT && errno != ENOTDIR;
+    }
+    return fstat(m_descriptor, &opened) == 0 && IsSame(opened, named);
+}
+
 bool OutputFile::IsSameFile(const QString& name, const QString& other) {
     const std::optional<struct stat> one = Status(SystemName(name));
     const std::optional<struct stat> two = Status(SystemName(other));

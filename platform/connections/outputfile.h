@@ -13,8 +13,9 @@ class QByteArray;
 /// is with the system when the write returns. For one thread.
 ///
 /// A file and a FIFO are locked (`flock`) while they are open, so that no two programs write to one; the
-/// system releases the lock when a program is killed. A reader that goes away is an error and no signal,
-/// whatever the program does with SIGPIPE.
+/// system releases the lock when a program is killed. Who only reads a file and wants no output to write to
+/// it takes a shared lock. A reader that goes away is an error and no signal, whatever the program does with
+/// SIGPIPE.
 class ZANPLATFORM_EXPORT OutputFile {
 public:
     OutputFile() = default;
@@ -35,6 +36,9 @@ public:
     void Close();
 
     [[nodiscard]] bool IsOpen() const { return m_descriptor >= 0; }
+    /// Whether a name is (still) that of what is open. False when nothing, or something else, is there; true
+    /// when that cannot be found out.
+    [[nodiscard]] bool HasName(const QString& name) const;
     /// Whether it is a file, and no FIFO, pipe or device.
     [[nodiscard]] bool IsRegular() const { return m_isRegular; }
     /// The `errno` of the last opening or writing that failed.

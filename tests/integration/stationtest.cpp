@@ -13,6 +13,7 @@
 
 #include <csignal>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 
@@ -34,6 +35,17 @@ int Counted(const StationResult& result, const QString& name) {
     return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 
+/// What a running station tells until a text has come.
+QByteArray ToldUntil(QProcess& process, const QByteArray& text) {
+    QByteArray told;
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    while (!told.contains(text) && !deadline.hasExpired()) {
+        process.waitForReadyRead(100);
+        told += process.readAllStandardError();
+    }
+    return told;
+}
+
 class Station : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(m_directory.isValid()); }
@@ -49,6 +61,14 @@ protected:
         const QString name = Path(u"recording.csv"_s);
         WriteFile(name, HEADER + rows);
         return name;
+    }
+
+    /// Waits until a running station has written so many sentences to the output.
+    void AwaitSentences(QProcess& process, int count) const {
+        const QDeadlineTimer deadline(PATIENCE_MS);
+        while (ReadFile(Path(u"out"_s)).count("\r\n") < count && !deadline.hasExpired()) {
+            process.waitForFinished(20);
+        }
     }
 
     QTemporaryDir m_directory;
@@ -216,6 +236,48 @@ TEST_F(Station, OtherCommandsLeaveASettingOutOfRangeAsItStands) {
     EXPECT_TRUE(ReadFile(Path(u"config/Application.ini"_s)).contains("\nPitchThreshold=95\n"));
 }
 
+TEST_F(Station, CommandsThatLookLeaveWhatTheyCannotReadToTheByte) {
+    const auto run = [this](const QString& command) {
+        return RunStation(command.split(u' ') + QStringList{u"--config"_s, Path(u"config"_s)});
+    };
+    ASSERT_EQ(RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n"))).exitCode, 0);
+    const QByteArray stored = ReadFile(Path(u"config/Application.ini"_s));
+    const QByteArray frequencies = "[TrafficControlFrequencies]\nTCFrequencyCount=some\n";
+    WriteFile(Path(u"config/TrafficControl.ini"_s), frequencies);
+    for (const auto& [old, bad] : {std::pair<QByteArray, QByteArray>{"Valid=false", "Valid=maybe"},
+                                   {"Threshold=600", "Threshold=6OO"},
+                                   {"FileOutput_Enabled=true", "FileOutput_Enabled=maybe"},
+                                   {"HwCheckRequirements=false", "HwCheckRequirements=maybe"},
+                                   {"SynFastMode=false", "SynFastMode=maybe"},
+                                   {"\nEnabled=true", "\nEnabled=maybe"}}) {
+        const QByteArray written = "; by hand\n" + QByteArray(stored).replace(old, bad);
+        ASSERT_TRUE(written.contains(bad)) << stored.toStdString();
+        WriteFile(Path(u"config/Application.ini"_s), written);
+        for (const QString& command :
+             {u"device"_s, u"antennas list"_s, u"antennas check"_s, u"tune --frequency 100M"_s, u"hardware"_s,
+              u"frequencies list"_s, u"doctor"_s, u"tree"_s}) {
+            run(command);
+            EXPECT_EQ(ReadFile(Path(u"config/Application.ini"_s)), written) << command.toStdString();
+            EXPECT_EQ(ReadFile(Path(u"config/TrafficControl.ini"_s)), frequencies);
+        }
+    }
+    EXPECT_EQ(QDir(Path(u"config"_s)).entryList({u"*.damaged*"_s}), QStringList());
+}
+
+TEST_F(Station, OverheadParametersThatCanBeReadAreUsedBesideOneThatCannot) {
+    ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
+    for (const auto& [settings, threshold, isValid] :
+         {std::tuple{"Threshold=450\nValid=maybe\n", u"450"_s, u"0"_s},
+          {"Threshold=6OO\nValid=true\n", u"600"_s, u"1"_s},
+          {"Threshold=901\nValid=true\n", u"600"_s, u"1"_s}}) {
+        WriteFile(Path(u"config/Application.ini"_s), QByteArray("[OverheadPass]\n") + settings);
+        const QString tree = RunStation({u"tree"_s, u"--config"_s, Path(u"config"_s)}).out;
+        EXPECT_TRUE(tree.contains(u"/OverheadPass/Threshold\tInt\t%1\t"_s.arg(threshold)))
+            << settings << tree.toStdString();
+        EXPECT_TRUE(tree.contains(u"/OverheadPass/Valid\tBool\t%1\t"_s.arg(isValid))) << settings;
+    }
+}
+
 TEST_F(Station, BearingsWithoutASentenceAreToldWithTheCause) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     StationResult result = RunStation(RunArguments(recording, {u"--interval"_s, u"9000"_s}));
@@ -237,15 +299,55 @@ TEST_F(Station, BearingsWithoutASentenceAreToldWhileTheRunGoesOn) {
                      {u"--interval"_s, u"10000"_s});
     arguments.replace(arguments.indexOf(u"max"_s), u"realtime"_s);
     process.start(QStringLiteral(ZAN_STATION), arguments);
-    QByteArray told;
-    const QDeadlineTimer deadline(PATIENCE_MS);
-    while (!told.contains("no sentence written yet: ") && !deadline.hasExpired()) {
-        process.waitForReadyRead(100);
-        told += process.readAllStandardError();
-    }
+    const QByteArray told = ToldUntil(process, "no sentence written yet: the interval is 10000 ms");
     EXPECT_TRUE(told.contains("the interval is 10000 ms")) << told.toStdString();
     process.terminate();
     EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
+}
+
+TEST_F(Station, OutputThatIsRemovedOrMovedWhileItIsWrittenIsToldAndBegunAnew) {
+    const QByteArray gone =
+        "File " + Path(u"out"_s).toUtf8() + " was removed, moved or replaced while sentences were written";
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION), RunArguments(u"-"_s));
+    process.write(QByteArray(HEADER) + "1000,121500000,10.0,,90,,,,,,,\n");
+    AwaitSentences(process, 1);
+    ASSERT_TRUE(QFile::rename(Path(u"out"_s), Path(u"out.1"_s)));
+    QByteArray told = ToldUntil(process, "warning: " + gone);
+    process.write("2000,121500000,20.0,,90,,,,,,,\n");
+    AwaitSentences(process, 1);
+    EXPECT_TRUE(ReadFile(Path(u"out.1"_s)).startsWith("$PLG, 10.0"));
+    EXPECT_TRUE(ReadFile(Path(u"out"_s)).startsWith("$PLG, 20.0"));
+    EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
+    process.closeWriteChannel();
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    told += process.readAllStandardError();
+    EXPECT_EQ(told.count("zanstation: warning: " + gone), 1) << told.toStdString();
+    EXPECT_EQ(process.exitCode(), 1);
+}
+
+TEST_F(Station, RecordingThatTakesThePlaceOfTheOutputIsLeftAlone) {
+    // The second row is due after an hour.
+    const QString recording = Record("0,121500000,10.0,,90,,,,,,,\n3600000,121500000,20.0,,90,,,,,,,\n");
+    const QByteArray content = ReadFile(recording);
+    for (const bool isStandardInput : {false, true}) {
+        QProcess process;
+        QStringList arguments = RunArguments(isStandardInput ? u"-"_s : recording);
+        arguments.replace(arguments.indexOf(u"max"_s), u"realtime"_s);
+        if (isStandardInput) {
+            process.setStandardInputFile(recording);
+        }
+        process.start(QStringLiteral(ZAN_STATION), arguments);
+        AwaitSentences(process, 1);
+        ASSERT_TRUE(QFile::remove(Path(u"out"_s)) && QFile::link(recording, Path(u"out"_s)));
+        const QByteArray refused = "Could not open file " + Path(u"out"_s).toUtf8() +
+                                   ": another output writes to it, or it is read as a recording";
+        EXPECT_TRUE(ToldUntil(process, "warning: " + refused).contains("warning: " + refused));
+        process.terminate();
+        EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
+        EXPECT_EQ(ReadFile(recording), content);
+        EXPECT_TRUE(QFile::remove(Path(u"out"_s)));
+    }
 }
 
 TEST_F(Station, RecordingIsReadFromStandardInput) {
@@ -253,10 +355,7 @@ TEST_F(Station, RecordingIsReadFromStandardInput) {
     QStringList arguments = RunArguments(u"-"_s);
     process.start(QStringLiteral(ZAN_STATION), arguments);
     process.write(QByteArray(HEADER) + "1000,121500000,10.0,,90,,,,,,,\n");
-    const QDeadlineTimer deadline(PATIENCE_MS);
-    while (ReadFile(Path(u"out"_s)).count("\r\n") < 1 && !deadline.hasExpired()) {
-        process.waitForFinished(20);
-    }
+    AwaitSentences(process, 1);
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1) << "the row is there before the next one comes";
     process.write("2000,121500000,20.0,,90,,,,,,,\n");
     process.closeWriteChannel();
@@ -435,10 +534,7 @@ TEST_F(Station, InterruptedRunEndsWithEverythingWrittenThatCameIn) {
         QStringList arguments = RunArguments(recording);
         arguments.replace(arguments.indexOf(u"max"_s), u"realtime"_s);
         process.start(QStringLiteral(ZAN_STATION), arguments);
-        const QDeadlineTimer deadline(PATIENCE_MS);
-        while (ReadFile(Path(u"out"_s)).isEmpty() && !deadline.hasExpired()) {
-            process.waitForFinished(20);
-        }
+        AwaitSentences(process, 1);
         ::kill(static_cast<pid_t>(process.processId()), signal);
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);

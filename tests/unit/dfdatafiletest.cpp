@@ -15,7 +15,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdio>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -23,6 +25,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int RETRY_MS = 20;
+constexpr int WATCH_MS = 10;
 
 class DFDataFileTest : public testing::Test {
 protected:
@@ -44,7 +47,7 @@ protected:
     [[nodiscard]] bool IsOpenSoon() const {
         return SpinUntil([this] { return m_file.IsOpen(); });
     }
-    /// Lets some attempts to open go by.
+    /// Lets some attempts to open, and looks whether the file is still there, go by.
     static void WaitForAttempts() {
         int attempts = 0;
         QTimer timer;
@@ -53,9 +56,30 @@ protected:
         EXPECT_TRUE(SpinUntil([&attempts] { return attempts > 5; }));
     }
 
+    /// Moves the open file to the name with a suffix.
+    void MoveAway(const QString& suffix) const { ASSERT_TRUE(QFile::rename(m_name, m_name + suffix)); }
+    /// Puts a file in the place of the open one, without a moment between them.
+    void PutInPlace(const QByteArray& bytes) const {
+        Put(bytes, u".new"_s);
+        ASSERT_EQ(std::rename(QFile::encodeName(m_name + u".new"_s).constData(),
+                              QFile::encodeName(m_name).constData()),
+                  0);
+    }
+    /// Lets the event loop run until so many failures were told.
+    [[nodiscard]] bool HasFailedSoon(qsizetype count) const {
+        return SpinUntil([this, count] { return m_failures.size() >= count; });
+    }
+    [[nodiscard]] QString Gone() const {
+        return u"File "_s + m_name + u" was removed, moved or replaced while sentences were written to it"_s;
+    }
+    [[nodiscard]] QString InUse() const {
+        return u"Could not open file "_s + m_name +
+               u": another output writes to it, or it is read as a recording"_s;
+    }
+
     QTemporaryDir m_directory;
     QString m_name = m_directory.filePath(u"output.txt"_s);
-    DFDataFile m_file{RETRY_MS};
+    DFDataFile m_file{RETRY_MS, WATCH_MS};
     QStringList m_failures;
     QStringList m_recoveries;
 };
@@ -128,14 +152,13 @@ TEST_F(DFDataFileTest, ClosedFileIsTriedNoMore) {
 
 TEST_F(DFDataFileTest, FileOfAnotherOutputIsLeftAloneUntilThatIsDone) {
     Put("earliest", u".bak"_s);
-    DFDataFile other(RETRY_MS);
+    DFDataFile other(RETRY_MS, WATCH_MS);
     Put("earlier");
     other.Open(m_name);
     other.WriteLine("$other\r\n");
     m_file.Open(m_name);
     WaitForAttempts();
-    EXPECT_EQ(m_failures,
-              QStringList(u"Could not open file "_s + m_name + u": another program writes to it"_s));
+    EXPECT_EQ(m_failures, QStringList(InUse()));
     EXPECT_EQ(Contents(), "$other\r\n");
     EXPECT_EQ(Contents(u".bak"_s), "earlier");
     other.WriteLine("$other\r\n");
@@ -194,6 +217,143 @@ TEST_F(DFDataFileTest, EachOpeningKeepsThePreviousFileAnew) {
     m_file.Open(m_name);
     EXPECT_EQ(Contents(), "");
     EXPECT_EQ(Contents(u".bak"_s), "$2\r\n");
+}
+
+TEST_F(DFDataFileTest, FileThatStaysInItsPlaceIsLeftOpen) {
+    m_file.Open(m_name);
+    m_file.WriteLine("$1\r\n");
+    WaitForAttempts();
+    m_file.WriteLine("$2\r\n");
+    m_file.Close();
+    EXPECT_EQ(Contents(), "$1\r\n$2\r\n");
+    EXPECT_EQ(m_failures, QStringList());
+}
+
+TEST_F(DFDataFileTest, FileThatIsRemovedIsToldOnceAndBegunAnew) {
+    Put("backup", u".bak"_s);
+    Put("earlier");
+    m_file.Open(m_name);
+    m_file.WriteLine("$1\r\n");
+    ASSERT_TRUE(QFile::remove(m_name));
+    EXPECT_TRUE(SpinUntil([this] { return QFileInfo::exists(m_name); }));
+    WaitForAttempts();
+    EXPECT_EQ(m_failures, QStringList(Gone()));
+    m_file.WriteLine("$2\r\n");
+    EXPECT_EQ(Contents(), "$2\r\n");
+    EXPECT_EQ(Contents(u".bak"_s), "earlier") << "as when the output was switched on";
+    EXPECT_EQ(m_recoveries, QStringList(u"Writing to "_s + m_name + u" works again"_s));
+
+    ASSERT_TRUE(QFile::remove(m_name));
+    EXPECT_TRUE(HasFailedSoon(2));
+    EXPECT_EQ(m_failures, QStringList({Gone(), Gone()})) << "another one";
+}
+
+TEST_F(DFDataFileTest, FileThatIsMovedAwayKeepsItsLinesAndTheNextOnesGoToANewOne) {
+    m_file.Open(m_name);
+    m_file.WriteLine("$1\r\n");
+    MoveAway(u".1"_s);
+    m_file.WriteLine("$2\r\n"); // before it was noticed
+    EXPECT_TRUE(HasFailedSoon(1));
+    m_file.WriteLine("$3\r\n");
+    EXPECT_EQ(Contents(u".1"_s), "$1\r\n$2\r\n");
+    EXPECT_EQ(Contents(), "$3\r\n");
+    EXPECT_EQ(m_failures, QStringList(Gone()));
+    EXPECT_EQ(QDir(m_directory.path()).entryList(QDir::Files),
+              QStringList({u"output.txt"_s, u"output.txt.1"_s}));
+}
+
+TEST_F(DFDataFileTest, FileThatSomebodyPutInItsPlaceIsAppendedTo) {
+    m_file.Open(m_name);
+    m_file.WriteLine("$1\r\n");
+    PutInPlace("theirs\r\n");
+    EXPECT_TRUE(HasFailedSoon(1));
+    m_file.WriteLine("$2\r\n");
+    EXPECT_EQ(Contents(), "theirs\r\n$2\r\n");
+    EXPECT_EQ(m_failures, QStringList(Gone()));
+    EXPECT_FALSE(QFileInfo::exists(DFDataFile::BackupName(m_name)));
+}
+
+TEST_F(DFDataFileTest, FileInItsPlaceThatAnotherOutputHasOpenIsLeftAloneAndThenAppendedTo) {
+    m_file.Open(m_name);
+    DFDataFile other(RETRY_MS, WATCH_MS);
+    other.Open(m_name + u".other"_s);
+    other.WriteLine("$other\r\n");
+    ASSERT_TRUE(QFile::remove(m_name) && QFile::rename(m_name + u".other"_s, m_name));
+    EXPECT_TRUE(HasFailedSoon(2));
+    m_file.WriteLine("$1\r\n");
+    WaitForAttempts();
+    EXPECT_EQ(m_failures, QStringList({Gone(), InUse()}));
+    EXPECT_EQ(Contents(), "$other\r\n");
+    EXPECT_EQ(m_file.GetDroppedCount(), 1U);
+
+    other.Close();
+    EXPECT_TRUE(IsOpenSoon());
+    m_file.WriteLine("$2\r\n");
+    EXPECT_EQ(Contents(), "$other\r\n$2\r\n");
+    EXPECT_FALSE(QFileInfo::exists(DFDataFile::BackupName(m_name)));
+}
+
+TEST_F(DFDataFileTest, RecordingInItsPlaceIsLeftAlone) {
+    m_file.Open(m_name);
+    Put("recording", u".new"_s);
+    QFile recording(m_name + u".new"_s);
+    ASSERT_TRUE(recording.open(QIODevice::ReadOnly));
+    ASSERT_EQ(flock(recording.handle(), LOCK_SH), 0); // as its reader does
+    ASSERT_TRUE(QFile::remove(m_name) && QFile::rename(m_name + u".new"_s, m_name));
+    EXPECT_TRUE(HasFailedSoon(2));
+    WaitForAttempts();
+    m_file.WriteLine("$1\r\n");
+    EXPECT_EQ(m_failures, QStringList({Gone(), InUse()}));
+    EXPECT_EQ(Contents(), "recording");
+}
+
+TEST_F(DFDataFileTest, FileThatGoesWithItsDirectoryIsTriedAgainUntilTheDirectoryIsBack) {
+    const QString place = m_directory.filePath(u"place"_s);
+    ASSERT_TRUE(QDir().mkdir(place));
+    m_name = place + u"/output.txt"_s;
+    m_file.Open(m_name);
+    ASSERT_TRUE(QDir().rename(place, place + u".away"_s));
+    EXPECT_TRUE(HasFailedSoon(2));
+    EXPECT_EQ(m_failures,
+              QStringList({Gone(), u"Could not open file "_s + m_name + u": No such file or directory"_s}));
+    ASSERT_TRUE(QDir().mkdir(place));
+    EXPECT_TRUE(IsOpenSoon());
+    m_file.WriteLine("$1\r\n");
+    EXPECT_EQ(Contents(), "$1\r\n");
+}
+
+TEST_F(DFDataFileTest, FileThatIsGoneIsToldWhenItIsClosedAndNotBegunAnew) {
+    m_file.Open(m_name);
+    m_file.WriteLine("$1\r\n");
+    ASSERT_TRUE(QFile::remove(m_name));
+    m_file.Close();
+    EXPECT_EQ(m_failures, QStringList(Gone()));
+    WaitForAttempts();
+    EXPECT_FALSE(QFileInfo::exists(m_name));
+}
+
+TEST_F(DFDataFileTest, LinesThatAreHeldBackAreInTheFileThatWasMovedAway) {
+    m_file.Open(m_name);
+    m_file.HoldBack();
+    m_file.WriteLine("$1\r\n");
+    MoveAway(u".1"_s);
+    EXPECT_TRUE(HasFailedSoon(1));
+    EXPECT_EQ(Contents(u".1"_s), "$1\r\n");
+    m_file.Release();
+    EXPECT_EQ(Contents(), "");
+}
+
+TEST_F(DFDataFileTest, FifoThatIsReplacedByAFileIsToldAndTheFileIsWritten) {
+    {
+        Fifo fifo(m_name);
+        fifo.StartReading();
+        m_file.Open(m_name);
+        PutInPlace("");
+        EXPECT_TRUE(HasFailedSoon(1));
+    }
+    m_file.WriteLine("$1\r\n");
+    EXPECT_EQ(Contents(), "$1\r\n");
+    EXPECT_EQ(m_failures, QStringList(Gone()));
 }
 
 TEST_F(DFDataFileTest, TooManyOpenFilesAreCalledSoAndTheFileIsTriedAgain) {
@@ -294,6 +454,20 @@ TEST_F(DFDataFileTest, StandardOutputTakesTheLinesAndIsNotTriedAgainWhenItsReade
     EXPECT_EQ(m_failures, QStringList(u"Writing to standard output failed: Broken pipe"_s));
     EXPECT_EQ(m_file.GetWrittenCount(), 1U);
     EXPECT_EQ(m_file.GetDroppedCount(), 1U);
+}
+
+TEST_F(DFDataFileTest, StandardOutputHasNoNameThatItCouldLose) {
+    Put("");
+    const int file = open(QFile::encodeName(m_name).constData(), O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(file, 0);
+    {
+        const StandardOutput output(file);
+        m_file.OpenStandardOutput();
+        WaitForAttempts();
+        m_file.Close();
+    }
+    close(file);
+    EXPECT_EQ(m_failures, QStringList());
 }
 
 TEST_F(DFDataFileTest, StandardOutputThatCannotBeHadIsReported) {

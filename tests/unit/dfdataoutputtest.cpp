@@ -62,6 +62,25 @@ const QByteArray HEAD = "$PLG, 72.7,FRQ,1090000000,CMP,359.9,QUA, 90.0,LEV,-52.0
 const QByteArray TAIL = ",ELV,2.4,PTC,-1.5,RLL,2.5,ALT,123.4,PTM,115859,LAT, 48.10000,LON,11.5000000";
 const QByteArray LINE = HEAD + TAIL + "\r\n";
 const QByteArray EMPTY_TAIL = ",ELV,0.0,PTC,0.0,RLL,0.0,ALT,0.0,PTM,,LAT,  0.00000,LON,0.0000000";
+const QByteArray PLACE = "PTM,115859,LAT, 48.10000,LON,11.5000000";
+const QByteArray NO_PLACE = "PTM,,LAT,  0.00000,LON,0.0000000";
+
+/// A field of a sentence, and how it reads while its value is measured, and while it is lost or was never
+/// there.
+struct Field {
+    QString path;
+    QByteArray measured;
+    QByteArray absent;
+};
+const std::vector<Field> FIELDS{
+    {HEADING, "CMP,359.9", "CMP, -0.1"},
+    {PITCH, "PTC,-1.5", "PTC,0.0"},
+    {ROLL, "RLL,2.5", "RLL,0.0"},
+    {ALTITUDE, "ALT,123.4", "ALT,0.0"},
+    {POSITION_UPDATE, "PTM,115859", "PTM,"}, // a place that was set by hand
+    {LATITUDE, PLACE, NO_PLACE},
+    {LONGITUDE, PLACE, NO_PLACE},
+};
 
 BearingResult MakeBearing(qint16 quality = 90) {
     BearingResult bearing;
@@ -286,31 +305,15 @@ TEST_F(DFDataOutputTest, ValuesThatAreNotMeasuredAnyMoreCountAsAbsent) {
 }
 
 TEST_F(DFDataOutputTest, EachFieldReadsItsMarkerWhileItsValueIsLostAndItsValueWhenItIsBack) {
-    struct Field {
-        QString path;
-        QByteArray measured;
-        QByteArray lost;
-    };
-    const QByteArray place = "PTM,115859,LAT, 48.10000,LON,11.5000000";
-    const QByteArray noPlace = "PTM,,LAT,  0.00000,LON,0.0000000";
-    const std::vector<Field> fields{
-        {HEADING, "CMP,359.9", "CMP, -0.1"},
-        {PITCH, "PTC,-1.5", "PTC,0.0"},
-        {ROLL, "RLL,2.5", "RLL,0.0"},
-        {ALTITUDE, "ALT,123.4", "ALT,0.0"},
-        {POSITION_UPDATE, "PTM,115859", "PTM,"}, // a place that was set by hand
-        {LATITUDE, place, noPlace},
-        {LONGITUDE, place, noPlace},
-    };
     FillTree();
     MakeOutput(true, false);
     QByteArray expected;
-    for (const auto& field : fields) {
+    for (const Field& field : FIELDS) {
         ValueBase& value = *Tree::Instance()->GetValue(field.path);
         for (int i = 0; i < 2; ++i) {
             value.SetState(TValueState::NotMeasured, nullptr);
             NewBearing();
-            expected += QByteArray(LINE).replace(field.measured, field.lost);
+            expected += QByteArray(LINE).replace(field.measured, field.absent);
             value.SetState(TValueState::Valid, nullptr);
             NewBearing();
             expected += LINE;
@@ -320,23 +323,7 @@ TEST_F(DFDataOutputTest, EachFieldReadsItsMarkerWhileItsValueIsLostAndItsValueWh
 }
 
 TEST_F(DFDataOutputTest, EachFieldWhoseValueWasNeverThereReadsItsMarker) {
-    struct Field {
-        QString path;
-        QByteArray measured;
-        QByteArray absent;
-    };
-    const QByteArray place = "PTM,115859,LAT, 48.10000,LON,11.5000000";
-    const QByteArray noPlace = "PTM,,LAT,  0.00000,LON,0.0000000";
-    const std::vector<Field> fields{
-        {HEADING, "CMP,359.9", "CMP, -0.1"},
-        {PITCH, "PTC,-1.5", "PTC,0.0"},
-        {ROLL, "RLL,2.5", "RLL,0.0"},
-        {ALTITUDE, "ALT,123.4", "ALT,0.0"},
-        {POSITION_UPDATE, "PTM,115859", "PTM,"},
-        {LATITUDE, place, noPlace},
-        {LONGITUDE, place, noPlace},
-    };
-    for (const auto& field : fields) {
+    for (const Field& field : FIELDS) {
         FillTree();
         Remove(field.path);
         MakeOutput(true, false);
@@ -351,8 +338,7 @@ TEST_F(DFDataOutputTest, PositionComesBackWhenBothOfItsHalvesAreBack) {
     MakeOutput(true, false);
     ValueBase& latitude = *Tree::Instance()->GetValue(LATITUDE);
     ValueBase& longitude = *Tree::Instance()->GetValue(LONGITUDE);
-    const QByteArray lost = QByteArray(LINE).replace("PTM,115859,LAT, 48.10000,LON,11.5000000",
-                                                     "PTM,,LAT,  0.00000,LON,0.0000000");
+    const QByteArray lost = QByteArray(LINE).replace(PLACE, NO_PLACE);
     latitude.SetState(TValueState::NotMeasured, nullptr);
     longitude.SetState(TValueState::NotMeasured, nullptr);
     NewBearing();
@@ -948,8 +934,8 @@ TEST_F(DFDataOutputTest, SecondOutputToOneFileFailsAndTouchesNothing) {
     MakeOutput(true, false);
     NewBearing();
     const DFDataOutput second(u"second"_s);
-    EXPECT_EQ(second.GetLastError(),
-              u"Could not open file "_s + m_fileName + u": another program writes to it"_s);
+    EXPECT_EQ(second.GetLastError(), u"Could not open file "_s + m_fileName +
+                                         u": another output writes to it, or it is read as a recording"_s);
     NewBearing();
     EXPECT_EQ(InFile(), LINE + LINE);
     EXPECT_EQ(Contents(m_fileName + u".bak"_s), "earlier");

@@ -39,6 +39,17 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     }
 
+    /// Writes to a FIFO whose reader has gone, which fails.
+    void WriteWithoutAReader() const {
+        Fifo fifo(Name(u"fifo"_s));
+        fifo.StartReading();
+        OutputFile file;
+        ASSERT_TRUE(file.OpenExisting(Name(u"fifo"_s)));
+        fifo.StopReading();
+        EXPECT_EQ(file.Write("line\n"), 0U);
+        EXPECT_EQ(file.GetError(), EPIPE);
+    }
+
     QTemporaryDir m_directory;
 };
 
@@ -209,13 +220,7 @@ TEST_F(OutputFileTest, FifoIsOpenedWithoutWaitingForAReader) {
 
 TEST_F(OutputFileTest, ReaderThatIsGoneIsAnErrorAndNoSignal) {
     ASSERT_EQ(std::signal(SIGPIPE, SIG_DFL), SIG_DFL); // which would end the program
-    Fifo fifo(Name(u"fifo"_s));
-    fifo.StartReading();
-    OutputFile file;
-    ASSERT_TRUE(file.OpenExisting(Name(u"fifo"_s)));
-    fifo.StopReading();
-    EXPECT_EQ(file.Write("line\n"), 0U);
-    EXPECT_EQ(file.GetError(), EPIPE);
+    WriteWithoutAReader();
     EXPECT_FALSE(IsPipeSignalPending());
     sigset_t blocked{};
     pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
@@ -229,13 +234,7 @@ TEST_F(OutputFileTest, SignalThatWasOnItsWayStaysSo) {
     sigaddset(&pipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &pipe, &before);
     raise(SIGPIPE);
-    Fifo fifo(Name(u"fifo"_s));
-    fifo.StartReading();
-    OutputFile file;
-    ASSERT_TRUE(file.OpenExisting(Name(u"fifo"_s)));
-    fifo.StopReading();
-    EXPECT_EQ(file.Write("line\n"), 0U);
-    EXPECT_EQ(file.GetError(), EPIPE);
+    WriteWithoutAReader();
     EXPECT_TRUE(IsPipeSignalPending());
     const timespec now{};
     EXPECT_EQ(sigtimedwait(&pipe, nullptr, &now), SIGPIPE);
@@ -285,6 +284,22 @@ TEST_F(OutputFileTest, FullDeviceIsCalledSo) {
     ASSERT_TRUE(file.OpenExisting(u"/dev/full"_s));
     EXPECT_EQ(file.Write("line\n"), 0U);
     EXPECT_EQ(file.GetError(), ENOSPC);
+}
+
+TEST_F(OutputFileTest, NameIsThatOfTheFileUntilItIsGoneOrAnotherFile) {
+    OutputFile file;
+    ASSERT_TRUE(file.OpenOrCreate(Name(u"file"_s)));
+    ASSERT_TRUE(QFile::link(Name(u"file"_s), Name(u"link"_s)));
+    EXPECT_TRUE(file.HasName(Name(u"file"_s)));
+    EXPECT_TRUE(file.HasName(Name(u"link"_s)));
+    EXPECT_FALSE(file.HasName(Name(u"missing"_s)));
+    EXPECT_FALSE(file.HasName(Name(u"file/below"_s)));
+    EXPECT_TRUE(file.HasName(Name(QString(300, u'x')))) << "no name that could be looked up";
+    ASSERT_TRUE(QFile::rename(Name(u"file"_s), Name(u"moved"_s)));
+    EXPECT_FALSE(file.HasName(Name(u"file"_s)));
+    EXPECT_TRUE(file.HasName(Name(u"moved"_s)));
+    Put(u"file"_s, "");
+    EXPECT_FALSE(file.HasName(Name(u"file"_s)));
 }
 
 TEST_F(OutputFileTest, LastBytesOfAFileCanBeTakenBack) {

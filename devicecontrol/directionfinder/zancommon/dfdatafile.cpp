@@ -23,9 +23,10 @@ QString DFDataFile::BackupName(const QString& name) {
     return name + u".bak"_s;
 }
 
-DFDataFile::DFDataFile(int retryMs) {
-    m_retryTimer.setInterval(retryMs);
-    connect(&m_retryTimer, &QTimer::timeout, this, &DFDataFile::OpenOrRetry);
+DFDataFile::DFDataFile(int retryMs, int watchMs)
+    : m_retryMs(retryMs)
+    , m_watchMs(watchMs) {
+    connect(&m_timer, &QTimer::timeout, this, &DFDataFile::OnTimer);
 }
 
 DFDataFile::~DFDataFile() {
@@ -55,23 +56,35 @@ void DFDataFile::OpenStandardOutput() {
 
 void DFDataFile::Close() {
     Flush();
+    if (IsOpen() && !m_isStandardOutput && !m_file.HasName(m_name)) {
+        Fail(tr("File %1 was removed, moved or replaced while sentences were written to it").arg(m_name));
+    }
     m_file.Close();
-    m_retryTimer.stop();
+    m_timer.stop();
+}
+
+void DFDataFile::OnTimer() {
+    if (!IsOpen()) {
+        OpenOrRetry();
+    } else if (!m_file.HasName(m_name)) {
+        Close();
+        m_isPreviousKept = true; // what stands there now is somebody else's, or of this run
+        OpenOrRetry();
+    }
 }
 
 void DFDataFile::OpenOrRetry() {
     const int error = TryToOpen();
     if (error == 0) {
-        m_retryTimer.stop();
+        m_timer.start(m_watchMs);
         return;
     }
-    const QString reason = error == EWOULDBLOCK ? tr("another program writes to it")
-                           : error == ENXIO     ? tr("no program reads from it")
-                                                : qt_error_string(error);
+    const QString reason = error == EWOULDBLOCK
+                               ? tr("another output writes to it, or it is read as a recording")
+                           : error == ENXIO ? tr("no program reads from it")
+                                            : qt_error_string(error);
     Fail(tr("Could not open file %1: %2").arg(m_name, reason));
-    if (!m_retryTimer.isActive()) {
-        m_retryTimer.start();
-    }
+    m_timer.start(m_retryMs);
 }
 
 /// Returns 0, or the number of the error.
@@ -165,7 +178,7 @@ bool DFDataFile::HandleFailure(std::size_t begun) {
     if (error == EPIPE) {
         m_file.Close();
         if (!m_isStandardOutput) {
-            m_retryTimer.start();
+            m_timer.start(m_retryMs);
         }
     } else if (begun > 0) {
         m_file.TakeBack(begun);

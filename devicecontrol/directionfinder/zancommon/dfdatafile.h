@@ -14,7 +14,8 @@
 /// standard output. A line is in the file as a whole or not at all. Lines that cannot be written are dropped
 /// and counted.
 ///
-/// What cannot be opened is tried again and again, and so is a FIFO whose reader has gone. Needs an event
+/// What cannot be opened is tried again and again, and so is a FIFO whose reader has gone. What was removed,
+/// moved or replaced while it is open counts as a failure, and is opened anew by its name. Needs an event
 /// loop for that; belongs to one thread.
 class DFDataFile : public QObject {
     Q_OBJECT
@@ -24,13 +25,20 @@ public:
     [[nodiscard]] static QString BackupName(const QString& name);
 
     /// \param retryMs milliseconds between two attempts to open
-    explicit DFDataFile(int retryMs);
+    /// \param watchMs milliseconds between two looks whether the name is still that of what is open
+    DFDataFile(int retryMs, int watchMs);
     ~DFDataFile() override;
 
     /// Begins a file; nothing while one is open. The one that stands there is kept as "<name>.bak" in place
     /// of an earlier one, and the new file is empty; where it cannot be moved, it is appended to. Nothing is
     /// touched while another program has the file open. What is no file (a FIFO, a device) is opened as it
     /// is, without waiting for a reader.
+    ///
+    /// A program that is killed after the one has been moved and before the other is there leaves the
+    /// previous file as "<name>.bak" only, which the next opening then takes for an earlier one.
+    ///
+    /// What is opened anew after it was removed, moved or replaced is created or appended to; nothing is
+    /// moved.
     void Open(const QString& name);
     /// The same with what the program's standard output is. It is not tried again when its reader has gone.
     void OpenStandardOutput();
@@ -56,6 +64,7 @@ Q_SIGNALS:
 
 private:
     void OpenOrRetry();
+    void OnTimer();
     int TryToOpen();
     bool MovePrevious();
     void Flush();
@@ -64,9 +73,11 @@ private:
 
     OutputFile m_file;
     QString m_name;
-    bool m_isPreviousKept = false; // so that a further attempt does not put nothing in its place
+    bool m_isPreviousKept = false; // so that a further attempt to open moves nothing
     bool m_isStandardOutput = false;
-    QTimer m_retryTimer;
+    int m_retryMs;
+    int m_watchMs;
+    QTimer m_timer; // while it is open for the next look at the name, else for the next attempt to open
 
     std::string m_waiting; // whole lines
     int m_holds = 0;

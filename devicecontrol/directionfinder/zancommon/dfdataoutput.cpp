@@ -38,6 +38,7 @@ const QString KEY_FILE_ENABLED = u"FileOutput_Enabled"_s;
 const QString KEY_FILE_NAME = u"FileOutput_Address"_s;
 
 constexpr unsigned short RETRY_MS = 5000;
+constexpr int WATCH_MS = 1000; // from look to look whether the file is still there
 constexpr unsigned short SECOND = 10;
 constexpr int NO_TIMER = -1;
 constexpr QStringView STANDARD_OUTPUT = u"-";
@@ -147,7 +148,7 @@ struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
 
     TreeValues values;
     std::unique_ptr<SerialInterface> serial;
-    DFDataFile file{RETRY_MS};
+    DFDataFile file{RETRY_MS, WATCH_MS};
     DFDataSentence sentence;
 
     bool serialEnabled = false;

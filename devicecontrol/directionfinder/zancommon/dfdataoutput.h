@@ -20,7 +20,12 @@ class BearingResult;
 /// when the output is switched on is kept as "<name>.bak" in place of an earlier one, and a new file begun.
 /// While it is open it is locked (`flock`): a second output to it fails, in this program or another, and
 /// touches nothing. The name may be that of a FIFO, which is opened without waiting for a reader, or of a
-/// device.
+/// device. A program that is killed between moving the previous file and beginning the new one leaves the
+/// previous one as "<name>.bak" only, which goes when the output is switched on the next time.
+///
+/// Once a second it is looked whether the file is still the one of its name. One that was removed, moved or
+/// replaced counts as a failure; the sentences go on to the file of that name, which is created or appended
+/// to. What was written before is where the old file is.
 ///
 /// A sink that fails does not stop the other one. The first of a run of equal failures is traced, and so is
 /// its end; `GetLastError` and `GetCounters` tell more. A sink that cannot be opened, or a FIFO whose reader

@@ -59,8 +59,12 @@
         <translation>Die Datei %1 konnte nicht geöffnet werden: %2</translation>
     </message>
     <message>
-        <source>another program writes to it</source>
-        <translation>ein anderes Programm schreibt darin</translation>
+        <source>File %1 was removed, moved or replaced while sentences were written to it</source>
+        <translation>Die Datei %1 wurde entfernt, verschoben oder ersetzt, während Sätze in sie geschrieben wurden</translation>
+    </message>
+    <message>
+        <source>another output writes to it, or it is read as a recording</source>
+        <translation>eine andere Ausgabe schreibt darin, oder sie wird als Aufzeichnung gelesen</translation>
     </message>
     <message>
         <source>no program reads from it</source>
