@@ -103,11 +103,11 @@ Finding ExamineRecording(const QString& fileName) {
 /// What works on this machine: settings, device, recording, serial ports, broker and hub client.
 std::vector<NamedFinding> Examine(const QString& configDirectory, const std::optional<QString>& recording) {
     std::vector<NamedFinding> findings{{u"settings"_s, ExamineSettings(configDirectory)}};
-    for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
-        findings.push_back({u"settings"_s, finding});
-    }
-    for (const Finding& finding : CheckKeys(configDirectory)) {
-        findings.push_back({u"settings"_s, finding});
+    const QString address = Station::ADDRESS.toString();
+    for (const Findings& each : {CheckSettings(address), CheckMeaning(address), CheckKeys(configDirectory)}) {
+        for (const Finding& finding : each) {
+            findings.push_back({u"settings"_s, finding});
+        }
     }
     findings.push_back({u"device type"_s, StationCheck::CheckDeviceType()});
     findings.push_back({u"device setup"_s, StationCheck::CheckAntennaSetup()});

@@ -122,11 +122,14 @@ int RunCommand::Run() {
 }
 
 bool RunCommand::CanBegin(const RunOptions& options) {
-    for (const Finding& finding : CheckKeys(options.configDirectory)) {
-        Console::Warn(finding.text);
+    const QString address = Station::ADDRESS.toString();
+    for (const Findings& warnings : {CheckMeaning(address), CheckKeys(options.configDirectory)}) {
+        for (const Finding& finding : warnings) {
+            Console::Warn(finding.text);
+        }
     }
     bool canBegin = true;
-    for (const Finding& finding : CheckSettings(Station::ADDRESS.toString())) {
+    for (const Finding& finding : CheckSettings(address)) {
         Console::Error(finding.text);
         canBegin = false;
     }

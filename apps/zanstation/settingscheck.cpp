@@ -4,8 +4,11 @@
 #include "tolmappstartup/cfgcenter.h"
 #include "valueframework/tree.h"
 #include "valueframework/valuetypes.h"
+#include "zancommon/closedtable.h"
 #include "zancommon/stationcfg.h"
+#include "zancommon/zancharacteristics.h"
 #include "zancommon/zansetupdata.h"
+#include "zanstation/stationposition.h"
 
 #include <QRegularExpression>
 #include <QSettings>
@@ -35,6 +38,7 @@ struct IntegerSetting {
 constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 10000},
                                           IntegerSetting{u"OverheadPass/Threshold", 0, 900}};
 constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
+constexpr IntegerSetting HUB_PORT{u"MshCentralPort", 1, 65535};
 
 constexpr std::array<QStringView, 3> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
                                                        u"OverheadPass/Valid"};
@@ -95,6 +99,8 @@ QStringList ListKeys(const QString& directory) {
     return QSettings(directory + u"/Application.ini"_s, QSettings::IniFormat).allKeys();
 }
 
+constexpr qsizetype LONGEST_SHOWN = 200; // and compared
+
 /// How many characters have to be put in, left out or changed to make one text of another.
 std::size_t GetDistance(QStringView from, QStringView to) {
     std::vector<std::size_t> row(static_cast<std::size_t>(to.size()) + 1);
@@ -110,8 +116,28 @@ std::size_t GetDistance(QStringView from, QStringView to) {
     return row.back();
 }
 
+/// The name that is most like a text.
+QString FindNearest(const QString& text, const QStringList& names) {
+    const QString compared = text.first(std::min(text.size(), LONGEST_SHOWN));
+    return std::ranges::min(names, {}, [&](const QString& name) { return GetDistance(compared, name); });
+}
+
+/// A text for the operator.
+QString Shorten(const QString& text) {
+    return text.size() > LONGEST_SHOWN ? text.first(LONGEST_SHOWN) + u"..."_s : text;
+}
+
+/// \param allowed in words behind "allowed", such as "is true or false"
+QString Describe(const QString& key, const QString& value, const QString& allowed) {
+    return u"the setting \"%1\" is \"%2\"; allowed %3"_s.arg(key, Shorten(value), allowed);
+}
+
+QString DescribeWholeNumbers(qint64 minimum, qint64 maximum) {
+    return u"are whole numbers from %1 to %2"_s.arg(minimum).arg(maximum);
+}
+
 Finding Refused(const QString& key, const QString& value, const QString& allowed) {
-    return {Severity::Error, u"the setting \"%1\" is \"%2\"; allowed is %3"_s.arg(key, value, allowed)};
+    return {Severity::Error, Describe(key, value, allowed)};
 }
 
 /// The text under a key; null when the key is missing.
@@ -119,13 +145,17 @@ QString TextOf(const ICfg& cfg, const QString& key) {
     return cfg.GetString(key, {});
 }
 
-void CheckInteger(const ICfg& cfg, const IntegerSetting& setting, Findings& findings) {
-    const QString text = TextOf(cfg, setting.key.toString());
+/// Whether an integer setting is missing or allowed.
+bool IsSound(const IntegerSetting& setting, const QString& text) {
     qint64 number = 0;
-    if (!text.isNull() &&
-        (!ReadInteger(text, number) || number < setting.minimum || number > setting.maximum)) {
-        findings.push_back(
-            Refused(setting.key.toString(), text, u"%1 to %2"_s.arg(setting.minimum).arg(setting.maximum)));
+    return text.isNull() ||
+           (ReadInteger(text, number) && number >= setting.minimum && number <= setting.maximum);
+}
+
+void CheckInteger(const ICfg& cfg, const IntegerSetting& setting, Findings& findings) {
+    const QString key = setting.key.toString();
+    if (const QString text = TextOf(cfg, key); !IsSound(setting, text)) {
+        findings.push_back(Refused(key, text, DescribeWholeNumbers(setting.minimum, setting.maximum)));
     }
 }
 
@@ -136,7 +166,7 @@ void CheckFlags(const ICfg& cfg, std::span<const QStringView> keys, const QStrin
     for (const QStringView key : keys) {
         const QString text = TextOf(cfg, key.toString());
         if (!text.isNull() && !flags.contains(text, Qt::CaseInsensitive)) {
-            findings.push_back(Refused(prefix + key.toString(), text, u"true or false"_s));
+            findings.push_back(Refused(prefix + key.toString(), text, u"is true or false"_s));
         }
     }
 }
@@ -153,38 +183,37 @@ void CheckAntennas(ICfg& station, Findings& findings) {
             bool isNumber = false;
             const double number = text.toDouble(&isNumber);
             if (!text.isNull() && (!isNumber || !std::isfinite(number))) {
-                findings.push_back(Refused(prefix + key.toString(), text, u"a number"_s));
+                findings.push_back(Refused(prefix + key.toString(), text, u"is a number"_s));
             }
         }
     }
 }
 
 template <class T>
-QString DescribeRange(const T& value) {
-    using Number = std::decay_t<decltype(value.GetMin())>;
-    using Limits = std::numeric_limits<Number>;
-    return value.GetMin() == Limits::lowest() && value.GetMax() == Limits::max()
-               ? u"a number"_s
-               : u"%1 to %2"_s.arg(value.GetMin()).arg(value.GetMax());
+bool IsUnlimited(const T& value) {
+    using Limits = std::numeric_limits<std::decay_t<decltype(value.GetMin())>>;
+    return value.GetMin() == Limits::lowest() && value.GetMax() == Limits::max();
 }
 
-/// What a value takes, in words; empty where it takes any text.
+/// What a value takes that does not take any text, in words.
 QString DescribeAllowed(const ValueBase& value) {
     if (const auto* selection = dynamic_cast<const ValueSelection*>(&value)) {
         QStringList items;
         for (const SelectionItem& item : selection->GetItems()) {
             items.append(QString::number(item.GetKey()) + u" ("_s + item.GetName() + u')');
         }
-        return items.join(u", "_s);
+        return u"is "_s + items.join(u", "_s);
     }
     if (dynamic_cast<const ValueBool*>(&value)) {
-        return u"true or false"_s;
+        return u"is true or false"_s;
     }
     if (const auto* integer = dynamic_cast<const ValueNumericInt*>(&value)) {
-        return DescribeRange(*integer);
+        return IsUnlimited(*integer) ? u"is a whole number"_s
+                                     : DescribeWholeNumbers(integer->GetMin(), integer->GetMax());
     }
     const auto* number = dynamic_cast<const ValueNumericDouble*>(&value);
-    return number ? DescribeRange(*number) : QString();
+    return !number || IsUnlimited(*number) ? u"is a number"_s
+                                           : u"is %1 to %2"_s.arg(number->GetMin()).arg(number->GetMax());
 }
 
 bool Takes(ValueBase& value, const QString& text) {
@@ -209,6 +238,51 @@ void CheckSetup(const ICfg& station, Findings& findings) {
     tree.Remove(tree.GetNode(base));
 }
 
+Finding Doubted(const QString& key, const QString& value, const QString& allowed) {
+    return {Severity::Warning, Describe(key, value, allowed)};
+}
+
+void CheckAntennaModel(const ICfg& station, const QString& key, Findings& findings) {
+    QStringList models;
+    for (const auto& row : Rows(ZANCharacteristics::s_aAntennaLibrary)) {
+        models.append(row.name.toString());
+    }
+    const QString model = TextOf(station, key);
+    if (!model.isEmpty() && !models.contains(model)) {
+        findings.push_back(Doubted(
+            key, model,
+            u"are the models of \"zanstation catalogue antennas\", and the nearest one is \"%1\""_s.arg(
+                FindNearest(model, models))));
+    }
+}
+
+void CheckMethods(const ICfg& station, const QString& key, Findings& findings) {
+    static const QStringList methods{u"WAT"_s,  u"COR"_s, u"COR8"_s, u"COR8O"_s, u"COR9"_s,
+                                     u"SUPR"_s, u"VEC"_s, u"VMI"_s,  u"VMR"_s};
+    const QStringList names = TextOf(station, key).split(u',', Qt::SkipEmptyParts);
+    const auto unknown =
+        std::ranges::find_if_not(names, [](const QString& name) { return methods.contains(name); });
+    if (unknown != names.end()) {
+        findings.push_back(Doubted(key, *unknown, u"is "_s + methods.join(u", "_s)));
+    }
+}
+
+/// Warns of a station that shall stand where the operator has set it, who has not.
+void CheckManualPosition(const ICfg& station, Findings& findings) {
+    QStringList missing;
+    for (const QString& key : {u"LocationLatitude"_s, u"LocationLongitude"_s}) {
+        if (TextOf(station, key).isNull()) {
+            missing.append(key);
+        }
+    }
+    if (station.GetInt(u"LocationChoice"_s, 0) == StationPosition::SOURCE_MANUAL && !missing.isEmpty()) {
+        findings.push_back(
+            {Severity::Warning,
+             u"LocationChoice is 2 (Manual), and %1 %2 not set: the station has no position"_s.arg(
+                 missing.join(u" and "_s), missing.size() == 1 ? u"is"_s : u"are"_s)});
+    }
+}
+
 } // namespace
 
 Findings CheckSettings(const QString& address) {
@@ -227,10 +301,30 @@ Findings CheckSettings(const QString& address) {
     return findings;
 }
 
+Findings CheckMeaning(const QString& address) {
+    Findings findings;
+    const ICfg& application = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    const QString portKey = HUB_PORT.key.toString();
+    if (const QString port = TextOf(application, portKey); !IsSound(HUB_PORT, port)) {
+        findings.push_back(Doubted(portKey, port,
+                                   DescribeWholeNumbers(HUB_PORT.minimum, HUB_PORT.maximum) +
+                                       u", and the default is taken"_s));
+    }
+    if (const CfgPtr station{StationCfg::GetStationCfg(address, false)}) {
+        const qint64 count = station->GetInt(ANTENNA_COUNT.key.toString(), 1);
+        for (qint64 i = 0; i < std::min(count, ANTENNA_COUNT.maximum); ++i) {
+            const QString antenna = u"SystemConfiguration/Antenna%1/"_s.arg(i);
+            CheckAntennaModel(*station, antenna + u"Name"_s, findings);
+            CheckMethods(*station, antenna + u"DFAlgorithm"_s, findings);
+        }
+        CheckManualPosition(*station, findings);
+    }
+    return findings;
+}
+
 Findings CheckKeys(const QString& directory) {
     Findings findings;
     constexpr std::size_t MOST_WARNINGS = 20;
-    constexpr qsizetype LONGEST_SHOWN = 200; // and compared
     static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)"_s);
     const QStringList known = GetKnownKeys();
     std::size_t unknown = 0;
@@ -239,18 +333,15 @@ Findings CheckKeys(const QString& directory) {
         if (known.contains(pattern) || ++unknown > MOST_WARNINGS) {
             continue;
         }
-        const QString compared = pattern.first(std::min(pattern.size(), LONGEST_SHOWN));
-        QString nearest = std::ranges::min(
-            known, {}, [&](const QString& candidate) { return GetDistance(compared, candidate); });
+        QString nearest = FindNearest(pattern, known);
         // The sections that the key stands in keep their numbers.
         QRegularExpressionMatchIterator numbers = number.globalMatch(key);
         while (nearest.contains(u'#')) {
             nearest.replace(nearest.indexOf(u'#'), 1, numbers.hasNext() ? numbers.next().captured() : u"0"_s);
         }
-        const QString shown = key.size() > LONGEST_SHOWN ? key.first(LONGEST_SHOWN) + u"..."_s : key;
         findings.push_back({Severity::Warning,
                             u"nobody reads the setting \"%1\"; the nearest one that is known is \"%2\""_s.arg(
-                                shown, nearest)});
+                                Shorten(key), nearest)});
     }
     if (unknown > MOST_WARNINGS) {
         findings.push_back(

@@ -80,6 +80,15 @@ BearingResult ToResult(const BearingBlock& block, const Bearing& bearing, int me
     return result;
 }
 
+/// One half of the place that the settings hold, when they hold one that its value takes.
+std::optional<double> GetStoredHalf(const ICfg* station, const QString& key,
+                                    const ValueDescriptor& descriptor) {
+    auto* const value = ServerValue<ValueNumericDouble>(descriptor);
+    const QString text = station ? station->GetString(key, {}) : QString();
+    return !text.isNull() && value->SetStringValue(text, nullptr) ? std::optional(value->GetValue())
+                                                                  : std::nullopt;
+}
+
 /// Whether the settings can be used as they are; what is wrong with them is warned of.
 bool AreSettingsUsable() {
     const Findings findings = CheckSettings(Station::ADDRESS.toString());
@@ -151,7 +160,10 @@ void Station::PublishSetup() {
     m_setup.ReadFromValueTree({});
     m_setup.ReadFromCfg(GetDeviceAddress());
     m_setup.WriteToValueTree(nullptr, {});
-    m_position.emplace();
+    const CfgPtr station(StationCfg::GetStationCfg(GetDeviceAddress(), false));
+    m_position.emplace(
+        GetStoredHalf(station.get(), u"LocationLatitude"_s, StdDeviceDefinition::g_vdPosLatitude),
+        GetStoredHalf(station.get(), u"LocationLongitude"_s, StdDeviceDefinition::g_vdPosLongitude));
 }
 
 /// Restoring writes the default where there is nothing, and also in the place of a text that is no value:

@@ -1,6 +1,7 @@
 #include "zanstation/stationposition.h"
 
 #include "stddevicedefinition/stddevicedescriptors.h"
+#include "valueframework/tree.h"
 #include "valueframework/valueaccess.h"
 #include "zanstation/publish.h"
 
@@ -8,20 +9,29 @@ using namespace StdDeviceDefinition;
 
 namespace {
 
-constexpr long SOURCE_MANUAL = 2; // key of the position source
-
 bool Accepts(const ValueNumericDouble& value, const std::optional<double>& number) {
     return number && *number >= value.GetMin() && *number <= value.GetMax();
 }
 
+/// Leaves what was set in a value; without, the tree loses the value.
+void Leave(ValueNumericDouble* value, const std::optional<double>& set, IObserver* originator) {
+    if (set) {
+        Publish(*value, set, originator);
+    } else {
+        Tree::Instance()->Remove(value);
+    }
+}
+
 } // namespace
 
-StationPosition::StationPosition()
+StationPosition::StationPosition(const std::optional<double>& latitude,
+                                 const std::optional<double>& longitude)
     : m_pSource(CreateValue<ValueSelection>(g_vdPosSource, nullptr))
     , m_pLatitude(CreateValue<ValueNumericDouble>(g_vdPosLatitude, nullptr))
     , m_pLongitude(CreateValue<ValueNumericDouble>(g_vdPosLongitude, nullptr))
     , m_pTime(CreateValue<ValueTimeStamp>(g_vdPosLastUpdate, nullptr))
-    , m_set{m_pLatitude->GetValue(), m_pLongitude->GetValue(), {}} {
+    , m_setLatitude(latitude)
+    , m_setLongitude(longitude) {
     m_pSource->AddObserver(this);
     m_pLatitude->AddObserver(this);
     m_pLongitude->AddObserver(this);
@@ -29,7 +39,8 @@ StationPosition::StationPosition()
 }
 
 StationPosition::~StationPosition() {
-    Show(m_set);
+    Leave(m_pLatitude, m_setLatitude, this);
+    Leave(m_pLongitude, m_setLongitude, this);
 }
 
 void StationPosition::SetMeasured(const std::optional<double>& latitude,
@@ -46,15 +57,20 @@ void StationPosition::Update(Observable* subject, TChangeCode code) {
         return;
     }
     if (subject == m_pLatitude) {
-        m_set.latitude = m_pLatitude->GetValue();
+        m_setLatitude = m_pLatitude->GetValue();
     } else if (subject == m_pLongitude) {
-        m_set.longitude = m_pLongitude->GetValue();
+        m_setLongitude = m_pLongitude->GetValue();
     }
     ShowCurrent();
 }
 
+std::optional<StationPosition::Place> StationPosition::GetSet() const {
+    return m_setLatitude && m_setLongitude ? std::optional(Place{*m_setLatitude, *m_setLongitude, {}})
+                                           : std::nullopt;
+}
+
 void StationPosition::ShowCurrent() {
-    Show(m_pSource->GetCurrentKey() == SOURCE_MANUAL ? std::optional(m_set) : m_measured);
+    Show(m_pSource->GetCurrentKey() == SOURCE_MANUAL ? GetSet() : m_measured);
 }
 
 void StationPosition::Show(const std::optional<Place>& place) {

@@ -12,17 +12,25 @@
 ///
 /// While the position source is Manual they hold the place that was set; no measurement touches them, and the
 /// time of the position is not measured. With any other source they hold what is measured, with its time, or
-/// all three say that nothing is: half a position is none. The place that was set waits meanwhile and is back
-/// when Manual is chosen. What somebody else writes into latitude or longitude, whatever the source, sets it.
+/// all three say that nothing is. The place that was set waits meanwhile and is back when Manual is chosen.
+/// Half a position is none: while latitude or longitude was never set, the place that was set is not
+/// measured, either.
+///
+/// What somebody else writes into latitude or longitude, whatever the source, sets it. What stands there
+/// already is no news: who sets that calls it valid, too (`ValueBase::SetState`).
 ///
 /// Works on the values below "/ZANServer", which outlive it, on the thread of the tree.
 class StationPosition final : public IObserver {
 public:
-    /// Takes the place that stands in the tree for the one that was set; nothing is measured yet.
-    StationPosition();
+    static constexpr long SOURCE_MANUAL = 2; ///< key of the position source
+
+    /// Nothing is measured yet.
+    /// \param latitude, longitude the place that was set, in degrees, as far as it was
+    StationPosition(const std::optional<double>& latitude, const std::optional<double>& longitude);
     StationPosition(const StationPosition&) = delete;
     StationPosition& operator=(const StationPosition&) = delete;
-    /// Leaves the place that was set in the tree, from where the settings take it.
+    /// Leaves the place that was set in the tree, from where the settings take it. What of it was never set
+    /// goes from the tree, so that the settings do not get it.
     ~StationPosition() override;
 
     /// Takes a measurement: degrees, north and east positive, and milliseconds since 1970-01-01 00:00:00 UTC.
@@ -38,6 +46,7 @@ private:
         std::optional<quint64> time;
     };
 
+    [[nodiscard]] std::optional<Place> GetSet() const;
     void Show(const std::optional<Place>& place);
     void ShowCurrent();
 
@@ -45,6 +54,7 @@ private:
     ValueNumericDouble* m_pLatitude;
     ValueNumericDouble* m_pLongitude;
     ValueTimeStamp* m_pTime;
-    Place m_set; // without a time
+    std::optional<double> m_setLatitude;
+    std::optional<double> m_setLongitude;
     std::optional<Place> m_measured;
 };

@@ -94,6 +94,27 @@ protected:
         EXPECT_TRUE(ServerValue<ValueNumericDouble>(g_vdPosLatitude)->SetValue(latitude, nullptr));
         EXPECT_TRUE(ServerValue<ValueNumericDouble>(g_vdPosLongitude)->SetValue(longitude, nullptr));
     }
+    void ExpectNoPlace() {
+        EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE);
+        EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
+        EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::NotMeasured);
+    }
+    /// One half of the manual position is set, and only later the other one.
+    void ExpectHalfIsNone(const ValueDescriptor& half, const QString& stored, const ValueDescriptor& other,
+                          const QString& missing) {
+        ChooseSource(SOURCE_MANUAL);
+        EXPECT_TRUE(ServerValue<ValueNumericDouble>(half)->SetValue(48.1, nullptr));
+        ExpectNoPlace();
+        Restart();
+        ExpectNoPlace();
+        const QString settings = m_settings.Read();
+        EXPECT_TRUE(settings.contains(stored)) << settings.toStdString();
+        EXPECT_FALSE(settings.contains(missing)) << settings.toStdString();
+        EXPECT_TRUE(ServerValue<ValueNumericDouble>(other)->SetValue(11.5, nullptr));
+        EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::Valid);
+        EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::Valid);
+        EXPECT_EQ(ServerValue<ValueNumericDouble>(half)->GetValue(), 48.1);
+    }
     [[nodiscard]] QString StoredPlace() {
         m_station.reset();
         const QString settings = m_settings.CloseAndRead();
@@ -212,6 +233,34 @@ TEST_F(StationSentences, PlaceThatIsSetWhileAnotherIsMeasuredWaitsForManual) {
     EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + MEASURED);
     ChooseSource(SOURCE_MANUAL);
     EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + ",PTM,,LAT, 48.10000,LON,11.5000000\r\n");
+}
+
+TEST_F(StationSentences, ManualPlaceOfWhichNothingWasSetIsNotMeasuredAndLeavesNothingInTheSettings) {
+    ChooseSource(SOURCE_MANUAL);
+    EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + NOWHERE);
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
+    EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::NotMeasured);
+    EXPECT_EQ(StoredPlace(), u"LocationChoice=2 "_s);
+}
+
+TEST_F(StationSentences, ManualPlaceOfWhichOnlyTheLatitudeWasSetIsNone) {
+    ExpectHalfIsNone(g_vdPosLatitude, u"LocationLatitude=48.1"_s, g_vdPosLongitude, u"LocationLongitude"_s);
+}
+
+TEST_F(StationSentences, ManualPlaceOfWhichOnlyTheLongitudeWasSetIsNone) {
+    ExpectHalfIsNone(g_vdPosLongitude, u"LocationLongitude=48.1"_s, g_vdPosLatitude, u"LocationLatitude"_s);
+}
+
+TEST_F(StationSentences, PlaceOnTheEquatorAndAtGreenwichIsSetByCallingItValid) {
+    ChooseSource(SOURCE_MANUAL);
+    SetPlace(0.0, 0.0);
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured) << "what stands there already is no news";
+    for (const ValueDescriptor* half : {&g_vdPosLatitude, &g_vdPosLongitude}) {
+        ServerValue<ValueNumericDouble>(*half)->SetState(TValueState::Valid, nullptr);
+    }
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::Valid);
+    EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::Valid);
+    EXPECT_EQ(StoredPlace(), u"LocationChoice=2 LocationLatitude=0 LocationLongitude=0 "_s);
 }
 
 TEST_F(StationSentences, ManualPlaceIsThereFromTheStart) {

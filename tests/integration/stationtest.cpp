@@ -209,8 +209,9 @@ TEST_F(Station, SettingOutOfRangeEndsTheRunBeforeItOpensAnything) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     const QByteArray station = "[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=replay\n";
     for (const auto& [settings, message] :
-         {std::pair{QByteArray("Output_Interval=20000\n"),
-                    u"the setting \"Output_Interval\" is \"20000\"; allowed is 0 to 10000"_s},
+         {std::pair{
+              QByteArray("Output_Interval=20000\n"),
+              u"the setting \"Output_Interval\" is \"20000\"; allowed are whole numbers from 0 to 10000"_s},
           {station + "PitchThreshold=95\n",
            u"the setting \"PitchThreshold\" is \"95\"; allowed is -90 to 90"_s}}) {
         const QByteArray written = "; by hand\n" + settings;

@@ -24,6 +24,15 @@ QStringList Texts(const Findings& findings) {
     return texts;
 }
 
+/// What is said of a setting that is refused, and of one that is doubted.
+QString Refused(const QString& key, const QString& value, const QString& allowed) {
+    return u"error: the setting \"%1\" is \"%2\"; allowed %3"_s.arg(key, value, allowed);
+}
+
+QString Doubted(const QString& key, const QString& value, const QString& allowed) {
+    return u"warning: the setting \"%1\" is \"%2\"; allowed %3"_s.arg(key, value, allowed);
+}
+
 class SettingsCheck : public testing::Test {
 protected:
     /// What is said about a settings file.
@@ -35,7 +44,8 @@ protected:
         EXPECT_TRUE(file.open(QFile::WriteOnly) && file.write(settings) == settings.size());
         file.close();
         EXPECT_TRUE(CfgCenter::SetConfigDirectory(directory.path()));
-        const QStringList texts = Texts(CheckSettings(u"replay"_s)) + Texts(CheckKeys(directory.path()));
+        const QStringList texts = Texts(CheckSettings(u"replay"_s)) + Texts(CheckMeaning(u"replay"_s)) +
+                                  Texts(CheckKeys(directory.path()));
         EXPECT_TRUE(CfgCenter::Close());
         EXPECT_TRUE(file.open(QFile::ReadOnly));
         EXPECT_EQ(file.readAll(), settings) << "nothing is written";
@@ -49,68 +59,66 @@ TEST_F(SettingsCheck, FindsNothingInSettingsThatAreSoundOrMissing) {
     EXPECT_EQ(Check(""), QStringList());
     EXPECT_EQ(Check("Output_Interval=10000\n[OverheadPass]\nThreshold=0\n" + STATION +
                     "PitchThreshold=-90\nRollThreshold=180\nDFMechOffset=3600\nDeclination=-1800\n"
-                    "GainControlMode=1\nLocationChoice=2\nPreAmplifierHf=true\nAGCDecay=7\n"
+                    "GainControlMode=1\nLocationChoice=1\nPreAmplifierHf=true\nAGCDecay=7\n"
                     "[ZANStations/ZANStation0/SystemConfiguration]\nAntennaCount=12\n"),
               QStringList());
 }
 
 TEST_F(SettingsCheck, NumberOutsideItsRangeIsToldWithNameValueAndWhatIsAllowed) {
-    EXPECT_EQ(Check("Output_Interval=10001\n"),
-              QStringList{u"error: the setting \"Output_Interval\" is \"10001\"; allowed is 0 to 10000"_s});
-    EXPECT_EQ(Check("[OverheadPass]\nThreshold=-1\n"),
-              QStringList{u"error: the setting \"OverheadPass/Threshold\" is \"-1\"; allowed is 0 to 900"_s});
-    EXPECT_EQ(Check(STATION + "DFMechOffset=3601\nPitchThreshold=90.5\nLocationLatitude=-91\n"),
-              (QStringList{u"error: the setting \"LocationLatitude\" is \"-91\"; allowed is -90 to 90"_s,
-                           u"error: the setting \"DFMechOffset\" is \"3601\"; allowed is -3600 to 3600"_s,
-                           u"error: the setting \"PitchThreshold\" is \"90.5\"; allowed is -90 to 90"_s}));
     EXPECT_EQ(
-        Check(STATION + "[ZANStations/ZANStation0/SystemConfiguration]\nAntennaCount=13\n"),
-        QStringList{
-            u"error: the setting \"SystemConfiguration/AntennaCount\" is \"13\"; allowed is 0 to 12"_s});
+        Check("Output_Interval=10001\n[OverheadPass]\nThreshold=-1\n"),
+        (QStringList{Refused(u"Output_Interval"_s, u"10001"_s, u"are whole numbers from 0 to 10000"_s),
+                     Refused(u"OverheadPass/Threshold"_s, u"-1"_s, u"are whole numbers from 0 to 900"_s)}));
+    EXPECT_EQ(Check(STATION + "DFMechOffset=3601\nPitchThreshold=90.5\nLocationLatitude=-91\n"
+                              "[ZANStations/ZANStation0/SystemConfiguration]\nAntennaCount=13\n"),
+              (QStringList{Refused(u"SystemConfiguration/AntennaCount"_s, u"13"_s,
+                                   u"are whole numbers from 0 to 12"_s),
+                           Refused(u"LocationLatitude"_s, u"-91"_s, u"is -90 to 90"_s),
+                           Refused(u"DFMechOffset"_s, u"3601"_s, u"are whole numbers from -3600 to 3600"_s),
+                           Refused(u"PitchThreshold"_s, u"90.5"_s, u"is -90 to 90"_s)}));
 }
 
 TEST_F(SettingsCheck, TextWhereANumberBelongsIsNoNumber) {
-    EXPECT_EQ(Check("Output_Interval=often\n"),
-              QStringList{u"error: the setting \"Output_Interval\" is \"often\"; allowed is 0 to 10000"_s});
-    EXPECT_EQ(Check("Output_Interval=\n"),
-              QStringList{u"error: the setting \"Output_Interval\" is \"\"; allowed is 0 to 10000"_s});
-    EXPECT_EQ(Check(STATION + "AGCDecay=1.5\nMGCLevel=loud\nRollThreshold=nan\n"),
-              (QStringList{u"error: the setting \"AGCDecay\" is \"1.5\"; allowed is a number"_s,
-                           u"error: the setting \"MGCLevel\" is \"loud\"; allowed is a number"_s,
-                           u"error: the setting \"RollThreshold\" is \"nan\"; allowed is -180 to 180"_s}));
+    for (const QString& text : {u"often"_s, QString()}) {
+        EXPECT_EQ(Check("Output_Interval=" + text.toUtf8() + '\n'),
+                  QStringList{Refused(u"Output_Interval"_s, text, u"are whole numbers from 0 to 10000"_s)});
+    }
+    EXPECT_EQ(Check(STATION + "AGCDecay=1.5\nDFMechOffset=4.5\nMGCLevel=loud\nRollThreshold=nan\n"),
+              (QStringList{Refused(u"AGCDecay"_s, u"1.5"_s, u"is a whole number"_s),
+                           Refused(u"MGCLevel"_s, u"loud"_s, u"is a number"_s),
+                           Refused(u"DFMechOffset"_s, u"4.5"_s, u"are whole numbers from -3600 to 3600"_s),
+                           Refused(u"RollThreshold"_s, u"nan"_s, u"is -180 to 180"_s)}));
+}
+
+TEST_F(SettingsCheck, LongTextIsCutWhereItIsTold) {
+    EXPECT_EQ(Check("Output_Interval=" + QByteArray(100000, 'x') + '\n'),
+              QStringList{Refused(u"Output_Interval"_s, QString(200, u'x') + u"..."_s,
+                                  u"are whole numbers from 0 to 10000"_s)});
 }
 
 TEST_F(SettingsCheck, FlagThatIsNeitherTrueNorFalseIsTold) {
     EXPECT_EQ(
-        Check("FileOutput_Enabled=yes\n[OverheadPass]\nValid=ja\n"),
-        (QStringList{u"error: the setting \"FileOutput_Enabled\" is \"yes\"; allowed is true or false"_s,
-                     u"error: the setting \"OverheadPass/Valid\" is \"ja\"; allowed is true or false"_s}));
+        Check("FileOutput_Enabled=yes\n[OverheadPass]\nValid=ja\n" + STATION + "HwCheckRequirements=2\n"),
+        (QStringList{Refused(u"FileOutput_Enabled"_s, u"yes"_s, u"is true or false"_s),
+                     Refused(u"OverheadPass/Valid"_s, u"ja"_s, u"is true or false"_s),
+                     Refused(u"HwCheckRequirements"_s, u"2"_s, u"is true or false"_s)}));
     EXPECT_EQ(Check("RS232Output_Enabled=TRUE\n[OverheadPass]\nValid=0\n"), QStringList());
-    EXPECT_EQ(
-        Check(STATION + "HwCheckRequirements=2\n"),
-        QStringList{u"error: the setting \"HwCheckRequirements\" is \"2\"; allowed is true or false"_s});
 }
 
 TEST_F(SettingsCheck, AntennaWithoutItsNumbersOrFlagsIsTold) {
+    const QString antenna = u"SystemConfiguration/Antenna1/"_s;
     EXPECT_EQ(Check(STATION + "[ZANStations/ZANStation0/SystemConfiguration/Antenna1]\n"
                               "Enabled=on\nMinRange=4O000000\nMaxRange=1.3e9\nMechOffset=1,5\nMaxFreq=inf\n"),
-              (QStringList{
-                  u"error: the setting \"SystemConfiguration/Antenna1/Enabled\" is \"on\"; allowed is true "
-                  u"or false"_s,
-                  u"error: the setting \"SystemConfiguration/Antenna1/MinRange\" is \"4O000000\"; allowed is "
-                  u"a number"_s,
-                  u"error: the setting \"SystemConfiguration/Antenna1/MechOffset\" is \"1,5\"; allowed is a "
-                  u"number"_s,
-                  u"error: the setting \"SystemConfiguration/Antenna1/MaxFreq\" is \"inf\"; allowed is a "
-                  u"number"_s}));
+              (QStringList{Refused(antenna + u"Enabled"_s, u"on"_s, u"is true or false"_s),
+                           Refused(antenna + u"MinRange"_s, u"4O000000"_s, u"is a number"_s),
+                           Refused(antenna + u"MechOffset"_s, u"1,5"_s, u"is a number"_s),
+                           Refused(antenna + u"MaxFreq"_s, u"inf"_s, u"is a number"_s)}));
 }
 
 TEST_F(SettingsCheck, KeyThatASelectionDoesNotHaveIsToldWithThoseThatItHas) {
-    EXPECT_EQ(
-        Check(STATION + "LocationChoice=3\nPreAmplifierHf=perhaps\n"),
-        (QStringList{u"error: the setting \"LocationChoice\" is \"3\"; allowed is 0 (None), 1 (GPS), "
-                     "2 (Manual)"_s,
-                     u"error: the setting \"PreAmplifierHf\" is \"perhaps\"; allowed is true or false"_s}));
+    EXPECT_EQ(Check(STATION + "LocationChoice=3\nPreAmplifierHf=perhaps\n"),
+              (QStringList{Refused(u"LocationChoice"_s, u"3"_s, u"is 0 (None), 1 (GPS), 2 (Manual)"_s),
+                           Refused(u"PreAmplifierHf"_s, u"perhaps"_s, u"is true or false"_s)}));
 }
 
 TEST_F(SettingsCheck, OnlyTheStationOfTheDeviceIsLookedInto) {
@@ -143,6 +151,58 @@ TEST_F(SettingsCheck, HubPortAndAddressesAreKnown) {
     EXPECT_EQ(
         Check("MshCentralAddress=127.0.0.1\nMshCentralPort=4500\nMshClientName=ZAN\nAutoCoupleTargets=a\n"),
         QStringList());
+    EXPECT_EQ(Check("MshCentralPort=1\n") + Check("MshCentralPort=65535\n"), QStringList());
+}
+
+TEST_F(SettingsCheck, HubPortThatIsNoneIsWarnedOf) {
+    for (const QString& port : {u"0"_s, u"65536"_s, u"-1"_s, u"http"_s, QString()}) {
+        EXPECT_EQ(Check("MshCentralPort=" + port.toUtf8() + '\n'),
+                  QStringList{Doubted(u"MshCentralPort"_s, port,
+                                      u"are whole numbers from 1 to 65535, and the default is taken"_s)});
+    }
+}
+
+TEST_F(SettingsCheck, AntennaModelThatNobodyKnowsIsWarnedOfWithTheNearestOne) {
+    const QByteArray antennas = STATION +
+                                "[ZANStations/ZANStation0/SystemConfiguration]\nAntennaCount=2\n"
+                                "[ZANStations/ZANStation0/SystemConfiguration/Antenna0]\nName=PX110\n"
+                                "[ZANStations/ZANStation0/SystemConfiguration/Antenna1]\nName=";
+    EXPECT_EQ(
+        Check(antennas + "PX1O6\n"),
+        QStringList{Doubted(u"SystemConfiguration/Antenna1/Name"_s, u"PX1O6"_s,
+                            u"are the models of \"zanstation catalogue antennas\", and the nearest one is "
+                            "\"PX106\""_s)});
+    EXPECT_EQ(Check(antennas + '\n'), QStringList()) << "an empty name ends the list";
+    EXPECT_EQ(Check(antennas + "PX122 (A/P)\n"), QStringList());
+    EXPECT_EQ(Check(QByteArray(antennas).replace("Count=2", "Count=1") + "PX1O6\n"), QStringList())
+        << "it is not used";
+}
+
+TEST_F(SettingsCheck, DfMethodThatNobodyKnowsIsWarnedOf) {
+    const QByteArray antenna =
+        STATION + "[ZANStations/ZANStation0/SystemConfiguration/Antenna0]\nDFAlgorithm=";
+    EXPECT_EQ(Check(antenna + "WAT,COR,COR8,COR8O,COR9,SUPR,VEC,VMI,VMR\n"), QStringList());
+    EXPECT_EQ(Check(antenna + '\n'), QStringList());
+    for (const QByteArray& unknown : {QByteArray("VEK"), QByteArray("cor"), QByteArray(" VEC")}) {
+        EXPECT_EQ(
+            Check(antenna + "COR," + unknown + '\n'),
+            QStringList{Doubted(u"SystemConfiguration/Antenna0/DFAlgorithm"_s, QString::fromUtf8(unknown),
+                                u"is WAT, COR, COR8, COR8O, COR9, SUPR, VEC, VMI, VMR"_s)});
+    }
+}
+
+TEST_F(SettingsCheck, ManualPositionThatIsNotWhollySetIsWarnedOf) {
+    const auto warning = [](const QString& missing) {
+        return QStringList{
+            u"warning: LocationChoice is 2 (Manual), and %1 not set: the station has no position"_s.arg(
+                missing)};
+    };
+    const QByteArray manual = STATION + "LocationChoice=2\n";
+    EXPECT_EQ(Check(manual), warning(u"LocationLatitude and LocationLongitude are"_s));
+    EXPECT_EQ(Check(manual + "LocationLatitude=55\n"), warning(u"LocationLongitude is"_s));
+    EXPECT_EQ(Check(manual + "LocationLongitude=5\n"), warning(u"LocationLatitude is"_s));
+    EXPECT_EQ(Check(manual + "LocationLatitude=0\nLocationLongitude=0\n"), QStringList());
+    EXPECT_EQ(Check(STATION + "LocationChoice=1\nLocationLatitude=55\n"), QStringList());
 }
 
 TEST_F(SettingsCheck, ManyKeysThatNobodyReadsAreCounted) {
