@@ -1,6 +1,7 @@
 #include "zanstation/channelreader.h"
 
 #include "zanstation/frequencytext.h"
+#include "zanstation/plural.h"
 
 #include <QFile>
 
@@ -117,7 +118,8 @@ void ChannelReader::ReadRow(const QString& line, qsizetype lineNumber) {
     const auto refuse = [&](const QString& why) { m_badRows.append(u"line %1: "_s.arg(lineNumber) + why); };
     const std::optional<QStringList> fields = SplitLine(line);
     if (!fields || fields->size() != m_columnCount) {
-        refuse(fields ? u"%1 fields instead of %2"_s.arg(fields->size()).arg(m_columnCount)
+        refuse(fields ? Plural(static_cast<quint64>(fields->size()), u"field"_s) +
+                            u" instead of %1"_s.arg(m_columnCount)
                       : u"a quote without its other end"_s);
         return;
     }

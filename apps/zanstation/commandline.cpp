@@ -12,6 +12,8 @@
 #include <QFileInfo>
 #include <QTextStream>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 CommandLine::CommandLine(const QString& command, const QString& description,
@@ -45,6 +47,14 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
     }
     if (m_parser.isSet(u"quiet"_s)) {
         Console::BeQuiet();
+    }
+    for (const auto& [name, kind] : {std::pair{u"config"_s, u"directory"_s},
+                                     {u"components"_s, u"directory"_s},
+                                     {u"recording"_s, u"file"_s},
+                                     {u"out"_s, u"file"_s}}) {
+        if (m_parser.optionNames().contains(name) && m_parser.value(name).isEmpty()) {
+            return Refuse(u"--%1 names no %2"_s.arg(name, kind));
+        }
     }
     for (const QString& option : m_parser.values(u"option"_s)) {
         if (!AppOptions::SetOption(option)) {
@@ -82,10 +92,6 @@ QString CommandLine::GetConfigDirectory() const {
 
 bool CommandLine::OpenStore() const {
     const QString directory = GetConfigDirectory();
-    if (Text(u"config"_s) == QString()) {
-        Console::Error(u"--config names no directory"_s);
-        return false;
-    }
     if (directory.isEmpty()) {
         Console::Error(u"there is no directory for the settings: neither HOME nor XDG_CONFIG_HOME names one; "
                        "name it with --config"_s);

@@ -80,8 +80,9 @@ QString DevicePath() {
 
 } // namespace
 
-DeviceConnection::DeviceConnection(const QString& address) {
-    if (!CfgPtr(StationCfg::GetStationCfg(address, false))) {
+DeviceConnection::DeviceConnection(const QString& address)
+    : m_isFirst(!CfgPtr(StationCfg::GetStationCfg(address, false))) {
+    if (m_isFirst) {
         WriteExample(address);
     }
     PublishDevice(address);

@@ -15,8 +15,13 @@ public:
     /// Takes the device out of the tree.
     ~DeviceConnection();
 
+    /// Whether the settings did not hold the station before.
+    [[nodiscard]] bool IsFirst() const { return m_isFirst; }
+
 private:
     static void PublishDevice(const QString& address);
     static void PublishHardware(const QString& address);
     static void PublishAntennas(const QString& address);
+
+    bool m_isFirst;
 };

@@ -6,6 +6,7 @@
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/finding.h"
+#include "zanstation/plural.h"
 #include "zanstation/recordingreader.h"
 #include "zanstation/settingscheck.h"
 #include "zanstation/station.h"
@@ -97,7 +98,8 @@ Finding ExamineRecording(const QString& fileName) {
     }
     const quint64 badLines = reader.GetBadLineCount();
     return {badLines == 0 ? Severity::Ok : Severity::Warning,
-            u"%1 rows, %2 lines that are none: "_s.arg(reader.GetRowCount()).arg(badLines) + fileName};
+            u"%1, %2 skipped: "_s.arg(Plural(reader.GetRowCount(), u"row"_s), Plural(badLines, u"line"_s)) +
+                fileName};
 }
 
 /// What works on this machine: settings, device, recording, serial ports, broker and hub client.

@@ -8,6 +8,7 @@
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/frequencytext.h"
+#include "zanstation/plural.h"
 #include "zanstation/table.h"
 
 #include <QJsonArray>
@@ -92,6 +93,28 @@ QStringList RestoreNames() {
     return inOrder;
 }
 
+/// Warns of channel numbers that stand in several rows: nothing decides between those, the list holds them
+/// all.
+void WarnOfRepeatedNumbers(const std::vector<NamedChannel>& channels) {
+    constexpr qsizetype MOST_NAMED = 10;
+    std::map<int, quint64> rows;
+    for (const NamedChannel& entry : channels) {
+        ++rows[entry.channel.GetChannelID()];
+    }
+    QStringList repeated;
+    for (const auto& [number, count] : rows) {
+        if (count > 1) {
+            repeated.append(u"%1 in %2"_s.arg(QString::number(number), Plural(count, u"row"_s)));
+        }
+    }
+    if (!repeated.isEmpty()) {
+        const QString further = repeated.size() > MOST_NAMED ? u", ..."_s : QString();
+        Console::Warn(u"%1 in several rows, which are all imported: "_s.arg(
+                          Plural(static_cast<quint64>(repeated.size()), u"channel number"_s)) +
+                      repeated.first(std::min(repeated.size(), MOST_NAMED)).join(u", "_s) + further);
+    }
+}
+
 /// Replaces the list by the channels of a CSV file, and reports the rows that were left out. A file without
 /// one row that can be used leaves the list alone. Returns the exit code.
 int Import(const QString& fileName, bool asJson) {
@@ -108,6 +131,7 @@ int Import(const QString& fileName, bool asJson) {
         Console::Error(fileName + u": no row can be used; the list stays as it was"_s);
         return EXIT_FAILED;
     }
+    WarnOfRepeatedNumbers(channels);
     ValueTrafficControlFrequencyList* const list = GetList();
     {
         const ValueTransaction transaction = list->CreateTransaction({TChangeCode::ListReplaced}, nullptr);
@@ -122,8 +146,8 @@ int Import(const QString& fileName, bool asJson) {
             QJsonDocument(QJsonObject{{u"imported"_s, static_cast<qint64>(channels.size())},
                                       {u"left_out"_s, QJsonArray::fromStringList(reader.GetBadRows())}}));
     } else {
-        Console::Tell(u"imported "_s + QString::number(channels.size()) + u" channels, left out "_s +
-                      QString::number(reader.GetBadRows().size()) + u" rows"_s);
+        Console::Tell(u"imported "_s + Plural(channels.size(), u"channel"_s) + u", left out "_s +
+                      Plural(static_cast<quint64>(reader.GetBadRows().size()), u"row"_s));
     }
     return EXIT_OK;
 }
@@ -205,6 +229,9 @@ int Commands::Frequencies(const QStringList& arguments) {
     }
     const QStringList words = line.Positional();
     if (words.value(0) == u"import" && words.size() == 2) {
+        if (words.at(1).isEmpty()) {
+            return CommandLine::Refuse(u"import names no file"_s);
+        }
         return line.WithStation([&] { return Import(words.at(1), line.AsJson()); });
     }
     if (words == QStringList{u"list"_s}) {

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <optional>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -53,6 +54,16 @@ QString GetUsage() {
     return usage + u"\n"
                    "zanstation help COMMAND (or COMMAND --help) tells the options of a command.\n"
                    "zanstation --version tells the version.\n"_s;
+}
+
+/// "help COMMAND" is "COMMAND --help", and "help" the program's own help. Nothing when it is asked otherwise.
+std::optional<QStringList> ReadHelp(const QStringList& topics) {
+    if (topics.isEmpty() || topics == QStringList{u"--help"_s} || topics == QStringList{u"-h"_s}) {
+        return QStringList{u"--help"_s};
+    }
+    return topics.size() == 1 && !topics.constFirst().startsWith(u'-')
+               ? std::optional(QStringList{topics.constFirst(), u"--help"_s})
+               : std::nullopt;
 }
 
 void Print(const QString& text) {
@@ -99,12 +110,16 @@ int main(int argc, char** argv) {
         Print(u"zanstation "_s + QCoreApplication::applicationVersion() + u'\n');
         return EXIT_OK;
     }
-    // "help COMMAND" is "COMMAND --help".
-    if (arguments.size() == 2 && arguments.constFirst() == u"help") {
-        arguments = {arguments.at(1), u"--help"_s};
+    if (arguments.value(0) == u"help") {
+        const std::optional<QStringList> help = ReadHelp(arguments.mid(1));
+        if (!help) {
+            Console::Error(u"help takes the name of one command and no options: zanstation help COMMAND"_s);
+            return EXIT_USAGE;
+        }
+        arguments = *help;
     }
     const QString command = arguments.value(0);
-    if (command == u"--help" || command == u"-h" || arguments == QStringList{u"help"_s}) {
+    if (command == u"--help" || command == u"-h") {
         Print(GetUsage());
         return EXIT_OK;
     }

@@ -45,11 +45,13 @@ std::string RepeatedLines::TakeCounts() {
     std::string text;
     for (const auto& [key, repetition] : m_repetitions) {
         if (repetition.count > 0) {
-            text += std::to_string(repetition.count) + " more times: " + repetition.line + '\n';
+            text += std::to_string(repetition.count) +
+                    (repetition.count == 1 ? " more time: " : " more times: ") + repetition.line + '\n';
         }
     }
     if (m_omittedCount > 0) {
-        text += std::to_string(m_omittedCount) + " other lines are left out\n";
+        text += std::to_string(m_omittedCount) +
+                (m_omittedCount == 1 ? " other line is left out\n" : " other lines are left out\n");
     }
     m_repetitions.clear();
     m_omittedCount = 0;

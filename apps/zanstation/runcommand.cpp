@@ -9,6 +9,7 @@
 #include "zanstation/directorylock.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/passsimulator.h"
+#include "zanstation/plural.h"
 #include "zanstation/settingscheck.h"
 #include "zanstation/signalwatcher.h"
 #include "zanstation/simulatecommand.h"
@@ -308,8 +309,8 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
         return (isAtEnd ? u"the interval of %1 ms is longer than the run"_s : u"the interval is %1 ms"_s)
             .arg(interval);
     };
-    return u"%1 bearings published, no sentence written%2: %3"_s.arg(
-        Count(published), isAtEnd ? QString() : u" yet"_s, describeCause());
+    return u"%1 published, no sentence written%2: %3"_s.arg(Plural(published, u"bearing"_s),
+                                                            isAtEnd ? QString() : u" yet"_s, describeCause());
 }
 
 void RunCommand::ShowProgress() {

@@ -8,6 +8,7 @@
 #include "zancommon/stationcfg.h"
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zansetupdata.h"
+#include "zanstation/plural.h"
 #include "zanstation/stationposition.h"
 
 #include <QRegularExpression>
@@ -345,7 +346,7 @@ Findings CheckKeys(const QString& directory) {
     }
     if (unknown > MOST_WARNINGS) {
         findings.push_back(
-            {Severity::Warning, u"nobody reads %1 further settings"_s.arg(unknown - MOST_WARNINGS)});
+            {Severity::Warning, u"nobody reads "_s + Plural(unknown - MOST_WARNINGS, u"further setting"_s)});
     }
     return findings;
 }

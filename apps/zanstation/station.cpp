@@ -197,7 +197,8 @@ ZANCharacteristics& Station::GetCharacteristics() {
 
 Station::~Station() {
     m_overheadSynchronizer.reset();
-    {
+    // Who only asks a station leaves its settings as they are; a new one gets all of them, to be edited.
+    if (m_pOutput || m_device->IsFirst()) {
         // Output and setup write all of their settings. What others changed since they were read stays.
         const CfgWriteBack writeBack = CfgCenter::GetAppCfg(ICfg::View::Stations).BeginWriteBack();
         ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
@@ -207,6 +208,7 @@ Station::~Station() {
             m_setup.WriteToCfg(GetDeviceAddress());
         }
     }
+    m_position.reset();
     m_modifyTimes.reset();
     ZANInformationCenter::Finalise();
     ZANOptions::Finalise();

@@ -1,5 +1,6 @@
 // A small application on the library: it publishes a device with two antennas, moves a wanted range to a
-// valid one, rejects a bearing from overhead, and writes the sentences of the others.
+// valid one, rejects a bearing from overhead, and writes the sentences of the others. It knows neither its
+// heading nor its position, and says so.
 
 #include <stddevicedefinition/stddevicedescriptors.h>
 #include <tolmappstartup/cfgcenter.h>
@@ -46,6 +47,16 @@ void PublishDevice() {
     ZANInformationCenter::Instance()->GetZANCharacteristics().SetBase_ValuePath(DEVICE, true);
 }
 
+/// A new value counts as measured: what nobody measures would pass as a heading of 0 degrees and a place on
+/// the equator.
+void DeclareNotMeasured() {
+    using namespace StdDeviceDefinition;
+    for (const ValueDescriptor* each : {&g_vdTrueHeading, &g_vdPitch, &g_vdRoll, &g_vdAltitude,
+                                        &g_vdPosLatitude, &g_vdPosLongitude, &g_vdPosLastUpdate}) {
+        Tree::Instance()->GetValue(SERVER + each->PathName())->SetState(TValueState::NotMeasured, nullptr);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -57,6 +68,7 @@ int main(int argc, char** argv) {
     settings.SetString(u"FileOutput_Address"_s, directory.filePath(u"sentences.txt"_s));
 
     PublishDevice();
+    DeclareNotMeasured();
     ZANCharacteristics& device = ZANInformationCenter::Instance()->GetZANCharacteristics();
     double start = 25e6; // Hz
     double stop = 35e6;

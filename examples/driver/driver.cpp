@@ -40,6 +40,17 @@ BearingResult ToResult(const Block& block, const Bearing& bearing) {
     return result;
 }
 
+/// The device of this example tells its heading only, and that with each block.
+void DeclareNotMeasured() {
+    using namespace StdDeviceDefinition;
+    for (const ValueDescriptor* each :
+         {&g_vdPitch, &g_vdRoll, &g_vdAltitude, &g_vdPosLatitude, &g_vdPosLongitude, &g_vdPosLastUpdate}) {
+        Tree::Instance()
+            ->GetValue(u"/ZANServer"_s + each->PathName())
+            ->SetState(TValueState::NotMeasured, nullptr);
+    }
+}
+
 /// Lets the driver measure until it has no more.
 void Run(KvZANCommon::IDriver& device) {
     for (std::string address : {"nowhere", "demo"}) {
@@ -66,6 +77,7 @@ int main(int argc, char** argv) {
     settings.SetString(u"FileOutput_Address"_s, directory.filePath(u"sentences.txt"_s));
 
     StdDeviceDefinition::CreateBranch(StdDeviceDefinition::EBranch::SERVER, u"/ZANServer"_s);
+    DeclareNotMeasured();
     auto* azimuth = Tree::Instance()->Find<ValueBearing>(u"/ZANServer/Res/DfR/Azimuth"_s);
     auto* heading = Tree::Instance()->Find<ValueNumericInt>(u"/ZANServer/Res/HeaR/TrueHeading"_s);
     KvZANCommon::OverheadPassParams params;

@@ -9,6 +9,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -529,6 +531,116 @@ TEST_F(StationCommands, StationSpeaksEnglishWhateverTheLanguage) {
     }
 }
 
+TEST_F(StationCommands, EmptyNamesAreRefused) {
+    struct Case {
+        QStringList arguments;
+        QString message;
+    };
+    for (const Case& each : {
+             Case{{u"run"_s, u"--recording"_s, u""_s}, u"--recording names no file"_s},
+             Case{{u"doctor"_s, u"--recording="_s}, u"--recording names no file"_s},
+             Case{{u"doctor"_s, u"--components"_s, u""_s}, u"--components names no directory"_s},
+             Case{{u"simulate"_s, u"--out"_s, u""_s}, u"--out names no file"_s},
+             Case{{u"device"_s, u"--config"_s, u""_s}, u"--config names no directory"_s},
+             Case{{u"frequencies"_s, u"import"_s, u""_s}, u"import names no file"_s},
+         }) {
+        const StationResult result = RunStation(each.arguments);
+        EXPECT_EQ(result.exitCode, 2) << each.message.toStdString();
+        EXPECT_EQ(result.err, u"zanstation: "_s + each.message + u'\n');
+        EXPECT_EQ(result.out, QString());
+    }
+}
+
+TEST_F(StationCommands, EmptyOutputSwitchesTheFileOffWithoutAWordOfItsOwn) {
+    const StationResult result =
+        RunStation({u"run"_s, u"--recording"_s, Path(u"recording.csv"_s), u"--config"_s, Config(),
+                    u"--speed"_s, u"max"_s, u"--output"_s, u""_s});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err,
+              u"zanstation: warning: no output is switched on: name one with --output or --serial\n"
+              "zanstation: warning: 1 bearing published, no sentence written: all outputs are off\n"_s);
+}
+
+TEST_F(StationCommands, CommandsThatOnlyLookLeaveTheSettingsAsTheyAre) {
+    QFile example(QStringLiteral(ZAN_EXAMPLE_SETTINGS));
+    ASSERT_TRUE(example.open(QFile::ReadOnly));
+    const QByteArray settings = example.readAll();
+    ASSERT_TRUE(QDir().mkpath(Config()));
+    const QString file = Config() + u"/Application.ini"_s;
+    WriteFile(file, settings);
+    for (const QString& command :
+         {u"device"_s, u"antennas list"_s, u"antennas check"_s, u"tune --frequency 100M"_s, u"hardware"_s,
+          u"frequencies list"_s, u"doctor"_s, u"tree"_s, u"hub receive --components /nowhere"_s}) {
+        EXPECT_NE(Run(command).exitCode, 2) << command.toStdString();
+        EXPECT_EQ(ReadFile(file), settings) << command.toStdString();
+    }
+}
+
+TEST_F(StationCommands, ImportWarnsOfChannelNumbersThatStandInSeveralRowsAndKeepsThemAll) {
+    WriteFile(Path(u"channels.csv"_s),
+              "channel,name,frequency_mhz\n7,A,118.1\n8,B,118.2\n7,C,118.3\n9,D,118.4\n"
+              "9,E,118.5\n7,F,118.6\n");
+    const StationResult result = Run(u"frequencies import "_s + Path(u"channels.csv"_s));
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err,
+              u"zanstation: warning: 2 channel numbers in several rows, which are all imported: 7 in "
+              "3 rows, 9 in 2 rows\n"_s);
+    EXPECT_EQ(result.out, u"imported 6 channels, left out 0 rows\n"_s);
+    EXPECT_EQ(Run(u"frequencies list"_s).out, u"channel  name  frequency  alarm\n"
+                                              "7        A     118.1 MHz  no\n"
+                                              "8        B     118.2 MHz  no\n"
+                                              "7        C     118.3 MHz  no\n"
+                                              "9        D     118.4 MHz  no\n"
+                                              "9        E     118.5 MHz  no\n"
+                                              "7        F     118.6 MHz  no\n"_s);
+}
+
+TEST_F(StationCommands, ManyRepeatedChannelNumbersAreNamedInOneLine) {
+    QByteArray rows = "channel,frequency_mhz\n";
+    for (int i = 0; i < 40; ++i) {
+        rows += QByteArray::number(i / 2) + ",118.1\n";
+    }
+    WriteFile(Path(u"channels.csv"_s), rows);
+    const StationResult result = Run(u"frequencies import "_s + Path(u"channels.csv"_s));
+    EXPECT_EQ(result.err.count(u'\n'), 1);
+    EXPECT_TRUE(result.err.contains(u"20 channel numbers in several rows"_s)) << result.err.toStdString();
+    EXPECT_TRUE(result.err.endsWith(u", 9 in 2 rows, ...\n"_s)) << result.err.toStdString();
+}
+
+TEST_F(StationCommands, OneOfAThingIsCalledByItsSingular) {
+    WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\nonly one field\n");
+    const StationResult result = Run(u"frequencies import "_s + Path(u"channels.csv"_s));
+    EXPECT_EQ(result.out, u"imported 1 channel, left out 1 row\n"_s);
+    EXPECT_EQ(result.err, u"zanstation: warning: line 3: 1 field instead of 2\n"_s);
+}
+
+TEST_F(StationCommands, DoctorAndRunWarnOfSettingsThatDoNotMeanWhatTheySeemTo) {
+    Run(u"device"_s);
+    const QString file = Config() + u"/Application.ini"_s;
+    QByteArray settings = ReadFile(file);
+    settings.replace("Name=PX106", "Name=PX1O6");
+    settings.replace("DFAlgorithm=COR", "DFAlgorithm=CORR");
+    settings.replace("LocationChoice=0", "LocationChoice=2");
+    WriteFile(file, "MshCentralPort=0\n" + settings);
+    const StationResult doctor = Run(u"doctor"_s);
+    const StationResult run = RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s}));
+    EXPECT_EQ(run.exitCode, 0);
+    for (const QString& warning :
+         {u"the setting \"MshCentralPort\" is \"0\"; allowed are whole numbers from 1 to 65535, and the "
+          u"default is "
+          "taken\n"_s,
+          u"the setting \"SystemConfiguration/Antenna1/Name\" is \"PX1O6\"; allowed are the models of "
+          "\"zanstation catalogue antennas\", and the nearest one is \"PX106\"\n"_s,
+          u"the setting \"SystemConfiguration/Antenna1/DFAlgorithm\" is \"CORR\"; allowed is WAT, COR, COR8, "
+          "COR8O, COR9, SUPR, VEC, VMI, VMR\n"_s,
+          u"LocationChoice is 2 (Manual), and LocationLatitude and LocationLongitude are not set: the "
+          u"station has "
+          "no position\n"_s}) {
+        EXPECT_TRUE(doctor.out.contains(u"warning settings      "_s + warning)) << doctor.out.toStdString();
+        EXPECT_EQ(run.err.count(u"zanstation: warning: "_s + warning), 1) << run.err.toStdString();
+    }
+}
+
 TEST_F(StationCommands, HelpOfACommandIsToldBothWays) {
     for (const QString& command : {u"run"_s, u"tune"_s, u"tree"_s}) {
         const StationResult help = RunStation({u"help"_s, command});
@@ -536,9 +648,57 @@ TEST_F(StationCommands, HelpOfACommandIsToldBothWays) {
         EXPECT_EQ(help.out, RunStation({command, u"--help"_s}).out);
     }
     EXPECT_EQ(RunStation({u"help"_s}).out, RunStation({u"--help"_s}).out);
+    EXPECT_EQ(RunStation({u"help"_s, u"--help"_s}).out, RunStation({u"--help"_s}).out);
+    for (const QStringList& further : {QStringList{u"--json"_s}, {u"device"_s, u"extra"_s}}) {
+        const StationResult wrong = RunStation(QStringList{u"help"_s} + further);
+        EXPECT_EQ(wrong.exitCode, 2);
+        EXPECT_EQ(wrong.out, QString());
+        EXPECT_EQ(
+            wrong.err,
+            u"zanstation: help takes the name of one command and no options: zanstation help COMMAND\n"_s);
+    }
     const StationResult unknown = RunStation({u"help"_s, u"fly"_s});
     EXPECT_EQ(unknown.exitCode, 2);
     EXPECT_TRUE(unknown.err.contains(u"'fly'"_s)) << unknown.err.toStdString();
+}
+
+namespace {
+
+/// The options that a text names.
+QSet<QString> FindOptions(const QString& text) {
+    static const QRegularExpression option(u"--[a-z]+(-[a-z]+)*"_s);
+    QSet<QString> options;
+    for (const QRegularExpressionMatch& match : option.globalMatch(text)) {
+        options.insert(match.captured());
+    }
+    return options;
+}
+
+} // namespace
+
+TEST_F(StationCommands, ManualNamesEveryOptionOfEveryCommandInItsSynopsis) {
+    const QString manual = QString::fromUtf8(ReadFile(QStringLiteral(ZAN_MANUAL))).remove(u'\\');
+    const QString synopsis = manual.section(u".SH SYNOPSIS\n"_s, 1).section(u".SH "_s, 0, 0);
+    const QSet<QString> common = FindOptions(synopsis.section(u".PP\n"_s, 1));
+    EXPECT_EQ(common, (QSet<QString>{u"--config"_s, u"--quiet"_s, u"--option"_s, u"--help"_s}));
+    for (const QString& command :
+         {u"device"_s, u"antennas"_s, u"tune"_s, u"catalogue"_s, u"hardware"_s, u"run"_s, u"simulate"_s,
+          u"frequencies"_s, u"hub"_s, u"doctor"_s, u"tree"_s}) {
+        QSet<QString> named = common;
+        for (const QString& line : synopsis.section(u".PP\n"_s, 0, 0).split(u".br\n"_s)) {
+            if (line.startsWith(u".B zanstation "_s + command)) {
+                named += FindOptions(line);
+            }
+        }
+        const QString help = RunStation({command, u"--help"_s}).out;
+        static const QRegularExpression listed(u"^  (?:-\\w, )?(--\\S+)"_s,
+                                               QRegularExpression::MultilineOption);
+        QSet<QString> there;
+        for (const QRegularExpressionMatch& match : listed.globalMatch(help)) {
+            there.insert(match.captured(1));
+        }
+        EXPECT_EQ(named, there) << command.toStdString() << (there - named).values().join(u' ').toStdString();
+    }
 }
 
 namespace {
@@ -588,4 +748,31 @@ TEST_F(StationCommands, BashCompletesCommandsOptionsValuesAndFiles) {
     EXPECT_EQ(Complete({u"device"_s, u"--config"_s, u"s"_s}, here), QStringList{u"settings"_s});
     EXPECT_EQ(Complete({u"frequencies"_s, u"import"_s, u"two"_s}, here), QStringList{u"two words.csv"_s});
     EXPECT_EQ(Complete({u"fly"_s, u"--"_s}, here), QStringList());
+}
+
+TEST_F(StationCommands, BashCompletesBehindAnEqualsSign) {
+    WriteFile(Path(u"two words.csv"_s), "");
+    const QString here = m_directory.path();
+    EXPECT_EQ(Complete({u"run"_s, u"--recording"_s, u"="_s, u"two"_s}, here),
+              QStringList{u"two words.csv"_s});
+    EXPECT_EQ(Complete({u"tune"_s, u"--adjust"_s, u"="_s}, here),
+              (QStringList{u"down"_s, u"none"_s, u"up"_s}));
+}
+
+TEST_F(StationCommands, BashCompletesTheAntennasOfTheStation) {
+    const QString here = m_directory.path();
+    EXPECT_EQ(Complete({u"antennas"_s, u"--config"_s, u"config"_s, u"range"_s, u""_s}, here), QStringList());
+    EXPECT_FALSE(QFile::exists(Config())) << "no station is made for that";
+    Run(u"device"_s);
+    QByteArray settings = ReadFile(Config() + u"/Application.ini"_s);
+    WriteFile(Config() + u"/Application.ini"_s, settings.replace("Name=PX109", "Name=PX122 (A/P)"));
+    for (const QStringList& config : {QStringList{u"config"_s}, {u"="_s, u"config"_s}}) {
+        const QStringList words =
+            QStringList{u"antennas"_s, u"--config"_s} + config + QStringList{u"enable"_s, u""_s};
+        EXPECT_EQ(Complete(words, here), (QStringList{u"PX106"_s, u"PX110"_s, u"PX122\\ \\(A/P\\)"_s}));
+    }
+    EXPECT_EQ(Complete({u"antennas"_s, u"--config"_s, u"config"_s, u"disable"_s, u"PX11"_s}, here),
+              QStringList{u"PX110"_s});
+    EXPECT_EQ(Complete({u"antennas"_s, u"--config"_s, u"config"_s, u"range"_s, u"PX110"_s, u""_s}, here),
+              QStringList());
 }

@@ -258,10 +258,10 @@ TEST_F(StationIntegration, DoctorTellsWhichSettingsAreOutOfRangeAndLeavesThemAsT
 
 TEST_F(StationIntegration, DoctorLooksIntoARecording) {
     const QStringList doctor{u"doctor"_s, u"--recording"_s, Path(u"recording.csv"_s)};
-    EXPECT_TRUE(Run(doctor).out.contains(u"\nok      recording     1 rows, 0 lines that are none: "_s));
+    EXPECT_TRUE(Run(doctor).out.contains(u"\nok      recording     1 row, 0 lines skipped: "_s));
     WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "nonsense\n");
     StationResult result = Run(doctor);
-    EXPECT_TRUE(result.out.contains(u"\nwarning recording     1 rows, 1 lines that are none: "_s))
+    EXPECT_TRUE(result.out.contains(u"\nwarning recording     1 row, 1 line skipped: "_s))
         << result.out.toStdString();
     EXPECT_EQ(result.exitCode, 0);
     WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "2000,3500000000,71.5,,90,,,,,,,\n");

@@ -283,11 +283,11 @@ TEST_F(Station, BearingsWithoutASentenceAreToldWithTheCause) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     StationResult result = RunStation(RunArguments(recording, {u"--interval"_s, u"9000"_s}));
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_TRUE(result.err.contains(u"1 bearings published, no sentence written: the interval of 9000 ms "
+    EXPECT_TRUE(result.err.contains(u"1 bearing published, no sentence written: the interval of 9000 ms "
                                     "is longer than the run"_s))
         << result.err.toStdString();
     result = RunStation(RunArguments(recording, {u"--interval"_s, u"0"_s, u"--output"_s, u""_s}));
-    EXPECT_TRUE(result.err.contains(u"1 bearings published, no sentence written: all outputs are off"_s))
+    EXPECT_TRUE(result.err.contains(u"1 bearing published, no sentence written: all outputs are off"_s))
         << result.err.toStdString();
     result = RunStation(RunArguments(Record("1000,121500000,10.0,,0,,,,,,,\n")));
     EXPECT_FALSE(result.err.contains(u"no sentence"_s)) << "nothing was published";

@@ -34,9 +34,9 @@ TEST(RepeatedLines, CountsAreToldWithTheFirstLineAfterAMinuteAndLinesAreNewAgain
     RepeatedLines lines;
     EXPECT_EQ(lines.Add("a\n", START), "a\n");
     EXPECT_EQ(lines.Add("a\n", START + 1s), "");
-    EXPECT_EQ(lines.Add("a\n", START + 60s), "1 more times: a\na\n");
+    EXPECT_EQ(lines.Add("a\n", START + 60s), "1 more time: a\na\n");
     EXPECT_EQ(lines.Add("a\n", START + 119s), "");
-    EXPECT_EQ(lines.Add("b\n", START + 120s), "1 more times: a\nb\n");
+    EXPECT_EQ(lines.Add("b\n", START + 120s), "1 more time: a\nb\n");
 }
 
 TEST(RepeatedLines, LinesThatDifferAreBoundedInNumber) {
