@@ -48,6 +48,7 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
     if (m_parser.isSet(u"quiet"_s)) {
         Console::BeQuiet();
     }
+    // An empty name is something to the output only: it switches that off.
     for (const auto& [name, kind] : {std::pair{u"config"_s, u"directory"_s},
                                      {u"components"_s, u"directory"_s},
                                      {u"recording"_s, u"file"_s},

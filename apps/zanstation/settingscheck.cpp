@@ -260,11 +260,13 @@ void CheckAntennaModel(const ICfg& station, const QString& key, Findings& findin
 void CheckMethods(const ICfg& station, const QString& key, Findings& findings) {
     static const QStringList methods{u"WAT"_s,  u"COR"_s, u"COR8"_s, u"COR8O"_s, u"COR9"_s,
                                      u"SUPR"_s, u"VEC"_s, u"VMI"_s,  u"VMR"_s};
-    const QStringList names = TextOf(station, key).split(u',', Qt::SkipEmptyParts);
-    const auto unknown =
-        std::ranges::find_if_not(names, [](const QString& name) { return methods.contains(name); });
-    if (unknown != names.end()) {
-        findings.push_back(Doubted(key, *unknown, u"is "_s + methods.join(u", "_s)));
+    const QString text = TextOf(station, key);
+    for (const QStringView name : qTokenize(text, u',')) {
+        if (!text.isEmpty() && !methods.contains(name)) {
+            findings.push_back(
+                Doubted(key, text, u"are %1, with \",\" between them"_s.arg(methods.join(u", "_s))));
+            return;
+        }
     }
 }
 

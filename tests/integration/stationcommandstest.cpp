@@ -631,8 +631,9 @@ TEST_F(StationCommands, DoctorAndRunWarnOfSettingsThatDoNotMeanWhatTheySeemTo) {
           "taken\n"_s,
           u"the setting \"SystemConfiguration/Antenna1/Name\" is \"PX1O6\"; allowed are the models of "
           "\"zanstation catalogue antennas\", and the nearest one is \"PX106\"\n"_s,
-          u"the setting \"SystemConfiguration/Antenna1/DFAlgorithm\" is \"CORR\"; allowed is WAT, COR, COR8, "
-          "COR8O, COR9, SUPR, VEC, VMI, VMR\n"_s,
+          u"the setting \"SystemConfiguration/Antenna1/DFAlgorithm\" is \"CORR\"; allowed are WAT, COR, "
+          u"COR8, COR8O, "
+          "COR9, SUPR, VEC, VMI, VMR, with \",\" between them\n"_s,
           u"LocationChoice is 2 (Manual), and LocationLatitude and LocationLongitude are not set: the "
           u"station has "
           "no position\n"_s}) {

@@ -183,11 +183,13 @@ TEST_F(SettingsCheck, DfMethodThatNobodyKnowsIsWarnedOf) {
         STATION + "[ZANStations/ZANStation0/SystemConfiguration/Antenna0]\nDFAlgorithm=";
     EXPECT_EQ(Check(antenna + "WAT,COR,COR8,COR8O,COR9,SUPR,VEC,VMI,VMR\n"), QStringList());
     EXPECT_EQ(Check(antenna + '\n'), QStringList());
-    for (const QByteArray& unknown : {QByteArray("VEK"), QByteArray("cor"), QByteArray(" VEC")}) {
-        EXPECT_EQ(
-            Check(antenna + "COR," + unknown + '\n'),
-            QStringList{Doubted(u"SystemConfiguration/Antenna0/DFAlgorithm"_s, QString::fromUtf8(unknown),
-                                u"is WAT, COR, COR8, COR8O, COR9, SUPR, VEC, VMI, VMR"_s)});
+    for (const QByteArray& unknown :
+         {QByteArray("VEK"), QByteArray("cor"), QByteArray(" VEC"), QByteArray()}) {
+        EXPECT_EQ(Check(antenna + "COR," + unknown + '\n'),
+                  QStringList{Doubted(
+                      u"SystemConfiguration/Antenna0/DFAlgorithm"_s, u"COR,"_s + QString::fromUtf8(unknown),
+                      u"are WAT, COR, COR8, COR8O, COR9, SUPR, VEC, VMI, VMR, with \",\" between "
+                      "them"_s)});
     }
 }
 
