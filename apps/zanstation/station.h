@@ -38,8 +38,8 @@ struct StationCounts {
 /// the operator has set for the device is kept in the settings from run to run, unless the settings cannot be
 /// used as they are (`CheckSettings`): then they stay as they were written, and are warned of. A station
 /// whose output is never started only answers questions: it writes the settings of a new station, and of
-/// another one what is missing of device and overhead pass. Needs the settings (`CfgCenter::SetConfigDirectory`) before it
-/// is made. There is one station in a process.
+/// another one what is missing of device and overhead pass. Needs the settings
+/// (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
 class Station {
 public:
     /// Address of its device, by which its settings are found.
