@@ -44,8 +44,8 @@ protected:
         EXPECT_TRUE(file.open(QFile::WriteOnly) && file.write(settings) == settings.size());
         file.close();
         EXPECT_TRUE(CfgCenter::SetConfigDirectory(directory.path()));
-        const QStringList texts = Texts(CheckSettings(u"replay"_s)) + Texts(CheckMeaning(u"replay"_s)) +
-                                  Texts(CheckKeys(directory.path()));
+        QStringList texts = Texts(CheckSettings(u"replay"_s)) + Texts(CheckMeaning(u"replay"_s)) +
+                            Texts(CheckKeys(directory.path()));
         EXPECT_TRUE(CfgCenter::Close());
         EXPECT_TRUE(file.open(QFile::ReadOnly));
         EXPECT_EQ(file.readAll(), settings) << "nothing is written";
