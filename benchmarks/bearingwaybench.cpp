@@ -5,8 +5,8 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "zancommon/legacydriveradapter.h"
-#include "zanstation/driverreceiver.h"
-#include "zanstation/station.h"
+#include "zanserver/driverreceiver.h"
+#include "zanserver/station.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -20,6 +20,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Reads a recording of 100000 rows with RecordingReader, beside the barest loop that cuts the same bytes with
 // memchr and makes numbers of them with from_chars, checks nothing and keeps nothing.
 
-#include "zanstation/passsimulator.h"
-#include "zanstation/recordingreader.h"
-#include "zanstation/recordingwriter.h"
+#include "zanserver/passsimulator.h"
+#include "zanserver/recordingreader.h"
+#include "zanserver/recordingwriter.h"
 
 #include <QFile>
 #include <QString>
@@ -15,6 +15,7 @@
 #include <cstring>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

@@ -1,11 +1,11 @@
 #include "zancommon/antennadatalist.h"
+#include "zanserver/frequencytext.h"
+#include "zanserver/station.h"
 #include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/frequencytext.h"
-#include "zanstation/station.h"
 #include "zanstation/table.h"
 
 #include <QJsonArray>
@@ -15,6 +15,7 @@
 #include <array>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

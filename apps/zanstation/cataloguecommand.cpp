@@ -1,12 +1,12 @@
 #include "zancommon/closedtable.h"
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zanoptions.h"
+#include "zanserver/frequencytext.h"
+#include "zanserver/operationmodetext.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/frequencytext.h"
-#include "zanstation/operationmodetext.h"
 #include "zanstation/table.h"
 
 #include <QJsonArray>
@@ -18,6 +18,7 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
-#include "zanstation/configdirectory.h"
+#include "tolmappstartup/configdirectory.h"
+#include "zanserver/frequencytext.h"
+#include "zanserver/station.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/frequencytext.h"
-#include "zanstation/station.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -15,6 +15,7 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 CommandLine::CommandLine(const QString& command, const QString& description,
                          const QList<QCommandLineOption>& options, const QString& positional)
@@ -112,6 +113,7 @@ int CommandLine::WithStation(const std::function<int()>& work) const {
     int exitCode = EXIT_OK;
     {
         const Station station;
+        Console::Warn(station.GetWarnings());
         exitCode = work();
     }
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;

@@ -57,6 +57,12 @@ void Warn(const QString& text) {
     }
 }
 
+void Warn(const QStringList& texts) {
+    for (const QString& text : texts) {
+        Warn(text);
+    }
+}
+
 void Error(const QString& text) {
     WriteToStandardError(text);
 }

@@ -2,6 +2,7 @@
 
 #include <QJsonDocument>
 #include <QString>
+#include <QStringList>
 
 /// What the station says to the person who started it: results on standard output, everything else on
 /// standard error, so that results can be piped.
@@ -17,6 +18,8 @@ void PrintJson(const QJsonDocument& document);
 void Tell(const QString& line);
 /// "zanstation: warning: ..." on standard error. Not said where the user wants it quiet.
 void Warn(const QString& text);
+/// Several of them.
+void Warn(const QStringList& texts);
 /// "zanstation: ..." on standard error.
 void Error(const QString& text);
 

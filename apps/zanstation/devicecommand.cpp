@@ -4,15 +4,15 @@
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanserver/frequencytext.h"
+#include "zanserver/operationmodetext.h"
+#include "zanserver/station.h"
+#include "zanserver/supportreason.h"
 #include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/frequencytext.h"
-#include "zanstation/operationmodetext.h"
-#include "zanstation/station.h"
-#include "zanstation/supportreason.h"
 #include "zanstation/table.h"
 
 #include <QJsonArray>
@@ -21,6 +21,7 @@
 #include <array>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

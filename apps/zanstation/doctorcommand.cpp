@@ -1,16 +1,15 @@
 #include "tolmappstartup/cfgcenter.h"
-#include "zancommon/zanserverorb.h"
-#include "zanstation/broker.h"
+#include "zanserver/broker.h"
+#include "zanserver/finding.h"
+#include "zanserver/plural.h"
+#include "zanserver/recordingreader.h"
+#include "zanserver/settingscheck.h"
+#include "zanserver/station.h"
+#include "zanserver/stationcheck.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/finding.h"
-#include "zanstation/plural.h"
-#include "zanstation/recordingreader.h"
-#include "zanstation/settingscheck.h"
-#include "zanstation/station.h"
-#include "zanstation/stationcheck.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -23,6 +22,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 
@@ -51,21 +51,6 @@ Finding ExamineSerialPorts() {
     }
     return names.isEmpty() ? Finding{Severity::Absent, u"none seen"_s}
                            : Finding{Severity::Ok, names.join(u", "_s)};
-}
-
-Finding ExamineBroker() {
-    Broker::Make();
-    ZANServerORB& broker = *ZANServerORB::Instance();
-    Finding finding{Severity::Ok, u"listens on "_s + Broker::DescribeEndpoint()};
-    try {
-        static_cast<void>(broker.RootPoa());
-        static_cast<void>(broker.InsPoa());
-    } catch (const CORBA::Exception& exception) {
-        finding = {Severity::Error, QString::fromLatin1(exception._name()) + u" for the endpoint "_s +
-                                        Broker::DescribeEndpoint()};
-    }
-    Broker::Release();
-    return finding;
 }
 
 Finding ExamineHubClient() {
@@ -118,7 +103,7 @@ std::vector<NamedFinding> Examine(const QString& configDirectory, const std::opt
         findings.push_back({u"recording"_s, ExamineRecording(*recording)});
     }
     findings.push_back({u"serial ports"_s, ExamineSerialPorts()});
-    findings.push_back({u"broker"_s, ExamineBroker()});
+    findings.push_back({u"broker"_s, Broker::Check()});
     findings.push_back({u"hub client"_s, ExamineHubClient()});
     return findings;
 }

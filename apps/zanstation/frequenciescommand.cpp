@@ -2,13 +2,13 @@
 #include "valueframework/valueaccess.h"
 #include "zancommon/tcfrequencylistpersistency.h"
 #include "zancommon/zanvaluenames.h"
-#include "zanstation/channelreader.h"
+#include "zanserver/channelreader.h"
+#include "zanserver/frequencytext.h"
+#include "zanserver/plural.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/frequencytext.h"
-#include "zanstation/plural.h"
 #include "zanstation/table.h"
 
 #include <QJsonArray>
@@ -20,6 +20,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

@@ -2,16 +2,17 @@
 #include "valueframework/valueaccess.h"
 #include "zancommon/mshmanager.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanserver/station.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/signalwatcher.h"
-#include "zanstation/station.h"
 
 #include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

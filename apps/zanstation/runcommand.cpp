@@ -2,18 +2,18 @@
 
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
+#include "tolmappstartup/directorylock.h"
 #include "zancommon/stationcfg.h"
+#include "zanserver/passsimulator.h"
+#include "zanserver/plural.h"
+#include "zanserver/settingscheck.h"
+#include "zanserver/stationcheck.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
-#include "zanstation/directorylock.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/passsimulator.h"
-#include "zanstation/plural.h"
-#include "zanstation/settingscheck.h"
 #include "zanstation/signalwatcher.h"
 #include "zanstation/simulatecommand.h"
-#include "zanstation/stationcheck.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -28,6 +28,7 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 
@@ -35,7 +36,7 @@ constexpr int PROGRESS_INTERVAL_MS = 200;
 constexpr int WATCH_INTERVAL_MS = 1000;
 
 /// What standard input and standard output are called on the command line.
-constexpr QStringView STANDARD_STREAM = RecordingStream::STANDARD_INPUT;
+constexpr QStringView STANDARD_STREAM = InterruptibleInput::STANDARD_INPUT;
 
 /// A file by its name; a standard stream by the name that the system has for it.
 QString StreamFile(const QString& name, const QString& stream) {
@@ -75,6 +76,7 @@ RunCommand::RunCommand(RunOptions options, const SignalWatcher& signals)
 int RunCommand::Run() {
     connect(&m_signals, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
     m_station.emplace();
+    Console::Warn(m_station->GetWarnings());
     WarnOfStation();
     if (!OpenRecording()) {
         return EXIT_FAILED;

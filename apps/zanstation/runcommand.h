@@ -2,9 +2,9 @@
 
 #include "zancommon/commandprotocol.h"
 #include "zancommon/legacydriveradapter.h"
-#include "zanstation/driverreceiver.h"
-#include "zanstation/replaydriver.h"
-#include "zanstation/station.h"
+#include "zanserver/driverreceiver.h"
+#include "zanserver/replaydriver.h"
+#include "zanserver/station.h"
 
 #include <QObject>
 #include <QString>
@@ -72,11 +72,11 @@ private:
 
     const RunOptions m_options;
     const SignalWatcher& m_signals;
-    std::optional<Station> m_station;
+    std::optional<ZANServer::Station> m_station;
     std::optional<DFDataOutput::Burst> m_burst;
-    std::optional<DriverReceiver> m_receiver;
+    std::optional<ZANServer::DriverReceiver> m_receiver;
     std::optional<CommandProtocol> m_commandLog;
-    std::optional<ReplayDriver> m_driver; // outlives the adapter, which it is given
+    std::optional<ZANServer::ReplayDriver> m_driver; // outlives the adapter, which it is given
     KvZANCommon::LegacyDriverAdapter m_adapter;
     KvZANCommon::IDriver& m_device = m_adapter; // what the application knows of the driver
     QString m_reportedProblem;

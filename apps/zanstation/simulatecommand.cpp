@@ -1,17 +1,18 @@
 #include "zanstation/simulatecommand.h"
 
+#include "zanserver/passsimulator.h"
+#include "zanserver/recordingwriter.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/passsimulator.h"
-#include "zanstation/recordingwriter.h"
 
 #include <QFileInfo>
 
 #include <optional>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 bool WriteSimulation(quint64 seed, quint64 rowCount, const QString& fileName) {
     PassSimulator simulator(seed, rowCount);

@@ -1,12 +1,12 @@
 #include "zancommon/zancharacteristics.h"
+#include "zanserver/frequencytext.h"
+#include "zanserver/operationmodetext.h"
+#include "zanserver/station.h"
 #include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
 #include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
-#include "zanstation/frequencytext.h"
-#include "zanstation/operationmodetext.h"
-#include "zanstation/station.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -20,6 +20,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 using FrequencyText::Format;
 using FrequencyText::FormatRange;
 

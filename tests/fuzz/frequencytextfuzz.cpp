@@ -1,7 +1,9 @@
 #include "fuzz.h"
-#include "zanstation/frequencytext.h"
+#include "zanserver/frequencytext.h"
 
 #include <cmath>
+
+using namespace ZANServer;
 
 /// Frequencies of a command line.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

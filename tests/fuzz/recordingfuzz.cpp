@@ -1,9 +1,11 @@
 #include "fuzz.h"
-#include "zanstation/recordingreader.h"
+#include "zanserver/recordingreader.h"
 
 #include <QBuffer>
 
 #include <cmath>
+
+using namespace ZANServer;
 
 /// Bearing recordings: any file may be given to the station.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -2,7 +2,7 @@
 #include "support/printing.h"
 #include "support/stubdrivers.h"
 #include "zancommon/legacydriveradapter.h"
-#include "zanstation/driverreceiver.h"
+#include "zanserver/driverreceiver.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 // Drivers that do not keep to the order that one would wish.
 

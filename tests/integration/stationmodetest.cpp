@@ -1,4 +1,4 @@
-#include "zanstation/station.h"
+#include "zanserver/station.h"
 
 #include "support/printing.h"
 #include "tolmappstartup/cfgcenter.h"
@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 TEST(StationMode, IsScanWhereverThatStandsInTheList) {
     const QTemporaryDir directory;

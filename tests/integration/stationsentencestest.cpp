@@ -3,7 +3,7 @@
 #include "support/storedsettings.h"
 #include "valueframework/tree.h"
 #include "zancommon/zanvaluenames.h"
-#include "zanstation/station.h"
+#include "zanserver/station.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +11,7 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 using namespace StdDeviceDefinition;
 
 // What a station makes of the blocks of a driver: the values of the tree, the sentences, and what stays in

@@ -1,9 +1,11 @@
-#include "zanstation/blockqueue.h"
+#include "zanserver/blockqueue.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <thread>
+
+using namespace ZANServer;
 
 TEST(BlockQueue, OnlyTheFirstItemOfAnEmptyQueueWakesTheReader) {
     BlockQueue<int> queue(4);

@@ -1,4 +1,4 @@
-#include "zanstation/channelreader.h"
+#include "zanserver/channelreader.h"
 
 #include "support/printing.h"
 
@@ -7,6 +7,7 @@
 #include <QBuffer>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

@@ -1,10 +1,11 @@
-#include "zanstation/frequencytext.h"
+#include "zanserver/frequencytext.h"
 
 #include "support/printing.h"
 
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 TEST(FrequencyText, ReadsFrequenciesAsPeopleWriteThem) {
     struct Case {

@@ -1,7 +1,7 @@
-#include "zanstation/passsimulator.h"
+#include "zanserver/passsimulator.h"
 
-#include "zanstation/recordingreader.h"
-#include "zanstation/recordingwriter.h"
+#include "zanserver/recordingreader.h"
+#include "zanserver/recordingwriter.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -15,6 +15,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "zanstation/recordingreader.h"
+#include "zanserver/recordingreader.h"
 
 #include "support/printing.h"
 
@@ -18,6 +18,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 using BadLine = RecordingReader::BadLine;
 
 namespace {

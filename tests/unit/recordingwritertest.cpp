@@ -1,8 +1,8 @@
-#include "zanstation/recordingwriter.h"
+#include "zanserver/recordingwriter.h"
 
 #include "support/fulldisk.h"
 #include "support/printing.h"
-#include "zanstation/recordingreader.h"
+#include "zanserver/recordingreader.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,6 +19,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

@@ -1,8 +1,9 @@
-#include "zanstation/repeatedlines.h"
+#include "zanserver/repeatedlines.h"
 
 #include <gtest/gtest.h>
 
 using namespace std::chrono_literals;
+using namespace ZANServer;
 
 namespace {
 

@@ -1,8 +1,8 @@
-#include "zanstation/replaydriver.h"
+#include "zanserver/replaydriver.h"
 #include "support/eventloop.h"
 #include "support/printing.h"
 #include "zancommon/legacydriveradapter.h"
-#include "zanstation/driverreceiver.h"
+#include "zanserver/driverreceiver.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

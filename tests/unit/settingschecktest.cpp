@@ -1,4 +1,4 @@
-#include "zanstation/settingscheck.h"
+#include "zanserver/settingscheck.h"
 
 #include "support/printing.h"
 #include "tolmappstartup/cfgcenter.h"
@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
+using namespace ZANServer;
 
 namespace {
 

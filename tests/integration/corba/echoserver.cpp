@@ -3,12 +3,14 @@
 
 #include "echo.hh"
 #include "zancommon/zanserverorb.h"
-#include "zanstation/broker.h"
+#include "zanserver/broker.h"
 
 #include <chrono>
 #include <iostream>
 #include <string>
 #include <thread>
+
+using namespace ZANServer;
 
 namespace {
 

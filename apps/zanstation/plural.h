@@ -1,9 +1,0 @@
-#pragma once
-
-#include <QString>
-
-/// A number of things in words: "1 row", "2 rows".
-/// \param thing one of them, which takes an s
-inline QString Plural(quint64 count, const QString& thing) {
-    return QString::number(count) + u' ' + thing + (count == 1 ? QString() : QStringLiteral("s"));
-}

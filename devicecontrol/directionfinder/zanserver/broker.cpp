@@ -1,0 +1,77 @@
+#include "zanserver/broker.h"
+
+#include "zancommon/zanserverorb.h"
+#include "zanserver/repeatedlines.h"
+
+#include <QByteArray>
+
+#include <cstdio>
+#include <mutex>
+
+using namespace Qt::StringLiterals;
+
+namespace ZANServer {
+
+namespace {
+
+const char* const ENDPOINT = "ORBendPoint";
+const char* const IDLE_SECONDS = "ORBinConScanPeriod";
+const char* const CONFIGURATION_FILE = "OMNIORB_CONFIG";
+
+void SetDefault(const char* option, const char* value) {
+    if (!qEnvironmentVariableIsSet(option) && !qEnvironmentVariableIsSet(CONFIGURATION_FILE)) {
+        qputenv(option, value);
+    }
+}
+
+/// Where the broker's endpoint comes from, in words for the operator.
+QString DescribeEndpoint() {
+    return qEnvironmentVariableIsSet(ENDPOINT) ? qEnvironmentVariable(ENDPOINT)
+                                               : u"as in "_s + qEnvironmentVariable(CONFIGURATION_FILE);
+}
+
+// The broker logs from all of its threads.
+std::mutex logMutex;
+RepeatedLines logLines;
+
+void WriteLogLine(const char* line) {
+    const std::lock_guard lock(logMutex);
+    std::fputs(logLines.Add(line, std::chrono::steady_clock::now()).c_str(), stderr);
+}
+
+} // namespace
+
+namespace Broker {
+
+void Make() {
+    SetDefault(ENDPOINT, "giop:tcp:127.0.0.1:");
+    SetDefault(IDLE_SECONDS, "60");
+    ZANServerORB::Instance();
+    omniORB::setLogFunction(WriteLogLine); // in place of the broker's own, which passes on every line
+}
+
+void Release() {
+    ZANServerORB::Shutdown();
+    ZANServerORB::Finalise();
+    const std::lock_guard lock(logMutex);
+    std::fputs(logLines.TakeCounts().c_str(), stderr);
+}
+
+Finding Check() {
+    Make();
+    ZANServerORB& broker = *ZANServerORB::Instance();
+    Finding finding{Finding::Severity::Ok, u"listens on "_s + DescribeEndpoint()};
+    try {
+        static_cast<void>(broker.RootPoa());
+        static_cast<void>(broker.InsPoa());
+    } catch (const CORBA::Exception& exception) {
+        finding = {Finding::Severity::Error,
+                   QString::fromLatin1(exception._name()) + u" for the endpoint "_s + DescribeEndpoint()};
+    }
+    Release();
+    return finding;
+}
+
+} // namespace Broker
+
+} // namespace ZANServer

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "zanserver_export.h"
+
+#include "valueframework/trafficcontrolfrequency.h"
+
+#include <QIODevice>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace ZANServer {
+
+/// A channel in a file, with its name, which may be empty.
+struct NamedChannel {
+    TrafficControlFrequency channel;
+    QString name;
+};
+
+/// Reads traffic-control channels from CSV with a header line.
+///
+/// The columns are found by their names: a frequency column ("frequency_mhz", "frequency_khz",
+/// "frequency_hz", or "frequency" with texts such as "121.5 MHz"), and as far as they are there "name" or
+/// "description", "channel" or "id" for the channel number (else the row's number) and "alarm" (1 or true).
+/// Other columns do not matter. Fields may stand in double quotes, on one line.
+class ZANSERVER_EXPORT ChannelReader {
+public:
+    /// Reads the file. False when it cannot be read or has no frequency column; then `GetErrorText` says why.
+    bool Read(const QString& fileName);
+    bool Read(QIODevice& device);
+
+    [[nodiscard]] const std::vector<NamedChannel>& GetChannels() const { return m_channels; }
+    /// What is wrong with the rows that were left out, each with its line number.
+    [[nodiscard]] const QStringList& GetBadRows() const { return m_badRows; }
+    [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
+
+private:
+    struct Columns {
+        qsizetype frequency = -1;
+        double unit = 0.0; // Hz; 0: the text carries its unit
+        qsizetype name = -1;
+        qsizetype channel = -1;
+        qsizetype alarm = -1;
+    };
+
+    bool ReadHeader(const QString& line);
+    void ReadRow(const QString& line, qsizetype lineNumber);
+    bool Fail(const QString& why);
+
+    Columns m_columns;
+    qsizetype m_columnCount = 0;
+    std::vector<NamedChannel> m_channels;
+    QStringList m_badRows;
+    QString m_errorText;
+};
+
+} // namespace ZANServer

@@ -1,0 +1,150 @@
+#include "zanserver/deviceconnection.h"
+
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "tolmappstartup/cfgdefault.h"
+#include "valueframework/tree.h"
+#include "valueframework/valueaccess.h"
+#include "zancommon/antennadatalist.h"
+#include "zancommon/hwstatustester.h"
+#include "zancommon/stationcfg.h"
+#include "zancommon/zanvaluenames.h"
+
+#include <QStringList>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+using namespace StdDeviceDefinition;
+
+namespace ZANServer {
+
+namespace {
+
+struct ExampleAntenna {
+    QString name;
+    double minFreq; // Hz
+    double maxFreq;
+    double minRange;
+    QString converter;
+    QString method;
+    quint32 methodCode;
+};
+
+/// Three antennas of the catalogue whose ranges adjoin.
+AntennaDataList MakeExampleAntennas() {
+    const std::array<ExampleAntenna, 3> examples{{
+        {u"PX110"_s, 300e3, 30e6, 300e3, u"RCV01"_s, u"WAT"_s, METHOD_WAT},
+        {u"PX106"_s, 20e6, 1300e6, 30000001.0, u"RCV03"_s, u"COR"_s, METHOD_COR},
+        {u"PX109"_s, 1300e6, 3000e6, 1300000001.0, u"RCV03"_s, u"VEC"_s, METHOD_VEC},
+    }};
+    AntennaDataList antennas;
+    for (const ExampleAntenna& example : examples) {
+        auto* const antenna = new AntennaData;
+        antenna->name = example.name;
+        antenna->minFreq = example.minFreq;
+        antenna->maxFreq = example.maxFreq;
+        antenna->minRange = example.minRange;
+        antenna->maxRange = example.maxFreq;
+        antenna->converterTypeName = example.converter;
+        antenna->dfAlgorithms = {example.method};
+        antenna->dfMethods = {example.methodCode};
+        antennas.AddAntenna(antenna);
+    }
+    return antennas;
+}
+
+/// Returns what is in the way of it, in words for the operator.
+QString WriteExample(const QString& address) {
+    const CfgPtr station(StationCfg::GetStationCfg(address, true));
+    if (station->GetKeys().size() > 1 || !station->GetSubCfgNames().isEmpty()) {
+        return u"the settings hold a station that ZANStations/Count leaves out; it is used as it is"_s;
+    }
+    station->SetString(u"DevOptions"_s, u"ZAN-HFR"_s);
+    MakeExampleAntennas().WriteAntennaSetupToCfg(address);
+    return {};
+}
+
+/// The polarisation or side that an antenna's name tells; vertical without one.
+EZANPolarisation GetPolarisation(const QString& name) {
+    if (name.endsWith("_L"_L1)) {
+        return POLARISATION_LEFT;
+    }
+    if (name.endsWith("_R"_L1)) {
+        return POLARISATION_RIGHT;
+    }
+    return name.endsWith("_H"_L1) ? POLARISATION_HORIZONTAL : POLARISATION_VERTICAL;
+}
+
+QString DevicePath() {
+    return ZANPath::DEVICE_NODE.toString();
+}
+
+} // namespace
+
+DeviceConnection::DeviceConnection(const QString& address)
+    : m_isFirst(!CfgPtr(StationCfg::GetStationCfg(address, false))) {
+    if (m_isFirst) {
+        if (const QString warning = WriteExample(address); !warning.isEmpty()) {
+            m_warnings.append(warning);
+        }
+    }
+    PublishDevice(address);
+    PublishHardware(address);
+    PublishAntennas(address);
+}
+
+DeviceConnection::~DeviceConnection() {
+    Tree& tree = *Tree::Instance();
+    tree.Remove(tree.GetNode(u"/DEVICES"_s));
+}
+
+void DeviceConnection::PublishDevice(const QString& address) {
+    CreateBranch(EBranch::DEVICE, DevicePath());
+    const CfgPtr station(StationCfg::GetStationCfg(address, true));
+    ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
+    CreateValue<ValueString>(g_vdDevAddress, nullptr)->SetValue(address, nullptr);
+    CreateValue<ValueString>(g_vdDevName, nullptr)->SetValue(u"Replay of a recording"_s, nullptr);
+
+    const auto find = [](const ValueDescriptor& descriptor) {
+        return Tree::Instance()->Find<ValueString>(DevicePath() + descriptor.PathName());
+    };
+    find(g_vdDevType)->SetValue(ReadOrCreateString(*station, u"DevType"_s, u"ZANTIDE"_s), nullptr);
+    const QString options = ReadOrCreateString(*station, u"DevOptions"_s, {});
+    find(g_vdDevOptions)->SetValue(options, nullptr);
+}
+
+void DeviceConnection::PublishHardware(const QString& address) {
+    // Each line of device information: number; kind; version; component.
+    auto* const information = CreateValue<ValueSelection>(g_vdDevInfo, nullptr);
+    information->Clear(nullptr);
+    long line = 0;
+    const auto add = [&](const QString& text) { information->AddItem({text, 0.0, line++}, nullptr); };
+    add(u">>Antennas and receivers"_s);
+    AntennaDataList antennas;
+    antennas.BuildAntennasFromCfg(address);
+    for (const auto& antenna : antennas.GetAntennas()) {
+        add(QString::number(line) + u";antenna;;"_s + antenna->name);
+        add(QString::number(line) + u";receiver;;"_s + antenna->converterTypeName);
+    }
+    const CfgPtr station(StationCfg::GetStationCfg(address, true));
+    HwStatusTester hardware(ZANPath::SERVER.toString());
+    hardware.ReadHwRequirementsFromCfg(station.get());
+    hardware.WriteHwRequirementsToTree();
+}
+
+void DeviceConnection::PublishAntennas(const QString& address) {
+    AntennaDataList antennas(DevicePath(), {});
+    antennas.BuildAntennasFromCfg(address);
+    // The device numbers its antennas; the entries of one antenna share its handle.
+    QStringList names;
+    for (const auto& antenna : antennas.GetAntennas()) {
+        if (!names.contains(antenna->name)) {
+            names.append(antenna->name);
+        }
+        antenna->handle = static_cast<qint32>(names.indexOf(antenna->name));
+        antenna->polarizationMode = GetPolarisation(antenna->name);
+    }
+    antennas.WriteAntennasToValueTree({});
+}
+
+} // namespace ZANServer

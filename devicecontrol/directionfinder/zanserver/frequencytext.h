@@ -1,0 +1,26 @@
+#pragma once
+
+#include "zanserver_export.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace ZANServer {
+
+/// Frequencies and bandwidths as people write them.
+namespace FrequencyText {
+
+/// The frequency in Hz of a text such as "145.5M", "145.5 MHz", "300k", "1e6" or "9000 Hz": a number from 0
+/// on, and a unit (Hz, kHz, MHz, GHz; in any case, and without "Hz" too). Nothing for any other text.
+ZANSERVER_EXPORT std::optional<double> Parse(const QString& text);
+
+/// A frequency with its unit, such as "145.5 MHz"; exact to 1 Hz.
+ZANSERVER_EXPORT QString Format(double frequency);
+
+/// "300 kHz - 30 MHz"
+ZANSERVER_EXPORT QString FormatRange(double low, double high);
+
+} // namespace FrequencyText
+
+} // namespace ZANServer

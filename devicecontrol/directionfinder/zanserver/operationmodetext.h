@@ -1,0 +1,23 @@
+#pragma once
+
+#include "zanserver_export.h"
+
+#include "zancommon/zandomain.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace ZANServer {
+
+/// Operation modes as people write them: ffm, wideband, scan, search, tdma, or the number of the mode.
+namespace OperationModeText {
+
+/// Nothing for any other text.
+ZANSERVER_EXPORT std::optional<EOperationMode> Parse(const QString& text);
+/// The name of a mode; of one without a name its number.
+ZANSERVER_EXPORT QString Format(EOperationMode mode);
+
+} // namespace OperationModeText
+
+} // namespace ZANServer

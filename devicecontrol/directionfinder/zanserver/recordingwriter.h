@@ -1,0 +1,49 @@
+#pragma once
+
+#include "zanserver_export.h"
+
+#include "zanserver/recordedbearing.h"
+
+#include <QByteArray>
+#include <QSaveFile>
+#include <QString>
+
+#include <optional>
+
+namespace ZANServer {
+
+/// Writes a bearing recording that `RecordingReader` reads back, at the precision of the columns: positions
+/// to 7 decimals, the level to 2, azimuth, elevation, attitude and altitude to 1, the quality to 0, time and
+/// frequency in full.
+///
+/// The file appears under its name with `Commit` only; until then, and when anything goes wrong, what stood
+/// there before stays.
+class ZANSERVER_EXPORT RecordingWriter {
+public:
+    /// Begins a recording and writes its header line. False with an error text when the file cannot be
+    /// written, or the name is that of a directory or device.
+    bool Open(const QString& fileName);
+
+    /// Appends one row. False with an error text when it cannot be written, and for a row that is not valid:
+    /// with a value out of range or not finite, or before the time of the row above. A row that is not valid
+    /// leaves the recording as it was.
+    bool Write(const RecordedBearing& bearing);
+
+    /// Completes the file. False with an error text when not all of it could be written.
+    bool Commit();
+
+    /// Why the last call that failed did so; empty while none has.
+    [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
+
+private:
+    bool Fail(const QString& text);
+    bool WriteLine();
+
+    QString m_fileName;
+    std::optional<QSaveFile> m_file; // has a value while a recording is written
+    QByteArray m_line;
+    quint64 m_lastTimeMs = 0;
+    QString m_errorText;
+};
+
+} // namespace ZANServer

@@ -1,0 +1,204 @@
+#include "zanserver/replaydriver.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace ZANServer {
+
+namespace {
+
+/// The longest block that the filters are made for.
+constexpr std::size_t MAX_BLOCK = 60000;
+
+/// Whether two rows were measured at the same moment, on the same frequency, from the same platform.
+bool BelongTogether(const RecordedBearing& a, const RecordedBearing& b) {
+    RecordedBearing sameBearing = b;
+    sameBearing.azimuth = a.azimuth;
+    sameBearing.elevation = a.elevation;
+    sameBearing.quality = a.quality;
+    sameBearing.level = a.level;
+    return sameBearing == a;
+}
+
+Bearing ToBearing(const RecordedBearing& row) {
+    constexpr int FULL_CIRCLE = 3600;
+    Bearing bearing;
+    bearing.azimuth = static_cast<quint16>(std::lround(row.azimuth * 10.0) % FULL_CIRCLE);
+    if (row.elevation) {
+        bearing.elevation = static_cast<qint16>(std::lround(*row.elevation * 10.0));
+    }
+    if (row.level) {
+        // The lowest 16-bit number says that there is no level.
+        bearing.level = static_cast<qint16>(std::max(std::lround(*row.level * 100.0), -32767L));
+    }
+    bearing.averageCount = 1;
+    bearing.quality = static_cast<quint16>(std::lround(row.quality));
+    return bearing;
+}
+
+} // namespace
+
+ReplayDriver::ReplayDriver(KvZANCommon::ILegacyDriverCallback& callback, double pace)
+    : m_callback(callback)
+    , m_pace(pace) {}
+
+ReplayDriver::~ReplayDriver() {
+    Stop();
+}
+
+QStringList ReplayDriver::GetBadLineSummary() const {
+    QStringList summary;
+    for (int i = 0; i < static_cast<int>(RecordingReader::BadLine::COUNT); ++i) {
+        const auto reason = static_cast<RecordingReader::BadLine>(i);
+        if (const quint64 count = m_reader.GetBadLineCount(reason); count > 0) {
+            summary.append(RecordingReader::GetReasonText(reason) + u": "_s + QString::number(count));
+        }
+    }
+    return summary;
+}
+
+int ReplayDriver::Initialize(std::string& recording, bool /*simulation*/) {
+    Stop();
+    m_reportedLines = 0;
+    m_progress = 0.0;
+    m_blockCount = 0;
+    const QString name = QString::fromStdString(recording);
+    ReportCommand(u"open "_s + name);
+    m_stream.close();
+    m_streamName.clear();
+    if (!InterruptibleInput::IsStream(name)) {
+        m_lastError = m_reader.Open(name) ? QString() : m_reader.GetErrorText();
+    } else if (m_stream.Open(name)) {
+        m_streamName = name; // its header may be long in coming
+        m_lastError.clear();
+    } else {
+        m_lastError = name + u": cannot be opened: "_s + m_stream.errorString();
+    }
+    if (!m_lastError.isEmpty()) {
+        return FAILED;
+    }
+    return OK;
+}
+
+QString ReplayDriver::GetLastError() {
+    return m_lastError;
+}
+
+void ReplayDriver::ClearLastError() {
+    m_lastError.clear();
+}
+
+long ReplayDriver::SetMode(EMode mode) {
+    Stop();
+    ReportCommand(u"mode "_s + QString::number(mode));
+    if (mode != EMODE_STANDBY) {
+        Start();
+    }
+    return OK;
+}
+
+void ReplayDriver::Start() {
+    m_isStopping = false;
+    m_stream.Resume();
+    m_firstTime.reset();
+    m_thread = std::thread([this] { Replay(); });
+}
+
+void ReplayDriver::Stop() {
+    if (!m_thread.joinable()) {
+        return;
+    }
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isStopping = true;
+    }
+    m_stopRequested.notify_all();
+    m_stream.Interrupt();
+    m_thread.join();
+}
+
+void ReplayDriver::Replay() {
+    std::optional<RecordedBearing> row = BeginStream() ? Tell(m_reader.Next()) : std::nullopt;
+    while (row && WaitFor(row->timeMs)) {
+        const RecordedBearing first = *row;
+        m_block.clear();
+        do {
+            m_block.push_back(ToBearing(*row));
+            row = Tell(m_reader.NextIfHere()); // what has come does not wait for what may come
+        } while (row && m_block.size() < MAX_BLOCK && BelongTogether(first, *row));
+        Deliver(first);
+        if (!row) {
+            row = Tell(m_reader.Next());
+        }
+    }
+    // A stream that is stopped before its header line has come reads as an empty one.
+    if (!m_reader.GetErrorText().isEmpty() && !IsStopping()) {
+        Report(m_reader.GetErrorText(), true);
+    }
+    ReportCommand(u"end of the recording"_s);
+    m_callback.CloseDataLink();
+}
+
+/// Reads the header line of a stream. False when the stream has another one, or none.
+bool ReplayDriver::BeginStream() {
+    return m_streamName.isEmpty() || m_reader.Open(m_stream, std::exchange(m_streamName, {}));
+}
+
+/// Tells what reading a row has brought about beside it.
+std::optional<RecordedBearing> ReplayDriver::Tell(std::optional<RecordedBearing> row) {
+    m_progress = m_reader.GetProgress();
+    while (m_reportedLines < m_reader.GetBadLineTexts().size()) {
+        Report(m_reader.GetBadLineTexts().at(m_reportedLines++), false);
+    }
+    return row;
+}
+
+void ReplayDriver::Report(const QString& text, bool isFatal) {
+    KvZANCommon::ErrorStruct error{FAILED, isFatal, text};
+    m_callback.reportError(error);
+}
+
+void ReplayDriver::ReportCommand(QString command) {
+    m_callback.SetCommandLog(command);
+}
+
+bool ReplayDriver::IsStopping() {
+    const std::lock_guard lock(m_mutex);
+    return m_isStopping;
+}
+
+bool ReplayDriver::WaitFor(quint64 recordedTime) {
+    std::unique_lock lock(m_mutex);
+    if (m_pace == AS_FAST_AS_POSSIBLE) {
+        return !m_isStopping;
+    }
+    if (!m_firstTime) {
+        m_firstTime = recordedTime;
+        m_begin = std::chrono::steady_clock::now();
+    }
+    constexpr double LONGEST = 1e12; // some thirty years; the clock counts no further than some hundred
+    const std::chrono::duration<double, std::milli> sinceFirst(
+        std::min(static_cast<double>(recordedTime - *m_firstTime) / m_pace, LONGEST));
+    const auto due = m_begin + std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceFirst);
+    return !m_stopRequested.wait_until(lock, due, [this] { return m_isStopping; });
+}
+
+void ReplayDriver::Deliver(const RecordedBearing& platform) {
+    KvZANCommon::StatusStruct status;
+    status.frequency = platform.frequency;
+    status.heading = platform.heading;
+    status.pitch = platform.pitch;
+    status.roll = platform.roll;
+    status.latitude = platform.latitude;
+    status.longitude = platform.longitude;
+    status.altitude = platform.altitude;
+    unsigned long long time = platform.timeMs;
+    ++m_blockCount;
+    m_callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(m_block.size()), m_block.data(), status);
+}
+
+} // namespace ZANServer

@@ -1,0 +1,358 @@
+#include "zanserver/settingscheck.h"
+
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "valueframework/tree.h"
+#include "valueframework/valuetypes.h"
+#include "zancommon/closedtable.h"
+#include "zancommon/stationcfg.h"
+#include "zancommon/zancharacteristics.h"
+#include "zancommon/zansetupdata.h"
+#include "zanserver/plural.h"
+#include "zanstation/stationposition.h"
+
+#include <QRegularExpression>
+#include <QSettings>
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <span>
+#include <type_traits>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace ZANServer {
+
+namespace {
+
+using Severity = Finding::Severity;
+
+struct IntegerSetting {
+    QStringView key;
+    qint64 minimum = 0;
+    qint64 maximum = 0;
+};
+
+constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 10000},
+                                          IntegerSetting{u"OverheadPass/Threshold", 0, 900}};
+constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
+constexpr IntegerSetting HUB_PORT{u"MshCentralPort", 1, 65535};
+
+constexpr std::array<QStringView, 3> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
+                                                       u"OverheadPass/Valid"};
+constexpr std::array<QStringView, 2> STATION_FLAGS{u"HwRequirementsEditable", u"HwCheckRequirements"};
+constexpr std::array<QStringView, 5> ANTENNA_FLAGS{u"Enabled", u"CompassEnabled", u"CompassSupport",
+                                                   u"PolarizationSupport", u"ActivePassiveSupport"};
+constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u"MechOffset",
+                                                     u"MinFreq",  u"MaxFreq",  u"CompassValue"};
+
+/// The keys that are read by somebody, apart from those of the setup table. "#" stands for a number.
+constexpr std::array<QStringView, 12> KNOWN_KEYS{
+    u"RS232Output_Enabled", u"RS232Output_Address",    u"FileOutput_Enabled", u"FileOutput_Address",
+    u"Output_Interval",     u"MshCentralAddress",      u"MshCentralPort",     u"MshClientName",
+    u"AutoCoupleTargets",   u"OverheadPass/Threshold", u"OverheadPass/Valid", u"ZANStations/Count"};
+constexpr std::array<QStringView, 8> KNOWN_STATION_KEYS{
+    u"DeviceAddress",        u"DevType",
+    u"DevOptions",           u"HwRequiredComponents",
+    u"HwOptionalComponents", u"HwRequirementsEditable",
+    u"HwCheckRequirements",  u"SystemConfiguration/AntennaCount"};
+constexpr std::array<QStringView, 15> KNOWN_ANTENNA_KEYS{u"Name",
+                                                         u"Enabled",
+                                                         u"MinRange",
+                                                         u"MaxRange",
+                                                         u"CompassEnabled",
+                                                         u"MechOffset",
+                                                         u"CompassSupport",
+                                                         u"DFAlgorithm",
+                                                         u"MinFreq",
+                                                         u"MaxFreq",
+                                                         u"PolarizationSupport",
+                                                         u"PolarizationMode",
+                                                         u"ActivePassiveSupport",
+                                                         u"CompassValue",
+                                                         u"ConverterTypeName"};
+
+/// All known keys by their whole paths.
+QStringList GetKnownKeys() {
+    const QString station = u"ZANStations/ZANStation#/"_s;
+    const QString antenna = station + u"SystemConfiguration/Antenna#/"_s;
+    QStringList known;
+    for (const QStringView key : KNOWN_KEYS) {
+        known.append(key.toString());
+    }
+    for (const QStringView key : KNOWN_STATION_KEYS) {
+        known.append(station + key.toString());
+    }
+    for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
+        known.append(station + row.key);
+    }
+    for (const QStringView key : KNOWN_ANTENNA_KEYS) {
+        known.append(antenna + key.toString());
+    }
+    return known;
+}
+
+/// The keys of the application's settings by their whole paths.
+QStringList ListKeys(const QString& directory) {
+    return QSettings(directory + u"/Application.ini"_s, QSettings::IniFormat).allKeys();
+}
+
+constexpr qsizetype LONGEST_SHOWN = 200; // and compared
+
+/// How many characters have to be put in, left out or changed to make one text of another.
+std::size_t GetDistance(QStringView from, QStringView to) {
+    std::vector<std::size_t> row(static_cast<std::size_t>(to.size()) + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (const QChar c : from) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t i = 1; i < row.size(); ++i) {
+            const std::size_t changed = diagonal + (c == to[static_cast<qsizetype>(i) - 1] ? 0 : 1);
+            diagonal = row[i];
+            row[i] = std::min({changed, row[i] + 1, row[i - 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+/// The name that is most like a text.
+QString FindNearest(const QString& text, const QStringList& names) {
+    const QString compared = text.first(std::min(text.size(), LONGEST_SHOWN));
+    return std::ranges::min(names, {}, [&](const QString& name) { return GetDistance(compared, name); });
+}
+
+/// A text for the operator.
+QString Shorten(const QString& text) {
+    return text.size() > LONGEST_SHOWN ? text.first(LONGEST_SHOWN) + u"..."_s : text;
+}
+
+/// \param allowed in words behind "allowed", such as "is true or false"
+QString Describe(const QString& key, const QString& value, const QString& allowed) {
+    return u"the setting \"%1\" is \"%2\"; allowed %3"_s.arg(key, Shorten(value), allowed);
+}
+
+QString DescribeWholeNumbers(qint64 minimum, qint64 maximum) {
+    return u"are whole numbers from %1 to %2"_s.arg(minimum).arg(maximum);
+}
+
+Finding Refused(const QString& key, const QString& value, const QString& allowed) {
+    return {Severity::Error, Describe(key, value, allowed)};
+}
+
+/// The text under a key; null when the key is missing.
+QString TextOf(const ICfg& cfg, const QString& key) {
+    return cfg.GetString(key, {});
+}
+
+/// Whether an integer setting is missing or allowed.
+bool IsSound(const IntegerSetting& setting, const QString& text) {
+    qint64 number = 0;
+    return text.isNull() ||
+           (ReadInteger(text, number) && number >= setting.minimum && number <= setting.maximum);
+}
+
+void CheckInteger(const ICfg& cfg, const IntegerSetting& setting, Findings& findings) {
+    const QString key = setting.key.toString();
+    if (const QString text = TextOf(cfg, key); !IsSound(setting, text)) {
+        findings.push_back(Refused(key, text, DescribeWholeNumbers(setting.minimum, setting.maximum)));
+    }
+}
+
+/// \param prefix for the operator, where the keys are
+void CheckFlags(const ICfg& cfg, std::span<const QStringView> keys, const QString& prefix,
+                Findings& findings) {
+    static const QStringList flags{u"true"_s, u"false"_s, u"1"_s, u"0"_s};
+    for (const QStringView key : keys) {
+        const QString text = TextOf(cfg, key.toString());
+        if (!text.isNull() && !flags.contains(text, Qt::CaseInsensitive)) {
+            findings.push_back(Refused(prefix + key.toString(), text, u"is true or false"_s));
+        }
+    }
+}
+
+void CheckAntennas(ICfg& station, Findings& findings) {
+    const QString system = u"SystemConfiguration"_s;
+    const CfgPtr antennas(station.GetSubCfg(system));
+    for (const QString& name : antennas->GetSubCfgNames()) {
+        const CfgPtr antenna(antennas->GetSubCfg(name));
+        const QString prefix = system + u'/' + name + u'/';
+        CheckFlags(*antenna, ANTENNA_FLAGS, prefix, findings);
+        for (const QStringView key : ANTENNA_NUMBERS) {
+            const QString text = TextOf(*antenna, key.toString());
+            bool isNumber = false;
+            const double number = text.toDouble(&isNumber);
+            if (!text.isNull() && (!isNumber || !std::isfinite(number))) {
+                findings.push_back(Refused(prefix + key.toString(), text, u"is a number"_s));
+            }
+        }
+    }
+}
+
+template <class T>
+bool IsUnlimited(const T& value) {
+    using Limits = std::numeric_limits<std::decay_t<decltype(value.GetMin())>>;
+    return value.GetMin() == Limits::lowest() && value.GetMax() == Limits::max();
+}
+
+/// What a value takes that does not take any text, in words.
+QString DescribeAllowed(const ValueBase& value) {
+    if (const auto* selection = dynamic_cast<const ValueSelection*>(&value)) {
+        QStringList items;
+        for (const SelectionItem& item : selection->GetItems()) {
+            items.append(QString::number(item.GetKey()) + u" ("_s + item.GetName() + u')');
+        }
+        return u"is "_s + items.join(u", "_s);
+    }
+    if (dynamic_cast<const ValueBool*>(&value)) {
+        return u"is true or false"_s;
+    }
+    if (const auto* integer = dynamic_cast<const ValueNumericInt*>(&value)) {
+        return IsUnlimited(*integer) ? u"is a whole number"_s
+                                     : DescribeWholeNumbers(integer->GetMin(), integer->GetMax());
+    }
+    const auto* number = dynamic_cast<const ValueNumericDouble*>(&value);
+    return !number || IsUnlimited(*number) ? u"is a number"_s
+                                           : u"is %1 to %2"_s.arg(number->GetMin()).arg(number->GetMax());
+}
+
+bool Takes(ValueBase& value, const QString& text) {
+    auto* const selection = dynamic_cast<ValueSelection*>(&value);
+    int key = 0;
+    return selection ? ReadInteger(text, key) && selection->SetCurrentKey(key, nullptr)
+                     : value.SetStringValue(text, nullptr);
+}
+
+/// Tries the settings of the setup table on values like those that they are for.
+void CheckSetup(const ICfg& station, Findings& findings) {
+    const QString base = u"/SettingsCheck"_s;
+    Tree& tree = *Tree::Instance();
+    StdDeviceDefinition::CreateBranch(StdDeviceDefinition::EBranch::SERVER, base);
+    for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
+        const QString text = TextOf(station, row.key);
+        ValueBase* const value = row.descriptor ? tree.GetValue(base + row.descriptor->PathName()) : nullptr;
+        if (value && !text.isNull() && !Takes(*value, text)) {
+            findings.push_back(Refused(row.key, text, DescribeAllowed(*value)));
+        }
+    }
+    tree.Remove(tree.GetNode(base));
+}
+
+Finding Doubted(const QString& key, const QString& value, const QString& allowed) {
+    return {Severity::Warning, Describe(key, value, allowed)};
+}
+
+void CheckAntennaModel(const ICfg& station, const QString& key, Findings& findings) {
+    QStringList models;
+    for (const auto& row : Rows(ZANCharacteristics::s_aAntennaLibrary)) {
+        models.append(row.name.toString());
+    }
+    const QString model = TextOf(station, key);
+    if (!model.isEmpty() && !models.contains(model)) {
+        findings.push_back(Doubted(
+            key, model,
+            u"are the models of \"zanstation catalogue antennas\", and the nearest one is \"%1\""_s.arg(
+                FindNearest(model, models))));
+    }
+}
+
+void CheckMethods(const ICfg& station, const QString& key, Findings& findings) {
+    static const QStringList methods{u"WAT"_s,  u"COR"_s, u"COR8"_s, u"COR8O"_s, u"COR9"_s,
+                                     u"SUPR"_s, u"VEC"_s, u"VMI"_s,  u"VMR"_s};
+    const QString text = TextOf(station, key);
+    for (const QStringView name : qTokenize(text, u',')) {
+        if (!text.isEmpty() && !methods.contains(name)) {
+            findings.push_back(
+                Doubted(key, text, u"are %1, with \",\" between them"_s.arg(methods.join(u", "_s))));
+            return;
+        }
+    }
+}
+
+/// Warns of a station that shall stand where the operator has set it, who has not.
+void CheckManualPosition(const ICfg& station, Findings& findings) {
+    QStringList missing;
+    for (const QString& key : {u"LocationLatitude"_s, u"LocationLongitude"_s}) {
+        if (TextOf(station, key).isNull()) {
+            missing.append(key);
+        }
+    }
+    if (station.GetInt(u"LocationChoice"_s, 0) == StationPosition::SOURCE_MANUAL && !missing.isEmpty()) {
+        findings.push_back(
+            {Severity::Warning,
+             u"LocationChoice is 2 (Manual), and %1 %2 not set: the station has no position"_s.arg(
+                 missing.join(u" and "_s), missing.size() == 1 ? u"is"_s : u"are"_s)});
+    }
+}
+
+} // namespace
+
+Findings CheckSettings(const QString& address) {
+    Findings findings;
+    const ICfg& application = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    for (const IntegerSetting& setting : APPLICATION_INTEGERS) {
+        CheckInteger(application, setting, findings);
+    }
+    CheckFlags(application, APPLICATION_FLAGS, {}, findings);
+    if (const CfgPtr station{StationCfg::GetStationCfg(address, false)}) {
+        CheckInteger(*station, ANTENNA_COUNT, findings);
+        CheckFlags(*station, STATION_FLAGS, {}, findings);
+        CheckAntennas(*station, findings);
+        CheckSetup(*station, findings);
+    }
+    return findings;
+}
+
+Findings CheckMeaning(const QString& address) {
+    Findings findings;
+    const ICfg& application = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    const QString portKey = HUB_PORT.key.toString();
+    if (const QString port = TextOf(application, portKey); !IsSound(HUB_PORT, port)) {
+        findings.push_back(Doubted(portKey, port,
+                                   DescribeWholeNumbers(HUB_PORT.minimum, HUB_PORT.maximum) +
+                                       u", and the default is taken"_s));
+    }
+    if (const CfgPtr station{StationCfg::GetStationCfg(address, false)}) {
+        const qint64 count = station->GetInt(ANTENNA_COUNT.key.toString(), 1);
+        for (qint64 i = 0; i < std::min(count, ANTENNA_COUNT.maximum); ++i) {
+            const QString antenna = u"SystemConfiguration/Antenna%1/"_s.arg(i);
+            CheckAntennaModel(*station, antenna + u"Name"_s, findings);
+            CheckMethods(*station, antenna + u"DFAlgorithm"_s, findings);
+        }
+        CheckManualPosition(*station, findings);
+    }
+    return findings;
+}
+
+Findings CheckKeys(const QString& directory) {
+    Findings findings;
+    constexpr std::size_t MOST_WARNINGS = 20;
+    static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)"_s);
+    const QStringList known = GetKnownKeys();
+    std::size_t unknown = 0;
+    for (const QString& key : ListKeys(directory)) {
+        const QString pattern = QString(key).replace(number, u"#"_s);
+        if (known.contains(pattern) || ++unknown > MOST_WARNINGS) {
+            continue;
+        }
+        QString nearest = FindNearest(pattern, known);
+        // The sections that the key stands in keep their numbers.
+        QRegularExpressionMatchIterator numbers = number.globalMatch(key);
+        while (nearest.contains(u'#')) {
+            nearest.replace(nearest.indexOf(u'#'), 1, numbers.hasNext() ? numbers.next().captured() : u"0"_s);
+        }
+        findings.push_back({Severity::Warning,
+                            u"nobody reads the setting \"%1\"; the nearest one that is known is \"%2\""_s.arg(
+                                Shorten(key), nearest)});
+    }
+    if (unknown > MOST_WARNINGS) {
+        findings.push_back(
+            {Severity::Warning, u"nobody reads "_s + Plural(unknown - MOST_WARNINGS, u"further setting"_s)});
+    }
+    return findings;
+}
+
+} // namespace ZANServer

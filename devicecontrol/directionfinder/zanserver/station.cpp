@@ -1,0 +1,292 @@
+#include "zanserver/station.h"
+
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "tolmappstartup/cfgcenter.h"
+#include "valueframework/tree.h"
+#include "valueframework/valueaccess.h"
+#include "zancommon/ohpparamspersistency.h"
+#include "zancommon/stationcfg.h"
+#include "zancommon/zaninformationcenter.h"
+#include "zancommon/zanoptions.h"
+#include "zancommon/zanvaluenames.h"
+#include "zanserver/publish.h"
+#include "zanserver/settingscheck.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace ZANServer {
+using StdDeviceDefinition::EBranch;
+
+namespace {
+
+const QString& OutputName() {
+    static const QString name = u"DF data output"_s;
+    return name;
+}
+
+QString ServerPath(const ValueDescriptor& descriptor) {
+    return ZANPath::SERVER.toString() + descriptor.PathName();
+}
+
+QString ServerPath(QStringView name) {
+    return ZANPath::SERVER_CHILD.toString() + name.toString();
+}
+
+/// The server's value of a descriptor; the descriptor fixes its type.
+template <class T>
+T* ServerValue(const ValueDescriptor& descriptor) {
+    return CreateValue<T>(descriptor, nullptr);
+}
+
+/// Tenths of a degree of an angle in degrees, without its full circles; 0 for what is no angle.
+int ToTenths(double degrees) {
+    return std::isfinite(degrees) ? static_cast<int>(std::lround(std::fmod(degrees, 360.0) * 10.0)) : 0;
+}
+
+/// Tenths of a degree, from 0 to 3599.
+int WithinCircle(int tenths) {
+    constexpr int FULL_CIRCLE = 3600;
+    const int remainder = tenths % FULL_CIRCLE;
+    return remainder < 0 ? remainder + FULL_CIRCLE : remainder;
+}
+
+/// What has to be added to the azimuths of a block, in tenths of a degree: the mounting of the antenna that
+/// serves its frequency, where the driver has left that to the application.
+int GetMechOffset(const KvZANCommon::StatusStruct& status) {
+    const AntennaData* const antenna =
+        status.withoutMechOffset
+            ? Station::GetCharacteristics().GetAntennaForFrequency(status.frequency, false)
+            : nullptr;
+    return antenna ? ToTenths(static_cast<double>(antenna->mechOffset)) : 0;
+}
+
+BearingResult ToResult(const BearingBlock& block, const Bearing& bearing, int mechOffset) {
+    constexpr quint16 HIGHEST_QUALITY = std::numeric_limits<qint16>::max();
+    BearingResult result;
+    result.SetFrequency(block.status.frequency);
+    if (bearing.level != Bearing::NOT_MEASURED) {
+        result.SetLevel(bearing.level);
+    }
+    result.SetAzimuth(static_cast<quint16>(WithinCircle(bearing.azimuth + mechOffset)));
+    if (bearing.elevation != Bearing::NOT_MEASURED) {
+        result.SetElevation(bearing.elevation);
+    }
+    result.SetQuality(static_cast<qint16>(std::min(bearing.quality, HIGHEST_QUALITY)));
+    result.SetTimeStamp(block.time);
+    return result;
+}
+
+/// One half of the place that the settings hold, when they hold one that its value takes.
+std::optional<double> GetStoredHalf(const ICfg* station, const QString& key,
+                                    const ValueDescriptor& descriptor) {
+    auto* const value = ServerValue<ValueNumericDouble>(descriptor);
+    const QString text = station ? station->GetString(key, {}) : QString();
+    return !text.isNull() && value->SetStringValue(text, nullptr) ? std::optional(value->GetValue())
+                                                                  : std::nullopt;
+}
+
+} // namespace
+
+Station::Station()
+    : m_setup(u"Station"_s, ZANPath::SERVER.toString())
+    , m_overheadFilter(m_overheadParams) {
+    using namespace StdDeviceDefinition;
+
+    CheckSettings();
+    CreateBranch(EBranch::SERVER, ZANPath::SERVER.toString());
+    ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
+    m_device.emplace(ADDRESS.toString());
+    m_warnings += m_device->GetWarnings();
+    ServerValue<ValueSelection>(g_vdOperationMode)->SetCurrentKey(OPMODE_SCAN, nullptr);
+    ReadOptions();
+    GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true);
+
+    m_pAzimuth = ServerValue<ValueBearing>(g_vdAzimuth);
+    m_pHeading = ServerValue<ValueNumericInt>(g_vdTrueHeading);
+    m_pHeadingOffset = ServerValue<ValueNumericInt>(g_vdHeaOffset);
+    m_pDeclination = ServerValue<ValueNumericInt>(g_vdDeclination);
+    m_pPitch = ServerValue<ValueNumericDouble>(g_vdPitch);
+    m_pRoll = ServerValue<ValueNumericDouble>(g_vdRoll);
+    m_pAltitude = ServerValue<ValueNumericDouble>(g_vdAltitude);
+    m_pPitchThreshold = ServerValue<ValueNumericDouble>(g_vdPitchThreshold);
+    m_pRollThreshold = ServerValue<ValueNumericDouble>(g_vdRollThreshold);
+    m_pDataValid = GetOrCreateValue<ValueBool>(ServerPath(ZANValueName::ZANDATAVALID));
+    m_pDataStateInfo = GetOrCreateValue<ValueString>(ServerPath(ZANValueName::ZANDATASTATEINFO));
+    m_pConnectionSpeed = GetOrCreateValue<ValueInt>(ServerPath(u"ConnectionSpeed"));
+
+    PublishSetup();
+
+    // The filters and their parameters.
+    m_pitchRollFilter.SetPitchValuePath(ServerPath(g_vdPitch));
+    m_pitchRollFilter.SetRollValuePath(ServerPath(g_vdRoll));
+    m_pitchRollFilter.SetPitchThresholdValuePath(ServerPath(g_vdPitchThreshold));
+    m_pitchRollFilter.SetRollThresholdValuePath(ServerPath(g_vdRollThreshold));
+    m_pitchRollFilter.SetZANDataValidValuePath(ServerPath(ZANValueName::ZANDATAVALID));
+    m_pitchRollFilter.SetZANDataStateInfoValuePath(ServerPath(ZANValueName::ZANDATASTATEINFO));
+    m_connectionSpeedFilter.SetConnectionSpeedValuePath(ServerPath(u"ConnectionSpeed"));
+    RestoreOverheadParams();
+    m_overheadSynchronizer.emplace(m_overheadParams, ZANPath::SERVER.toString());
+}
+
+/// What is wrong with the settings is warned of, and keeps them from being written.
+void Station::CheckSettings() {
+    for (const Finding& finding : ZANServer::CheckSettings(ADDRESS.toString())) {
+        m_warnings.append(finding.text);
+        m_areSettingsUsable = false;
+    }
+}
+
+void Station::ReadOptions() {
+    const QString path = ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdDevOptions.PathName();
+    const QString options = Tree::Instance()->Find<ValueString>(path)->GetValue();
+    if (!ZANOptions::Instance()->ReadFromValueTree(path) && !options.isEmpty()) {
+        m_warnings.append(u"an option of the device is not known, and those behind it are left out: "_s +
+                          options);
+    }
+}
+
+/// Publishes what the operator sets for the device, as the settings keep it. The time of the last
+/// modification is below the device node, where the characteristics observe it, and below the server, where
+/// the setup finds it: both stay equal.
+void Station::PublishSetup() {
+    auto* const deviceTime = Tree::Instance()->Find<ValueString>(
+        ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdCfgModifyTime.PathName());
+    m_modifyTimes.emplace(*deviceTime, *ServerValue<ValueString>(StdDeviceDefinition::g_vdSetupModifyTime));
+
+    m_setup.ReadFromValueTree({});
+    m_setup.ReadFromCfg(GetDeviceAddress());
+    m_setup.WriteToValueTree(nullptr, {});
+    const CfgPtr station(StationCfg::GetStationCfg(GetDeviceAddress(), false));
+    m_position.emplace(
+        GetStoredHalf(station.get(), u"LocationLatitude"_s, StdDeviceDefinition::g_vdPosLatitude),
+        GetStoredHalf(station.get(), u"LocationLongitude"_s, StdDeviceDefinition::g_vdPosLongitude));
+}
+
+/// Restoring writes the default where there is nothing, and also in the place of a text that is no value:
+/// that one is left for the operator to correct.
+void Station::RestoreOverheadParams() {
+    if (m_areSettingsUsable) {
+        KvZANCommon::OHPParamsPersistency(m_overheadParams).Restore();
+        return;
+    }
+    constexpr qint64 HIGHEST_THRESHOLD = 900;
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::OverheadPass);
+    const qint64 threshold = cfg.GetInt(u"OverheadPass/Threshold"_s, m_overheadParams.GetThreshold());
+    if (threshold >= 0 && threshold <= HIGHEST_THRESHOLD) {
+        m_overheadParams.SetThreshold(static_cast<int>(threshold), nullptr);
+    }
+    m_overheadParams.SetValid(cfg.GetBool(u"OverheadPass/Valid"_s, m_overheadParams.IsValid()), nullptr);
+}
+
+void Station::StartOutput(const QString& fileOfThisRun) {
+    m_pOutput = new DFDataOutput(OutputName(), fileOfThisRun);
+    ZANInformationCenter::Instance()->GetZANInterfaces().Add(m_pOutput);
+}
+
+QString Station::GetDeviceAddress() {
+    return StationCfg::GetStationAddress();
+}
+
+ZANCharacteristics& Station::GetCharacteristics() {
+    return ZANInformationCenter::Instance()->GetZANCharacteristics();
+}
+
+Station::~Station() {
+    m_overheadSynchronizer.reset();
+    // Who only asks a station leaves its settings as they are; a new one gets all of them, to be edited.
+    if (m_pOutput || m_device->IsFirst()) {
+        // Output and setup write all of their settings. What others changed since they were read stays.
+        const CfgWriteBack writeBack = CfgCenter::GetAppCfg(ICfg::View::Stations).BeginWriteBack();
+        ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
+        m_position.reset();
+        if (m_areSettingsUsable) {
+            m_setup.ReadFromValueTree({});
+            m_setup.WriteToCfg(GetDeviceAddress());
+        }
+    }
+    m_position.reset();
+    m_modifyTimes.reset();
+    ZANInformationCenter::Finalise();
+    ZANOptions::Finalise();
+    m_device.reset();
+    Tree& tree = *Tree::Instance();
+    tree.Remove(tree.GetNode(ZANPath::SERVER.toString()));
+}
+
+void Station::SetOverheadThreshold(double degrees) {
+    m_overheadParams.SetThreshold(static_cast<int>(std::lround(degrees * 10.0)), nullptr);
+    m_overheadParams.SetValid(true, nullptr);
+    KvZANCommon::OHPParamsPersistency(m_overheadParams).MakePersistent();
+}
+
+void Station::Process(BearingBlock& block) {
+    PublishPlatform(block);
+    const int mechOffset = GetMechOffset(block.status);
+    std::vector<bool> hasSignal; // before the filters take it
+    hasSignal.reserve(block.bearings.size());
+    for (const Bearing& bearing : block.bearings) {
+        hasSignal.push_back(bearing.quality > 0);
+    }
+    const bool isTilted = ApplyBlockFilters(block);
+    for (std::size_t i = 0; i < block.bearings.size(); ++i) {
+        const bool isMarked = block.bearings[i].marker != Bearing().marker;
+        ++m_counts.bearings;
+        if (hasSignal[i] && isTilted) {
+            ++m_counts.rejectedPitchRoll;
+        } else if (isMarked) {
+            ++m_counts.unusable;
+        } else if (!hasSignal[i]) {
+            ++m_counts.withoutSignal;
+        } // of the rest, the elevation decides
+        if (!isMarked) {
+            PublishBearing(block, block.bearings[i], mechOffset);
+        }
+    }
+}
+
+void Station::PublishPlatform(const BearingBlock& block) {
+    Publish(*m_pHeading, GetTrueHeading(block.status));
+    Publish(*m_pPitch, block.status.pitch);
+    Publish(*m_pRoll, block.status.roll);
+    Publish(*m_pAltitude, block.status.altitude);
+    m_position->SetMeasured(block.status.latitude, block.status.longitude, block.time);
+}
+
+std::optional<int> Station::GetTrueHeading(const KvZANCommon::StatusStruct& status) const {
+    if (!status.heading || !std::isfinite(*status.heading)) {
+        return {};
+    }
+    const int declination = status.magneticHeading ? m_pDeclination->GetValue() : 0;
+    return WithinCircle(ToTenths(*status.heading) + m_pHeadingOffset->GetValue() + declination);
+}
+
+/// Lets the filters that work on whole blocks mark the bearings. Whether the platform is tilted too far.
+bool Station::ApplyBlockFilters(BearingBlock& block) {
+    const auto count = static_cast<unsigned>(block.bearings.size());
+    const bool isTilted = m_pitchRollFilter.IsFilterConditionMet();
+    if (isTilted) {
+        m_pitchRollFilter.Apply(count, block.bearings.data());
+    } else {
+        m_pDataValid->SetValue(true, nullptr);
+        m_pDataStateInfo->SetValue({}, nullptr);
+    }
+    m_connectionSpeedFilter.Apply(count, block.bearings.data());
+    return isTilted;
+}
+
+void Station::PublishBearing(const BearingBlock& block, const Bearing& bearing, int mechOffset) {
+    BearingResult result = ToResult(block, bearing, mechOffset);
+    const qint16 quality = result.GetQuality();
+    m_overheadFilter.Apply(result);
+    if (quality > 0) {
+        ++(result.GetQuality() > 0 ? m_counts.published : m_counts.rejectedOverhead);
+    }
+    m_pAzimuth->SetValue(result, nullptr);
+}
+
+} // namespace ZANServer

@@ -1,0 +1,88 @@
+#include "connections/interruptibleinput.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+InterruptibleInput::~InterruptibleInput() {
+    InterruptibleInput::close();
+}
+
+bool InterruptibleInput::IsStream(const QString& name) {
+    const QFileInfo info(name);
+    return name == STANDARD_INPUT || (info.exists() && !info.isFile() && !info.isDir());
+}
+
+bool InterruptibleInput::Open(const QString& name) {
+    close();
+    // Without O_NONBLOCK opening a FIFO would wait for its writer, where nobody could interrupt it.
+    m_stream = name == STANDARD_INPUT ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                      : ::open(QFile::encodeName(name).constData(),
+                                               O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    m_interrupt = m_stream < 0 ? -1 : ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (m_interrupt < 0) {
+        const QString reason = qt_error_string(errno);
+        close();
+        setErrorString(reason);
+        return false;
+    }
+    ::flock(m_stream, LOCK_SH | LOCK_NB); // standard input may be a file: no output writes to it
+    return open(ReadOnly | Unbuffered);
+}
+
+void InterruptibleInput::close() {
+    QIODevice::close();
+    for (int* const descriptor : {&m_stream, &m_interrupt}) {
+        if (*descriptor >= 0) {
+            ::close(*descriptor);
+            *descriptor = -1;
+        }
+    }
+}
+
+void InterruptibleInput::Interrupt() const {
+    ::eventfd_write(m_interrupt, 1);
+}
+
+void InterruptibleInput::Resume() const {
+    eventfd_t count = 0;
+    ::eventfd_read(m_interrupt, &count);
+}
+
+bool InterruptibleInput::waitForReadyRead(int milliseconds) {
+    std::array<pollfd, 2> descriptors{{{m_stream, POLLIN, 0}, {m_interrupt, POLLIN, 0}}};
+    int count = 0;
+    do {
+        count = ::poll(descriptors.data(), descriptors.size(), milliseconds);
+    } while (count < 0 && errno == EINTR);
+    return count != 0;
+}
+
+qint64 InterruptibleInput::readData(char* data, qint64 size) {
+    for (;;) {
+        waitForReadyRead(-1);
+        pollfd interrupt{m_interrupt, POLLIN, 0};
+        if (::poll(&interrupt, 1, 0) != 0) {
+            return 0;
+        }
+        const ssize_t count = ::read(m_stream, data, static_cast<std::size_t>(size));
+        if (count >= 0) {
+            return count;
+        }
+        if (errno != EAGAIN && errno != EINTR) {
+            setErrorString(qt_error_string(errno));
+            return -1;
+        }
+    }
+}
+
+qint64 InterruptibleInput::writeData(const char* /*data*/, qint64 /*size*/) {
+    return -1;
+}
