@@ -1,8 +1,7 @@
 #pragma once
 
-#include "unsupporteddriver.h"
-
 #include <zancommon/ilegacydrivercallback.h>
+#include <zancommon/nulllegacydriver.h>
 
 #include <QString>
 
@@ -11,8 +10,11 @@
 #include <thread>
 
 /// A driver of the older kind whose device, "demo", measures three known bearings in two blocks.
-class ExampleDriver final : public UnsupportedDriver {
+class ExampleDriver final : public KvZANCommon::NullLegacyDriver {
 public:
+    static constexpr long OK = 0;
+    static constexpr long FAILED = -2;
+
     ExampleDriver() = default;
     ExampleDriver(const ExampleDriver&) = delete;
     ExampleDriver& operator=(const ExampleDriver&) = delete;

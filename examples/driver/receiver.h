@@ -1,6 +1,6 @@
 #pragma once
 
-#include <zancommon/idrivercallback.h>
+#include <zancommon/nulldrivercallback.h>
 
 #include <QObject>
 #include <QString>
@@ -17,7 +17,7 @@ struct Block {
 
 /// The application's callback: takes what the driver delivers, on whatever thread, and hands it to the
 /// functions below on the thread that this object lives on, in the same order.
-class Receiver final : public QObject, public KvZANCommon::IDriverCallback {
+class Receiver final : public QObject, public KvZANCommon::NullDriverCallback {
 public:
     // All are to be set before the driver is started.
     std::function<void(const Block&)> onBlock;
@@ -31,23 +31,4 @@ public:
     void CloseDataLink() override;
     void getOperateMode(EMode& mode) override { mode = EMODE_SCAN; }
     QString GetDevAddress() override { return QStringLiteral("demo"); }
-
-    // What this application has no use for.
-    void fillTDMABuffer(long, unsigned long long&, unsigned, unsigned, Bearing*,
-                        KvZANCommon::StatusStruct&) override {}
-    void fillFFMBuffer(const KvZANCommon::FFMData&, KvZANCommon::StatusStruct&, bool) override {}
-    void fillFFMSRBuffer(KvZANCommon::SuperResolutionStruct&, KvZANCommon::StatusStruct&) override {}
-    void fillSpectrumBuffer(const short*, int) override {}
-    void fillSRSpectrumBuffer(short*, int, unsigned long long&) override {}
-    void fillTestValuesBuffer(double*, unsigned short) override {}
-    void fillAudioBuffer(void*, unsigned) override {}
-    void fillAudioBufferTime(void*, unsigned) override {}
-    void fillAudioFormat(void*, unsigned) override {}
-    void fillAudioLevel(double) override {}
-    void fillGPSData(double, double, unsigned long long, bool, int, int) override {}
-    void InitSimulation(KvZANCommon::INITStruct&, unsigned, KvZANCommon::ChannelRangeStruct*) override {}
-    void setSearchFrequency(double) override {}
-    void ReportBITResult(KvZANCommon::ErrorStruct&) override {}
-    void SetEndOfScan(bool) override {}
-    void fillSyncTimestamp(long long) override {}
 };

@@ -4,7 +4,7 @@
 
 #include "zancommon/driverrecords.h"
 #include "zancommon/idriver.h"
-#include "zancommon/idrivercallback.h"
+#include "zancommon/nulldrivercallback.h"
 #include "zanserver/blockqueue.h"
 
 #include <QObject>
@@ -29,7 +29,7 @@ struct BearingBlock {
 /// Each block is copied once, where it crosses the threads. What is waiting is bounded in bytes: a driver
 /// that is faster than the station is held up until there is room, and a block larger than the bound is
 /// passed on in pieces. What a station without spectra, audio and simulation has no use for is dropped.
-class ZANSERVER_EXPORT DriverReceiver final : public QObject, public KvZANCommon::IDriverCallback {
+class ZANSERVER_EXPORT DriverReceiver final : public QObject, public KvZANCommon::NullDriverCallback {
     Q_OBJECT
 
 public:
@@ -55,23 +55,7 @@ public:
     void CloseDataLink() override;
     void SetCommandLog(QString& line) override;
     QString GetDevAddress() override { return m_deviceAddress; }
-
-    void fillFFMBuffer(const KvZANCommon::FFMData&, KvZANCommon::StatusStruct&, bool) override {}
-    void fillFFMSRBuffer(KvZANCommon::SuperResolutionStruct&, KvZANCommon::StatusStruct&) override {}
-    void fillSpectrumBuffer(const short*, int) override {}
-    void fillSRSpectrumBuffer(short*, int, unsigned long long&) override {}
-    void fillTestValuesBuffer(double*, unsigned short) override {}
-    void fillAudioBuffer(void*, unsigned) override {}
-    void fillAudioBufferTime(void*, unsigned) override {}
-    void fillAudioFormat(void*, unsigned) override {}
-    void fillAudioLevel(double) override {}
-    void fillGPSData(double, double, unsigned long long, bool, int, int) override {}
-    void InitSimulation(KvZANCommon::INITStruct&, unsigned, KvZANCommon::ChannelRangeStruct*) override {}
-    void setSearchFrequency(double) override {}
     void getOperateMode(EMode& mode) override { mode = EMODE_SCAN; }
-    void ReportBITResult(KvZANCommon::ErrorStruct&) override {}
-    void SetEndOfScan(bool) override {}
-    void fillSyncTimestamp(long long) override {}
 
 Q_SIGNALS:
     /// What has been waiting is passed on now, all of it, between these two.

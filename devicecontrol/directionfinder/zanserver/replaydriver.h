@@ -3,8 +3,8 @@
 #include "zanserver_export.h"
 
 #include "connections/interruptibleinput.h"
-#include "zancommon/ilegacydriver.h"
 #include "zancommon/ilegacydrivercallback.h"
+#include "zancommon/nulllegacydriver.h"
 #include "zanserver/recordingreader.h"
 
 #include <QString>
@@ -29,11 +29,10 @@ namespace ZANServer {
 /// and ends with `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data make
 /// one block. Lines that are no rows are reported through `reportError`, and the commands that the driver is
 /// given through `SetCommandLog`. What a recording cannot do answers `NOT_SUPPORTED`.
-class ZANSERVER_EXPORT ReplayDriver final : public KvZANCommon::ILegacyDriver {
+class ZANSERVER_EXPORT ReplayDriver final : public KvZANCommon::NullLegacyDriver {
 public:
     static constexpr long OK = 0;
-    static constexpr long FAILED = -1;
-    static constexpr long NOT_SUPPORTED = -2;
+    static constexpr long FAILED = -2;
     /// The pace that waits for nothing.
     static constexpr double AS_FAST_AS_POSSIBLE = 0.0;
 
@@ -55,73 +54,8 @@ public:
     long SetMode(EMode mode) override;
     long Reset() override { return OK; }
     long GetReadCount() override { return m_blockCount; }
-    void GetGPSBuffer(KvZANCommon::GPSStruct& buffer) override { buffer = {}; }
     long GetMaxChannelCount(EMode) override { return 1; }
     long DeleteAllChannels() override { return OK; }
-
-    long Calibrate(unsigned long) override { return NOT_SUPPORTED; }
-    long BIT(long&, bool, bool) override { return NOT_SUPPORTED; }
-    long SetTest(QString) override { return NOT_SUPPORTED; }
-    long SetRfAttenuator(unsigned long, long) override { return NOT_SUPPORTED; }
-    long SetFrequency(double) override { return NOT_SUPPORTED; }
-    long SetGainControl(KvZANCommon::GainControlStruct) override { return NOT_SUPPORTED; }
-    long SetFilterSettings(KvZANCommon::FilterSettingsStruct) override { return NOT_SUPPORTED; }
-    long SetFilterSettings(KvZANCommon::FreqRangeDefinition*) override { return NOT_SUPPORTED; }
-    long SetAverageTime(double) override { return NOT_SUPPORTED; }
-    long ResetAverage() override { return NOT_SUPPORTED; }
-    long AddFreqRange(KvZANCommon::FreqRangeDefinition*) override { return NOT_SUPPORTED; }
-    long SetGPSTimeUsage(bool) override { return NOT_SUPPORTED; }
-    long GetGPSTimeUsage(bool&) override { return NOT_SUPPORTED; }
-    long SetAntennaSetup(KvZANCommon::AntennaSetupStruct) override { return NOT_SUPPORTED; }
-    long SetConverterSetup(KvZANCommon::ConverterSetupStruct) override { return NOT_SUPPORTED; }
-    long ReadCompass(unsigned long, unsigned long&) override { return NOT_SUPPORTED; }
-    long SetAudioVolume(int) override { return NOT_SUPPORTED; }
-    long SetExternalReference(bool) override { return NOT_SUPPORTED; }
-    long SetHoldTime(int, int, int) override { return NOT_SUPPORTED; }
-    long SearchHold() override { return NOT_SUPPORTED; }
-    long SearchContinue(unsigned long) override { return NOT_SUPPORTED; }
-    long GetFrequency(double&) override { return NOT_SUPPORTED; }
-    long GetGainControl(KvZANCommon::GainControlStruct&) override { return NOT_SUPPORTED; }
-    long GetMeasureSettings(double&, KvZANCommon::DFSettingsStruct&,
-                            KvZANCommon::DEMSettingsStruct&) override {
-        return NOT_SUPPORTED;
-    }
-    long GetFilterSettings(KvZANCommon::FilterSettingsStruct&) override { return NOT_SUPPORTED; }
-    long GetAverageTime(double&) override { return NOT_SUPPORTED; }
-    long GetAntennaProperty(unsigned long, KvZANCommon::AntennaPropertyStruct&,
-                            KvZANCommon::AntennaSubRangeStruct&, int&) override {
-        return NOT_SUPPORTED;
-    }
-    long GetAntennaSetup(unsigned long, KvZANCommon::AntennaSetupStruct&) override { return NOT_SUPPORTED; }
-    long GetConverterProperty(unsigned long, KvZANCommon::ConverterSetupStruct&) override {
-        return NOT_SUPPORTED;
-    }
-    long GetConverterSetup(unsigned long, KvZANCommon::ConverterSetupStruct&) override {
-        return NOT_SUPPORTED;
-    }
-    long GetCompassProperty(unsigned long, KvZANCommon::CompassPropertyStruct&) override {
-        return NOT_SUPPORTED;
-    }
-    long AlterMeasureSetting(double, KvZANCommon::DFSettingsStruct, KvZANCommon::DEMSettingsStruct) override {
-        return NOT_SUPPORTED;
-    }
-    long AlterMeasureSetting(KvZANCommon::FreqRangeDefinition*) override { return NOT_SUPPORTED; }
-    long SetSkip(long, long, bool) override { return NOT_SUPPORTED; }
-    void SetSimulationScan(unsigned, unsigned, unsigned, int, int, unsigned,
-                           KvZANCommon::ChannelRangeStruct*) override {}
-    long SetSRNumOfEmitters(bool, long) override { return NOT_SUPPORTED; }
-    long SetScanAveraging(unsigned long) override { return NOT_SUPPORTED; }
-    long RequestHWStatus(QList<KvZANCommon::ComponentInfo*>*) override { return NOT_SUPPORTED; }
-    long GetSweepTime(long&) override { return NOT_SUPPORTED; }
-    long SetSyncTimes(unsigned long long&, long) override { return NOT_SUPPORTED; }
-    long GetZANTime(unsigned long long&) override { return NOT_SUPPORTED; }
-    long SetGSMSetting(double, KvZANCommon::FreqRangeDefinition*, KvZANCommon::GSMSettingsStruct&) override {
-        return NOT_SUPPORTED;
-    }
-    long FcbSynch() override { return NOT_SUPPORTED; }
-    void EnableTimeSync(bool) override {}
-    long SendCompassCommand(unsigned long, const QString&, QString&) override { return NOT_SUPPORTED; }
-    long SetCompassValue(unsigned long) override { return NOT_SUPPORTED; }
 
 private:
     void Start();
