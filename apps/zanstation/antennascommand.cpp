@@ -3,7 +3,6 @@
 #include "zanserver/station.h"
 #include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/table.h"
@@ -235,7 +234,9 @@ int CarryOut(const QStringList& actionAndArguments, bool asJson) {
 
 } // namespace
 
-int Commands::Antennas(const QStringList& arguments) {
+namespace Commands {
+
+int Antennas(const QStringList& arguments) {
     const QString actions = u"list|check|repair|enable NAME|disable NAME|range NAME LOW HIGH"_s;
     CommandLine line(u"antennas"_s,
                      u"Works on the antenna setup in the station's settings. Fails when the setup is not "
@@ -250,3 +251,5 @@ int Commands::Antennas(const QStringList& arguments) {
     }
     return line.WithStation([&line] { return CarryOut(line.Positional(), line.AsJson()); });
 }
+
+} // namespace Commands

@@ -4,7 +4,6 @@
 #include "zanserver/frequencytext.h"
 #include "zanserver/operationmodetext.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/table.h"
@@ -283,7 +282,9 @@ bool Print(const QString& tableName, bool asJson) {
 
 } // namespace
 
-int Commands::Catalogue(const QStringList& arguments) {
+namespace Commands {
+
+int Catalogue(const QStringList& arguments) {
     const QString tables = GetTableNames().join(u'|');
     CommandLine line(u"catalogue"_s, u"Prints a table of the device catalogue."_s,
                      {CommandLine::JsonOption()}, tables);
@@ -295,3 +296,5 @@ int Commands::Catalogue(const QStringList& arguments) {
     }
     return EXIT_OK;
 }
+
+} // namespace Commands

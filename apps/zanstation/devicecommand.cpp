@@ -10,7 +10,6 @@
 #include "zanserver/supportreason.h"
 #include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/table.h"
@@ -149,7 +148,9 @@ QJsonObject DescribeDevice(const ZANCharacteristics& characteristics) {
 
 } // namespace
 
-int Commands::Device(const QStringList& arguments) {
+namespace Commands {
+
+int Device(const QStringList& arguments) {
     CommandLine line(u"device"_s,
                      u"Prints what the station's device is: type, options, antennas and whether it supports "
                      "them, limits per mode, and where the converters change."_s,
@@ -167,3 +168,5 @@ int Commands::Device(const QStringList& arguments) {
         return EXIT_OK;
     });
 }
+
+} // namespace Commands

@@ -7,7 +7,6 @@
 #include "zanserver/station.h"
 #include "zanserver/stationcheck.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 
@@ -147,7 +146,9 @@ int GetExitCode(const std::vector<NamedFinding>& findings) {
 
 } // namespace
 
-int Commands::Doctor(const QStringList& arguments) {
+namespace Commands {
+
+int Doctor(const QStringList& arguments) {
     CommandLine line(u"doctor"_s, u"Tells what works on this machine. Fails when something is broken."_s,
                      {CommandLine::ComponentsOption(),
                       {u"recording"_s, u"Looks into this recording, too."_s, u"FILE"_s},
@@ -167,3 +168,5 @@ int Commands::Doctor(const QStringList& arguments) {
         return GetExitCode(findings);
     });
 }
+
+} // namespace Commands

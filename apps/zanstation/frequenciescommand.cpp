@@ -6,7 +6,6 @@
 #include "zanserver/frequencytext.h"
 #include "zanserver/plural.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/table.h"
@@ -218,7 +217,9 @@ int List(bool asJson) {
 
 } // namespace
 
-int Commands::Frequencies(const QStringList& arguments) {
+namespace Commands {
+
+int Frequencies(const QStringList& arguments) {
     const QString actions = u"import FILE|list"_s;
     CommandLine line(
         u"frequencies"_s,
@@ -240,3 +241,5 @@ int Commands::Frequencies(const QStringList& arguments) {
     }
     return CommandLine::Refuse(u"what shall be done? "_s + actions);
 }
+
+} // namespace Commands

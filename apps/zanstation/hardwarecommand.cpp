@@ -1,7 +1,6 @@
 #include "zancommon/hwstatustester.h"
 #include "zancommon/zanvaluenames.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/table.h"
@@ -68,7 +67,9 @@ int PrintHardware(bool asJson) {
 
 } // namespace
 
-int Commands::Hardware(const QStringList& arguments) {
+namespace Commands {
+
+int Hardware(const QStringList& arguments) {
     CommandLine line(u"hardware"_s,
                      u"Compares the components that the device reports with those that the settings require. "
                      "Fails when a required one is missing."_s,
@@ -78,3 +79,5 @@ int Commands::Hardware(const QStringList& arguments) {
     }
     return line.WithStation([&line] { return PrintHardware(line.AsJson()); });
 }
+
+} // namespace Commands

@@ -4,7 +4,6 @@
 #include "zancommon/zanvaluenames.h"
 #include "zanserver/station.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/signalwatcher.h"
@@ -50,7 +49,9 @@ int JoinHub(bool asReceiver, const QString& name) {
 
 } // namespace
 
-int Commands::Hub(const QStringList& arguments) {
+namespace Commands {
+
+int Hub(const QStringList& arguments) {
     const QString roles = u"receive|send"_s;
     CommandLine line(
         u"hub"_s, u"Joins the message hub through the installed client component, until it is interrupted."_s,
@@ -66,3 +67,5 @@ int Commands::Hub(const QStringList& arguments) {
     return line.WithStation(
         [&] { return JoinHub(role == u"receive", line.Text(u"name"_s).value_or(QString())); });
 }
+
+} // namespace Commands

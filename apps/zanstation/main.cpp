@@ -1,4 +1,3 @@
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/stationtrace.h"
@@ -18,6 +17,32 @@
 
 using namespace Qt::StringLiterals;
 
+// clang-format off
+// The commands of the program, in the order of its help: the function that is the command, its name, and what it does.
+// Each function is in the source of its name, with its options, its help and its work; it takes the program's name and
+// its own as the first argument, and returns the exit code.
+#define ZAN_COMMANDS(ROW) \
+    ROW(Device, u"device", u"prints what the station's device is and can do") \
+    ROW(Antennas, u"antennas", u"shows, checks, repairs and changes the antenna setup") \
+    ROW(Tune, u"tune", u"finds the nearest valid frequency or range, and what serves it") \
+    ROW(Catalogue, u"catalogue", u"prints a table of the device catalogue") \
+    ROW(Hardware, u"hardware", u"compares the device's components with those required") \
+    ROW(Run, u"run", u"replays a recording through driver, filters and outputs") \
+    ROW(Simulate, u"simulate", u"writes the recording of an emitter that passes the station") \
+    ROW(Frequencies, u"frequencies", u"imports and lists the traffic-control frequencies") \
+    ROW(Hub, u"hub", u"joins the message hub as a receiver or a sender") \
+    ROW(Doctor, u"doctor", u"tells what works on this machine") \
+    ROW(PrintTree, u"tree", u"prints the value tree after start-up")
+// clang-format on
+
+namespace Commands {
+
+#define ZAN_DECLARE_COMMAND(function, name, summary) int function(const QStringList& arguments);
+ZAN_COMMANDS(ZAN_DECLARE_COMMAND)
+#undef ZAN_DECLARE_COMMAND
+
+} // namespace Commands
+
 namespace {
 
 /// A command of the program.
@@ -27,20 +52,9 @@ struct Command {
     int (*run)(const QStringList& arguments) = nullptr;
 };
 
-/// In the order of the program's help.
-constexpr std::array<Command, 11> COMMANDS{{
-    {u"device", u"prints what the station's device is and can do", Commands::Device},
-    {u"antennas", u"shows, checks, repairs and changes the antenna setup", Commands::Antennas},
-    {u"tune", u"finds the nearest valid frequency or range, and what serves it", Commands::Tune},
-    {u"catalogue", u"prints a table of the device catalogue", Commands::Catalogue},
-    {u"hardware", u"compares the device's components with those required", Commands::Hardware},
-    {u"run", u"replays a recording through driver, filters and outputs", Commands::Run},
-    {u"simulate", u"writes the recording of an emitter that passes the station", Commands::Simulate},
-    {u"frequencies", u"imports and lists the traffic-control frequencies", Commands::Frequencies},
-    {u"hub", u"joins the message hub as a receiver or a sender", Commands::Hub},
-    {u"doctor", u"tells what works on this machine", Commands::Doctor},
-    {u"tree", u"prints the value tree after start-up", Commands::PrintTree},
-}};
+#define ZAN_COMMAND_ROW(function, name, summary) Command{name, summary, Commands::function},
+constexpr std::array COMMANDS{ZAN_COMMANDS(ZAN_COMMAND_ROW)};
+#undef ZAN_COMMAND_ROW
 
 QString GetUsage() {
     QString usage = u"Usage: zanstation COMMAND [OPTION...]\n"

@@ -9,7 +9,6 @@
 #include "zanserver/settingscheck.h"
 #include "zanserver/stationcheck.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/signalwatcher.h"
@@ -390,7 +389,9 @@ std::optional<double> ReadPace(const QString& text) {
 
 } // namespace
 
-int Commands::Run(const QStringList& arguments) {
+namespace Commands {
+
+int Run(const QStringList& arguments) {
     CommandLine line(
         u"run"_s,
         u"Replays a recording through driver, adapter, filters and outputs. What is not given here stays as "
@@ -461,3 +462,5 @@ int Commands::Run(const QStringList& arguments) {
     const int exitCode = RunCommand(options, signals).Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }
+
+} // namespace Commands

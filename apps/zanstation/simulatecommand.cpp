@@ -3,7 +3,6 @@
 #include "zanserver/passsimulator.h"
 #include "zanserver/recordingwriter.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 
@@ -32,7 +31,9 @@ bool WriteSimulation(quint64 seed, quint64 rowCount, const QString& fileName) {
     return isWritten;
 }
 
-int Commands::Simulate(const QStringList& arguments) {
+namespace Commands {
+
+int Simulate(const QStringList& arguments) {
     CommandLine line(
         u"simulate"_s, u"Writes the recording of an emitter that passes the station: one row a second."_s,
         {{u"seed"_s, u"Number that the noise is drawn from."_s, u"N"_s},
@@ -60,3 +61,5 @@ int Commands::Simulate(const QStringList& arguments) {
     return WriteSimulation(static_cast<quint64>(*seed), static_cast<quint64>(*rows), *fileName) ? EXIT_OK
                                                                                                 : EXIT_FAILED;
 }
+
+} // namespace Commands

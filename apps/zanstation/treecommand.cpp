@@ -1,13 +1,14 @@
 #include "valueframework/tree.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/exitcodes.h"
 
 #include <QTextStream>
 
 using namespace Qt::StringLiterals;
 
-int Commands::PrintTree(const QStringList& arguments) {
+namespace Commands {
+
+int PrintTree(const QStringList& arguments) {
     CommandLine line(
         u"tree"_s, u"Prints the value tree after start-up: path, type, value and number of observers."_s, {});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
@@ -19,3 +20,5 @@ int Commands::PrintTree(const QStringList& arguments) {
         return EXIT_OK;
     });
 }
+
+} // namespace Commands

@@ -4,7 +4,6 @@
 #include "zanserver/station.h"
 #include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
-#include "zanstation/commands.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 
@@ -319,7 +318,9 @@ std::optional<ZANCharacteristics::EAdjustMode> ReadAdjustMode(const QString& tex
 
 } // namespace
 
-int Commands::Tune(const QStringList& arguments) {
+namespace Commands {
+
+int Tune(const QStringList& arguments) {
     CommandLine line(
         u"tune"_s,
         u"Moves a frequency, or a range from --start to --stop, to the nearest valid one, and tells what was "
@@ -367,3 +368,5 @@ int Commands::Tune(const QStringList& arguments) {
     request.stop = stop.value_or(0.0);
     return line.WithStation([&] { return TuneTo(Station::GetCharacteristics(), request, line.AsJson()); });
 }
+
+} // namespace Commands
