@@ -24,17 +24,21 @@ foreach(
     bin/zanstation
     ${LIBDIR}/libzancommon.so
     ${LIBDIR}/libzanplatform.so
+    ${LIBDIR}/libzanserver.so
     ${LIBDIR}/cmake/ZANCommon/ZANCommonConfig.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonConfigVersion.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonTargets.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonBrokerTargets.cmake
     ${LIBDIR}/pkgconfig/zancommon.pc
     ${LIBDIR}/pkgconfig/zancommon-broker.pc
+    ${LIBDIR}/pkgconfig/zancommon-server.pc
     ${INCLUDEDIR}/zancommon/zancommon_export.h
     ${INCLUDEDIR}/zancommon/zanplatform_export.h
+    ${INCLUDEDIR}/zancommon/zanserver_export.h
     ${INCLUDEDIR}/zancommon/stddevicedefinition/stddevicedescriptors.def
     ${INCLUDEDIR}/zancommon/valueframework/tree.h
     ${INCLUDEDIR}/zancommon/zancommon/zancharacteristics.h
+    ${INCLUDEDIR}/zancommon/zanserver/station.h
     ${INCLUDEDIR}/zancommon/zancommon/zanserverorb.h
     ${MANDIR}/man1/zanstation.1
     ${DATADIR}/doc/libzancommon-dev/README.md
@@ -59,12 +63,13 @@ foreach(text ${texts})
     endforeach()
 endforeach()
 
-# The packages are of the version that the libraries have.
-file(STRINGS ${SOURCE}/debian/changelog change LIMIT_COUNT 1)
-string(FIND "${change}" "zancommon (${VERSION}-" at)
-if(NOT at EQUAL 0)
-    message(FATAL_ERROR "debian/changelog is of another version than ${VERSION}: ${change}")
-endif()
+# Two incompatible versions have different sonames.
+string(REGEX MATCH "^[0-9]+\\.[0-9]+" abi ${VERSION})
+foreach(library zanplatform zancommon zanserver)
+    if(NOT EXISTS ${PREFIX}/${LIBDIR}/lib${library}.so.${abi})
+        message(FATAL_ERROR "The soname of lib${library} does not end with ${abi}.")
+    endif()
+endforeach()
 
 run(${PREFIX}/bin/zanstation --version)
 if(NOT output STREQUAL "zanstation ${VERSION}\n")
