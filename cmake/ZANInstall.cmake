@@ -7,15 +7,17 @@ configure_package_config_file(
     cmake/ZANCommonConfig.cmake.in ${PROJECT_BINARY_DIR}/ZANCommonConfig.cmake
     INSTALL_DESTINATION ${ZAN_PACKAGE_DIR})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZANCommonConfigVersion.cmake
-                                 COMPATIBILITY SameMinorVersion)
+                                 COMPATIBILITY SameMinorVersion) # the ABI
 file(RELATIVE_PATH ZAN_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/zancommon.pc.in ${PROJECT_BINARY_DIR}/zancommon.pc @ONLY)
+configure_file(cmake/zancommon-server.pc.in ${PROJECT_BINARY_DIR}/zancommon-server.pc @ONLY)
 configure_file(cmake/zancommon-broker.pc.in ${PROJECT_BINARY_DIR}/zancommon-broker.pc @ONLY)
 
 install(EXPORT ZANCommonTargets NAMESPACE ZANCommon:: DESTINATION ${ZAN_PACKAGE_DIR})
 install(FILES ${PROJECT_BINARY_DIR}/ZANCommonConfig.cmake ${PROJECT_BINARY_DIR}/ZANCommonConfigVersion.cmake
         DESTINATION ${ZAN_PACKAGE_DIR})
-install(FILES ${PROJECT_BINARY_DIR}/zancommon.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/zancommon.pc ${PROJECT_BINARY_DIR}/zancommon-server.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(EXPORT ZANCommonBrokerTargets NAMESPACE ZANCommon:: DESTINATION ${ZAN_PACKAGE_DIR} COMPONENT broker)
 install(FILES ${PROJECT_BINARY_DIR}/zancommon-broker.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT broker)

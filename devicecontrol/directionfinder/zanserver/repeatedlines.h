@@ -1,7 +1,5 @@
 #pragma once
 
-#include "zanserver_export.h"
-
 #include <chrono>
 #include <cstddef>
 #include <map>
@@ -14,7 +12,7 @@ namespace ZANServer {
 /// minute, how often they came. Lines that differ in their numbers only (time, thread, port) are equal; a
 /// line of more than 1000 bytes is cut, and of lines that differ, 64 a minute are passed on and the others
 /// counted. One thread.
-class ZANSERVER_EXPORT RepeatedLines {
+class RepeatedLines {
 public:
     using Time = std::chrono::steady_clock::time_point;
 

@@ -11,6 +11,7 @@
 #include "zancommon/zanvaluenames.h"
 #include "zanserver/publish.h"
 #include "zanserver/settingscheck.h"
+#include "zanserver/valuelink.h"
 
 #include <algorithm>
 #include <cmath>
@@ -156,7 +157,8 @@ void Station::ReadOptions() {
 void Station::PublishSetup() {
     auto* const deviceTime = Tree::Instance()->Find<ValueString>(
         ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdCfgModifyTime.PathName());
-    m_modifyTimes.emplace(*deviceTime, *ServerValue<ValueString>(StdDeviceDefinition::g_vdSetupModifyTime));
+    m_modifyTimes = std::make_unique<ValueLink>(
+        *deviceTime, *ServerValue<ValueString>(StdDeviceDefinition::g_vdSetupModifyTime));
 
     m_setup.ReadFromValueTree({});
     m_setup.ReadFromCfg(GetDeviceAddress());

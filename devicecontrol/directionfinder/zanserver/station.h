@@ -14,14 +14,16 @@
 #include "zanserver/deviceconnection.h"
 #include "zanserver/driverreceiver.h"
 #include "zanserver/stationposition.h"
-#include "zanserver/valuelink.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 namespace ZANServer {
+
+class ValueLink;
 
 /// What has become of the bearings so far: each of them counts once, so that the five ways out add up to
 /// `bearings`.
@@ -106,7 +108,7 @@ private:
     QStringList m_warnings;
     bool m_areSettingsUsable = true;
     std::optional<DeviceConnection> m_device;
-    std::optional<ValueLink> m_modifyTimes; // of server and device
+    std::unique_ptr<ValueLink> m_modifyTimes; // of server and device
     ZANSetupData m_setup;
     std::optional<StationPosition> m_position;
     DFDataOutput* m_pOutput = nullptr; // owned through the list of outputs

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "zanserver_export.h"
-
 #include "kwbase/observable.h"
 #include "valueframework/valuebase.h"
 
@@ -10,7 +8,7 @@ namespace ZANServer {
 /// Keeps two values of one type equal: what is set in one of them is set in the other, and goes no further.
 /// For a value that stands in two places of the tree. The values outlive it; belongs to the thread of the
 /// tree.
-class ZANSERVER_EXPORT ValueLink final : public IObserver {
+class ValueLink final : public IObserver {
 public:
     ValueLink(ValueBase& first, ValueBase& second);
     ValueLink(const ValueLink&) = delete;
