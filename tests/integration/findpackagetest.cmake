@@ -27,7 +27,7 @@ endfunction()
 
 set(needsOmniOrb "ZANCommon's broker needs omniORB 4.2 or newer, as pkg-config knows it \
 (on Debian: libomniorb4-dev and pkg-config)")
-set(nothing "ZANCommon has no component \"nothing\"; there is: broker")
+set(nothing "ZANCommon has no component \"nothing\"; there are: server, broker")
 set(noComponent "-- look COMPONENTS nothing: ${nothing}\n--   nothing: ${nothing}\n\
 -- look OPTIONAL_COMPONENTS nothing: found\n--   nothing: ${nothing}\n-- look 9.9: \n")
 set(needsQt "ZANCommon could not be found because dependency Qt6 could not be found.")
@@ -35,7 +35,7 @@ file(REMOVE_RECURSE ${WORK})
 
 # omniORB is there.
 configure(
-    complete ${PREFIX} "-- look : found\n-- look COMPONENTS broker: found\n--   broker: found\n\
+    complete ${PREFIX} "-- look : found\n-- look COMPONENTS server: found\n--   server: found\n-- look COMPONENTS broker: found\n--   broker: found\n\
 -- look OPTIONAL_COMPONENTS broker: found\n--   broker: found\n${noComponent}")
 run(${CMAKE_COMMAND} --build ${WORK}/complete --target broker)
 set(ENV{ORBendPoint} giop:tcp:127.0.0.1:)
@@ -50,10 +50,10 @@ run(${WORK}/broker)
 # Dependencies of CMake's package are missing.
 configure(
     noqt ${PREFIX}
-    "-- look : ${needsQt}\n-- look COMPONENTS broker: ${needsQt}\n-- look OPTIONAL_COMPONENTS broker: ${needsQt}\n\
+    "-- look : ${needsQt}\n-- look COMPONENTS server: ${needsQt}\n-- look COMPONENTS broker: ${needsQt}\n-- look OPTIONAL_COMPONENTS broker: ${needsQt}\n\
 -- look COMPONENTS nothing: ${needsQt}\n-- look OPTIONAL_COMPONENTS nothing: ${needsQt}\n-- look 9.9: \n"
     -DCMAKE_DISABLE_FIND_PACKAGE_Qt6=ON)
-set(found "-- look : found\n-- look COMPONENTS broker: ${needsOmniOrb}\n--   broker: ${needsOmniOrb}\n\
+set(found "-- look : found\n-- look COMPONENTS server: found\n--   server: found\n-- look COMPONENTS broker: ${needsOmniOrb}\n--   broker: ${needsOmniOrb}\n\
 -- look OPTIONAL_COMPONENTS broker: found\n--   broker: ${needsOmniOrb}\n")
 configure(nopkgconfig ${PREFIX} "${found}${noComponent}" -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=ON)
 

@@ -9,7 +9,7 @@
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zansetupdata.h"
 #include "zanserver/plural.h"
-#include "zanstation/stationposition.h"
+#include "zanserver/stationposition.h"
 
 #include <QRegularExpression>
 #include <QSettings>

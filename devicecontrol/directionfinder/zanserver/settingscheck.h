@@ -17,7 +17,7 @@ ZANSERVER_EXPORT Findings CheckSettings(const QString& address);
 /// Warns of settings that can be used and still do not mean what they seem to: an antenna model, a DF method
 /// or a port of the hub that there is not, and a manual position that is not set.
 /// \param address of the station's device
-Findings CheckMeaning(const QString& address);
+ZANSERVER_EXPORT Findings CheckMeaning(const QString& address);
 
 /// Warns of the keys of the application's settings that nobody reads, with the nearest one that somebody
 /// does. \param directory of the settings
