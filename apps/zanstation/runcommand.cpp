@@ -249,8 +249,12 @@ void RunCommand::Interrupt(int signal) {
 }
 
 void RunCommand::OnError(const KvZANCommon::ErrorStruct& error) {
-    m_hasFailed = m_hasFailed || error.fatal;
-    Console::Warn(error.text);
+    if (error.fatal) {
+        m_hasFailed = true;
+        Console::Error(error.text);
+    } else {
+        Console::Warn(error.text);
+    }
 }
 
 void RunCommand::LogCommand(const QString& command) {
@@ -270,7 +274,7 @@ void RunCommand::ReportOutputProblem() {
         m_reportedProblem = problem;
         if (!problem.isEmpty()) {
             m_hasFailed = true;
-            Console::Warn(problem);
+            Console::Error(problem);
         }
     }
 }

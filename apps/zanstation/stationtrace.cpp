@@ -23,6 +23,10 @@ constexpr std::array<QStringView, 7> USUAL{
     u"The configuration directory \"",
 };
 
+/// Where the lines come from that tell what became of a settings file: what could not be saved, and what of
+/// it could not be read.
+constexpr QStringView SETTINGS_ORIGIN = u"tolmappstartup\\settingsfile(";
+
 /// The bandwidth that restricts nothing is a number of 309 digits, and cut off to an integer the least of
 /// them.
 QString NameAnyBandwidth(QString line) {
@@ -31,10 +35,17 @@ QString NameAnyBandwidth(QString line) {
         .replace("fRealtimeBw=-2147483648"_L1, "fRealtimeBw=any"_L1);
 }
 
-void ShowLine(const QString& line) {
+bool IsShown(const QString& line) {
+    if (line.startsWith(SETTINGS_ORIGIN)) {
+        return true; // that settings are lost is an error, which is told in any case
+    }
     const bool isUsual =
         std::ranges::any_of(USUAL, [&line](QStringView usual) { return line.contains(usual); });
-    if (!Console::IsQuiet() && (!isUsual || AppOptions::GetBoolean(u"Trace"_s, false))) {
+    return !Console::IsQuiet() && (!isUsual || AppOptions::GetBoolean(u"Trace"_s, false));
+}
+
+void ShowLine(const QString& line) {
+    if (IsShown(line)) {
         qInfo().noquote() << NameAnyBandwidth(line);
     }
 }

@@ -4,7 +4,8 @@
 namespace StationTrace {
 
 /// From now on shows trace lines on standard error, as far as they tell the user what the program does not
-/// say itself; all of them with the application option "Trace", none where the user wants it quiet.
+/// say itself; all of them with the application option "Trace". Where the user wants it quiet, only what is
+/// told of settings that could not be saved or read.
 void Show();
 
 } // namespace StationTrace
