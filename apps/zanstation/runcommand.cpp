@@ -1,5 +1,6 @@
 #include "zanstation/runcommand.h"
 
+#include "connections/outputfile.h"
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "tolmappstartup/directorylock.h"
@@ -50,9 +51,13 @@ QString GetOutputFile(const RunOptions& options) {
     return options.output.value_or(stored);
 }
 
-/// The files that the station has in the directory of its settings.
+/// The files that the station has in the directory of its settings, or will have there.
 QStringList FindOwnFiles(const QString& directory) {
-    QStringList files{directory + u"/Application.ini"_s, directory + u"/TrafficControl.ini"_s};
+    QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(Station::ADDRESS)};
+    for (const QString& settings :
+         {directory + u"/Application.ini"_s, directory + u"/TrafficControl.ini"_s}) {
+        files += {settings, settings + u".lock"_s, settings + u".saving"_s};
+    }
     for (const QString& place : {directory, directory + u"/ZANControl"_s}) {
         for (const QFileInfo& file :
              QDir(place).entryInfoList({u"*.ini*"_s, u"station.lock"_s, u"commandlog-*"_s}, QDir::Files)) {
@@ -150,6 +155,11 @@ bool RunCommand::CanBegin(const RunOptions& options) {
                 u"the output %1 would overwrite %2, which is the station's own"_s.arg(output, file));
             canBegin = false;
         }
+    }
+    const QString writer = output == STANDARD_STREAM ? QString() : OutputFile::FindWriter(output);
+    if (!writer.isEmpty()) {
+        Console::Error(u"the output %1 is in use by %2"_s.arg(output, writer));
+        canBegin = false;
     }
     return canBegin;
 }

@@ -39,8 +39,9 @@ public:
     /// \param signals made before, and to outlive what is done after the run
     RunCommand(RunOptions options, const SignalWatcher& signals);
 
-    /// Whether the run can begin: refuses, with messages, settings that cannot be used, and an output that
-    /// would overwrite the recording. Nothing is opened or written.
+    /// Whether the run can begin: refuses, with messages, settings that cannot be used, an output that would
+    /// overwrite the recording or a file of the station, and one that another process writes to. Nothing is
+    /// written.
     [[nodiscard]] static bool CanBegin(const RunOptions& options);
 
     /// Runs until the recording has ended or the program is interrupted; returns the exit code.

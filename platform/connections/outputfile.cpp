@@ -9,10 +9,13 @@
 #include <climits>
 #include <csignal>
 #include <fcntl.h>
+#include <filesystem>
 #include <optional>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -44,6 +47,27 @@ int CreateLocked(const QByteArray& name) {
     return -1;
 }
 
+/// The process that has locked a file, by the system's list of locks; 0 when that does not tell, as for a
+/// process of another container.
+int FindLocker(const struct stat& file) {
+    constexpr qint64 MOST_READ = qint64{1} << 20;
+    const QByteArray place = QString::asprintf("%02x:%02x:%llu", major(file.st_dev), minor(file.st_dev),
+                                               static_cast<unsigned long long>(file.st_ino))
+                                 .toLatin1();
+    QFile locks(QStringLiteral("/proc/locks"));
+    int process = 0;
+    if (locks.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : locks.read(MOST_READ).split('\n')) {
+            // 1: FLOCK  ADVISORY  WRITE 1234 fd:01:5678 0 EOF
+            const QList<QByteArray> words = line.simplified().split(' ');
+            if (words.size() > 5 && words[1] == "FLOCK" && words[5] == place) {
+                process = words[4].toInt();
+            }
+        }
+    }
+    return process;
+}
+
 std::optional<struct stat> Status(const QByteArray& name) {
     struct stat status {};
     return stat(name.constData(), &status) == 0 ? std::optional(status) : std::nullopt;
@@ -51,6 +75,19 @@ std::optional<struct stat> Status(const QByteArray& name) {
 
 bool IsSame(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+/// Where a file will stand that is made under a name, without links; nobody has made it yet.
+std::filesystem::path PlaceOf(const QString& name) {
+    constexpr int MOST_LINKS = 40;
+    QFileInfo file(name);
+    for (int i = 0; i < MOST_LINKS && file.isSymLink(); ++i) {
+        file.setFile(file.symLinkTarget());
+    }
+    const std::filesystem::path path(QFile::encodeName(file.absoluteFilePath()).toStdString());
+    std::error_code error;
+    const std::filesystem::path place = std::filesystem::weakly_canonical(path, error);
+    return error ? path.lexically_normal() : place;
 }
 
 bool IsNameOf(const struct stat& file, const QByteArray& name) {
@@ -235,5 +272,28 @@ bool OutputFile::HasName(const QString& name) const {
 bool OutputFile::IsSameFile(const QString& name, const QString& other) {
     const std::optional<struct stat> one = Status(SystemName(name));
     const std::optional<struct stat> two = Status(SystemName(other));
+    if (!one && !two) {
+        return !SystemName(name).isEmpty() && PlaceOf(name) == PlaceOf(other);
+    }
     return one && two && IsSame(*one, *two) && (S_ISREG(one->st_mode) || S_ISFIFO(one->st_mode));
+}
+
+QString OutputFile::FindWriter(const QString& name) {
+    const QByteArray systemName = SystemName(name);
+    const std::optional<struct stat> status = Status(systemName);
+    if (!status || !(S_ISREG(status->st_mode) || S_ISFIFO(status->st_mode))) {
+        return {};
+    }
+    // For reading: a reader of the FIFO would take the coming and going of a writer for the end.
+    const int descriptor = open(systemName.constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (descriptor < 0) {
+        return {};
+    }
+    const bool isLocked = flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    close(descriptor);
+    if (!isLocked) {
+        return {};
+    }
+    const int process = FindLocker(*status);
+    return process > 0 ? QStringLiteral("process %1").arg(process) : QStringLiteral("another process");
 }

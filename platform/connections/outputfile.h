@@ -24,9 +24,9 @@ public:
     ~OutputFile();
 
     /// Opens what stands at a name, in place of what was open. Waits for nothing. A file that may only be
-    /// read is locked, so that it can be moved away, but takes nothing. \return false on failure; `GetError`
-    /// then is ENOENT when nothing is there, EWOULDBLOCK when another one
-    ///         holds it open, ENXIO for a FIFO that nobody reads from, EINVAL for a name that is none
+    /// read is locked, so that it can be moved away, but takes nothing.
+    /// \return false on failure; `GetError` then is ENOENT when nothing is there, EWOULDBLOCK when
+    ///         another one holds it open, ENXIO for a FIFO that nobody reads from, EINVAL for what is no name
     bool OpenExisting(const QString& name);
     /// Does the same, and creates a file when nothing is there. Others find it locked from the beginning on
     /// (where the file system and /proc allow it).
@@ -53,9 +53,13 @@ public:
     /// Takes the last bytes that were written out of a regular file. False when that is not possible.
     bool TakeBack(std::size_t count);
 
-    /// Whether two names are those of one file or FIFO, also through links. False when one of them is not
-    /// there, and for devices.
+    /// Whether two names are those of one file or FIFO, also through links. Of two files that are not there
+    /// yet: whether they would be made at one place. False when only one of them is there, and for devices.
     [[nodiscard]] static bool IsSameFile(const QString& name, const QString& other);
+
+    /// Who has a file or a FIFO open as an output by now: "process 1234", or "another process" when the
+    /// system does not tell which. Empty when nobody has, and when that cannot be seen. Changes nothing.
+    [[nodiscard]] static QString FindWriter(const QString& name);
 
 private:
     bool Take(int descriptor);

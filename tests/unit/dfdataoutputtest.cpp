@@ -1020,6 +1020,14 @@ TEST_F(DFDataOutputTest, FileThatTheOutputWouldWriteToOrReplaceIsKnownBeforehand
     EXPECT_EQ(Contents(backup), "bearings");
 }
 
+TEST_F(DFDataOutputTest, FileThatIsNotThereYetIsTouchedByTheOutputThatWouldMakeIt) {
+    const QString recording = m_directory.filePath(u"recording.csv"_s);
+    EXPECT_TRUE(DFDataOutput::TouchesFile(recording, recording));
+    EXPECT_TRUE(DFDataOutput::TouchesFile(recording, recording + u".bak"_s));
+    EXPECT_FALSE(DFDataOutput::TouchesFile(recording + u".bak"_s, recording));
+    EXPECT_FALSE(QFileInfo::exists(recording));
+}
+
 TEST_F(DFDataOutputTest, SentencesOfABurstAreWrittenTogetherWhenTheOutermostEnds) {
     FillTree();
     DFDataOutput& output = MakeOutput(true, true);

@@ -20,6 +20,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <string>
 #include <unistd.h>
 
@@ -388,9 +389,66 @@ TEST_F(OutputFileTest, SameFileIsKnownUnderAllItsNames) {
     EXPECT_TRUE(OutputFile::IsSameFile(Name(u"fifo"_s), Name(u"fifo"_s)));
     EXPECT_FALSE(OutputFile::IsSameFile(file, Name(u"equal"_s)));
     EXPECT_FALSE(OutputFile::IsSameFile(file, Name(u"missing"_s)));
-    EXPECT_FALSE(OutputFile::IsSameFile(Name(u"missing"_s), Name(u"missing"_s)));
     EXPECT_FALSE(OutputFile::IsSameFile(QString(), QString()));
     EXPECT_FALSE(OutputFile::IsSameFile(u"/dev/null"_s, u"/dev/null"_s)); // nothing to destroy
+}
+
+TEST_F(OutputFileTest, FilesThatAreNotThereYetAreTheSameWhenTheyWouldBeMadeAtOnePlace) {
+    ASSERT_TRUE(QDir(m_directory.path()).mkdir(u"folder"_s));
+    ASSERT_TRUE(QFile::link(Name(u"folder"_s), Name(u"way"_s)));
+    ASSERT_TRUE(QFile::link(u"folder/file"_s, Name(u"dangling"_s)));
+    const QString file = Name(u"folder/file"_s);
+    for (const QString& name :
+         {u"folder/file"_s, u"way/file"_s, u"dangling"_s, u"folder/../folder//file"_s}) {
+        EXPECT_TRUE(OutputFile::IsSameFile(Name(name), file)) << name.toStdString();
+        EXPECT_TRUE(OutputFile::IsSameFile(file, Name(name))) << name.toStdString();
+    }
+    EXPECT_TRUE(OutputFile::IsSameFile(Name(u"way/new/file"_s), Name(u"folder/new/file"_s)));
+    for (const QString& name : {u"folder/File"_s, u"file"_s, u"folder/file/file"_s, u"folder"_s}) {
+        EXPECT_FALSE(OutputFile::IsSameFile(Name(name), file)) << name.toStdString();
+    }
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(Name(u"folder"_s)));
+    EXPECT_TRUE(OutputFile::IsSameFile(u"file"_s, file));
+    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_FALSE(QFile::exists(file));
+}
+
+TEST_F(OutputFileTest, WhoWritesToAFileOrAFifoIsKnownBeforeItIsOpened) {
+    Put(u"file"_s, "x");
+    Fifo fifo(Name(u"fifo"_s));
+    fifo.StartReading();
+    const QString self = u"process %1"_s.arg(getpid());
+    for (const QString& name : {Name(u"file"_s), Name(u"fifo"_s)}) {
+        EXPECT_EQ(OutputFile::FindWriter(name), QString());
+        OutputFile output;
+        ASSERT_TRUE(output.OpenExisting(name));
+        // The system's list does not name the files of every file system.
+        const QString writer = OutputFile::FindWriter(name);
+        EXPECT_TRUE(writer == self || writer == u"another process") << writer.toStdString();
+        output.Close();
+        EXPECT_EQ(OutputFile::FindWriter(name), QString());
+    }
+    OutputFile file;
+    ASSERT_TRUE(file.OpenExisting(Name(u"file"_s)));
+    {
+        const FewDescriptors none(0);
+        EXPECT_EQ(OutputFile::FindWriter(Name(u"file"_s)), QString()) << "it cannot be seen";
+    }
+    EXPECT_EQ(OutputFile::FindWriter(Name(u"missing"_s)), QString());
+    EXPECT_EQ(OutputFile::FindWriter(QString()), QString());
+    EXPECT_EQ(OutputFile::FindWriter(m_directory.path()), QString());
+    EXPECT_EQ(OutputFile::FindWriter(u"/dev/null"_s), QString());
+}
+
+TEST_F(OutputFileTest, ReaderOfAFifoDoesNotNoticeThatSomebodyAsksForItsWriter) {
+    const Fifo fifo(Name(u"fifo"_s));
+    const int reader = open(QFile::encodeName(Name(u"fifo"_s)).constData(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_EQ(OutputFile::FindWriter(Name(u"fifo"_s)), QString());
+    pollfd end{reader, POLLIN, 0};
+    EXPECT_EQ(poll(&end, 1, 0), 0) << "a writer that comes and goes is an end";
+    close(reader);
 }
 
 } // namespace

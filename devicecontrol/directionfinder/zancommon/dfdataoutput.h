@@ -90,7 +90,8 @@ public:
 
     /// Whether an output to a file of the first name would write to the file of the second name, or replace
     /// it with its previous one: both are the same, also through links, or the second is the first's backup.
-    /// The output file need not be there yet. Opens nothing.
+    /// Neither need be there yet: of two that are missing the places are compared at which they would be
+    /// made. Opens nothing.
     [[nodiscard]] static bool TouchesFile(const QString& outputFile, const QString& file);
 
     [[nodiscard]] Counters GetCounters() const;
