@@ -122,6 +122,13 @@ TEST_F(SettingsCheck, KeyThatASelectionDoesNotHaveIsToldWithThoseThatItHas) {
                            Refused(u"PreAmplifierHf"_s, u"perhaps"_s, u"is true or false"_s)}));
 }
 
+TEST_F(SettingsCheck, SettingWhoseValueHasNoDescriptorIsTriedLikeTheOthers) {
+    EXPECT_EQ(
+        Check(STATION + "UseJobSettings4FFM=maybe\n"),
+        QStringList{u"error: the setting \"UseJobSettings4FFM\" is \"maybe\"; allowed is true or false"_s});
+    EXPECT_EQ(Check(STATION + "UseJobSettings4FFM=true\nCalibrationSchedule=daily at 3\n"), QStringList());
+}
+
 TEST_F(SettingsCheck, OnlyTheStationOfTheDeviceIsLookedInto) {
     EXPECT_EQ(
         Check("[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=other\nPitchThreshold=95\n"),

@@ -49,10 +49,6 @@ const QString& TraceOrigin() {
     return origin;
 }
 
-QString PathBelowBase(const ZANSetupData::DataEntry& row) {
-    return row.descriptor ? row.descriptor->PathName() : u'/' + row.alternativeName;
-}
-
 /// Loads a snapshot. A setting that is no content of its value is told, and the snapshot stays as it is.
 void ReadSnapshot(const ICfg& cfg, const QString& key, ValueBase& value) {
     bool isLoaded = true;
@@ -82,6 +78,10 @@ void WriteSnapshot(ICfg& cfg, const QString& key, const ValueBase& value) {
 }
 
 } // namespace
+
+QString ZANSetupData::DataEntry::PathBelowBase() const {
+    return descriptor ? descriptor->PathName() : u'/' + alternativeName;
+}
 
 ZANSetupData::ZANSetupData(QString name, QString basePath)
     : m_name(std::move(name))
@@ -144,7 +144,7 @@ void ZANSetupData::PrintSetupTrace() const {
     };
     trace(u"KEY"_s, u"PATH"_s, u"VALUE"_s);
     for (const DataEntry& row : Rows(s_aDataEntries)) {
-        trace(row.key, PathBelowBase(row), row.value ? row.value->GetStringValue() : u"NULL"_s);
+        trace(row.key, row.PathBelowBase(), row.value ? row.value->GetStringValue() : u"NULL"_s);
     }
 }
 
@@ -154,5 +154,5 @@ std::span<const ZANSetupData::DataEntry> ZANSetupData::GetEntries() {
 
 ValueBase* ZANSetupData::FindValue(const QString& path, const DataEntry* row) const {
     const QString& base = path.isEmpty() ? m_basePath : path;
-    return base.isEmpty() ? nullptr : Tree::Instance()->GetValue(Tree::PathBelow(base, PathBelowBase(*row)));
+    return base.isEmpty() ? nullptr : Tree::Instance()->GetValue(Tree::PathBelow(base, row->PathBelowBase()));
 }

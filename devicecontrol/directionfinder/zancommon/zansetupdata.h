@@ -27,6 +27,9 @@ public:
         const ValueDescriptor* descriptor = nullptr;
         QString alternativeName;
         std::unique_ptr<ValueBase> value; ///< the snapshot, of the type of the tree's value
+
+        /// Where the value stands below the base path, with a slash in front.
+        [[nodiscard]] QString PathBelowBase() const;
     };
 
     /// \param name     kept only

@@ -233,7 +233,7 @@ void CheckSetup(const ICfg& station, Findings& findings) {
     StdDeviceDefinition::CreateBranch(StdDeviceDefinition::EBranch::SERVER, base);
     for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
         const QString text = TextOf(station, row.key);
-        ValueBase* const value = row.descriptor ? tree.GetValue(base + row.descriptor->PathName()) : nullptr;
+        ValueBase* const value = tree.GetValue(base + row.PathBelowBase());
         if (value && !text.isNull() && !Takes(*value, text)) {
             findings.push_back(Refused(row.key, text, DescribeAllowed(*value)));
         }

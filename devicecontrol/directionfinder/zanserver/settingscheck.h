@@ -20,7 +20,8 @@ ZANSERVER_EXPORT Findings CheckSettings(const QString& address);
 ZANSERVER_EXPORT Findings CheckMeaning(const QString& address);
 
 /// Warns of the keys of the application's settings that nobody reads, with the nearest one that somebody
-/// does. \param directory of the settings
+/// does.
+/// \param directory of the settings
 ZANSERVER_EXPORT Findings CheckKeys(const QString& directory);
 
 } // namespace ZANServer
