@@ -412,6 +412,51 @@ TEST_F(CommandLog, XmlThatTakesLongToReadIsWrittenAsItCame) {
     }
 }
 
+TEST_F(CommandLog, EqualsSignsCountAsAttributesOnlyWhereAttributesStand) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    const QByteArray signs = QByteArray("a=1;").repeated(300);
+    const QByteArray manyTags = QByteArray("<s a='1'/>").repeated(300);
+    for (const QByteArray& inside :
+         {"<r>" + signs + "</r>", "<r><![CDATA[<a '" + signs + "]]></r>",
+          "<r><!-- <a \"" + signs + " --></r>", "<r><?p <a it's " + signs + "?></r>",
+          "<r a=\"'" + signs + "\" b='\"" + signs + "'/>", "<r>" + manyTags + "</r>"}) {
+        EXPECT_TRUE(log.Add(QString::fromLatin1(XML + inside)));
+        EXPECT_TRUE(Read(LOG).endsWith(">\n\n"))
+            << "rendered, which ends the line: " << inside.left(20).data();
+    }
+    // Nothing before the tag hides its attributes.
+    QByteArray tag = "<r";
+    for (int i = 0; i < 300; ++i) {
+        tag += " a" + QByteArray::number(i) + "='>'";
+    }
+    tag += "/>";
+    for (const QByteArray& text :
+         {XML + tag, XML + "<!-- \"' -->" + tag, XML + "<?p \"' ?>" + tag, XML + "<o>\"'" + tag + "</o>",
+          XML + "<o><![CDATA[\"'<!--]]>" + tag + "</o>", XML + "<!--" + tag}) {
+        EXPECT_TRUE(log.Add(QString::fromLatin1(text)));
+        EXPECT_TRUE(Read(LOG).endsWith("\t" + text + "\n")) << text.left(60).toStdString();
+    }
+}
+
+TEST_F(CommandLog, XmlInAnEncodingThatIsNotLikeAsciiIsWrittenAsItCame) {
+    CommandProtocol log = MakeLog();
+    ASSERT_TRUE(log.Init());
+    const auto declared = [](const QByteArray& encoding) {
+        return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?><r><s/></r>";
+    };
+    for (const QByteArray encoding : {"UTF-8", "iso-8859-1", "US-ASCII"}) {
+        EXPECT_TRUE(log.Add(QString::fromLatin1(declared(encoding))));
+        EXPECT_TRUE(Read(LOG).endsWith("\n    <s/>\n</r>\n\n")) << encoding.data();
+    }
+    // Bytes of theirs that look like quotes or an equals sign are none, and the other way round.
+    for (const QByteArray encoding : {"UTF-7", "ISO-2022-JP"}) {
+        const QByteArray text = declared(encoding);
+        EXPECT_TRUE(log.Add(QString::fromLatin1(text)));
+        EXPECT_TRUE(Read(LOG).endsWith("\t" + text + "\n")) << encoding.data();
+    }
+}
+
 TEST_F(CommandLog, TextIsWrittenWithEightBitsACharacter) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());

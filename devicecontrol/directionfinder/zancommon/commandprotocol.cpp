@@ -11,6 +11,7 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
+#include <array>
 #include <tuple>
 #include <utility>
 
@@ -29,6 +30,48 @@ QString GetBackupDate() {
     return Tolm::DateTime(now).toString(u"yyyy-MM-dd_hh-mm-ss-"_s) + QString::number(now % MS_PER_SECOND);
 }
 
+/// Whether a tag of XML has more attributes than so many: equals signs outside quotes. Comments, CDATA
+/// sections and processing instructions hold no tags.
+bool HasTagOfMoreAttributes(QByteArrayView text, qsizetype most) {
+    static constexpr std::array<std::pair<QByteArrayView, QByteArrayView>, 3> WITHOUT_TAGS{
+        {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}}};
+    qsizetype i = 0;
+    while ((i = text.indexOf('<', i)) >= 0) {
+        const auto* const span =
+            std::find_if(WITHOUT_TAGS.begin(), WITHOUT_TAGS.end(),
+                         [rest = text.sliced(i)](const auto& each) { return rest.startsWith(each.first); });
+        if (span != WITHOUT_TAGS.end()) {
+            i = text.indexOf(span->second, i + span->first.size());
+            if (i < 0) {
+                return false; // it is not closed, and so no XML
+            }
+            continue;
+        }
+        char quote = 0;
+        qsizetype attributes = 0;
+        for (++i; i < text.size() && (quote != 0 || text[i] != '>'); ++i) {
+            const char c = text[i];
+            if (quote != 0) {
+                quote = c == quote ? 0 : quote;
+            } else if (c == '"' || c == '\'') {
+                quote = c;
+            } else if (c == '=' && ++attributes > most) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// Whether markup in an encoding has one byte a character, those of ASCII. None is declared: it is UTF-8.
+bool IsLikeAscii(QStringView encoding) {
+    static constexpr std::array<QStringView, 4> PREFIXES{u"UTF-8", u"US-ASCII", u"ISO-8859-", u"windows-"};
+    return encoding.isEmpty() ||
+           std::any_of(PREFIXES.begin(), PREFIXES.end(), [encoding](QStringView prefix) {
+               return encoding.startsWith(prefix, Qt::CaseInsensitive);
+           });
+}
+
 /// Whether XML may be read into a document and rendered: it is well-formed, and neither its depth (the
 /// document is built, written and destroyed recursively), nor what indentation makes of it, nor the time that
 /// reading takes (which grows with the square of an element's attributes) goes beyond what a log has use for.
@@ -41,12 +84,9 @@ bool IsRenderable(const QByteArray& text) {
     if (text.size() > (text.contains("<!DOCTYPE") ? MAX_BYTES_WITH_DECLARATIONS : MAX_BYTES)) {
         return false;
     }
-    qsizetype equalsSigns = 0; // since the last element began
-    for (const char c : text) {
-        equalsSigns = c == '<' ? 0 : equalsSigns + (c == '=' ? 1 : 0);
-        if (equalsSigns > MAX_ATTRIBUTES) {
-            return false;
-        }
+    // A NUL byte: characters of two bytes, or of four.
+    if (text.contains('\0') || HasTagOfMoreAttributes(text, MAX_ATTRIBUTES)) {
+        return false;
     }
     QXmlStreamReader reader(text);
     reader.setNamespaceProcessing(false);
@@ -54,6 +94,9 @@ bool IsRenderable(const QByteArray& text) {
     qsizetype renderedSize = text.size();
     while (!reader.atEnd()) {
         const QXmlStreamReader::TokenType token = reader.readNext();
+        if (token == QXmlStreamReader::StartDocument && !IsLikeAscii(reader.documentEncoding())) {
+            return false;
+        }
         if (token == QXmlStreamReader::EndElement) {
             --depth;
         }

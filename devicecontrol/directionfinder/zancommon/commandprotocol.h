@@ -29,9 +29,10 @@ public:
 /// who wants backups in their order sorts them by the time of their modification, not by name. Of all backups
 /// in the directory, of any device, the oldest is removed when there are 20. XML is written indented by four
 /// blanks a level; where it is nested more than 100 levels deep, larger than 256 KiB (1 KiB with a document
-/// type) or 1 MiB when indented, or has an element of more than 256 attributes, it is written as it came. The
-/// file is in ISO 8859-1, where other characters become "?", and an entry is in it when the operation
-/// returns. No operation throws; a failure returns false and leaves its text in `GetLastError`. One thread.
+/// type) or 1 MiB when indented, has a tag of more than 256 attributes, or declares an encoding in which a
+/// character of ASCII is not its own byte, it is written as it came. The file is in ISO 8859-1, where other
+/// characters become "?", and an entry is in it when the operation returns. No operation throws; a failure
+/// returns false and leaves its text in `GetLastError`. One thread.
 class ZANCOMMON_EXPORT CommandProtocol : public IMessageStore {
 public:
     /// The directory of the logs, relative to the current directory of the process.
