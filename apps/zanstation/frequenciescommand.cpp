@@ -14,7 +14,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
-#include <array>
+#include <cstddef>
 #include <map>
 #include <vector>
 
@@ -35,62 +35,24 @@ KvZANCommon::TCFrequencyListPersistency GetPersistency(ValueTrafficControlFreque
 }
 
 /// Names are the station's own addition to the entries of the list.
-const QString NAME_KEY = u"Name"_s;
-const QString ENTRY = u"TCFrequency_"_s;
+const QString NAME_KEY = u"/Name"_s;
 
 CfgPtr OpenStore() {
     return CfgPtr(CfgCenter::CreateCfg(STORE, ICfg::View::Outputs, {}));
 }
 
-CfgPtr OpenList(const CfgPtr& store) {
-    return CfgPtr(store ? store->GetSubCfg(u"TrafficControlFrequencies"_s) : nullptr);
-}
-
-/// Replaces the list and its names in the file, all at once: the names wait, for their entries are not
-/// released, until the list is saved.
+/// Replaces the list and its names in the file, all at once: the names wait, for the store is not released,
+/// until the list is saved.
 void Store(ValueTrafficControlFrequencyList* list, const std::vector<NamedChannel>& channels) {
     const CfgPtr store = OpenStore();
-    const CfgPtr section = OpenList(store);
-    if (!section) {
+    if (!store) {
         return;
     }
-    std::vector<CfgPtr> entries;
-    for (const NamedChannel& channel : channels) {
-        CfgPtr entry(section->GetSubCfg(ENTRY + QString::number(entries.size())));
-        if (entry) {
-            entry->SetString(NAME_KEY, channel.name);
-            entries.push_back(std::move(entry));
-        }
+    for (qint64 index = 0; const NamedChannel& channel : channels) {
+        store->SetString(KvZANCommon::TCFrequencyListPersistency::GetEntryName(index++) + NAME_KEY,
+                         channel.name);
     }
     GetPersistency(list).MakePersistent();
-}
-
-/// Whether the section holds an entry; one that does not is skipped when the list is restored.
-bool HoldsEntry(const ICfg& section) {
-    const std::array keys{u"ChannelID"_s, u"Frequency"_s, u"Alarm"_s};
-    return std::ranges::any_of(keys, [&section](const QString& key) {
-        return section.GetString(key, u"0"_s) == section.GetString(key, u"1"_s);
-    });
-}
-
-/// The names of the entries in the store, in their order; the first ones are those of the list.
-QStringList RestoreNames() {
-    std::map<qint64, QString> names;
-    const CfgPtr store = OpenStore();
-    if (const CfgPtr section = OpenList(store)) {
-        for (const QString& name : section->GetSubCfgNames()) {
-            const qint64 index = name.startsWith(ENTRY) ? name.sliced(ENTRY.size()).toLongLong() : -1;
-            const CfgPtr entry{section->GetSubCfg(name)};
-            if (name == ENTRY + QString::number(index) && index >= 0 && entry && HoldsEntry(*entry)) {
-                names[index] = entry->GetString(NAME_KEY, {});
-            }
-        }
-    }
-    QStringList inOrder;
-    for (const auto& [index, name] : names) {
-        inOrder.append(name);
-    }
-    return inOrder;
 }
 
 /// Warns of channel numbers that stand in several rows: nothing decides between those, the list holds them
@@ -115,10 +77,9 @@ void WarnOfRepeatedNumbers(const std::vector<NamedChannel>& channels) {
     }
 }
 
-/// Replaces the list by the channels of a CSV file, and reports the rows that were left out. A file without
-/// one row that can be used leaves the list alone. Returns the exit code.
-int Import(const QString& fileName, bool asJson) {
-    ChannelReader reader;
+/// Replaces the list by the channels of a CSV file. A file without one row that can be used leaves the list
+/// alone. Returns the exit code.
+int Import(const QString& fileName, ChannelReader& reader) {
     if (!reader.Read(fileName)) {
         Console::Error(reader.GetErrorText());
         return EXIT_FAILED;
@@ -141,39 +102,40 @@ int Import(const QString& fileName, bool asJson) {
         }
     }
     Store(list, channels);
+    return EXIT_OK;
+}
+
+/// What has been imported, and the rows that were left out.
+void TellImported(const ChannelReader& reader, bool asJson) {
+    const std::size_t count = reader.GetChannels().size();
     if (asJson) {
         Console::PrintJson(
-            QJsonDocument(QJsonObject{{u"imported"_s, static_cast<qint64>(channels.size())},
+            QJsonDocument(QJsonObject{{u"imported"_s, static_cast<qint64>(count)},
                                       {u"left_out"_s, QJsonArray::fromStringList(reader.GetBadRows())}}));
     } else {
-        Console::Tell(u"imported "_s + Plural(channels.size(), u"channel"_s) + u", left out "_s +
+        Console::Tell(u"imported "_s + Plural(count, u"channel"_s) + u", left out "_s +
                       Plural(static_cast<quint64>(reader.GetBadRows().size()), u"row"_s));
     }
-    return EXIT_OK;
 }
 
 /// Whether the list can be restored without losing anything: a count that is no number would get the
 /// default in its place, and is left for the operator to correct.
-bool CanRestore() {
-    const QString key = u"TCFrequencyCount"_s;
-    const CfgPtr store = OpenStore();
-    const CfgPtr section = OpenList(store);
-    return section &&
-           (section->GetString(key, {}).isNull() || section->GetInt(key, 0) == section->GetInt(key, 1));
+bool CanRestore(const ICfg& store) {
+    const QString key = u"TrafficControlFrequencies/TCFrequencyCount"_s;
+    return store.GetString(key, {}).isNull() || store.GetInt(key, 0) == store.GetInt(key, 1);
 }
 
 /// The list as it is stored.
 std::vector<NamedChannel> Restore() {
     ValueTrafficControlFrequencyList* const list = GetList();
-    if (CanRestore()) {
+    const CfgPtr store = OpenStore();
+    if (store && CanRestore(*store)) {
         GetPersistency(list).Restore();
     }
-    const auto& channels = list->GetElements();
-    const QStringList names = RestoreNames();
+    const QStringList entries = GetPersistency(list).GetEntryNames();
     std::vector<NamedChannel> named;
-    named.reserve(channels.size());
-    for (qsizetype index = 0; const TrafficControlFrequency& channel : channels) {
-        named.push_back({channel, names.value(index++)});
+    for (qsizetype index = 0; const TrafficControlFrequency& channel : list->GetElements()) {
+        named.push_back({channel, store->GetString(entries.value(index++) + NAME_KEY, {})});
     }
     return named;
 }
@@ -234,7 +196,12 @@ int Frequencies(const QStringList& arguments) {
         if (words.at(1).isEmpty()) {
             return CommandLine::Refuse(u"import names no file"_s);
         }
-        return line.WithStation([&] { return Import(words.at(1), line.AsJson()); });
+        ChannelReader reader;
+        const int exitCode = line.WithStation([&] { return Import(words.at(1), reader); });
+        if (exitCode == EXIT_OK) { // and so it is saved
+            TellImported(reader, line.AsJson());
+        }
+        return exitCode;
     }
     if (words == QStringList{u"list"_s}) {
         return line.WithStation([&line] { return List(line.AsJson()); });

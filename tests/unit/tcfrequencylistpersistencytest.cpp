@@ -240,6 +240,22 @@ TEST_F(TCFrequencyListPersistencyTest, EntriesComeInTheOrderOfTheirNumbersWhatev
     EXPECT_EQ(Restore(), (Entries{Entry(2, 0.0), Entry(10, 0.0)}));
 }
 
+TEST_F(TCFrequencyListPersistencyTest, EntriesAreNamedAsTheyAreRestored) {
+    const auto getNames = [] {
+        return TCFrequencyListPersistency(nullptr, u"Application"_s, VIEW).GetEntryNames();
+    };
+    settings.Write("");
+    EXPECT_EQ(getNames(), QStringList());
+    settings.Write("[TrafficControlFrequencies]\nTCFrequencyCount=11\n"
+                   "[TrafficControlFrequencies/TCFrequency_10]\nAlarm=1\n"
+                   "[TrafficControlFrequencies/TCFrequency_2]\nName=no key of an entry\n"
+                   "[TrafficControlFrequencies/TCFrequency_9]\nChannelID=1\n"
+                   "[TrafficControlFrequencies/TCFrequency_11]\nChannelID=1\n");
+    EXPECT_EQ(getNames(), (QStringList{u"TrafficControlFrequencies/TCFrequency_9"_s,
+                                       u"TrafficControlFrequencies/TCFrequency_10"_s}));
+    EXPECT_EQ(getNames().constFirst(), TCFrequencyListPersistency::GetEntryName(9));
+}
+
 TEST_F(TCFrequencyListPersistencyTest, UnreadableContentIsZeroAndReported) {
     struct Case {
         const char* text;

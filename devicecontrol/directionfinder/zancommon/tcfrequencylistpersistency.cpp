@@ -15,9 +15,11 @@ namespace KvZANCommon {
 
 namespace {
 
+constexpr QStringView LIST = u"TrafficControlFrequencies";
+
 /// The sub-configuration of the list in a store; null when it cannot be had.
 CfgPtr OpenList(const CfgPtr& store) {
-    return CfgPtr(store ? store->GetSubCfg(u"TrafficControlFrequencies"_s) : nullptr);
+    return CfgPtr(store ? store->GetSubCfg(LIST.toString()) : nullptr);
 }
 
 constexpr QStringView ENTRY = u"TCFrequency_";
@@ -26,27 +28,29 @@ CfgPtr OpenEntry(ICfg& list, qint64 index) {
     return CfgPtr(list.GetSubCfg(ENTRY.toString() + QString::number(index)));
 }
 
-/// The indices below a count that the list has sub-configurations for, in order.
-std::vector<qint64> GetStoredIndices(const ICfg& list, qint64 count) {
+bool IsStored(const ICfg& cfg, const QString& key) {
+    return cfg.GetString(key, u"A"_s) == cfg.GetString(key, u"B"_s);
+}
+
+/// Whether the list holds any key of an entry.
+bool IsEntry(ICfg& list, qint64 index) {
+    const CfgPtr entry = OpenEntry(list, index);
+    return entry && (IsStored(*entry, u"ChannelID"_s) || IsStored(*entry, u"Frequency"_s) ||
+                     IsStored(*entry, u"Alarm"_s));
+}
+
+/// The indices below a count that the list has entries for, in order.
+std::vector<qint64> GetStoredIndices(ICfg& list, qint64 count) {
     std::vector<qint64> indices;
     for (const QString& name : list.GetSubCfgNames()) {
         const QString number = name.startsWith(ENTRY) ? name.sliced(ENTRY.size()) : QString();
         const qint64 index = number.toLongLong();
-        if (number == QString::number(index) && index >= 0 && index < count) {
+        if (number == QString::number(index) && index >= 0 && index < count && IsEntry(list, index)) {
             indices.push_back(index);
         }
     }
     std::sort(indices.begin(), indices.end());
     return indices;
-}
-
-bool IsStored(const ICfg& cfg, const QString& key) {
-    return cfg.GetString(key, u"A"_s) == cfg.GetString(key, u"B"_s);
-}
-
-/// Whether a sub-configuration holds any key of an entry.
-bool IsEntry(const ICfg& entry) {
-    return IsStored(entry, u"ChannelID"_s) || IsStored(entry, u"Frequency"_s) || IsStored(entry, u"Alarm"_s);
 }
 
 /// A number that is too large for a channel number is none.
@@ -108,14 +112,28 @@ void TCFrequencyListPersistency::Restore() {
     m_pList->Clear(nullptr);
     for (const qint64 index : GetStoredIndices(*cfg, count)) {
         const CfgPtr section = OpenEntry(*cfg, index);
-        if (section && IsEntry(*section)) {
-            TrafficControlFrequency entry;
-            entry.SetChannelID(ReadChannelID(*section));
-            entry.SetFrequency(static_cast<double>(section->GetInt(u"Frequency"_s, 0)));
-            entry.SetIsAlarmChannel(section->GetBool(u"Alarm"_s, false));
-            m_pList->PushBack(entry, nullptr);
+        TrafficControlFrequency entry;
+        entry.SetChannelID(ReadChannelID(*section));
+        entry.SetFrequency(static_cast<double>(section->GetInt(u"Frequency"_s, 0)));
+        entry.SetIsAlarmChannel(section->GetBool(u"Alarm"_s, false));
+        m_pList->PushBack(entry, nullptr);
+    }
+}
+
+QString TCFrequencyListPersistency::GetEntryName(qint64 index) {
+    return LIST.toString() + u'/' + ENTRY.toString() + QString::number(index);
+}
+
+QStringList TCFrequencyListPersistency::GetEntryNames() const {
+    const CfgPtr store(CfgCenter::CreateCfg(m_name, m_view, {}));
+    const CfgPtr cfg = OpenList(store);
+    QStringList names;
+    if (cfg) {
+        for (const qint64 index : GetStoredIndices(*cfg, cfg->GetInt(u"TCFrequencyCount"_s, 0))) {
+            names.append(GetEntryName(index));
         }
     }
+    return names;
 }
 
 } // namespace KvZANCommon

@@ -5,6 +5,8 @@
 #include "zancommon_export.h"
 
 #include <QString>
+#include <QStringList>
+#include <QtGlobal>
 
 namespace KvZANCommon {
 
@@ -29,6 +31,12 @@ public:
     /// left out; of one that has some, the others are 0. A channel number that no `int` holds is 0, and
     /// traced. Nothing when the file cannot be had.
     void Restore();
+
+    /// The whole name of the sub-configuration of an entry in the settings file, under which applications
+    /// keep keys of their own: "TrafficControlFrequencies/TCFrequency_0" is that of the first one.
+    [[nodiscard]] static QString GetEntryName(qint64 index);
+    /// The whole names of the entries that `Restore` takes over, in their order.
+    [[nodiscard]] QStringList GetEntryNames() const;
 
 private:
     ObservablePtr<ValueTrafficControlFrequencyList> m_pList;
