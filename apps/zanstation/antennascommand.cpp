@@ -1,3 +1,4 @@
+#include "tolmappstartup/cfgcenter.h"
 #include "zancommon/antennadatalist.h"
 #include "zanserver/frequencytext.h"
 #include "zanserver/station.h"
@@ -180,7 +181,9 @@ private:
                                                      {u"repaired"_s, m_changes}}));
     }
 
+    /// All of the setup is written. What others changed since it was read stays.
     void Save() {
+        const CfgWriteBack writeBack = CfgCenter::GetAppCfg(ICfg::View::Stations).BeginWriteBack();
         m_list.SortAntennasByFrequencyRanges();
         m_list.WriteAntennaSetupToCfg(m_address);
     }

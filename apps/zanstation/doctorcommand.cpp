@@ -1,3 +1,4 @@
+#include "connections/interruptibleinput.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "zanserver/broker.h"
 #include "zanserver/finding.h"
@@ -156,10 +157,15 @@ int Doctor(const QStringList& arguments) {
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
+    const std::optional<QString> recording = line.Text(u"recording"_s);
+    if (recording && InterruptibleInput::IsStream(*recording)) {
+        return CommandLine::Refuse(
+            u"--recording takes a file here, not a stream, whose bearings would be gone then: '%1'"_s.arg(
+                *recording));
+    }
     line.TakeComponentDirectory();
-    return line.WithStation([&line] {
-        const std::vector<NamedFinding> findings =
-            Examine(line.GetConfigDirectory(), line.Text(u"recording"_s));
+    return line.WithStation([&] {
+        const std::vector<NamedFinding> findings = Examine(line.GetConfigDirectory(), recording);
         if (line.AsJson()) {
             PrintAsJson(findings);
         } else {

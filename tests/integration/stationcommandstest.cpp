@@ -9,14 +9,18 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLockFile>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
 #include <QThread>
 
 #include <csignal>
+#include <poll.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -419,6 +423,26 @@ TEST_F(StationCommands, SecondStationOnTheSettingsIsRefusedAndTheOtherCommandsAr
     EXPECT_EQ(RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s})).exitCode, 0);
 }
 
+TEST_F(StationCommands, SecondStationOnTheOutputIsRefusedAndTouchesNothing) {
+    QProcess first;
+    first.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
+    AwaitSentence(first, Path(u"out"_s));
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    const StationResult second =
+        RunStation({u"run"_s, u"--speed"_s, u"max"_s, u"--recording"_s, Path(u"recording.csv"_s),
+                    u"--config"_s, Path(u"other"_s), u"--output"_s, Path(u"out"_s), u"--quiet"_s});
+    EXPECT_EQ(second.exitCode, 1);
+    const QString inUse = u"zanstation: the output %1 is in use by "_s.arg(Path(u"out"_s));
+    EXPECT_TRUE(second.err == inUse + u"process %1\n"_s.arg(first.processId()) ||
+                second.err == inUse + u"another process\n"_s) // where the system does not tell
+        << second.err.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"out"_s)), sentences);
+    EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
+    EXPECT_FALSE(QFile::exists(Path(u"other/Application.ini"_s))) << "nothing was opened";
+    first.kill();
+    ASSERT_TRUE(first.waitForFinished(PATIENCE_MS));
+}
+
 TEST_F(StationCommands, LockWithoutTheNumberOfItsProcessRefusesTheSecondAllTheSame) {
     Run(u"device"_s);
     QFile file(Config() + u"/station.lock"_s);
@@ -489,6 +513,89 @@ TEST_F(StationCommands, QuietRunTellsErrorsOnly) {
     EXPECT_EQ(failing.exitCode, 1);
     EXPECT_TRUE(failing.err.contains(u"missing.csv"_s)) << failing.err.toStdString();
     EXPECT_FALSE(Run(u"device --quiet"_s).out.isEmpty()) << "what was asked for is printed";
+}
+
+TEST_F(StationCommands, QuietCommandTellsWhyItFails) {
+    QStringList run = Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s, u"--quiet"_s});
+    for (const QString& output : {Path(u"no/such/directory/out"_s), u"/dev/full"_s}) {
+        run.replace(run.indexOf(u"--output"_s) + 1, output);
+        const StationResult result = RunStation(run);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(result.err.startsWith(u"zanstation: "_s) && result.err.contains(output))
+            << result.err.toStdString();
+        EXPECT_EQ(result.err.count(u'\n'), 1) << result.err.toStdString();
+    }
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION), {u"run"_s, u"--recording"_s, u"-"_s, u"--config"_s, Config(),
+                                                u"--output"_s, u""_s, u"--quiet"_s});
+    process.write("bad\n");
+    process.closeWriteChannel();
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_EQ(process.readAllStandardError().count('\n'), 1) << "the header that is none";
+}
+
+TEST_F(StationCommands, SettingsThatCannotBeSavedOrReadAreToldQuietlyToo) {
+    WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\n");
+    const QString import = u"frequencies import "_s + Path(u"channels.csv"_s);
+    ASSERT_EQ(Run(u"device"_s).exitCode, 0);
+    ASSERT_TRUE(QDir(Config()).mkdir(u"TrafficControl.ini"_s));
+    const StationResult unsaved = Run(import + u" --quiet"_s);
+    EXPECT_EQ(unsaved.exitCode, 1);
+    EXPECT_TRUE(unsaved.err.contains(u"TrafficControl.ini"_s)) << unsaved.err.toStdString();
+
+    const QString settings = Config() + u"/Application.ini"_s;
+    WriteFile(settings, "nonsense\n" + ReadFile(settings));
+    const StationResult damaged = Run(u"antennas check --quiet"_s);
+    EXPECT_EQ(damaged.exitCode, 0);
+    EXPECT_TRUE(damaged.err.contains(settings + u".damaged-1"_s)) << damaged.err.toStdString();
+}
+
+TEST_F(StationCommands, ImportIsToldOnlyWhenItIsSaved) {
+    WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\n");
+    const QString import = u"frequencies import "_s + Path(u"channels.csv"_s);
+    EXPECT_EQ(Run(import).out, u"imported 1 channels, left out 0 rows\n"_s);
+    ASSERT_TRUE(QFile::remove(Config() + u"/TrafficControl.ini"_s) &&
+                QDir(Config()).mkdir(u"TrafficControl.ini"_s));
+    for (const QString& format : {QString(), u" --json"_s}) {
+        const StationResult result = Run(import + format);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.out, QString());
+    }
+}
+
+TEST_F(StationCommands, DoctorLooksIntoNoStream) {
+    const QString fifo = Path(u"fifo"_s);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    for (const QString& stream : {fifo, u"-"_s, u"/dev/null"_s}) {
+        const StationResult result = Run(u"doctor --recording "_s + stream);
+        EXPECT_EQ(result.exitCode, 2) << stream.toStdString();
+        EXPECT_TRUE(result.err.contains(u"not a stream"_s) && result.err.contains(u'\'' + stream + u'\''))
+            << result.err.toStdString();
+    }
+    EXPECT_TRUE(Run(u"doctor --recording "_s + Path(u"missing.csv"_s)).out.contains(u"missing.csv"_s));
+}
+
+TEST_F(StationCommands, AntennasThatOthersChangeMeanwhileStayAsTheyAreThen) {
+    ASSERT_EQ(Run(u"antennas check"_s).exitCode, 0);
+    const QString settings = Config() + u"/Application.ini"_s;
+    QLockFile lock(settings + u".lock"_s);
+    ASSERT_TRUE(lock.tryLock(0));
+    const int watch = ::inotify_init1(IN_CLOEXEC);
+    ASSERT_GE(::inotify_add_watch(watch, QFile::encodeName(settings + u".lock"_s).constData(), IN_OPEN), 0);
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION),
+                  {u"antennas"_s, u"range"_s, u"PX106"_s, u"40M"_s, u"1.3G"_s, u"--config"_s, Config()});
+    // Whoever asks for the lock has read the settings, and writes them when he has it.
+    pollfd asked{watch, POLLIN, 0};
+    ASSERT_EQ(::poll(&asked, 1, PATIENCE_MS), 1);
+    WriteFile(settings, ReadFile(settings).replace("MinRange=300000.000", "MinRange=400000.000"));
+    lock.unlock();
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    const QByteArray saved = ReadFile(settings);
+    EXPECT_TRUE(saved.contains("MinRange=400000.000")) << saved.toStdString();
+    EXPECT_TRUE(saved.contains("MinRange=40000000.000")) << saved.toStdString();
+    ::close(watch);
 }
 
 TEST_F(StationCommands, NormalRunPrintsNoTraceOfDoingWell) {
