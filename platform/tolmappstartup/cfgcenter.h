@@ -11,9 +11,11 @@
 /// Settings files are readable text in the manner of INI files, in one directory: `[section/subsection]`
 /// headers, `[General]` for keys without a section, `key=value` lines, UTF-8. A value reads as the text that
 /// stands there, whatever commas, semicolons or backslashes it holds; only a value enclosed in double quotes
-/// is unescaped. Lines that begin with ";" or "#" are comments; they are not kept when the program writes the
-/// file. QSettings reads what is written to the letter, and what it writes is read; so it is with Python's
-/// configparser (docs/configuration.md).
+/// is unescaped. One exception: a file in which every line is as QSettings writes it is read as QSettings
+/// reads it, also when a person wrote it; then "C:\temp" without quotes holds a tab. Lines that begin with
+/// ";" or "#" are comments; they are not kept when the program writes the file. QSettings reads what is
+/// written to the letter, and what it writes is read; so it is with Python's configparser
+/// (docs/configuration.md).
 ///
 /// A file is replaced as a whole or not at all, and several processes may write one at the same time: each
 /// changes the keys that it has set in what stands in the file by then. A damaged file is kept beside as

@@ -67,6 +67,11 @@ public:
     /// was set is saved and the file unlocked. A key that was set to what this process was given for it last,
     /// or set it to last, keeps what is in the file by now; one that is not in the file is written in any
     /// case. What is committed meanwhile is saved at the end. To be short, for others wait. May be nested.
+    /// When the lock is not to be had within a second, the keys are compared all the same, with the file as
+    /// it is when the values are saved, which is tried as ever (`CommitKey`). `CfgCenter::Close` saves
+    /// nothing of the file while a write-back lasts, and returns false when there was something; the end of
+    /// the write-back saves it. A store that lives in memory has nothing to lock or compare: there each value
+    /// counts.
     [[nodiscard]] virtual CfgWriteBack BeginWriteBack() = 0;
 
 protected:
