@@ -753,6 +753,17 @@ TEST_F(CfgCenterTest, WritingBackLeavesAFileThatLivesInMemoryAsItIs) {
     EXPECT_EQ(App().GetInt(u"Key"_s, 0), 1);
 }
 
+TEST_F(CfgCenterTest, CloseWhileWritingBackLeavesTheFileToTheEndOfThat) {
+    Open();
+    {
+        const CfgWriteBack writeBack = App().BeginWriteBack();
+        App().SetInt(u"Key"_s, 1);
+        EXPECT_FALSE(CfgCenter::Close());
+        EXPECT_FALSE(QFile::exists(Path()));
+    }
+    EXPECT_EQ(ReadFile(), "[General]\nKey=1\n");
+}
+
 // ---- Locks
 // ---------------------------------------------------------------------------------------------------
 

@@ -52,7 +52,9 @@ bool HasTagOfMoreAttributes(QByteArrayView text, qsizetype most) {
         for (++i; i < text.size() && (quote != 0 || text[i] != '>'); ++i) {
             const char c = text[i];
             if (quote != 0) {
-                quote = c == quote ? 0 : quote;
+                if (c == quote) {
+                    quote = 0;
+                }
             } else if (c == '"' || c == '\'') {
                 quote = c;
             } else if (c == '=' && ++attributes > most) {
