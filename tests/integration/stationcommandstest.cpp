@@ -554,7 +554,7 @@ TEST_F(StationCommands, SettingsThatCannotBeSavedOrReadAreToldQuietlyToo) {
 TEST_F(StationCommands, ImportIsToldOnlyWhenItIsSaved) {
     WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\n");
     const QString import = u"frequencies import "_s + Path(u"channels.csv"_s);
-    EXPECT_EQ(Run(import).out, u"imported 1 channels, left out 0 rows\n"_s);
+    EXPECT_EQ(Run(import).out, u"imported 1 channel, left out 0 rows\n"_s);
     ASSERT_TRUE(QFile::remove(Config() + u"/TrafficControl.ini"_s) &&
                 QDir(Config()).mkdir(u"TrafficControl.ini"_s));
     for (const QString& format : {QString(), u" --json"_s}) {

@@ -337,7 +337,7 @@ TEST_F(Station, OutputThatIsRemovedOrMovedWhileItIsWrittenIsToldAndBegunAnew) {
     process.write(QByteArray(HEADER) + "1000,121500000,10.0,,90,,,,,,,\n");
     AwaitSentences(process, 1);
     ASSERT_TRUE(QFile::rename(Path(u"out"_s), Path(u"out.1"_s)));
-    QByteArray told = ToldUntil(process, "warning: " + gone);
+    QByteArray told = ToldUntil(process, "zanstation: " + gone);
     process.write("2000,121500000,20.0,,90,,,,,,,\n");
     AwaitSentences(process, 1);
     EXPECT_TRUE(ReadFile(Path(u"out.1"_s)).startsWith("$PLG, 10.0"));
@@ -346,7 +346,7 @@ TEST_F(Station, OutputThatIsRemovedOrMovedWhileItIsWrittenIsToldAndBegunAnew) {
     process.closeWriteChannel();
     ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
     told += process.readAllStandardError();
-    EXPECT_EQ(told.count("zanstation: warning: " + gone), 1) << told.toStdString();
+    EXPECT_EQ(told.count("zanstation: " + gone), 1) << told.toStdString();
     EXPECT_EQ(process.exitCode(), 1);
 }
 
@@ -366,7 +366,7 @@ TEST_F(Station, RecordingThatTakesThePlaceOfTheOutputIsLeftAlone) {
         ASSERT_TRUE(QFile::remove(Path(u"out"_s)) && QFile::link(recording, Path(u"out"_s)));
         const QByteArray refused = "Could not open file " + Path(u"out"_s).toUtf8() +
                                    ": another output writes to it, or it is read as a recording";
-        EXPECT_TRUE(ToldUntil(process, "warning: " + refused).contains("warning: " + refused));
+        EXPECT_TRUE(ToldUntil(process, "zanstation: " + refused).contains("zanstation: " + refused));
         process.terminate();
         EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
         EXPECT_EQ(ReadFile(recording), content);
