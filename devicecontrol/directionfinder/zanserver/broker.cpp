@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace ZANServer {
+namespace ZANServer::Broker {
 
 namespace {
 
@@ -41,8 +41,6 @@ void WriteLogLine(const char* line) {
 
 } // namespace
 
-namespace Broker {
-
 void Make() {
     SetDefault(ENDPOINT, "giop:tcp:127.0.0.1:");
     SetDefault(IDLE_SECONDS, "60");
@@ -72,6 +70,4 @@ Finding Check() {
     return finding;
 }
 
-} // namespace Broker
-
-} // namespace ZANServer
+} // namespace ZANServer::Broker

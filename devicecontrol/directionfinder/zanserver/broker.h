@@ -4,10 +4,8 @@
 
 #include "zanserver/finding.h"
 
-namespace ZANServer {
-
 /// The broker as this program uses it.
-namespace Broker {
+namespace ZANServer::Broker {
 
 /// Makes the broker. Unless the environment or a configuration file of omniORB says otherwise, its endpoint
 /// is bound to the loopback interface, and a connection on which nothing has come for a minute is closed.
@@ -18,6 +16,4 @@ ZANSERVER_EXPORT void Release();
 /// Whether the broker can be made here. Makes it and releases it again.
 ZANSERVER_EXPORT Finding Check();
 
-} // namespace Broker
-
-} // namespace ZANServer
+} // namespace ZANServer::Broker

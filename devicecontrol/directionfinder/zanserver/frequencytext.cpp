@@ -5,7 +5,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace ZANServer {
+namespace ZANServer::FrequencyText {
 
 namespace {
 
@@ -24,8 +24,6 @@ constexpr std::array<Unit, 4> UNITS{{
 }};
 
 } // namespace
-
-namespace FrequencyText {
 
 std::optional<double> Parse(const QString& text) {
     QStringView number = QStringView(text).trimmed();
@@ -57,6 +55,4 @@ QString FormatRange(double low, double high) {
     return Format(low) + u" - "_s + Format(high);
 }
 
-} // namespace FrequencyText
-
-} // namespace ZANServer
+} // namespace ZANServer::FrequencyText

@@ -6,10 +6,8 @@
 
 #include <optional>
 
-namespace ZANServer {
-
 /// Frequencies and bandwidths as people write them.
-namespace FrequencyText {
+namespace ZANServer::FrequencyText {
 
 /// The frequency in Hz of a text such as "145.5M", "145.5 MHz", "300k", "1e6" or "9000 Hz": a number from 0
 /// on, and a unit (Hz, kHz, MHz, GHz; in any case, and without "Hz" too). Nothing for any other text.
@@ -21,6 +19,4 @@ ZANSERVER_EXPORT QString Format(double frequency);
 /// "300 kHz - 30 MHz"
 ZANSERVER_EXPORT QString FormatRange(double low, double high);
 
-} // namespace FrequencyText
-
-} // namespace ZANServer
+} // namespace ZANServer::FrequencyText

@@ -5,7 +5,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace ZANServer {
+namespace ZANServer::OperationModeText {
 
 namespace {
 
@@ -24,8 +24,6 @@ constexpr std::array<ModeName, 6> MODE_NAMES{{
 }};
 
 } // namespace
-
-namespace OperationModeText {
 
 std::optional<EOperationMode> Parse(const QString& text) {
     const auto* const named = std::ranges::find_if(MODE_NAMES, [&text](const ModeName& each) {
@@ -47,6 +45,4 @@ QString Format(EOperationMode mode) {
     return named == MODE_NAMES.end() ? QString::number(mode) : named->name.toString();
 }
 
-} // namespace OperationModeText
-
-} // namespace ZANServer
+} // namespace ZANServer::OperationModeText

@@ -8,16 +8,12 @@
 
 #include <optional>
 
-namespace ZANServer {
-
 /// Operation modes as people write them: ffm, wideband, scan, search, tdma, or the number of the mode.
-namespace OperationModeText {
+namespace ZANServer::OperationModeText {
 
 /// Nothing for any other text.
 ZANSERVER_EXPORT std::optional<EOperationMode> Parse(const QString& text);
 /// The name of a mode; of one without a name its number.
 ZANSERVER_EXPORT QString Format(EOperationMode mode);
 
-} // namespace OperationModeText
-
-} // namespace ZANServer
+} // namespace ZANServer::OperationModeText

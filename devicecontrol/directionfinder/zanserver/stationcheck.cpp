@@ -14,11 +14,9 @@
 
 using namespace Qt::StringLiterals;
 
-namespace ZANServer {
+namespace ZANServer::StationCheck {
 
 using Severity = Finding::Severity;
-
-namespace StationCheck {
 
 Finding CheckDeviceType() {
     const QString type =
@@ -62,6 +60,4 @@ Finding CheckFrequency(double frequency) {
                : Finding{Severity::Error, u"no enabled antenna serves "_s + text};
 }
 
-} // namespace StationCheck
-
-} // namespace ZANServer
+} // namespace ZANServer::StationCheck

@@ -6,11 +6,9 @@
 
 #include <QString>
 
-namespace ZANServer {
-
 /// Looks into what the running station has been told about its device. Everything works on all the same:
 /// what is wrong narrows what the device can do, or is not there. For the thread of the tree.
-namespace StationCheck {
+namespace ZANServer::StationCheck {
 
 /// Whether the type of the device is one of the catalogue.
 ZANSERVER_EXPORT Finding CheckDeviceType();
@@ -21,6 +19,4 @@ ZANSERVER_EXPORT Finding CheckHardware();
 /// Whether an antenna serves a frequency in Hz.
 ZANSERVER_EXPORT Finding CheckFrequency(double frequency);
 
-} // namespace StationCheck
-
-} // namespace ZANServer
+} // namespace ZANServer::StationCheck
