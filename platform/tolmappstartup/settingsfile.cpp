@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
+#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -23,9 +24,13 @@ namespace {
 constexpr qsizetype MAX_LINES_NAMED = 10; // of a damaged file, which may be damaged in every line
 constexpr qsizetype MAX_KEYS_NAMED = 100;
 constexpr qsizetype MAX_TEXT_SHOWN = 80; // of a value that cannot be read
-constexpr qint64 MAX_FILE_SIZE = qint64{64} << 20;
+// Each save reads and writes all of it. It is the room for 40,000 channels of traffic control, far more than
+// there are; the settings of a station take some kilobytes.
+constexpr qint64 MAX_FILE_SIZE = qint64{4} << 20;
+constexpr QStringView TOO_LARGE = u"it is larger than 4 MiB";
 constexpr auto PATIENCE = 1s; // the longest that the main thread stands still
 constexpr int RETRY_MS = 1000;
+constexpr QChar BEHIND_SLASH(u'/' + 1); // the next character in the order of the keys
 
 constexpr QStringView CANNOT_WRITE =
     u"the file or its folder cannot be written (read-only, or the disk is full)";
@@ -39,24 +44,27 @@ void ReportHere(const QString& problem, unsigned line) {
 
 struct Content {
     QByteArray bytes;
-    bool isReadable;
+    QString problem; // why it cannot be read
 };
 
 // What a file holds; nothing when there is none. Whatever else stands in its place is not waited for.
 Content ReadFile(const QString& path) {
     const int handle = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (handle < 0) {
-        return {{}, errno == ENOENT};
+        return {{}, errno == ENOENT ? QString() : qt_error_string(errno)};
     }
     QFile file;
     struct stat status {};
     if (!file.open(handle, QFile::ReadOnly, QFile::AutoCloseHandle) || fstat(handle, &status) != 0 ||
-        !S_ISREG(status.st_mode) || status.st_size > MAX_FILE_SIZE) {
-        return {{}, false};
+        !S_ISREG(status.st_mode)) {
+        return {{}, u"it is no regular file"_s};
     }
-    Content content{file.readAll(), true};
-    content.isReadable = file.error() == QFile::NoError;
-    return content;
+    // It may grow while it is read.
+    const QByteArray bytes = file.read(MAX_FILE_SIZE + 1);
+    if (file.error() != QFile::NoError) {
+        return {{}, file.errorString()};
+    }
+    return bytes.size() > MAX_FILE_SIZE ? Content{{}, TOO_LARGE.toString()} : Content{bytes, {}};
 }
 
 // The file that is meant by the name of a link to it.
@@ -123,8 +131,8 @@ SettingsFile::SettingsFile(QString path)
         return;
     }
     openFiles.insert(m_path, this);
-    if (!Read().isEmpty()) {
-        ReportHere(u"The settings file "_s + m_path + u" cannot be read."_s, __LINE__);
+    if (const QString problem = Read(); !problem.isEmpty()) {
+        ReportHere(u"The settings file "_s + m_path + u" cannot be read ("_s + problem + u")."_s, __LINE__);
     }
 }
 
@@ -148,18 +156,22 @@ const QString* SettingsFile::Find(const QString& key) const {
 
 QStringList SettingsFile::GetNames(const QString& prefix, bool areSections) const {
     QStringList names;
-    const SettingsTexts texts = Merged();
-    for (auto text = texts.constBegin(); text != texts.constEnd(); ++text) {
-        if (text.key().startsWith(prefix)) {
-            const qsizetype slash = text.key().indexOf(u'/', prefix.size());
+    const auto addNames = [&](const auto& texts) {
+        auto text = texts.lowerBound(prefix);
+        while (text != texts.constEnd() && text.key().startsWith(prefix)) {
+            const QString& key = text.key();
+            const qsizetype slash = key.indexOf(u'/', prefix.size());
             if ((slash >= 0) == areSections) {
-                names +=
-                    text.key().sliced(prefix.size(), (slash < 0 ? text.key().size() : slash) - prefix.size());
+                names += key.sliced(prefix.size(), (slash < 0 ? key.size() : slash) - prefix.size());
             }
+            // A section is passed over as a whole, however much it holds.
+            text = slash < 0 ? std::next(text) : texts.lowerBound(key.first(slash) + BEHIND_SLASH);
         }
-    }
-    names.sort();
-    names.removeDuplicates();
+    };
+    addNames(m_texts);
+    addNames(m_pending);
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
     return names;
 }
 
@@ -178,8 +190,7 @@ void SettingsFile::SetText(const QString& key, const QString& text) {
     } else if (pending != m_pending.end()) {
         pending->text = text;
     } else {
-        const auto known = m_known.constFind(key);
-        m_pending.insert(key, {text, known == m_known.constEnd() ? std::nullopt : std::optional(*known)});
+        m_pending.insert(key, {text, GetKnown(key)});
     }
     SetKnown(key, text);
     PostSave();
@@ -227,8 +238,8 @@ bool SettingsFile::Save(std::chrono::milliseconds patience) {
         reason = WriteUnderLock();
         m_lock.Unlock();
     } else {
-        reason = Read();
-        if (reason.isEmpty() && Merged() != m_texts) {
+        reason = ReadForSave();
+        if (reason.isEmpty() && !GetChanges().isEmpty()) {
             reason = CANNOT_WRITE.toString();
         }
     }
@@ -249,9 +260,9 @@ bool SettingsFile::Save(std::chrono::milliseconds patience) {
 // The reason when the file cannot be written.
 QString SettingsFile::WriteUnderLock() {
     QFile::remove(SavingName(m_path)); // of a process that was killed while it saved
-    QString reason = Read();
-    const SettingsTexts merged = Merged();
-    if (!reason.isEmpty() || merged == m_texts) {
+    QString reason = ReadForSave();
+    const SettingsTexts changes = GetChanges();
+    if (!reason.isEmpty() || changes.isEmpty()) {
         return reason;
     }
     if (m_isCopyDue) {
@@ -260,20 +271,30 @@ QString SettingsFile::WriteUnderLock() {
             return reason;
         }
     }
-    const QByteArray bytes = FormatSettings(merged);
-    reason = bytes.size() > MAX_FILE_SIZE ? u"it would be larger than 64 MiB"_s : ReplaceFile(m_path, bytes);
+    SettingsTexts texts = m_texts;
+    for (auto change = changes.constBegin(); change != changes.constEnd(); ++change) {
+        texts.insert(change.key(), *change);
+    }
+    const QByteArray bytes = FormatSettings(texts);
+    reason = bytes.size() > MAX_FILE_SIZE ? u"it would be larger than 4 MiB"_s : ReplaceFile(m_path, bytes);
     if (reason.isEmpty()) {
         m_bytes = bytes;
-        m_texts = merged;
+        m_texts = std::move(texts);
     }
     return reason;
+}
+
+// The reason when the file cannot be saved because it cannot be read.
+QString SettingsFile::ReadForSave() {
+    const QString problem = Read();
+    return problem.isEmpty() ? QString() : u"it cannot be read ("_s + problem + u')';
 }
 
 // Takes in what the file holds now. The reason when it cannot be read.
 QString SettingsFile::Read() {
     Content content = ReadFile(m_path);
-    if (!content.isReadable) {
-        return u"it cannot be read"_s;
+    if (!content.problem.isEmpty()) {
+        return content.problem;
     }
     if (content.bytes != m_bytes) {
         m_bytes = std::move(content.bytes);
@@ -284,16 +305,16 @@ QString SettingsFile::Read() {
     return {};
 }
 
-// What the file will hold.
-SettingsTexts SettingsFile::Merged() const {
-    SettingsTexts merged = m_texts;
+// What a save changes in the file.
+SettingsTexts SettingsFile::GetChanges() const {
+    SettingsTexts changes;
     for (auto pending = m_pending.constBegin(); pending != m_pending.constEnd(); ++pending) {
         const auto theirs = m_texts.constFind(pending.key());
-        if (theirs == m_texts.constEnd() || IsChange(*pending, *theirs)) {
-            merged.insert(pending.key(), pending->text);
+        if (theirs == m_texts.constEnd() || (*theirs != pending->text && IsChange(*pending, *theirs))) {
+            changes.insert(pending.key(), pending->text);
         }
     }
-    return merged;
+    return changes;
 }
 
 // Whether a text goes into the file in the place of the one that stands there.
@@ -310,12 +331,7 @@ void SettingsFile::BeginWriteBack() {
     if (m_path.isEmpty() || m_writeBacks++ > 0) {
         return;
     }
-    // What the file was read with is known, too, if nobody has asked for it.
-    for (auto text = m_texts.constBegin(); text != m_texts.constEnd(); ++text) {
-        if (!m_known.contains(text.key())) {
-            m_known.insert(text.key(), *text);
-        }
-    }
+    m_textsBefore = m_texts;
     m_isLockBusy = m_lock.Lock(m_isLockBusy ? 0ms : PATIENCE) == SettingsLock::Result::Busy;
     Read(); // a file that cannot be read is reported when it is saved
 }
@@ -326,6 +342,17 @@ void SettingsFile::EndWriteBack() {
     }
     Save();
     m_lock.Unlock();
+    m_textsBefore.clear();
+}
+
+// What this process knows of a key: what the file was read with, if nobody has asked for it.
+std::optional<QString> SettingsFile::GetKnown(const QString& key) const {
+    const auto known = m_known.constFind(key);
+    if (known != m_known.constEnd()) {
+        return *known;
+    }
+    const auto before = m_textsBefore.constFind(key);
+    return before == m_textsBefore.constEnd() ? std::nullopt : std::optional(*before);
 }
 
 // Says once why the file cannot be saved, and what becomes of what was set.
@@ -334,8 +361,7 @@ void SettingsFile::Report(const QString& reason, const QString& fate) {
         return;
     }
     m_reportedReason = reason;
-    QStringList keys = m_pending.keys();
-    keys.sort();
+    const QStringList keys = m_pending.keys();
     const qsizetype unnamed = keys.size() - MAX_KEYS_NAMED;
     QString names = keys.first(std::min(keys.size(), MAX_KEYS_NAMED)).join(u", ");
     if (unnamed > 0) {

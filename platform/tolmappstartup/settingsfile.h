@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QDeadlineTimer>
 #include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QString>
 
@@ -61,8 +62,10 @@ private:
 
     bool Save(std::chrono::milliseconds patience);
     QString WriteUnderLock();
+    QString ReadForSave();
     QString Read();
-    [[nodiscard]] SettingsTexts Merged() const;
+    [[nodiscard]] SettingsTexts GetChanges() const;
+    [[nodiscard]] std::optional<QString> GetKnown(const QString& key) const;
     static bool IsChange(const Pending& pending, const QString& theirs);
     void Report(const QString& reason, const QString& fate);
     void TakeDamage(const QList<DamagedLine>& damage);
@@ -75,7 +78,8 @@ private:
     SettingsLock m_lock;
     QByteArray m_bytes;                   // what the file held when it was last read or written
     SettingsTexts m_texts;                // the same
-    QHash<QString, Pending> m_pending;    // what was set and is not known to be in the file
+    SettingsTexts m_textsBefore;          // the same when the writing back began
+    QMap<QString, Pending> m_pending;     // what was set and is not known to be in the file
     QHash<QString, QString> m_known;      // what this process has been given, or has set
     QHash<QString, QString> m_unreadable; // the texts that were reported
     QString m_copyPath;                   // the copy that was kept last

@@ -1,6 +1,5 @@
 #include "tolmappstartup/settingsformat.h"
 
-#include <QMap>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -390,7 +389,7 @@ public:
 private:
     void ReadSection(QStringView text);
     void ReadEntry(QStringView text);
-    void ReadValue(const QString& key, QStringView value);
+    std::optional<QString> ReadValue(QStringView value);
     void ReportDamage(const QString& reason) { m_result.damage.append({m_lineNumber, reason}); }
 
     ParsedSettings m_result;
@@ -453,26 +452,27 @@ void Parser::ReadEntry(QStringView text) {
         return;
     }
     const QString key = *m_section + *name;
-    if (m_result.texts.contains(key)) {
+    const auto place = m_result.texts.lowerBound(key);
+    if (place != m_result.texts.end() && place.key() == key) {
         ReportDamage(u"repeats the key \""_s + key + u"\"; the later value counts"_s);
     }
-    ReadValue(key, text.sliced(split + 1));
+    if (const auto value = ReadValue(text.sliced(split + 1))) {
+        m_result.texts.insert(place, key, *value);
+    }
 }
 
-void Parser::ReadValue(const QString& key, QStringView value) {
+// Nothing when the value could not be read.
+std::optional<QString> Parser::ReadValue(QStringView value) {
     if (m_isForeign) {
-        m_result.texts.insert(key, *ReadForeignValue(value));
-        return;
+        return ReadForeignValue(value);
     }
     value = value.trimmed();
     const qsizetype quote = value.startsWith(u'"') ? FindClosingQuote(value) : 0;
     if (quote < 0) {
         ReportDamage(u"opens a double quote and does not close it"_s);
-    } else if (quote > 0 && quote == value.size() - 1) {
-        m_result.texts.insert(key, Unescape(value.sliced(1, quote - 1)));
-    } else {
-        m_result.texts.insert(key, value.toString());
+        return std::nullopt;
     }
+    return quote > 0 && quote == value.size() - 1 ? Unescape(value.sliced(1, quote - 1)) : value.toString();
 }
 
 } // namespace
@@ -488,15 +488,12 @@ ParsedSettings ParseSettings(QByteArrayView bytes) {
 }
 
 QByteArray FormatSettings(const SettingsTexts& texts) {
-    QStringList keys = texts.keys();
-    std::sort(keys.begin(), keys.end());
     QMap<QString, QString> linesOfSection; // keys without a section come first
-    for (const QString& key : keys) {
-        const QStringView section = SectionOf(key);
-        const QStringView name = QStringView(key).sliced(section.isEmpty() ? 0 : section.size() + 1);
-        const QString text = texts.value(key);
+    for (auto text = texts.constBegin(); text != texts.constEnd(); ++text) {
+        const QStringView section = SectionOf(text.key());
+        const QStringView name = QStringView(text.key()).sliced(section.isEmpty() ? 0 : section.size() + 1);
         linesOfSection[section.toString()] +=
-            EscapeName(name) + u'=' + (NeedsQuotes(text) ? Quote(text) : text) + u'\n';
+            EscapeName(name) + u'=' + (NeedsQuotes(*text) ? Quote(*text) : *text) + u'\n';
     }
     QString file;
     for (auto section = linesOfSection.begin(); section != linesOfSection.end(); ++section) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QHash>
 #include <QList>
+#include <QMap>
 #include <QString>
 
 #include <optional>
@@ -34,8 +34,8 @@
 // them (section names of letters, digits and escapes; no key before the first one; no blanks around "=") has
 // values with its escapes; lists in it read as their texts joined by commas.
 
-/// The texts of settings by their whole key.
-using SettingsTexts = QHash<QString, QString>;
+/// The texts of settings by their whole key, in its order: what stands in a section stands together.
+using SettingsTexts = QMap<QString, QString>;
 
 /// A line of a settings file that could not be taken as it stands.
 struct DamagedLine {

@@ -102,6 +102,7 @@ QStringList ListKeys(const QString& directory) {
     return QSettings(directory + u"/Application.ini"_s, QSettings::IniFormat).allKeys();
 }
 
+constexpr std::size_t MOST_TOLD = 20;
 constexpr qsizetype LONGEST_SHOWN = 200; // and compared
 
 /// How many characters have to be put in, left out or changed to make one text of another.
@@ -132,7 +133,7 @@ QString Shorten(const QString& text) {
 
 /// \param allowed in words behind "allowed", such as "is true or false"
 QString Describe(const QString& key, const QString& value, const QString& allowed) {
-    return u"the setting \"%1\" is \"%2\"; allowed %3"_s.arg(key, Shorten(value), allowed);
+    return u"the setting \"%1\" is \"%2\"; allowed %3"_s.arg(Shorten(key), Shorten(value), allowed);
 }
 
 QString DescribeWholeNumbers(qint64 minimum, qint64 maximum) {
@@ -303,6 +304,12 @@ Findings CheckSettings(const QString& address) {
         CheckAntennas(*station, findings);
         CheckSetup(*station, findings);
     }
+    if (findings.size() > MOST_TOLD) {
+        const std::size_t untold = findings.size() - MOST_TOLD;
+        findings.resize(MOST_TOLD);
+        findings.push_back(
+            {Severity::Error, u"and "_s + Plural(untold, u"further setting"_s) + u" not as allowed"_s});
+    }
     return findings;
 }
 
@@ -329,13 +336,12 @@ Findings CheckMeaning(const QString& address) {
 
 Findings CheckKeys(const QString& directory) {
     Findings findings;
-    constexpr std::size_t MOST_WARNINGS = 20;
     static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)"_s);
     const QStringList known = GetKnownKeys();
     std::size_t unknown = 0;
     for (const QString& key : ListKeys(directory)) {
         const QString pattern = QString(key).replace(number, u"#"_s);
-        if (known.contains(pattern) || ++unknown > MOST_WARNINGS) {
+        if (known.contains(pattern) || ++unknown > MOST_TOLD) {
             continue;
         }
         QString nearest = FindNearest(pattern, known);
@@ -348,9 +354,9 @@ Findings CheckKeys(const QString& directory) {
                             u"nobody reads the setting \"%1\"; the nearest one that is known is \"%2\""_s.arg(
                                 Shorten(key), nearest)});
     }
-    if (unknown > MOST_WARNINGS) {
+    if (unknown > MOST_TOLD) {
         findings.push_back(
-            {Severity::Warning, u"nobody reads "_s + Plural(unknown - MOST_WARNINGS, u"further setting"_s)});
+            {Severity::Warning, u"nobody reads "_s + Plural(unknown - MOST_TOLD, u"further setting"_s)});
     }
     return findings;
 }
