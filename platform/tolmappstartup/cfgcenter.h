@@ -22,9 +22,17 @@
 /// "FILE.damaged-N" and reported; what is readable of it stays in force. Before a value that could not be
 /// read as the type wanted is overwritten, the file is kept in the same way.
 ///
+/// A program that does not know the lock of a file (an editor) is waited for while it has the file open for
+/// writing, and what it wrote counts. A file stays its owner's, and a link to it a link.
+///
 /// Everything belongs to the application's main thread.
 class ZANPLATFORM_EXPORT CfgCenter {
 public:
+    /// The bytes of the largest settings file; a larger one is neither read nor written, and reported. Each
+    /// save reads and writes all of a file. This is the room for 40,000 channels of traffic control, far more
+    /// than there are; the settings of a station take some kilobytes.
+    static constexpr qint64 MAX_FILE_SIZE = qint64{4} << 20;
+
     /// Chooses the directory of the settings files, and makes it when it is missing. What was open before is
     /// closed, as by `Close`. A relative path counts from the current directory. False when the directory
     /// cannot be had; then none is set.

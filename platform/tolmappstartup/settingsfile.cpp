@@ -1,5 +1,6 @@
 #include "tolmappstartup/settingsfile.h"
 
+#include "tolmappstartup/cfgcenter.h"
 #include "tolmappstartup/problemreport.h"
 
 #include <QCoreApplication>
@@ -7,8 +8,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QThread>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <iterator>
@@ -24,11 +27,12 @@ namespace {
 constexpr qsizetype MAX_LINES_NAMED = 10; // of a damaged file, which may be damaged in every line
 constexpr qsizetype MAX_KEYS_NAMED = 100;
 constexpr qsizetype MAX_TEXT_SHOWN = 80; // of a value that cannot be read
-// Each save reads and writes all of it. It is the room for 40,000 channels of traffic control, far more than
-// there are; the settings of a station take some kilobytes.
-constexpr qint64 MAX_FILE_SIZE = qint64{4} << 20;
 constexpr QStringView TOO_LARGE = u"it is larger than 4 MiB";
-constexpr auto PATIENCE = 1s; // the longest that the main thread stands still
+constexpr auto PATIENCE = 1s;   // the longest that the main thread stands still
+constexpr auto ABSENCE = 250ms; // for so long an editor has no file when it has moved the old one away
+constexpr unsigned long POLL_MS = 2;
+constexpr mode_t ALL_PERMISSIONS = 07777;
+constexpr QStringView BEING_WRITTEN = u"other programs go on writing it";
 constexpr int RETRY_MS = 1000;
 constexpr QChar BEHIND_SLASH(u'/' + 1); // the next character in the order of the keys
 
@@ -42,9 +46,35 @@ void ReportHere(const QString& problem, unsigned line) {
     ReportProblem(problem, u"tolmappstartup\\settingsfile"_s, line);
 }
 
+// Whether somebody has a file open for writing. A file that belongs to another user does not tell.
+bool IsBeingWritten(int handle) {
+    // Who opens the file while this process has the lease makes the kernel send a signal, by default a deadly
+    // one.
+    fcntl(handle, F_SETSIG, SIGURG);
+    if (fcntl(handle, F_SETLEASE, F_RDLCK) != 0) {
+        return errno == EAGAIN;
+    }
+    fcntl(handle, F_SETLEASE, F_UNLCK);
+    return false;
+}
+
+FileStamp Stamp(const struct stat& status) {
+    return {status.st_dev, status.st_ino, status.st_size, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
+}
+
+// Of the file that has a name by now; of none when there is none.
+FileStamp Stamp(const QString& path) {
+    struct stat status {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 ? Stamp(status) : FileStamp();
+}
+
 struct Content {
     QByteArray bytes;
-    QString problem; // why it cannot be read
+    QString problem = {}; // why it cannot be read
+    FileStamp stamp = {};
+    bool isBeingWritten = false;
+
+    [[nodiscard]] bool IsAbsent() const { return problem.isEmpty() && stamp == FileStamp(); }
 };
 
 // What a file holds; nothing when there is none. Whatever else stands in its place is not waited for.
@@ -60,11 +90,14 @@ Content ReadFile(const QString& path) {
         return {{}, u"it is no regular file"_s};
     }
     // It may grow while it is read.
-    const QByteArray bytes = file.read(MAX_FILE_SIZE + 1);
+    const QByteArray bytes = file.read(CfgCenter::MAX_FILE_SIZE + 1);
     if (file.error() != QFile::NoError) {
         return {{}, file.errorString()};
     }
-    return bytes.size() > MAX_FILE_SIZE ? Content{{}, TOO_LARGE.toString()} : Content{bytes, {}};
+    if (bytes.size() > CfgCenter::MAX_FILE_SIZE) {
+        return {{}, TOO_LARGE.toString()};
+    }
+    return {bytes, {}, Stamp(status), IsBeingWritten(handle) || Stamp(path) != Stamp(status)};
 }
 
 // The file that is meant by the name of a link to it.
@@ -81,28 +114,44 @@ QString SavingName(const QString& path) {
     return path + u".saving"_s;
 }
 
-// Puts a new file into the place of an old one, under its lock. It is written beside under a name of its own,
-// so that what a process leaves behind that is killed meanwhile is known, and gone with the next save. The
-// reason when that fails; then the old file is unchanged.
-QString ReplaceFile(const QString& path, const QByteArray& bytes) {
+// Writes a new file beside the old one, whose place it shall take, under the lock of that. It has a name of
+// its own, so that what a process leaves behind that is killed meanwhile is known, and gone with the next
+// save. The reason when that fails; then nothing is left of it.
+QString WriteBeside(const QString& path, const QByteArray& bytes) {
     QFile file(SavingName(path));
-    if ((QFileInfo::exists(path) && !QFileInfo(path).isWritable()) ||
+    struct stat old {};
+    const bool isThere = stat(QFile::encodeName(path).constData(), &old) == 0;
+    if ((isThere && !QFileInfo(path).isWritable()) ||
         !file.open(QFile::WriteOnly | QFile::NewOnly | QFile::Unbuffered)) {
         return CANNOT_WRITE.toString();
     }
-    if (QFileInfo::exists(path)) {
-        file.setPermissions(QFile::permissions(path));
+    if (isThere) {
+        // It stays its owner's, also when root or somebody of the owner's group saves it.
+        if (fchown(file.handle(), old.st_uid, old.st_gid) != 0) {
+            static_cast<void>(fchown(file.handle(), static_cast<uid_t>(-1), old.st_gid) == 0);
+        }
+        fchmod(file.handle(), old.st_mode & ALL_PERMISSIONS);
     }
-    QString reason;
-    if (file.write(bytes) != bytes.size() || fsync(file.handle()) != 0) {
-        reason = u"the disk did not take all of it ("_s + file.errorString() + u')';
-    } else if (std::rename(QFile::encodeName(file.fileName()).constData(),
-                           QFile::encodeName(path).constData()) != 0) {
-        reason = u"the new file cannot take the place of the old one ("_s + qt_error_string(errno) + u')';
+    if (file.write(bytes) == bytes.size() && fsync(file.handle()) == 0) {
+        return {};
     }
-    if (!reason.isEmpty()) {
-        file.remove();
+    const QString reason = u"the disk did not take all of it ("_s + file.errorString() + u')';
+    file.remove();
+    return reason;
+}
+
+// Puts the file that was written beside into the place of the old one. The reason when that fails; then the
+// old file is unchanged.
+QString PutInPlace(const QString& path) {
+    const QString name = SavingName(path);
+    if (std::rename(QFile::encodeName(name).constData(), QFile::encodeName(path).constData()) == 0) {
+        return {};
     }
+    const QString reason =
+        errno == EBUSY
+            ? u"a file that is mounted by itself cannot be replaced; mount its folder"_s
+            : u"the new file cannot take the place of the old one ("_s + qt_error_string(errno) + u')';
+    QFile::remove(name);
     return reason;
 }
 
@@ -131,7 +180,7 @@ SettingsFile::SettingsFile(QString path)
         return;
     }
     openFiles.insert(m_path, this);
-    if (const QString problem = Read(); !problem.isEmpty()) {
+    if (const QString problem = Read(QDeadlineTimer(PATIENCE)); !problem.isEmpty()) {
         ReportHere(u"The settings file "_s + m_path + u" cannot be read ("_s + problem + u")."_s, __LINE__);
     }
 }
@@ -211,34 +260,33 @@ void SettingsFile::ReportUnreadable(const QString& key, const QString& wanted) {
 }
 
 bool SettingsFile::Save() {
-    return Save(m_isLockBusy ? 0ms : PATIENCE);
+    return Save(GetDeadline());
 }
 
 bool SettingsFile::SaveFinally(QDeadlineTimer deadline) {
-    if (Save(std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()))) {
+    if (Save(deadline)) {
         return true;
     }
-    if (m_isLockBusy) {
-        Report(u"it is locked by "_s + m_lock.GetHolder(), u"are lost"_s);
+    if (IsBusy()) {
+        Report(m_busyReason, u"are lost"_s);
     }
     return false;
 }
 
-bool SettingsFile::Save(std::chrono::milliseconds patience) {
+bool SettingsFile::Save(QDeadlineTimer deadline) {
     if (m_pending.isEmpty()) {
         return true;
     }
     if (m_path.isEmpty() || m_writeBacks > 0) {
         return false;
     }
-    const SettingsLock::Result lock = m_lock.Lock(patience);
-    m_isLockBusy = lock == SettingsLock::Result::Busy;
+    const SettingsLock::Result lock = Lock(deadline);
     QString reason;
     if (lock == SettingsLock::Result::Locked) {
-        reason = WriteUnderLock();
+        reason = WriteUnderLock(deadline);
         m_lock.Unlock();
     } else {
-        reason = ReadForSave();
+        reason = ReadForSave(deadline);
         if (reason.isEmpty() && !GetChanges().isEmpty()) {
             reason = CANNOT_WRITE.toString();
         }
@@ -248,7 +296,7 @@ bool SettingsFile::Save(std::chrono::milliseconds patience) {
         m_reportedReason.clear();
         return true;
     }
-    if (!m_isLockBusy) {
+    if (!IsBusy()) {
         Report(reason, u"stay in memory, and the next commit tries again"_s);
     }
     if (QCoreApplication::instance()) {
@@ -257,45 +305,85 @@ bool SettingsFile::Save(std::chrono::milliseconds patience) {
     return false;
 }
 
+// Who holds up a file once is not waited for again.
+QDeadlineTimer SettingsFile::GetDeadline() const {
+    return QDeadlineTimer(IsBusy() ? 0ms : PATIENCE);
+}
+
+SettingsLock::Result SettingsFile::Lock(QDeadlineTimer deadline) {
+    const SettingsLock::Result result =
+        m_lock.Lock(std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()));
+    m_busyReason =
+        result == SettingsLock::Result::Busy ? u"it is locked by "_s + m_lock.GetHolder() : QString();
+    return result;
+}
+
 // The reason when the file cannot be written.
-QString SettingsFile::WriteUnderLock() {
+QString SettingsFile::WriteUnderLock(QDeadlineTimer deadline) {
     QFile::remove(SavingName(m_path)); // of a process that was killed while it saved
-    QString reason = ReadForSave();
-    const SettingsTexts changes = GetChanges();
-    if (!reason.isEmpty() || changes.isEmpty()) {
-        return reason;
-    }
-    if (m_isCopyDue) {
-        reason = KeepCopy();
+    // Programs that know nothing of the lock may write the file meanwhile. What they wrote is read then.
+    do {
+        QString reason = ReadForSave(deadline);
+        const SettingsTexts changes = GetChanges();
+        if (!reason.isEmpty() || changes.isEmpty()) {
+            return reason;
+        }
+        if (m_isCopyDue) {
+            reason = KeepCopy();
+            if (!reason.isEmpty()) {
+                return reason;
+            }
+        }
+        SettingsTexts texts = m_texts;
+        for (auto change = changes.constBegin(); change != changes.constEnd(); ++change) {
+            texts.insert(change.key(), *change);
+        }
+        const QByteArray bytes = FormatSettings(texts);
+        reason = bytes.size() > CfgCenter::MAX_FILE_SIZE ? u"it would be larger than 4 MiB"_s
+                                                         : WriteBeside(m_path, bytes);
         if (!reason.isEmpty()) {
             return reason;
         }
-    }
-    SettingsTexts texts = m_texts;
-    for (auto change = changes.constBegin(); change != changes.constEnd(); ++change) {
-        texts.insert(change.key(), *change);
-    }
-    const QByteArray bytes = FormatSettings(texts);
-    reason = bytes.size() > MAX_FILE_SIZE ? u"it would be larger than 4 MiB"_s : ReplaceFile(m_path, bytes);
-    if (reason.isEmpty()) {
-        m_bytes = bytes;
-        m_texts = std::move(texts);
-    }
-    return reason;
+        if (Stamp(m_path) == m_stamp) {
+            reason = PutInPlace(m_path);
+            if (reason.isEmpty()) {
+                m_bytes = bytes;
+                m_texts = std::move(texts);
+            }
+            return reason;
+        }
+        QFile::remove(SavingName(m_path));
+    } while (!deadline.hasExpired());
+    m_busyReason = BEING_WRITTEN.toString();
+    return m_busyReason;
 }
 
 // The reason when the file cannot be saved because it cannot be read.
-QString SettingsFile::ReadForSave() {
-    const QString problem = Read();
+QString SettingsFile::ReadForSave(QDeadlineTimer deadline) {
+    const QString problem = Read(deadline);
     return problem.isEmpty() ? QString() : u"it cannot be read ("_s + problem + u')';
 }
 
 // Takes in what the file holds now. The reason when it cannot be read.
-QString SettingsFile::Read() {
+QString SettingsFile::Read(QDeadlineTimer deadline) {
+    const QDeadlineTimer absence = std::min(deadline, QDeadlineTimer(ABSENCE));
     Content content = ReadFile(m_path);
+    // Half a file is none, and so is one that an editor has moved away to save a new one.
+    while ((content.isBeingWritten && !deadline.hasExpired()) ||
+           (content.IsAbsent() && !m_bytes.isEmpty() && !absence.hasExpired())) {
+        QThread::msleep(POLL_MS);
+        content = ReadFile(m_path);
+    }
     if (!content.problem.isEmpty()) {
         return content.problem;
     }
+    // At the start it is better than nothing: most likely somebody has forgotten to close it.
+    if (content.isBeingWritten && m_isRead) {
+        m_busyReason = BEING_WRITTEN.toString();
+        return m_busyReason;
+    }
+    m_isRead = true;
+    m_stamp = content.stamp;
     if (content.bytes != m_bytes) {
         m_bytes = std::move(content.bytes);
         ParsedSettings parsed = ParseSettings(m_bytes);
@@ -332,8 +420,9 @@ void SettingsFile::BeginWriteBack() {
         return;
     }
     m_textsBefore = m_texts;
-    m_isLockBusy = m_lock.Lock(m_isLockBusy ? 0ms : PATIENCE) == SettingsLock::Result::Busy;
-    Read(); // a file that cannot be read is reported when it is saved
+    const QDeadlineTimer deadline = GetDeadline();
+    Lock(deadline);
+    Read(deadline); // a file that cannot be read is reported when it is saved
 }
 
 void SettingsFile::EndWriteBack() {
@@ -387,7 +476,7 @@ void SettingsFile::customEvent(QEvent*) {
 
 void SettingsFile::timerEvent(QTimerEvent*) {
     m_retry.stop();
-    Save(0ms);
+    Save(QDeadlineTimer(0));
 }
 
 void SettingsFile::TakeDamage(const QList<DamagedLine>& damage) {
@@ -413,11 +502,11 @@ QString SettingsFile::KeepCopy() {
     bool isKept = false;
     for (int number = 1; !isKept; ++number) {
         m_copyPath = m_path + u".damaged-"_s + QString::number(number);
-        QFile earlierCopy(m_copyPath);
-        if (!earlierCopy.exists()) {
+        if (!QFileInfo::exists(m_copyPath)) {
             break;
         }
-        isKept = earlierCopy.open(QFile::ReadOnly) && earlierCopy.readAll() == m_bytes;
+        const Content earlier = ReadFile(m_copyPath);
+        isKept = earlier.problem.isEmpty() && earlier.bytes == m_bytes;
     }
     if (!isKept) {
         QSaveFile copy(m_copyPath);

@@ -11,9 +11,19 @@
 #include <QObject>
 #include <QString>
 
-#include <chrono>
 #include <memory>
 #include <optional>
+
+/// Which file it was that was read, and in which state; all 0 for none.
+struct FileStamp {
+    quint64 device = 0;
+    quint64 number = 0;
+    qint64 size = 0;
+    qint64 seconds = 0; ///< of the last change, which no program can set
+    qint64 nanoseconds = 0;
+
+    bool operator==(const FileStamp&) const = default;
+};
 
 /// One settings file, held in memory for reading. A save takes the lock, reads the file again, changes the
 /// keys that were set in what really stands there, and replaces it as a whole.
@@ -60,10 +70,13 @@ private:
         std::optional<QString> known; ///< set while writing back: what this process knew of the key
     };
 
-    bool Save(std::chrono::milliseconds patience);
-    QString WriteUnderLock();
-    QString ReadForSave();
-    QString Read();
+    [[nodiscard]] bool IsBusy() const { return !m_busyReason.isEmpty(); }
+    [[nodiscard]] QDeadlineTimer GetDeadline() const;
+    SettingsLock::Result Lock(QDeadlineTimer deadline);
+    bool Save(QDeadlineTimer deadline);
+    QString WriteUnderLock(QDeadlineTimer deadline);
+    QString ReadForSave(QDeadlineTimer deadline);
+    QString Read(QDeadlineTimer deadline);
     [[nodiscard]] SettingsTexts GetChanges() const;
     [[nodiscard]] std::optional<QString> GetKnown(const QString& key) const;
     static bool IsChange(const Pending& pending, const QString& theirs);
@@ -82,11 +95,13 @@ private:
     QMap<QString, Pending> m_pending;     // what was set and is not known to be in the file
     QHash<QString, QString> m_known;      // what this process has been given, or has set
     QHash<QString, QString> m_unreadable; // the texts that were reported
+    FileStamp m_stamp;                    // of the file that was read last
+    QString m_busyReason;                 // why others hold it up; empty while they do not
     QString m_copyPath;                   // the copy that was kept last
     QString m_reportedReason;             // why it cannot be saved, as was reported; empty while it can
     int m_writeBacks = 0;
     bool m_isCopyDue = false; // a copy has to be kept before the file is overwritten
-    bool m_isLockBusy = false;
+    bool m_isRead = false;
     bool m_isSavePosted = false;
     QBasicTimer m_retry;
 };

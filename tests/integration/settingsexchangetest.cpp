@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -12,6 +13,7 @@
 #include <QSettings>
 #include <QThread>
 
+#include <array>
 #include <csignal>
 #include <memory>
 #include <utility>
@@ -236,6 +238,50 @@ with open(sys.argv[1], 'w', encoding='utf-8') as file:
     EXPECT_EQ(Store().GetInt(u"New section/Number"_s, 0), 7);
     EXPECT_TRUE(Store().GetBool(u"New section/Flag"_s, false));
     EXPECT_EQ(Store().GetString(u"New section/Empty"_s, u"(absent)"_s), u""_s);
+}
+
+TEST(SettingsExchange, NothingIsTornOrLostBesideProgramsThatDoNotKnowTheLock) {
+    const std::array writers = {
+        // As editors and scripts do: a new file that is renamed, and the old one written anew.
+        "with open(name + '.new', 'w') as file: settings.write(file)\n        os.rename(name + '.new', name)",
+        "with open(name, 'w') as file:\n            settings.write(file); file.flush(); time.sleep(0.002)"};
+    for (const char* const write : writers) {
+        SCOPED_TRACE(write);
+        const StoredSettings settings;
+        constexpr int KEYS = 500;
+        for (int i = 0; i < KEYS; ++i) {
+            Store().SetInt(u"Section%1/Key%2"_s.arg(i % 10).arg(i), i);
+        }
+        Store().CommitKey({});
+        QProcess python;
+        python.start(u"python3"_s, {u"-c"_s, QString::fromUtf8(QByteArray(R"(
+import configparser, os, sys, time
+name = sys.argv[1]
+for i in range(100):
+    settings = configparser.ConfigParser(interpolation=None)
+    settings.optionxform = str
+    settings.read(name, encoding='utf-8')
+    if 'Theirs' not in settings: settings['Theirs'] = {}
+    settings['Theirs']['Round'] = str(i)
+    if True:
+        )") + write + '\n'),
+                                    Path(settings)});
+        ASSERT_TRUE(python.waitForStarted(PATIENCE_MS));
+        int round = 0;
+        while (!python.waitForFinished(1)) {
+            Store().SetInt(u"Mine/Round"_s, ++round);
+            Store().CommitKey({});
+        }
+        EXPECT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
+        Store().SetInt(u"Mine/Round"_s, ++round);
+        Store().CommitKey({});
+        settings.Reopen();
+        for (int i = 0; i < KEYS; ++i) {
+            ASSERT_EQ(Store().GetInt(u"Section%1/Key%2"_s.arg(i % 10).arg(i), -1), i);
+        }
+        EXPECT_EQ(Store().GetInt(u"Mine/Round"_s, -1), round);
+        EXPECT_EQ(QDir(settings.GetDirectory()).entryList(QDir::Files), QStringList(u"Application.ini"_s));
+    }
 }
 
 TEST(SettingsExchange, FilesThatEarlierVersionsWroteAreReadAsTheyWereMeant) {

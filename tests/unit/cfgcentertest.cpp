@@ -546,6 +546,7 @@ TEST_F(CfgCenterTest, FileOfTheSameSizeAndTimeThatOthersWroteIsRead) {
     ASSERT_EQ(file.write("[General]\nMine=1\nTheirs=2\n"),
               26); // in its place, so that it stays the same file
     ASSERT_TRUE(file.flush() && file.setFileTime(time, QFile::FileModificationTime));
+    file.close();
     App().SetInt(u"Mine"_s, 2);
     App().CommitKey(u"Mine"_s);
     EXPECT_EQ(ReadFile(), "[General]\nMine=2\nTheirs=2\n");
@@ -1266,6 +1267,166 @@ TEST_F(CfgCenterTest, PipeInThePlaceOfTheFileIsNotWaitedForNorWrittenTo) {
     QFile::remove(Path());
     App().CommitKey(u"Key"_s);
     EXPECT_EQ(ReadFile(), "[General]\nKey=1\n");
+}
+
+TEST_F(CfgCenterTest, LargestFileIsReadAndALargerOneIsRefusedAndStays) {
+    const auto write = [this](qint64 size) {
+        WriteFile("[General]\nKey=" + QByteArray(size - 14, 'x'));
+        ASSERT_EQ(QFileInfo(Path()).size(), size);
+    };
+    write(CfgCenter::MAX_FILE_SIZE);
+    Open();
+    EXPECT_EQ(App().GetString(u"Key"_s, {}).size(), CfgCenter::MAX_FILE_SIZE - 14);
+    EXPECT_EQ(m_trace, QStringList());
+    write(CfgCenter::MAX_FILE_SIZE + 1);
+    Open();
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(Path() + u" cannot be read (it is larger than 4 MiB)"_s));
+    App().SetInt(u"Other"_s, 1);
+    App().CommitKey({});
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(
+        u"could not be saved: it cannot be read (it is larger than 4 MiB)"));
+    EXPECT_EQ(QFileInfo(Path()).size(), CfgCenter::MAX_FILE_SIZE + 1);
+}
+
+TEST_F(CfgCenterTest, FileThatWouldBecomeTooLargeIsNotSaved) {
+    WriteFile("[General]\nKey=1\n");
+    Open();
+    App().SetString(u"Other"_s, QString(CfgCenter::MAX_FILE_SIZE, u'x'));
+    App().CommitKey({});
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"could not be saved: it would be larger than 4 MiB"));
+    EXPECT_EQ(ReadFile(), "[General]\nKey=1\n");
+    App().SetString(u"Other"_s, u"short"_s);
+    App().CommitKey({});
+    EXPECT_EQ(ReadFile(), "[General]\nKey=1\nOther=short\n");
+}
+
+TEST_F(CfgCenterTest, PipeInThePlaceOfAKeptCopyIsNotWaitedFor) {
+    ASSERT_EQ(mkfifo(QFile::encodeName(Path(u"Application.ini.damaged-1"_s)).constData(), 0600), 0);
+    WriteFile("no assignment\n");
+    Open();
+    EXPECT_EQ(ReadFile(u"Application.ini.damaged-2"_s), "no assignment\n");
+}
+
+// ---- Programs that do not know the lock
+// ---------------------------------------------------------------------------
+
+TEST_F(CfgCenterTest, FileThatAnEditorIsWritingIsWaitedFor) {
+    WriteFile("[General]\nKey=1\nTheirs=1\n");
+    Open();
+    EXPECT_EQ(App().GetInt(u"Theirs"_s, 0), 1);
+    QFile editor(Path());
+    ASSERT_TRUE(editor.open(QFile::WriteOnly | QFile::Truncate | QFile::Unbuffered));
+    std::thread saving([&editor] {
+        for (const QByteArray& part : {QByteArray("[General]\nKe"), QByteArray("y=1\nThei"), QByteArray("rs=2\n")}) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            editor.write(part);
+        }
+        editor.close();
+    });
+    App().SetInt(u"Mine"_s, 1);
+    App().CommitKey({});
+    saving.join();
+    EXPECT_EQ(ReadFile(), "[General]\nKey=1\nMine=1\nTheirs=2\n");
+    EXPECT_EQ(Files(), QStringList(u"Application.ini"_s)) << "half a file is not a damaged one";
+}
+
+TEST_F(CfgCenterTest, FileThatSomebodyGoesOnWritingIsLeftAloneAndSavedLater) {
+    WriteFile("[General]\nKey=1\n");
+    Open();
+    QFile other(Path());
+    ASSERT_TRUE(other.open(QFile::WriteOnly | QFile::Truncate | QFile::Unbuffered));
+    App().SetInt(u"Mine"_s, 1);
+    App().CommitKey({});
+    EXPECT_EQ(ReadFile(), "");
+    EXPECT_EQ(App().GetInt(u"Key"_s, 0), 1) << "what was read stays in force";
+    EXPECT_EQ(m_trace, QStringList()) << "it is too early to complain";
+    QElapsedTimer timer;
+    timer.start();
+    App().CommitKey({});
+    EXPECT_LT(timer.elapsed(), 500) << "it is not waited for again";
+    other.write("[General]\nKey=2\n");
+    other.close();
+    App().CommitKey({});
+    EXPECT_EQ(ReadFile(), "[General]\nKey=2\nMine=1\n");
+}
+
+TEST_F(CfgCenterTest, KeysAreNamedThatAreLostBecauseSomebodyGoesOnWritingTheFile) {
+    Open();
+    App().SetInt(u"Key"_s, 1);
+    App().CommitKey({});
+    QFile other(Path());
+    ASSERT_TRUE(other.open(QFile::ReadWrite));
+    App().SetInt(u"Mine"_s, 1);
+    EXPECT_FALSE(CfgCenter::Close());
+    EXPECT_TRUE(
+        CfgCenter::GetLastError().contains(u"could not be saved: other programs go on writing it. The old "
+                                           u"file is unchanged; the new values of Mine are lost"));
+}
+
+TEST_F(CfgCenterTest, FileThatIsOpenForWritingAtTheStartIsReadAsItStands) {
+    WriteFile("[General]\nKey=1\n");
+    QFile other(Path());
+    ASSERT_TRUE(other.open(QFile::ReadWrite));
+    Open();
+    EXPECT_EQ(App().GetInt(u"Key"_s, 0), 1);
+}
+
+TEST_F(CfgCenterTest, FileThatAnEditorHasMovedAwayToSaveANewOneIsWaitedFor) {
+    WriteFile("[General]\nKey=1\nTheirs=1\n");
+    Open();
+    ASSERT_TRUE(QFile::rename(Path(), Path(u"Application.ini~"_s)));
+    std::thread saving([this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        WriteFile("[General]\nKey=1\nTheirs=2\n", u"new"_s);
+        ASSERT_TRUE(QFile::rename(Path(u"new"_s), Path()));
+    });
+    App().SetInt(u"Mine"_s, 1);
+    App().CommitKey({});
+    saving.join();
+    EXPECT_EQ(ReadFile(), "[General]\nKey=1\nMine=1\nTheirs=2\n");
+}
+
+TEST_F(CfgCenterTest, FileThatWasRemovedComesIntoBeingAgainWithWhatIsSet) {
+    WriteFile("[General]\nKey=1\n");
+    Open();
+    ASSERT_TRUE(QFile::remove(Path()));
+    App().SetInt(u"Mine"_s, 1);
+    App().CommitKey({});
+    EXPECT_EQ(ReadFile(), "[General]\nMine=1\n");
+}
+
+TEST_F(CfgCenterTest, FileStaysItsOwnersWithItsPermissions) {
+    WriteFile("[General]\nKey=1\n");
+    const uid_t owner = geteuid() == 0 ? NOBODY : geteuid();
+    const QByteArray path = QFile::encodeName(Path());
+    ASSERT_EQ(chown(path.constData(), owner, static_cast<gid_t>(-1)), 0);
+    ASSERT_EQ(chmod(path.constData(), 0640), 0);
+    Open();
+    App().SetInt(u"Key"_s, 2);
+    App().CommitKey({});
+    ASSERT_EQ(ReadFile(), "[General]\nKey=2\n");
+    struct stat status {};
+    ASSERT_EQ(stat(path.constData(), &status), 0);
+    EXPECT_EQ(status.st_uid, owner);
+    EXPECT_EQ(status.st_mode & 07777, 0640U);
+}
+
+TEST_F(CfgCenterTest, SectionsAreListedWhateverCharactersStandBesideTheSlash) {
+    Open();
+    for (const QString& key :
+         {u"A"_s, u"A!/K"_s, u"A-b"_s, u"A/K"_s, u"A/S/K"_s, u"A/S/L"_s, u"A/S0"_s, u"A0/K"_s, u"B"_s}) {
+        App().SetInt(key, 1);
+    }
+    const auto expectLists = [] {
+        EXPECT_EQ(App().GetKeys(), (QStringList{u"A"_s, u"A-b"_s, u"B"_s}));
+        EXPECT_EQ(App().GetSubCfgNames(), (QStringList{u"A"_s, u"A!"_s, u"A0"_s}));
+        const CfgPtr section(App().GetSubCfg(u"A"_s));
+        EXPECT_EQ(section->GetKeys(), (QStringList{u"K"_s, u"S0"_s}));
+        EXPECT_EQ(section->GetSubCfgNames(), QStringList(u"S"_s));
+    };
+    expectLists();
+    App().CommitKey({});
+    expectLists();
 }
 
 TEST_F(CfgCenterTest, EmptyLockThatACrashLeftBehindDoesNotHoldUpTheNextRun) {

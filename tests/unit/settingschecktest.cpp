@@ -79,6 +79,26 @@ TEST_F(SettingsCheck, NumberOutsideItsRangeIsToldWithNameValueAndWhatIsAllowed) 
                            Refused(u"PitchThreshold"_s, u"90.5"_s, u"is -90 to 90"_s)}));
 }
 
+TEST_F(SettingsCheck, RefusedSettingsAreToldInABoundedNumberAndLength) {
+    QByteArray antennas;
+    for (int i = 0; i < 100; ++i) {
+        antennas += "[ZANStations/ZANStation0/SystemConfiguration/Antenna" + QByteArray::number(i) +
+                    "]\nEnabled=perhaps\n";
+    }
+    const QStringList texts = Check(STATION + antennas);
+    ASSERT_EQ(texts.size(), 21);
+    EXPECT_EQ(texts.last(), u"error: 80 further settings are not as allowed"_s);
+    EXPECT_EQ(Check("Output_Interval=" + QByteArray(100'000, '9') + '\n'),
+              QStringList{u"error: the setting \"Output_Interval\" is \""_s + QString(200, u'9') +
+                          u"...\"; allowed is 0 to 10000"_s});
+}
+
+TEST_F(SettingsCheck, KeysOfAFileThatTheStoreRefusesAreNotLookedFor) {
+    const QByteArray unknown = "[General]\nUnknown=1\n;";
+    EXPECT_EQ(Check(unknown).size(), 1);
+    EXPECT_EQ(Check(unknown + QByteArray(CfgCenter::MAX_FILE_SIZE, 'x')), QStringList());
+}
+
 TEST_F(SettingsCheck, TextWhereANumberBelongsIsNoNumber) {
     for (const QString& text : {u"often"_s, QString()}) {
         EXPECT_EQ(Check("Output_Interval=" + text.toUtf8() + '\n'),

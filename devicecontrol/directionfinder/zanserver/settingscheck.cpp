@@ -11,6 +11,7 @@
 #include "zanserver/plural.h"
 #include "zanserver/stationposition.h"
 
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QStringList>
@@ -99,7 +100,10 @@ QStringList GetKnownKeys() {
 
 /// The keys of the application's settings by their whole paths.
 QStringList ListKeys(const QString& directory) {
-    return QSettings(directory + u"/Application.ini"_s, QSettings::IniFormat).allKeys();
+    const QString fileName = directory + u"/Application.ini"_s;
+    return QFileInfo(fileName).size() > CfgCenter::MAX_FILE_SIZE
+               ? QStringList() // the store has refused it, too
+               : QSettings(fileName, QSettings::IniFormat).allKeys();
 }
 
 constexpr std::size_t MOST_TOLD = 20;
