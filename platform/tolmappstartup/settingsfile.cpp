@@ -170,16 +170,15 @@ std::shared_ptr<SettingsFile> SettingsFile::Open(const QString& path) {
     // All names of a file are one, also for other processes: it is locked and replaced where it really is.
     const QString place = FollowLinks(path);
     SettingsFile* const openFile = openFiles.value(place);
-    return openFile ? openFile->shared_from_this() : std::make_shared<SettingsFile>(place);
+    return openFile ? openFile->shared_from_this() : std::make_shared<SettingsFile>(path);
 }
 
 SettingsFile::SettingsFile(QString path)
-    : m_path(std::move(path))
-    , m_lock(m_path) {
-    if (m_path.isEmpty()) {
+    : m_name(std::move(path)) {
+    if (m_name.isEmpty()) {
         return;
     }
-    openFiles.insert(m_path, this);
+    FindPlace();
     if (const QString problem = Read(QDeadlineTimer(PATIENCE)); !problem.isEmpty()) {
         ReportHere(u"The settings file "_s + m_path + u" cannot be read ("_s + problem + u")."_s, __LINE__);
     }
@@ -188,7 +187,18 @@ SettingsFile::SettingsFile(QString path)
 SettingsFile::~SettingsFile() {
     if (!m_path.isEmpty()) {
         SaveFinally(QDeadlineTimer(PATIENCE));
+        openFiles.removeIf([this](const auto& file) { return *file == this; });
+    }
+}
+
+// Where the file really is. That changes when an editor puts a file into the place of a link.
+void SettingsFile::FindPlace() {
+    const QString place = FollowLinks(m_name);
+    if (place != m_path) {
         openFiles.remove(m_path);
+        openFiles.insert(place, this);
+        m_path = place;
+        m_lock.emplace(place);
     }
 }
 
@@ -280,11 +290,12 @@ bool SettingsFile::Save(QDeadlineTimer deadline) {
     if (m_path.isEmpty() || m_writeBacks > 0) {
         return false;
     }
+    FindPlace();
     const SettingsLock::Result lock = Lock(deadline);
     QString reason;
     if (lock == SettingsLock::Result::Locked) {
         reason = WriteUnderLock(deadline);
-        m_lock.Unlock();
+        m_lock->Unlock();
     } else {
         reason = ReadForSave(deadline);
         if (reason.isEmpty() && !GetChanges().isEmpty()) {
@@ -312,9 +323,9 @@ QDeadlineTimer SettingsFile::GetDeadline() const {
 
 SettingsLock::Result SettingsFile::Lock(QDeadlineTimer deadline) {
     const SettingsLock::Result result =
-        m_lock.Lock(std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()));
+        m_lock->Lock(std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()));
     m_busyReason =
-        result == SettingsLock::Result::Busy ? u"it is locked by "_s + m_lock.GetHolder() : QString();
+        result == SettingsLock::Result::Busy ? u"it is locked by "_s + m_lock->GetHolder() : QString();
     return result;
 }
 
@@ -421,6 +432,7 @@ void SettingsFile::BeginWriteBack() {
     }
     m_textsBefore = m_texts;
     const QDeadlineTimer deadline = GetDeadline();
+    FindPlace();
     Lock(deadline);
     Read(deadline); // a file that cannot be read is reported when it is saved
 }
@@ -430,7 +442,7 @@ void SettingsFile::EndWriteBack() {
         return;
     }
     Save();
-    m_lock.Unlock();
+    m_lock->Unlock();
     m_textsBefore.clear();
 }
 

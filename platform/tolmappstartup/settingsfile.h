@@ -72,6 +72,7 @@ private:
 
     [[nodiscard]] bool IsBusy() const { return !m_busyReason.isEmpty(); }
     [[nodiscard]] QDeadlineTimer GetDeadline() const;
+    void FindPlace();
     SettingsLock::Result Lock(QDeadlineTimer deadline);
     bool Save(QDeadlineTimer deadline);
     QString WriteUnderLock(QDeadlineTimer deadline);
@@ -87,8 +88,9 @@ private:
     void customEvent(QEvent*) override;
     void timerEvent(QTimerEvent*) override;
 
-    QString m_path;
-    SettingsLock m_lock;
+    QString m_name; // as it was opened; perhaps of a link
+    QString m_path; // where it is
+    std::optional<SettingsLock> m_lock;
     QByteArray m_bytes;                   // what the file held when it was last read or written
     SettingsTexts m_texts;                // the same
     SettingsTexts m_textsBefore;          // the same when the writing back began

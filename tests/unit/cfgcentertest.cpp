@@ -1317,7 +1317,8 @@ TEST_F(CfgCenterTest, FileThatAnEditorIsWritingIsWaitedFor) {
     QFile editor(Path());
     ASSERT_TRUE(editor.open(QFile::WriteOnly | QFile::Truncate | QFile::Unbuffered));
     std::thread saving([&editor] {
-        for (const QByteArray& part : {QByteArray("[General]\nKe"), QByteArray("y=1\nThei"), QByteArray("rs=2\n")}) {
+        for (const QByteArray& part :
+             {QByteArray("[General]\nKe"), QByteArray("y=1\nThei"), QByteArray("rs=2\n")}) {
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
             editor.write(part);
         }
@@ -1384,6 +1385,23 @@ TEST_F(CfgCenterTest, FileThatAnEditorHasMovedAwayToSaveANewOneIsWaitedFor) {
     App().CommitKey({});
     saving.join();
     EXPECT_EQ(ReadFile(), "[General]\nKey=1\nMine=1\nTheirs=2\n");
+}
+
+TEST_F(CfgCenterTest, FileThatAnEditorPutsIntoThePlaceOfALinkIsTheOneThatIsSaved) {
+    WriteFile("[General]\nKey=1\n", u"elsewhere"_s);
+    ASSERT_TRUE(QFile::link(Path(u"elsewhere"_s), Path()));
+    Open();
+    App().SetInt(u"Mine"_s, 1);
+    App().CommitKey({});
+    EXPECT_EQ(ReadFile(u"elsewhere"_s), "[General]\nKey=1\nMine=1\n");
+    EXPECT_TRUE(QFileInfo(Path()).isSymLink());
+
+    ASSERT_TRUE(QFile::remove(Path()));
+    WriteFile("[General]\nKey=2\n");
+    App().SetInt(u"Mine"_s, 2);
+    App().CommitKey({});
+    EXPECT_EQ(ReadFile(), "[General]\nKey=2\nMine=2\n");
+    EXPECT_EQ(ReadFile(u"elsewhere"_s), "[General]\nKey=1\nMine=1\n");
 }
 
 TEST_F(CfgCenterTest, FileThatWasRemovedComesIntoBeingAgainWithWhatIsSet) {
