@@ -32,6 +32,7 @@ constexpr auto PATIENCE = 1s;   // the longest that the main thread stands still
 constexpr auto ABSENCE = 250ms; // for so long an editor has no file when it has moved the old one away
 constexpr unsigned long POLL_MS = 2;
 constexpr mode_t ALL_PERMISSIONS = 07777;
+constexpr QStringView MOUNTED = u"it is mounted by itself; mount its folder";
 constexpr QStringView BEING_WRITTEN = u"other programs go on writing it";
 constexpr int RETRY_MS = 1000;
 constexpr QChar BEHIND_SLASH(u'/' + 1); // the next character in the order of the keys
@@ -147,12 +148,9 @@ QString PutInPlace(const QString& path) {
     if (std::rename(QFile::encodeName(name).constData(), QFile::encodeName(path).constData()) == 0) {
         return {};
     }
-    const QString reason =
-        errno == EBUSY
-            ? u"a file that is mounted by itself cannot be replaced; mount its folder"_s
-            : u"the new file cannot take the place of the old one ("_s + qt_error_string(errno) + u')';
+    const QString problem = errno == EBUSY ? MOUNTED.toString() : qt_error_string(errno);
     QFile::remove(name);
-    return reason;
+    return u"the new file cannot take the place of the old one ("_s + problem + u')';
 }
 
 // Whether the texts are the same number, however it is spelled.
@@ -182,6 +180,7 @@ SettingsFile::SettingsFile(QString path)
     if (const QString problem = Read(QDeadlineTimer(PATIENCE)); !problem.isEmpty()) {
         ReportHere(u"The settings file "_s + m_path + u" cannot be read ("_s + problem + u")."_s, __LINE__);
     }
+    m_isOpen = true;
 }
 
 SettingsFile::~SettingsFile() {
@@ -389,11 +388,10 @@ QString SettingsFile::Read(QDeadlineTimer deadline) {
         return content.problem;
     }
     // At the start it is better than nothing: most likely somebody has forgotten to close it.
-    if (content.isBeingWritten && m_isRead) {
+    if (content.isBeingWritten && m_isOpen) {
         m_busyReason = BEING_WRITTEN.toString();
         return m_busyReason;
     }
-    m_isRead = true;
     m_stamp = content.stamp;
     if (content.bytes != m_bytes) {
         m_bytes = std::move(content.bytes);

@@ -17,11 +17,14 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <limits>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -1385,6 +1388,44 @@ TEST_F(CfgCenterTest, FileThatAnEditorHasMovedAwayToSaveANewOneIsWaitedFor) {
     App().CommitKey({});
     saving.join();
     EXPECT_EQ(ReadFile(), "[General]\nKey=1\nMine=1\nTheirs=2\n");
+}
+
+TEST_F(CfgCenterTest, NothingIsLostOfAFileThatSomebodyReplacesAllTheTime) {
+    WriteFile("[General]\nTheirs=0\n");
+    Open();
+    std::atomic<bool> isOver = false;
+    int round = 0;
+    std::thread other([&] {
+        while (!isOver) {
+            WriteFile("[General]\nTheirs=" + QByteArray::number(++round) + '\n', u"new"_s);
+            std::rename(QFile::encodeName(Path(u"new"_s)).constData(), QFile::encodeName(Path()).constData());
+        }
+    });
+    for (int i = 1; i <= 3; ++i) {
+        App().SetInt(u"Mine"_s, i);
+        App().CommitKey({});
+    }
+    isOver = true;
+    other.join();
+    App().SetInt(u"Mine"_s, 4);
+    App().CommitKey({});
+    EXPECT_EQ(ReadFile(), "[General]\nMine=4\nTheirs=" + QByteArray::number(round) + '\n');
+}
+
+TEST_F(CfgCenterTest, FileOfSomebodyElseInTheGroupStaysTheGroups) {
+    WriteFile("[General]\nKey=1\n");
+    for (const auto& [path, mode] : {std::pair{m_directory.path(), 0777U}, std::pair{Path(), 0664U}}) {
+        ASSERT_EQ(chmod(QFile::encodeName(path).constData(), mode), 0);
+    }
+    const WithoutRootRights noRights;
+    Open();
+    App().SetInt(u"Key"_s, 2);
+    App().CommitKey({});
+    EXPECT_EQ(ReadFile(), "[General]\nKey=2\n");
+    struct stat status {};
+    ASSERT_EQ(stat(QFile::encodeName(Path()).constData(), &status), 0);
+    EXPECT_EQ(status.st_gid, getegid());
+    EXPECT_EQ(status.st_mode & 07777, 0664U);
 }
 
 TEST_F(CfgCenterTest, FileThatAnEditorPutsIntoThePlaceOfALinkIsTheOneThatIsSaved) {
