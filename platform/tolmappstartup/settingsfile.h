@@ -103,7 +103,7 @@ private:
     QString m_reportedReason;             // why it cannot be saved, as was reported; empty while it can
     int m_writeBacks = 0;
     bool m_isCopyDue = false; // a copy has to be kept before the file is overwritten
-    bool m_isOpen = false; // the first reading is over
+    bool m_isOpen = false;    // the first reading is over
     bool m_isSavePosted = false;
     QBasicTimer m_retry;
 };
