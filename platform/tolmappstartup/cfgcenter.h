@@ -29,9 +29,9 @@
 class ZANPLATFORM_EXPORT CfgCenter {
 public:
     /// The bytes of the largest settings file; a larger one is neither read nor written, and reported. Each
-    /// save reads and writes all of a file. This is the room for 40,000 channels of traffic control, far more
+    /// save reads and writes all of a file. This is the room for 80,000 channels of traffic control, far more
     /// than there are; the settings of a station take some kilobytes.
-    static constexpr qint64 MAX_FILE_SIZE = qint64{4} << 20;
+    static constexpr qint64 MAX_FILE_SIZE = qint64{8} << 20;
 
     /// Chooses the directory of the settings files, and makes it when it is missing. What was open before is
     /// closed, as by `Close`. A relative path counts from the current directory. False when the directory

@@ -27,7 +27,7 @@ namespace {
 constexpr qsizetype MAX_LINES_NAMED = 10; // of a damaged file, which may be damaged in every line
 constexpr qsizetype MAX_KEYS_NAMED = 100;
 constexpr qsizetype MAX_TEXT_SHOWN = 80; // of a value that cannot be read
-constexpr QStringView TOO_LARGE = u"it is larger than 4 MiB";
+constexpr QStringView TOO_LARGE = u"it is larger than 8 MiB";
 constexpr auto PATIENCE = 1s;   // the longest that the main thread stands still
 constexpr auto ABSENCE = 250ms; // for so long an editor has no file when it has moved the old one away
 constexpr unsigned long POLL_MS = 2;
@@ -349,7 +349,7 @@ QString SettingsFile::WriteUnderLock(QDeadlineTimer deadline) {
             texts.insert(change.key(), *change);
         }
         const QByteArray bytes = FormatSettings(texts);
-        reason = bytes.size() > CfgCenter::MAX_FILE_SIZE ? u"it would be larger than 4 MiB"_s
+        reason = bytes.size() > CfgCenter::MAX_FILE_SIZE ? u"it would be larger than 8 MiB"_s
                                                          : WriteBeside(m_path, bytes);
         if (!reason.isEmpty()) {
             return reason;

@@ -489,19 +489,25 @@ ParsedSettings ParseSettings(QByteArrayView bytes) {
 
 QByteArray FormatSettings(const SettingsTexts& texts) {
     QMap<QString, QString> linesOfSection; // keys without a section come first
+    QString* lines = nullptr;              // of the section before, which is most often this one, too
+    QStringView section;
     for (auto text = texts.constBegin(); text != texts.constEnd(); ++text) {
-        const QStringView section = SectionOf(text.key());
-        const QStringView name = QStringView(text.key()).sliced(section.isEmpty() ? 0 : section.size() + 1);
-        linesOfSection[section.toString()] +=
-            EscapeName(name) + u'=' + (NeedsQuotes(*text) ? Quote(*text) : *text) + u'\n';
+        const QStringView sectionBefore = std::exchange(section, SectionOf(text.key()));
+        if (!lines || section != sectionBefore) {
+            lines = &linesOfSection[section.toString()];
+        }
+        *lines += EscapeName(QStringView(text.key()).sliced(section.isEmpty() ? 0 : section.size() + 1));
+        *lines += u'=';
+        *lines += NeedsQuotes(*text) ? Quote(*text) : *text;
+        *lines += u'\n';
     }
     QString file;
-    for (auto section = linesOfSection.begin(); section != linesOfSection.end(); ++section) {
-        const QString& name = section.key();
+    for (auto each = linesOfSection.constBegin(); each != linesOfSection.constEnd(); ++each) {
+        const QString& name = each.key();
         const QString written = name.isEmpty()    ? GENERAL.toString()
                                 : IsGeneral(name) ? u'%' + name
                                                   : EscapeName(name);
-        file += (file.isEmpty() ? u"["_s : u"\n["_s) + written + u"]\n"_s + section.value();
+        file += (file.isEmpty() ? u"["_s : u"\n["_s) + written + u"]\n"_s + *each;
     }
     return file.toUtf8();
 }

@@ -1283,11 +1283,11 @@ TEST_F(CfgCenterTest, LargestFileIsReadAndALargerOneIsRefusedAndStays) {
     EXPECT_EQ(m_trace, QStringList());
     write(CfgCenter::MAX_FILE_SIZE + 1);
     Open();
-    EXPECT_TRUE(CfgCenter::GetLastError().contains(Path() + u" cannot be read (it is larger than 4 MiB)"_s));
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(Path() + u" cannot be read (it is larger than 8 MiB)"_s));
     App().SetInt(u"Other"_s, 1);
     App().CommitKey({});
     EXPECT_TRUE(CfgCenter::GetLastError().contains(
-        u"could not be saved: it cannot be read (it is larger than 4 MiB)"));
+        u"could not be saved: it cannot be read (it is larger than 8 MiB)"));
     EXPECT_EQ(QFileInfo(Path()).size(), CfgCenter::MAX_FILE_SIZE + 1);
 }
 
@@ -1296,7 +1296,7 @@ TEST_F(CfgCenterTest, FileThatWouldBecomeTooLargeIsNotSaved) {
     Open();
     App().SetString(u"Other"_s, QString(CfgCenter::MAX_FILE_SIZE, u'x'));
     App().CommitKey({});
-    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"could not be saved: it would be larger than 4 MiB"));
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"could not be saved: it would be larger than 8 MiB"));
     EXPECT_EQ(ReadFile(), "[General]\nKey=1\n");
     App().SetString(u"Other"_s, u"short"_s);
     App().CommitKey({});

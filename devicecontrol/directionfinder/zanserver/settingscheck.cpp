@@ -182,7 +182,8 @@ void CheckFlags(const ICfg& cfg, std::span<const QStringView> keys, const QStrin
 void CheckAntennas(ICfg& station, Findings& findings) {
     const QString system = u"SystemConfiguration"_s;
     const CfgPtr antennas(station.GetSubCfg(system));
-    for (const QString& name : antennas->GetSubCfgNames()) {
+    for (qint64 i = 0; i < ANTENNA_COUNT.maximum; ++i) { // nobody reads those beyond
+        const QString name = u"Antenna"_s + QString::number(i);
         const CfgPtr antenna(antennas->GetSubCfg(name));
         const QString prefix = system + u'/' + name + u'/';
         CheckFlags(*antenna, ANTENNA_FLAGS, prefix, findings);
