@@ -1,5 +1,7 @@
 #include "tolmappstartup/cfgcenter.h"
 #include "zancommon/antennadatalist.h"
+#include "zancommon/antennasetup.h"
+#include "zancommon/zancharacteristics.h"
 #include "zanserver/frequencytext.h"
 #include "zanserver/station.h"
 #include "zanstation/antennajson.h"
@@ -30,13 +32,13 @@ QString DescribeUse(const AntennaData& antenna) {
 }
 
 bool IsSameEntry(const AntennaData& a, const AntennaData& b) {
-    return a.name == b.name && a.minFreq == b.minFreq && a.maxFreq == b.maxFreq;
+    return a.name == b.name && CoverageOf(a) == CoverageOf(b);
 }
 
 /// The setup in the settings of the station.
-class AntennaSetup {
+class StoredSetup {
 public:
-    explicit AntennaSetup(bool asJson)
+    explicit StoredSetup(bool asJson)
         : m_asJson(asJson)
         , m_address(Station::GetDeviceAddress()) {
         m_list.BuildAntennasFromCfg(m_address);
@@ -65,22 +67,32 @@ public:
         return isValid ? EXIT_OK : EXIT_FAILED;
     }
 
-    int Repair() {
+    /// Makes the setup valid, or only shows how that would be done; returns the exit code.
+    int Repair(bool isDryRun) {
         ZANCharacteristics& characteristics = Station::GetCharacteristics();
-        QString message;
-        const bool isRepaired = characteristics.MakeAntennaSetupValid(message);
-        Say(message);
-        for (int i = 0; const AntennaData* repaired = characteristics.GetAntennaByIndex(i); ++i) {
-            TakeOver(*repaired);
+        const AntennaSetup::Proposal proposal = characteristics.ProposeAntennaSetup();
+        if (isDryRun) {
+            Say(u"Nothing is changed. A repair would do this:"_s);
+        } else {
+            QString message;
+            characteristics.MakeAntennaSetupValid(message);
         }
-        Save();
+        Say(proposal.message);
+        for (const auto& antenna : proposal.antennas.GetAntennas()) {
+            TakeOver(*antenna);
+        }
+        m_list.SortAntennasByFrequencyRanges();
+        if (!isDryRun) {
+            Save();
+        }
         // An antenna that is supported as it was used may not be so over all that it covers.
         QString verdict;
-        const bool isValid = isRepaired && characteristics.CheckAntennaSetupValidity(&m_list, verdict);
-        if (isRepaired && !isValid) {
+        const bool isValid =
+            proposal.isPossible && characteristics.CheckAntennaSetupValidity(&m_list, verdict);
+        if (proposal.isPossible && !isValid) {
             Say(verdict);
         }
-        PrintDocument(isValid, isValid || verdict.isEmpty() ? message : verdict);
+        PrintDocument(isValid, isValid || verdict.isEmpty() ? proposal.message : verdict);
         return isValid ? EXIT_OK : EXIT_FAILED;
     }
 
@@ -92,8 +104,7 @@ public:
             if (antenna->name == name) {
                 antenna->enabled = enabled;
                 if (enabled && antenna->minRange == antenna->maxRange) {
-                    antenna->minRange = antenna->minFreq;
-                    antenna->maxRange = antenna->maxFreq;
+                    ::SetRange(*antenna, CoverageOf(*antenna));
                 }
                 isFound = true;
             }
@@ -110,14 +121,14 @@ public:
                 u"a range is two frequencies such as 300k 30M, the lower one first, not '%1' '%2'"_s.arg(
                     lowText, highText));
         }
+        const FrequencyRange range{*low, *high};
         QStringList coverages;
         for (const auto& antenna : m_list.GetAntennas()) {
             if (antenna->name != name) {
                 continue;
             }
-            if (antenna->minFreq <= *low && *high <= antenna->maxFreq) {
-                antenna->minRange = *low;
-                antenna->maxRange = *high;
+            if (CoverageOf(*antenna).Contains(range)) {
+                ::SetRange(*antenna, range);
                 return SaveAndCheck();
             }
             coverages.append(FrequencyText::FormatRange(antenna->minFreq, antenna->maxFreq));
@@ -148,8 +159,7 @@ private:
             }
             const QString before = DescribeUse(*antenna);
             antenna->enabled = repaired.enabled;
-            antenna->minRange = repaired.minRange;
-            antenna->maxRange = repaired.maxRange;
+            ::SetRange(*antenna, RangeOf(repaired));
             if (const QString after = DescribeUse(*antenna); after != before) {
                 Say(antenna->name + u": "_s + before + u" -> "_s + after);
                 m_changes.append(AntennaJson::Describe(*antenna));
@@ -184,11 +194,11 @@ private:
     /// All of the setup is written. What others changed since it was read stays.
     void Save() {
         const CfgWriteBack writeBack = CfgCenter::GetAppCfg(ICfg::View::Stations).BeginWriteBack();
-        m_list.SortAntennasByFrequencyRanges();
         m_list.WriteAntennaSetupToCfg(m_address);
     }
 
     [[nodiscard]] int SaveAndCheck() {
+        m_list.SortAntennasByFrequencyRanges();
         Save();
         return Check();
     }
@@ -215,9 +225,9 @@ const Action* FindAction(const QString& name) {
 
 /// Carries out an action on the station that was started. Returns the exit code: failed when the setup is not
 /// valid afterwards, or when nothing could be done; wrong usage for a range that is none.
-int CarryOut(const QStringList& actionAndArguments, bool asJson) {
+int CarryOut(const QStringList& actionAndArguments, bool isDryRun, bool asJson) {
     const QString& action = actionAndArguments.at(0);
-    AntennaSetup setup(asJson);
+    StoredSetup setup(asJson);
     if (action == u"list") {
         setup.Print();
         return setup.Check();
@@ -226,7 +236,7 @@ int CarryOut(const QStringList& actionAndArguments, bool asJson) {
         return setup.Check();
     }
     if (action == u"repair") {
-        return setup.Repair();
+        return setup.Repair(isDryRun);
     }
     const QString& name = actionAndArguments.at(1);
     if (action == u"range") {
@@ -244,7 +254,9 @@ int Antennas(const QStringList& arguments) {
     CommandLine line(u"antennas"_s,
                      u"Works on the antenna setup in the station's settings. Fails when the setup is not "
                      "valid."_s,
-                     {CommandLine::JsonOption()}, actions);
+                     {{u"dry-run"_s, u"Show what a repair would change, and change nothing."_s},
+                      CommandLine::JsonOption()},
+                     actions);
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
@@ -252,7 +264,12 @@ int Antennas(const QStringList& arguments) {
     if (!action || line.Positional().size() != 1 + action->argumentCount) {
         return CommandLine::Refuse(u"what shall be done? "_s + actions);
     }
-    return line.WithStation([&line] { return CarryOut(line.Positional(), line.AsJson()); });
+    const bool isDryRun = line.IsSet(u"dry-run"_s);
+    if (isDryRun && action->name != u"repair") {
+        return CommandLine::Refuse(u"--dry-run goes with repair"_s);
+    }
+    return line.WithStation(
+        [&line, isDryRun] { return CarryOut(line.Positional(), isDryRun, line.AsJson()); });
 }
 
 } // namespace Commands

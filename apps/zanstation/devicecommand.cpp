@@ -7,7 +7,6 @@
 #include "zanserver/frequencytext.h"
 #include "zanserver/operationmodetext.h"
 #include "zanserver/station.h"
-#include "zanserver/supportreason.h"
 #include "zanstation/antennajson.h"
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
@@ -16,8 +15,10 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QStringList>
 
 #include <array>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
@@ -35,6 +36,39 @@ QString OrDash(const QString& text) {
     return text.isEmpty() ? u"-"_s : text;
 }
 
+QString OptionNames(const std::vector<EZANOptions>& options) {
+    QStringList names;
+    for (const EZANOptions option : options) {
+        names.append(ZANOptions::GetNameForOption(option));
+    }
+    return names.join(u" or "_s);
+}
+
+/// Why the device does not support an antenna; empty when it does support it.
+QString DescribeProblem(const ZANCharacteristics& characteristics, const AntennaData& antenna) {
+    using EReason = AntennaSupport::EReason;
+    const AntennaSupport support = characteristics.GetAntennaSupport(antenna, OPMODE_ANY);
+    const QString& converter = antenna.converterTypeName;
+    switch (support.reason) {
+    case EReason::UNKNOWN_CONVERTER:
+        return u"there is no converter '%1'"_s.arg(converter);
+    case EReason::CONVERTER:
+    case EReason::DEVICE_TYPE:
+    case EReason::OPERATION_MODE:
+        return u"the device has no sample mode for the converter "_s + converter;
+    case EReason::FREQUENCY_RANGE:
+        return u"no sample mode of the converter %1 holds the range %2"_s.arg(
+            converter, FrequencyText::FormatRange(antenna.minRange, antenna.maxRange));
+    case EReason::OPTION_EXCLUDES:
+        return u"excluded by the option "_s + OptionNames(support.options);
+    case EReason::OPTION_MISSING:
+        return u"needs the option "_s + OptionNames(support.options);
+    case EReason::SUPPORTED:
+        break;
+    }
+    return {};
+}
+
 void PrintLine(const QString& name, const QString& text) {
     Console::Print(name.leftJustified(16) + text);
 }
@@ -42,7 +76,7 @@ void PrintLine(const QString& name, const QString& text) {
 void PrintAntennas(const ZANCharacteristics& characteristics) {
     Table table({u"antenna"_s, u"enabled"_s, u"range"_s, u"converter"_s, u"methods"_s, u"supported"_s});
     for (int i = 0; const AntennaData* antenna = characteristics.GetAntennaByIndex(i); ++i) {
-        const QString problem = GetSupportProblem(characteristics, *antenna);
+        const QString problem = DescribeProblem(characteristics, *antenna);
         table.Add({antenna->name, YesOrNo(antenna->enabled),
                    FrequencyText::FormatRange(antenna->minRange, antenna->maxRange),
                    OrDash(antenna->converterTypeName), OrDash(antenna->dfAlgorithms.join(u", "_s)),
@@ -104,7 +138,7 @@ QJsonArray DescribeAntennas(const ZANCharacteristics& characteristics) {
     for (int i = 0; const AntennaData* antenna = characteristics.GetAntennaByIndex(i); ++i) {
         QJsonObject object = AntennaJson::Describe(*antenna);
         object[u"methods"_s] = QJsonArray::fromStringList(antenna->dfAlgorithms);
-        const QString problem = GetSupportProblem(characteristics, *antenna);
+        const QString problem = DescribeProblem(characteristics, *antenna);
         object[u"supported"_s] = problem.isEmpty();
         if (!problem.isEmpty()) {
             object[u"problem"_s] = problem;

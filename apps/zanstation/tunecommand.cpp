@@ -12,7 +12,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <set>
@@ -84,15 +83,32 @@ QString DescribeAntenna(const AntennaData& antenna) {
     return antenna.name + u" ("_s + FormatRange(antenna.minRange, antenna.maxRange) + u')';
 }
 
-bool HasLimits(const ZANCharacteristics& characteristics, EOperationMode mode) {
-    return characteristics.GetMinFreq(mode) < characteristics.GetMaxFreq(mode);
+bool HasLimits(const FrequencyRange& limits) {
+    return limits.low < limits.high;
 }
 
-QString DescribeLimits(const ZANCharacteristics& characteristics, EOperationMode mode) {
-    return HasLimits(characteristics, mode)
-               ? u"the mode goes from "_s + Format(characteristics.GetMinFreq(mode)) + u" to "_s +
-                     Format(characteristics.GetMaxFreq(mode))
-               : u"the device serves no range in this mode"_s;
+QString DescribeLimits(const FrequencyRange& limits) {
+    return HasLimits(limits) ? u"the mode goes from "_s + Format(limits.low) + u" to "_s + Format(limits.high)
+                             : u"the device serves no range in this mode"_s;
+}
+
+/// A move of what was wished, when there was one.
+void AddChange(Tuning& tuning, const QString& what, double move, const QString& why) {
+    if (move != 0.0) {
+        tuning.changes.push_back({what, move, why});
+    }
+}
+
+/// Why no antenna serves a frequency.
+QString DescribeProblem(const FrequencyAdjustment& adjustment) {
+    if (adjustment.missing == FrequencyAdjustment::EMissing::WIDTH) {
+        return u"the band of "_s + Format(adjustment.bandwidth) + u" is wider than the range of "_s +
+               DescribeAntenna(*adjustment.antenna);
+    }
+    const QString limits = DescribeLimits(adjustment.limits);
+    return HasLimits(adjustment.limits) ? u"no enabled antenna serves "_s + Format(adjustment.frequency) +
+                                              u" in this mode; "_s + limits
+                                        : limits;
 }
 
 /// Finds what receives the valid range: sample mode and bandwidths.
@@ -115,77 +131,46 @@ void FindReception(const ZANCharacteristics& characteristics, Tuning& tuning, do
 }
 
 Tuning TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& request) {
-    const EOperationMode mode = request.mode;
-    const double asked = *request.frequency;
-    const double inLimits =
-        std::min(std::max(asked, characteristics.GetMinFreq(mode)), characteristics.GetMaxFreq(mode));
-    const bool hasBand = mode == OPMODE_WIDEBAND_FFM;
-    double bandwidth = request.bandwidth.value_or(
-        hasBand ? characteristics.GetDefaultRealtimeBandwidth(mode, inLimits, inLimits) : 0.0);
+    const FrequencyAdjustment adjustment =
+        characteristics.AdjustFrequency(request.mode, *request.frequency, request.bandwidth);
     Tuning tuning(request);
-    if (hasBand) {
-        tuning.request.bandwidth = bandwidth;
+    if (request.mode == OPMODE_WIDEBAND_FFM) {
+        tuning.request.bandwidth = adjustment.bandwidth;
     }
-
-    // Moved within the limits of the mode first, and then with the whole band within the antenna's range.
-    double frequency = asked;
-    const AntennaData* const antenna = characteristics.ToNextValidFrequency(mode, frequency, bandwidth);
-    if (!antenna) {
-        tuning.problem = HasLimits(characteristics, mode)
-                             ? u"no enabled antenna serves "_s + Format(inLimits) + u" in this mode; "_s +
-                                   DescribeLimits(characteristics, mode)
-                             : DescribeLimits(characteristics, mode);
+    if (!adjustment.IsServed()) {
+        tuning.problem = DescribeProblem(adjustment);
         return tuning;
     }
-    if (hasBand && bandwidth > antenna->maxRange - antenna->minRange) {
-        tuning.problem = u"the band of "_s + Format(bandwidth) + u" is wider than the range of "_s +
-                         DescribeAntenna(*antenna);
-        return tuning;
-    }
-    if (inLimits != asked) {
-        tuning.changes.push_back({u"frequency"_s, inLimits - asked, DescribeLimits(characteristics, mode)});
-    }
-    if (frequency != inLimits) {
-        tuning.changes.push_back(
-            {u"frequency"_s, frequency - inLimits,
-             u"the band of %1 shall lie in the range of %2"_s.arg(Format(bandwidth), antenna->name)});
-    }
+    const QString what = u"frequency"_s;
+    AddChange(tuning, what, adjustment.intoLimits, DescribeLimits(adjustment.limits));
+    AddChange(tuning, what, adjustment.intoRange,
+              u"the band of %1 shall lie in the range of %2"_s.arg(Format(adjustment.bandwidth),
+                                                                   adjustment.antenna->name));
     tuning.isValid = true;
-    tuning.start = tuning.stop = frequency;
-    tuning.antenna = antenna;
+    tuning.start = tuning.stop = adjustment.frequency;
+    tuning.antenna = adjustment.antenna;
     FindReception(characteristics, tuning, request.bandwidth.value_or(ZANCharacteristics::fBANDWIDTH_ANY));
     return tuning;
 }
 
 Tuning TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request) {
-    const EOperationMode mode = request.mode;
+    constexpr double ANY_BANDWIDTH = ZANCharacteristics::fBANDWIDTH_ANY;
+    const RangeAdjustment adjustment = characteristics.AdjustFrequencyRange(
+        request.mode, {request.start, request.stop}, ANY_BANDWIDTH, request.adjustMode);
     Tuning tuning(request);
-    double anyBandwidth = ZANCharacteristics::fBANDWIDTH_ANY;
-    double unused = 0.0;
-    const AntennaData* const antenna = characteristics.ToNextValidFrequencyRange(
-        mode, tuning.start, tuning.stop, anyBandwidth, unused, request.adjustMode);
-    if (!antenna) {
-        tuning.problem = u"no antenna with a sample mode holds the whole range; "_s +
-                         DescribeLimits(characteristics, mode);
+    if (!adjustment.IsServed()) {
+        tuning.problem =
+            u"no antenna with a sample mode holds the whole range; "_s + DescribeLimits(adjustment.limits);
         return tuning;
     }
-    double intoLimits = 0.0;
-    if (request.stop > characteristics.GetMaxFreq(mode)) {
-        intoLimits = characteristics.GetMaxFreq(mode) - request.stop;
-    } else if (request.start < characteristics.GetMinFreq(mode)) {
-        intoLimits = characteristics.GetMinFreq(mode) - request.start;
-    }
-    if (intoLimits != 0.0) {
-        tuning.changes.push_back({u"range"_s, intoLimits, DescribeLimits(characteristics, mode)});
-    }
-    if (const double inLimits = request.start + intoLimits; tuning.start != inLimits) {
-        tuning.changes.push_back(
-            {u"range"_s, tuning.start - inLimits, u"it straddled the border of two antennas"_s});
-    }
+    const QString what = u"range"_s;
+    AddChange(tuning, what, adjustment.intoLimits, DescribeLimits(adjustment.limits));
+    AddChange(tuning, what, adjustment.offBorder, u"it straddled the border of two antennas"_s);
     tuning.isValid = true;
-    // What was returned served the start before the second move.
-    tuning.antenna = characteristics.GetAntennaForFrequency(tuning.start, false);
-    FindReception(characteristics, tuning, anyBandwidth);
+    tuning.start = adjustment.range.low;
+    tuning.stop = adjustment.range.high;
+    tuning.antenna = adjustment.antenna;
+    FindReception(characteristics, tuning, ANY_BANDWIDTH);
     return tuning;
 }
 

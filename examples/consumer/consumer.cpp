@@ -25,12 +25,12 @@ namespace {
 const QString SERVER = u"/ZANServer"_s;
 const QString DEVICE = u"/DEVICES/ZANServer"_s;
 
-AntennaData* MakeAntenna(const QString& name, const QString& converter, double low, double high) {
-    auto* antenna = new AntennaData;
-    antenna->name = name;
-    antenna->converterTypeName = converter;
-    antenna->minFreq = antenna->minRange = low; // Hz
-    antenna->maxFreq = antenna->maxRange = high;
+AntennaData MakeAntenna(const QString& name, const QString& converter, double low, double high) {
+    AntennaData antenna;
+    antenna.name = name;
+    antenna.converterTypeName = converter;
+    antenna.minFreq = antenna.minRange = low; // Hz
+    antenna.maxFreq = antenna.maxRange = high;
     return antenna;
 }
 
@@ -79,8 +79,8 @@ int main(int argc, char** argv) {
     std::printf("valid range: %.0f Hz to %.0f Hz, %s\n", start, stop, antenna ? "served" : "not served");
 
     KvZANCommon::OverheadPassParams params;
-    params.SetThreshold(600, nullptr); // tenths of a degree
-    params.SetValid(true, nullptr);
+    params.SetThreshold(600); // tenths of a degree
+    params.SetValid(true);
     const KvZANCommon::OverheadPassFilter filter(params);
     {
         DFDataOutput output(u"DF data"_s); // file and interval come from the settings
@@ -92,7 +92,7 @@ int main(int argc, char** argv) {
             bearing.SetElevation(elevation);
             bearing.SetQuality(90);
             filter.Apply(bearing);
-            azimuth->SetValue(bearing, nullptr); // one sentence, unless the filter has rejected it
+            azimuth->SetValue(bearing); // one sentence, unless the filter has rejected it
         }
     }
     QFile sentences(directory.filePath(u"sentences.txt"_s));

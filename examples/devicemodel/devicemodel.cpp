@@ -17,17 +17,17 @@ const QString SERVER = u"/ZANServer"_s;
 const QString DEVICE = u"/DEVICES/ZANServer"_s;
 
 /// An antenna that covers what lies between two frequencies (Hz), and is used from a third one on.
-AntennaData* MakeAntenna(const QString& name, const QString& converter, EZANMethod method, double low,
-                         double high, double usedFrom) {
-    auto* antenna = new AntennaData;
-    antenna->name = name;
-    antenna->converterTypeName = converter;
-    antenna->dfMethods = {static_cast<quint32>(method)};
-    antenna->minFreq = low;
-    antenna->maxFreq = high;
-    antenna->minRange = usedFrom;
-    antenna->maxRange = high;
-    antenna->polarizationMode = POLARISATION_VERTICAL;
+AntennaData MakeAntenna(const QString& name, const QString& converter, EZANMethod method, double low,
+                        double high, double usedFrom) {
+    AntennaData antenna;
+    antenna.name = name;
+    antenna.converterTypeName = converter;
+    antenna.dfMethods = {static_cast<quint32>(method)};
+    antenna.minFreq = low;
+    antenna.maxFreq = high;
+    antenna.minRange = usedFrom;
+    antenna.maxRange = high;
+    antenna.polarizationMode = POLARISATION_VERTICAL;
     return antenna;
 }
 
@@ -37,8 +37,8 @@ void PublishDevice() {
     CreateBranch(EBranch::SERVER, SERVER);
     CreateBranch(EBranch::DEVICE, DEVICE);
     const Tree& tree = *Tree::Instance();
-    tree.Find<ValueString>(DEVICE + g_vdDevType.PathName())->SetValue(u"ZANTIDE"_s, nullptr);
-    tree.Find<ValueString>(DEVICE + g_vdDevOptions.PathName())->SetValue(u"ZAN-HFR"_s, nullptr);
+    tree.Find<ValueString>(DEVICE + g_vdDevType.PathName())->SetValue(u"ZANTIDE"_s);
+    tree.Find<ValueString>(DEVICE + g_vdDevOptions.PathName())->SetValue(u"ZAN-HFR"_s);
     AntennaDataList antennas(DEVICE, {});
     antennas.AddAntenna(MakeAntenna(u"PX110"_s, u"RCV01"_s, METHOD_WAT, 300e3, 30e6, 300e3));
     antennas.AddAntenna(MakeAntenna(u"PX106"_s, u"RCV03"_s, METHOD_COR, 20e6, 1300e6, 30e6));
@@ -53,6 +53,27 @@ void PrintSetup(const ZANCharacteristics& device) {
     for (int i = 0; const AntennaData* antenna = device.GetAntennaByIndex(i); ++i) {
         std::printf("  %s from %.6f MHz to %.6f MHz\n", qUtf8Printable(antenna->name),
                     antenna->minRange / 1e6, antenna->maxRange / 1e6);
+    }
+}
+
+/// Why the device does not support an antenna.
+void PrintSupport(const ZANCharacteristics& device, const AntennaData& antenna) {
+    const AntennaSupport support = device.GetAntennaSupport(antenna, OPMODE_ANY);
+    std::printf("%s is %s", qUtf8Printable(antenna.name),
+                support.IsSupported() ? "supported" : "not supported");
+    if (support.reason == AntennaSupport::EReason::OPTION_MISSING) {
+        for (const EZANOptions option : support.options) {
+            std::printf(", %s would help", qUtf8Printable(ZANOptions::GetNameForOption(option)));
+        }
+    }
+    std::printf("\n");
+}
+
+/// What a repair of the setup would make of it.
+void PrintProposal(const ZANCharacteristics& device) {
+    const AntennaSetup::Proposal proposal = device.ProposeAntennaSetup();
+    for (const auto& antenna : proposal.antennas.GetAntennas()) {
+        std::printf("  proposed: %s from %.6f MHz\n", qUtf8Printable(antenna->name), antenna->minRange / 1e6);
     }
 }
 
@@ -75,12 +96,16 @@ void Tune(ZANCharacteristics& device, EOperationMode mode, double frequency, dou
 void TuneRange(ZANCharacteristics& device, double start, double stop,
                ZANCharacteristics::EAdjustMode adjust) {
     std::printf("%.6f MHz to %.6f MHz", start / 1e6, stop / 1e6);
-    double bandwidth = ZANCharacteristics::fBANDWIDTH_ANY;
-    double unused = 0.0;
-    if (device.ToNextValidFrequencyRange(OPMODE_SCAN, start, stop, bandwidth, unused, adjust)) {
-        const AntennaData* antenna = device.GetAntennaForFrequency(start, true); // of the moved range
-        std::printf(" -> %.6f MHz to %.6f MHz with %s\n", start / 1e6, stop / 1e6,
-                    qUtf8Printable(antenna->name));
+    const RangeAdjustment adjustment =
+        device.AdjustFrequencyRange(OPMODE_SCAN, {start, stop}, ZANCharacteristics::fBANDWIDTH_ANY, adjust);
+    if (adjustment.IsServed()) {
+        std::printf(" -> %.6f MHz to %.6f MHz with %s", adjustment.range.low / 1e6,
+                    adjustment.range.high / 1e6, qUtf8Printable(adjustment.antenna->name));
+        if (adjustment.border) {
+            std::printf(", off the border of %s and %s", qUtf8Printable(adjustment.border->below->name),
+                        qUtf8Printable(adjustment.border->above->name));
+        }
+        std::printf("\n");
     } else {
         std::printf(": nothing serves it\n");
     }
@@ -125,6 +150,7 @@ int main() {
     PrintServing(device, 30e6, false);
     PrintServing(device, 30e6, true);
     PrintServing(device, 1350e6, false);
+    PrintProposal(device);
     QString message;
     device.MakeAntennaSetupValid(message);
     std::printf("%s\n", qUtf8Printable(message));
@@ -136,13 +162,14 @@ int main() {
     TuneRange(device, 25e6, 35e6, ZANCharacteristics::ADJUST_UP);
     TuneRange(device, 2990e6, 3010e6, ZANCharacteristics::ADJUST_DOWN);
     PrintBandwidths(device, 100e6);
+    PrintSupport(device, MakeAntenna(u"PX120"_s, u"RCV07"_s, METHOD_WAT, 9e3, 1e6, 9e3));
 
     const Watcher watcher(device);
     ZANOptions::Instance()->RemoveOption(OPTION_ZAN_HFR); // tells nobody; the next question counts
     PrintBandwidths(device, 100e6);
     const Tree& tree = *Tree::Instance();
-    tree.Find<ValueString>(DEVICE + u"/DevAttr/DevType"_s)->SetValue(u"ZANMOSS"_s, nullptr);
-    tree.Find<ValueString>(DEVICE + u"/Cfg/CfgModifyTime"_s)->SetValue(u"200126093000"_s, nullptr);
+    tree.Find<ValueString>(DEVICE + u"/DevAttr/DevType"_s)->SetValue(u"ZANMOSS"_s);
+    tree.Find<ValueString>(DEVICE + u"/Cfg/CfgModifyTime"_s)->SetValue(u"200126093000"_s);
 
     ZANInformationCenter::Finalise();
     ZANOptions::Finalise();

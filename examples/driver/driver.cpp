@@ -81,20 +81,20 @@ int main(int argc, char** argv) {
     auto* azimuth = Tree::Instance()->Find<ValueBearing>(u"/ZANServer/Res/DfR/Azimuth"_s);
     auto* heading = Tree::Instance()->Find<ValueNumericInt>(u"/ZANServer/Res/HeaR/TrueHeading"_s);
     KvZANCommon::OverheadPassParams params;
-    params.SetThreshold(600, nullptr); // tenths of a degree
-    params.SetValid(true, nullptr);
+    params.SetThreshold(600); // tenths of a degree
+    params.SetValid(true);
     const KvZANCommon::OverheadPassFilter filter(params);
 
     Receiver receiver;
     receiver.onBlock = [&](const Block& block) {
         std::printf("%zu bearings at %.3f MHz\n", block.bearings.size(), block.status.frequency / 1e6);
         // Degrees become tenths; without a measurement the value says that it holds none.
-        heading->SetValue(static_cast<int>(std::lround(block.status.heading.value_or(0.0) * 10.0)), nullptr);
-        heading->SetState(block.status.heading ? TValueState::Valid : TValueState::NotMeasured, nullptr);
+        heading->SetValue(static_cast<int>(std::lround(block.status.heading.value_or(0.0) * 10.0)));
+        heading->SetState(block.status.heading ? TValueState::Valid : TValueState::NotMeasured);
         for (const Bearing& bearing : block.bearings) {
             BearingResult result = ToResult(block, bearing);
             filter.Apply(result);
-            azimuth->SetValue(result, nullptr); // one sentence, unless the filter has rejected it
+            azimuth->SetValue(result); // one sentence, unless the filter has rejected it
         }
     };
     receiver.onMessage = [](const QString& text) { std::printf("%s\n", qUtf8Printable(text)); };

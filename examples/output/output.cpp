@@ -27,7 +27,7 @@ void Publish(quint64 time, quint16 azimuth, qint16 quality) {
     bearing.SetFrequency(121.5e6);
     bearing.SetAzimuth(azimuth);
     bearing.SetQuality(quality);
-    Tree::Instance()->Find<ValueBearing>(u"/ZANServer/Res/DfR/Azimuth"_s)->SetValue(bearing, nullptr);
+    Tree::Instance()->Find<ValueBearing>(u"/ZANServer/Res/DfR/Azimuth"_s)->SetValue(bearing);
 }
 
 /// What a user does in the configuration widget.

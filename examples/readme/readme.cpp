@@ -46,7 +46,7 @@ void SendBearing() {
     bearing.SetFrequency(121.5e6); // Hz
     bearing.SetAzimuth(715);       // tenths of a degree
     bearing.SetQuality(90);
-    azimuth->SetValue(bearing, nullptr); // writes one sentence
+    azimuth->SetValue(bearing); // writes one sentence
 }
 
 /// What the device connection does.
@@ -54,11 +54,11 @@ void PublishDevice() {
     const QString path = QStringLiteral("/DEVICES/ZANServer");
     StdDeviceDefinition::CreateBranch(StdDeviceDefinition::EBranch::DEVICE, path);
     AntennaDataList antennas(path, {});
-    auto* antenna = new AntennaData;
-    antenna->name = QStringLiteral("PX106");
-    antenna->converterTypeName = QStringLiteral("RCV03");
-    antenna->minFreq = antenna->minRange = 30e6; // Hz
-    antenna->maxFreq = antenna->maxRange = 1300e6;
+    AntennaData antenna;
+    antenna.name = QStringLiteral("PX106");
+    antenna.converterTypeName = QStringLiteral("RCV03");
+    antenna.minFreq = antenna.minRange = 30e6; // Hz
+    antenna.maxFreq = antenna.maxRange = 1300e6;
     antennas.AddAntenna(antenna);
     antennas.WriteAntennasToValueTree({});
 }

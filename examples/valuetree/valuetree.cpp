@@ -40,13 +40,13 @@ int main(int argc, char** argv) {
     auto* heading = tree.Find<ValueNumericInt>(QStringLiteral("/ZANServer/Res/HeaR/TrueHeading"));
     HeadingDisplay display(heading);
 
-    heading->SetValue(715, nullptr);  // 71.5 degrees
-    heading->SetValue(715, nullptr);  // nothing: it is 715 already
+    heading->SetValue(715);           // 71.5 degrees
+    heading->SetValue(715);           // nothing: it is 715 already
     heading->SetValue(900, &display); // nothing: the display has caused it
-    if (!heading->SetValue(3600, nullptr)) {
+    if (!heading->SetValue(3600)) {
         std::printf("3600 is refused, %d stays\n", heading->GetValue());
     }
-    heading->SetState(TValueState::NotMeasured, nullptr); // not measured
+    heading->SetState(TValueState::NotMeasured); // not measured
 
     tree.Remove(tree.GetNode(QStringLiteral("/ZANServer"))); // going away
     return 0;

@@ -80,7 +80,7 @@ public:
 protected:
     /// Calls `Update` of every observer but the originator (null: of every observer). An observer may destroy
     /// this object during the call: nothing of it may be touched afterwards.
-    void NotifyObservers(TChangeCode code, IObserver* originator);
+    void NotifyObservers(TChangeCode code, IObserver* originator = nullptr);
 
 private:
     friend class IObserver;

@@ -18,7 +18,7 @@ public:
     [[nodiscard]] const T& GetValue() const { return m_content; }
     /// Sets the content and tells the observers when it has changed. False, with nothing changed, when the
     /// value does not accept the content (see `ValueNumeric`).
-    bool SetValue(const T& content, IObserver* originator) {
+    bool SetValue(const T& content, IObserver* originator = nullptr) {
         if (!Accepts(content)) {
             return false;
         }
@@ -31,7 +31,7 @@ public:
 
     [[nodiscard]] ValueType GetType() const override { return Format::TYPE; }
     [[nodiscard]] QString GetStringValue() const override { return Format::ToString(m_content); }
-    bool SetStringValue(const QString& text, IObserver* originator) override {
+    bool SetStringValue(const QString& text, IObserver* originator = nullptr) override {
         T content{};
         return Format::FromString(text, content) && SetValue(content, originator);
     }
@@ -86,13 +86,15 @@ public:
     [[nodiscard]] T GetMax() const { return m_max; }
     [[nodiscard]] T GetStep() const { return m_step; }
     /// These three are `SetMinMax` with the other two as they are.
-    bool SetMin(T min, IObserver* originator) { return SetMinMax(min, m_max, m_step, originator); }
-    bool SetMax(T max, IObserver* originator) { return SetMinMax(m_min, max, m_step, originator); }
-    bool SetStep(T step, IObserver* originator) { return SetMinMax(m_min, m_max, step, originator); }
+    bool SetMin(T min, IObserver* originator = nullptr) { return SetMinMax(min, m_max, m_step, originator); }
+    bool SetMax(T max, IObserver* originator = nullptr) { return SetMinMax(m_min, max, m_step, originator); }
+    bool SetStep(T step, IObserver* originator = nullptr) {
+        return SetMinMax(m_min, m_max, step, originator);
+    }
     /// Sets the range. A content that lies outside it moves to the nearer bound. Observers are told once.
     /// False, with nothing changed, when the minimum is above the maximum, the step is negative, or one of
     /// them is not a number.
-    bool SetMinMax(T min, T max, T step, IObserver* originator) {
+    bool SetMinMax(T min, T max, T step, IObserver* originator = nullptr) {
         if (!(min <= max) || !(step >= T{})) {
             return false;
         }

@@ -47,7 +47,7 @@ T* GetOrCreateValue(const QString& path) {
 /// Creates the value of a descriptor, of type T, or returns the one that stands at its place already. Throws
 /// `KWException` when that is of another type, or none could be made. Never null.
 template <class T>
-T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator) {
+T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator = nullptr) {
     if (T* value = dynamic_cast<T*>(descriptor.Create(originator))) {
         return value;
     }
@@ -56,4 +56,4 @@ T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator) {
 
 /// Creates the node of a descriptor, or returns the one that stands at its place already. Throws
 /// `KWException` when it could not be made. Never null.
-ZANPLATFORM_EXPORT Node* CreateNode(const ValueDescriptor& descriptor, IObserver* originator);
+ZANPLATFORM_EXPORT Node* CreateNode(const ValueDescriptor& descriptor, IObserver* originator = nullptr);

@@ -36,10 +36,10 @@ public:
 
     /// Gives the value its name; in the tree, also its new path. False, with the name as it was, when the new
     /// one is empty, holds a slash, or is taken, and when the value is being removed.
-    bool SetName(const QString& name, IObserver* originator);
+    bool SetName(const QString& name, IObserver* originator = nullptr);
 
     [[nodiscard]] TValueState GetState() const { return m_state; }
-    void SetState(TValueState state, IObserver* originator);
+    void SetState(TValueState state, IObserver* originator = nullptr);
 
     [[nodiscard]] virtual ValueType GetType() const = 0;
     [[nodiscard]] QString GetTypeName() const override;
@@ -47,7 +47,7 @@ public:
     [[nodiscard]] virtual QString GetStringValue() const = 0;
     /// Sets the content from text. False, with the value unchanged, when the text is not a content of the
     /// type, or one that the value does not accept (a number outside its range).
-    virtual bool SetStringValue(const QString& text, IObserver* originator) = 0;
+    virtual bool SetStringValue(const QString& text, IObserver* originator = nullptr) = 0;
     /// Takes over content and state of a value of the same type, but not its name and range; observers are
     /// told once. False, with nothing changed, when the type is another one or the content is not accepted.
     virtual bool Assign(const ValueBase& other) = 0;
@@ -58,17 +58,17 @@ public:
 
     /// Begins a group of changes: until the matching `EndTransaction`, observers are told nothing. Groups
     /// nest; the outermost end tells, with its own code. The argument has no effect.
-    void StartTransaction(IObserver* originator);
+    void StartTransaction(IObserver* originator = nullptr);
     /// Ends a group and tells the observers once, with this code, whether something was changed or not. False
     /// when no group is open.
-    bool EndTransaction(TChangeCode code, IObserver* originator);
+    bool EndTransaction(TChangeCode code, IObserver* originator = nullptr);
     [[nodiscard]] bool IsTransactionActive() const { return m_transactions > 0; }
     /// Begins a group that ends when the returned object is destroyed; the codes are told in their order,
     /// without any nothing is told.
     [[nodiscard]] ValueTransaction CreateTransaction(std::initializer_list<TChangeCode> codes,
-                                                     IObserver* originator);
+                                                     IObserver* originator = nullptr);
     /// Tells the observers of a change that was made without a setter. Inside a transaction the end tells.
-    void HasChanged(TChangeCode code, IObserver* originator);
+    void HasChanged(TChangeCode code, IObserver* originator = nullptr);
 
     /// Delivers changes at most once in this many milliseconds, through the event loop; 0 (the default): at
     /// once. What is waiting when it becomes 0 is delivered at once. Changes of one code are told as one, and
@@ -96,7 +96,7 @@ public:
     [[nodiscard]] QString GetCommandStringForTransmission(unsigned sequence) const;
     /// Carries out a command line of either kind, whatever its time. False, with the value unchanged, when it
     /// is malformed, names another path, or its text is no content that the value accepts.
-    bool SetCommandString(const QString& command, IObserver* originator);
+    bool SetCommandString(const QString& command, IObserver* originator = nullptr);
 
 protected:
     ValueBase(const ValueBase& other);
@@ -135,7 +135,8 @@ private:
 /// One that was moved from ends nothing.
 class ZANPLATFORM_EXPORT ValueTransaction {
 public:
-    ValueTransaction(ValueBase& value, std::initializer_list<TChangeCode> codes, IObserver* originator);
+    ValueTransaction(ValueBase& value, std::initializer_list<TChangeCode> codes,
+                     IObserver* originator = nullptr);
     ValueTransaction(ValueTransaction&& other) noexcept;
     ValueTransaction(const ValueTransaction&) = delete;
     ValueTransaction& operator=(const ValueTransaction&) = delete;

@@ -31,7 +31,7 @@ public:
     /// returned as it is, whatever its type. Null for a node, and for what could not be made. Owned by the
     /// tree, which keeps the address of the descriptor. Nobody observes a value that is new, so that the
     /// originator makes no difference.
-    ValueBase* Create(IObserver* originator) const;
+    ValueBase* Create(IObserver* originator = nullptr) const;
 
     /// The process-wide base path against which all descriptors are resolved; empty at first. It may be set
     /// with a slash at its end, and is kept without. Nothing else is checked.

@@ -17,12 +17,12 @@ public:
     ValueList() = default;
 
     /// Appends a copy, which is always a change.
-    void PushBack(const T& element, IObserver* originator) {
+    void PushBack(const T& element, IObserver* originator = nullptr) {
         m_elements.push_back(element);
         Changed(originator);
     }
     /// Removes all elements. Nobody is told when there are none.
-    void Clear(IObserver* originator) {
+    void Clear(IObserver* originator = nullptr) {
         m_cursor = 0;
         if (!m_elements.empty()) {
             m_elements.clear();
@@ -53,7 +53,7 @@ public:
         }
         return text;
     }
-    bool SetStringValue(const QString& text, IObserver* originator) override {
+    bool SetStringValue(const QString& text, IObserver* originator = nullptr) override {
         std::vector<T> elements;
         for (QStringView rest(text); !rest.isEmpty();) {
             if (!Stream::Take(rest, elements.emplace_back())) {

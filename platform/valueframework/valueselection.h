@@ -53,9 +53,9 @@ public:
     ValueSelection() = default;
 
     /// Appends an item, which is always a change. Names and keys may stand in several items.
-    void AddItem(SelectionItem item, IObserver* originator);
+    void AddItem(SelectionItem item, IObserver* originator = nullptr);
     /// Removes all items. Nobody is told when there are none.
-    void Clear(IObserver* originator);
+    void Clear(IObserver* originator = nullptr);
     /// The items in their order; good until the selection is changed.
     [[nodiscard]] const std::vector<SelectionItem>& GetItems() const { return m_items; }
 
@@ -64,15 +64,15 @@ public:
     /// The position of the current item, from 0; -1 without items.
     [[nodiscard]] long GetCurrentIndex() const { return m_current; }
     /// Makes the first item with this key the current one. False when no item has it.
-    bool SetCurrentKey(long key, IObserver* originator);
+    bool SetCurrentKey(long key, IObserver* originator = nullptr);
     /// Makes the item at a position, counted from 0, the current one. False when there is no such position.
-    bool SetCurrentIndex(long index, IObserver* originator);
+    bool SetCurrentIndex(long index, IObserver* originator = nullptr);
 
     [[nodiscard]] ValueType GetType() const override { return ValueType::Selection; }
     /// The name of the current item; empty without items.
     [[nodiscard]] QString GetStringValue() const override;
     /// Makes the first item with this name the current one. False when no item has it.
-    bool SetStringValue(const QString& name, IObserver* originator) override;
+    bool SetStringValue(const QString& name, IObserver* originator = nullptr) override;
     /// Takes over items, choice and state.
     bool Assign(const ValueBase& other) override;
     /// Whether items and choice are the same.

@@ -157,8 +157,10 @@ TEST_F(StationCommands, AntennasForProgramsTellTheSetupTheVerdictAndWhatARepairH
     EXPECT_EQ(document[u"antennas"_s][1][u"covers_from_hz"_s], 20e6);
     EXPECT_EQ(document[u"antennas"_s][1][u"covers_to_hz"_s], 1.3e9);
     EXPECT_EQ(document[u"repaired"_s], QJsonArray());
+    const QJsonDocument proposed = ThroughPython(Run(u"antennas repair --dry-run --json"_s).out);
     const StationResult repair = Run(u"antennas repair --json"_s);
     EXPECT_EQ(repair.exitCode, 0);
+    EXPECT_EQ(proposed, ThroughPython(repair.out));
     document = ThroughPython(repair.out);
     EXPECT_EQ(document[u"valid"_s], true);
     EXPECT_EQ(document[u"repaired"_s].toArray().size(), 1);
@@ -852,6 +854,7 @@ TEST_F(StationCommands, BashCompletesCommandsOptionsValuesAndFiles) {
     EXPECT_EQ(Complete({u"tune"_s, u"--mode"_s, u"s"_s}, here), (QStringList{u"scan"_s, u"search"_s}));
     EXPECT_EQ(Complete({u"antennas"_s, u""_s}, here),
               (QStringList{u"check"_s, u"disable"_s, u"enable"_s, u"list"_s, u"range"_s, u"repair"_s}));
+    EXPECT_EQ(Complete({u"antennas"_s, u"repair"_s, u"--d"_s}, here), QStringList{u"--dry-run"_s});
     EXPECT_EQ(Complete({u"run"_s, u"--recording"_s, u"two"_s}, here), QStringList{u"two words.csv"_s});
     EXPECT_EQ(Complete({u"device"_s, u"--config"_s, u"s"_s}, here), QStringList{u"settings"_s});
     EXPECT_EQ(Complete({u"frequencies"_s, u"import"_s, u"two"_s}, here), QStringList{u"two words.csv"_s});

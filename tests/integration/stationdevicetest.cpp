@@ -234,6 +234,32 @@ TEST_F(StationDevice, AntennaActionsWorkOnTheSettingsAndJudgeTheSetup) {
         << list.out.toStdString();
 }
 
+TEST_F(StationDevice, ADryRunShowsTheRepairAndChangesNothing) {
+    Run(u"antennas range PX106 20M 1.3G"_s);
+    const QByteArray before = ReadFile(SettingsFile());
+    const StationResult result = Run(u"antennas repair --dry-run"_s);
+    EXPECT_EQ(result.exitCode, 0) << "as the repair ends";
+    EXPECT_EQ(result.out,
+              u"Nothing is changed. A repair would do this:\n"
+              "Auto configuration of antennas successfully covered range from 0.3 MHz to 3000 MHz.\n"
+              "PX106: 20 MHz - 1.3 GHz -> 30.000001 MHz - 1.3 GHz\n"_s);
+    EXPECT_EQ(ReadFile(SettingsFile()), before);
+    EXPECT_EQ(Run(u"antennas check"_s).exitCode, 1);
+    EXPECT_TRUE(
+        Run(u"antennas repair"_s).out.contains(u"PX106: 20 MHz - 1.3 GHz -> 30.000001 MHz - 1.3 GHz\n"_s));
+}
+
+TEST_F(StationDevice, ADryRunThatWouldFailFails) {
+    Run(u"device"_s);
+    Edit("Enabled=true\nMaxFreq=1300000000.000", "Enabled=true\nMaxFreq=5000000000.000");
+    Run(u"antennas range PX106 20M 1.3G"_s);
+    const QByteArray before = ReadFile(SettingsFile());
+    const StationResult result = Run(u"antennas repair --dry-run"_s);
+    EXPECT_EQ(result.exitCode, 1) << "the device does not support all that the antenna covers";
+    EXPECT_TRUE(result.out.contains(u"is not supported by the ZAN device"_s)) << result.out.toStdString();
+    EXPECT_EQ(ReadFile(SettingsFile()), before);
+}
+
 TEST_F(StationDevice, DisabledBySetupRepairAnAntennaIsUsedInFullWhenItIsEnabledAgain) {
     Run(u"device"_s);
     Edit("Enabled=true\nMaxFreq=3000000000.000", "Enabled=maybe\nMaxFreq=20000000");
@@ -255,7 +281,7 @@ TEST_F(StationDevice, ActionsThatCannotBeDoneChangeNothing) {
           std::tuple{u"range PX106 1M 2M"_s, 1, u"20 MHz - 1.3 GHz"_s},
           std::tuple{u"range PX106 x 2M"_s, 2, u"'x'"_s}, std::tuple{u"range PX106 40M 30M"_s, 2, u"40M"_s},
           std::tuple{u"range PX106 40M"_s, 2, u"range NAME LOW HIGH"_s},
-          std::tuple{u"mend"_s, 2, u"repair"_s}}) {
+          std::tuple{u"check --dry-run"_s, 2, u"repair"_s}, std::tuple{u"mend"_s, 2, u"repair"_s}}) {
         const StationResult result = Run(u"antennas "_s + action);
         EXPECT_EQ(result.exitCode, exitCode) << action.toStdString();
         EXPECT_TRUE(result.err.contains(word)) << result.err.toStdString();

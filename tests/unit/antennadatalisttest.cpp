@@ -89,6 +89,26 @@ TEST(AntennaDataList, AddingNullSucceedsAndLeavesTheListUnchanged) {
     EXPECT_EQ(NamesOf(list), QStringList{u"A"_s});
 }
 
+TEST(AntennaDataList, AnEntryIsAddedByValue) {
+    AntennaDataList list;
+    AntennaData antenna = MakeUnusualAntenna();
+    list.AddAntenna(antenna);
+    antenna.name = u"changed"_s;
+    ASSERT_EQ(list.GetAntennas().size(), 1U);
+    ExpectSame(*list.GetAntennaByIndex(0), MakeUnusualAntenna());
+    list.AddAntenna(*list.GetAntennaByIndex(0)); // an entry of the list itself
+    EXPECT_EQ(list.GetAntennas().size(), 2U);
+    EXPECT_NE(list.GetAntennaByIndex(0), list.GetAntennaByIndex(1));
+}
+
+TEST(AntennaDataList, AConstListIsCopied) {
+    const AntennaDataList source = ListOf({{"B", 2, 3}, {"A", 1, 2}});
+    AntennaDataList copy;
+    copy.CopyFrom(source);
+    EXPECT_EQ(NamesOf(copy), (QStringList{u"A"_s, u"B"_s}));
+    EXPECT_EQ(NamesOf(source), (QStringList{u"B"_s, u"A"_s}));
+}
+
 TEST(AntennaDataList, ClearRemovesAllEntries) {
     AntennaDataList list = ListOf({{"A", 1, 2}, {"B", 2, 3}});
     list.Clear();

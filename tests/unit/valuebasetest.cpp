@@ -619,4 +619,26 @@ TEST_F(CommandStringTest, TheOriginatorIsNotTold) {
     EXPECT_TRUE(originator.codes.empty());
 }
 
+TEST(ValueOriginator, WithoutOneEveryObserverIsTold) {
+    ValueSelection selection;
+    ValueNumericInt number;
+    ValueBearingList list;
+    CodeObserver observer;
+    for (Observable* value : std::initializer_list<Observable*>{&selection, &number, &list}) {
+        value->AddObserver(&observer);
+    }
+    number.SetValue(1);
+    number.SetMinMax(0, 10, 1);
+    number.SetState(TValueState::NotMeasured);
+    number.SetStringValue(u"2"_s);
+    static_cast<ValueBase&>(number).SetStringValue(u"3"_s);
+    list.PushBack({});
+    list.Clear();
+    selection.AddItem({u"a"_s, 0.0, 1});
+    selection.AddItem({u"b"_s, 0.0, 2});
+    selection.SetCurrentKey(2);
+    number.HasChanged(TChangeCode::Changed);
+    EXPECT_EQ(observer.codes.size(), 11U);
+}
+
 } // namespace

@@ -715,4 +715,163 @@ TEST_F(CharacteristicsAdjustments, ARangeThatEndsOnASharedEdgeStaysWithTheAntenn
     }
 }
 
+// What was done, and why
+
+TEST_F(CharacteristicsAdjustments, AFrequencyThatIsServedAsItIsIsMovedByNothing) {
+    ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
+    const FrequencyAdjustment adjustment = characteristics.AdjustFrequency(OPMODE_FFM, 100e6);
+    EXPECT_TRUE(adjustment.IsServed());
+    EXPECT_EQ(adjustment.asked, 100e6);
+    EXPECT_EQ(adjustment.frequency, 100e6);
+    EXPECT_EQ(adjustment.intoLimits, 0.0);
+    EXPECT_EQ(adjustment.intoRange, 0.0);
+    EXPECT_EQ(adjustment.limits, (FrequencyRange{300e3, 1300e6}));
+    EXPECT_EQ(HandleOf(adjustment.antenna), 2);
+}
+
+TEST_F(CharacteristicsAdjustments, AFrequencyTellsHowFarItWasMovedIntoTheLimits) {
+    ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
+    const FrequencyAdjustment raised = characteristics.AdjustFrequency(OPMODE_FFM, 100e3);
+    EXPECT_EQ(raised.intoLimits, 200e3);
+    EXPECT_EQ(raised.frequency, 300e3);
+    EXPECT_EQ(HandleOf(raised.antenna), 1);
+    const FrequencyAdjustment lowered = characteristics.AdjustFrequency(OPMODE_FFM, 2000e6);
+    EXPECT_EQ(lowered.intoLimits, -700e6);
+    EXPECT_EQ(lowered.frequency, 1300e6);
+    EXPECT_EQ(HandleOf(lowered.antenna), 2);
+}
+
+TEST_F(CharacteristicsAdjustments, AFrequencyTellsHowFarItsBandWasMovedIntoTheRangeOfTheAntenna) {
+    ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
+    const FrequencyAdjustment adjustment =
+        characteristics.AdjustFrequency(OPMODE_WIDEBAND_FFM, 2000e6, 2e6); // both moves
+    EXPECT_TRUE(adjustment.IsServed());
+    EXPECT_EQ(adjustment.intoLimits, -700e6);
+    EXPECT_EQ(adjustment.intoRange, -1e6);
+    EXPECT_EQ(adjustment.frequency, 1299e6);
+    EXPECT_EQ(adjustment.bandwidth, 2e6);
+    EXPECT_EQ(HandleOf(adjustment.antenna), 2);
+}
+
+TEST_F(CharacteristicsAdjustments, WithoutABandwidthTheBandHasTheOneOfTheBestSampleMode) {
+    ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
+    const FrequencyAdjustment adjustment = characteristics.AdjustFrequency(OPMODE_WIDEBAND_FFM, 300e3);
+    EXPECT_EQ(adjustment.bandwidth,
+              characteristics.GetDefaultRealtimeBandwidth(OPMODE_WIDEBAND_FFM, 300e3, 300e3));
+    EXPECT_EQ(adjustment.bandwidth, 1e6);
+    EXPECT_EQ(adjustment.frequency, 800e3);
+    EXPECT_EQ(characteristics.AdjustFrequency(OPMODE_FFM, 300e3, 1e6).bandwidth, 0.0)
+        << "no band in this mode";
+}
+
+TEST_F(CharacteristicsAdjustments, AFrequencyThatIsNotServedTellsWhatIsMissing) {
+    using EMissing = FrequencyAdjustment::EMissing;
+    ZANCharacteristics& characteristics = Connect({Hf(), Antenna(2, u"RCV03"_s, 100e6, 1300e6)});
+    const FrequencyAdjustment inGap = characteristics.AdjustFrequency(OPMODE_FFM, 50e6);
+    EXPECT_EQ(inGap.missing, EMissing::ANTENNA);
+    EXPECT_EQ(inGap.antenna, nullptr);
+    EXPECT_EQ(inGap.frequency, 50e6);
+    const FrequencyAdjustment inOtherMode = characteristics.AdjustFrequency(OPMODE_5, 50e6);
+    EXPECT_EQ(inOtherMode.missing, EMissing::MODE);
+    EXPECT_EQ(inOtherMode.antenna, nullptr);
+    EXPECT_EQ(inOtherMode.frequency, 25e6) << "clamped all the same";
+    const FrequencyAdjustment tooWide =
+        characteristics.AdjustFrequency(OPMODE_WIDEBAND_FFM, 10e6, 29700001.0);
+    EXPECT_EQ(tooWide.missing, EMissing::WIDTH);
+    EXPECT_EQ(HandleOf(tooWide.antenna), 1) << "the one that is too narrow";
+    EXPECT_FALSE(tooWide.IsServed());
+    EXPECT_TRUE(characteristics.AdjustFrequency(OPMODE_WIDEBAND_FFM, 10e6, 29.7e6).IsServed());
+}
+
+TEST_F(CharacteristicsAdjustments, ARangeTellsHowFarItWasMovedAndOffWhichBorder) {
+    ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
+    constexpr double ANY_BANDWIDTH = ZANCharacteristics::fBANDWIDTH_ANY;
+    const RangeAdjustment up = characteristics.AdjustFrequencyRange(OPMODE_SCAN, {25e6, 35e6}, ANY_BANDWIDTH,
+                                                                    ZANCharacteristics::ADJUST_UP);
+    EXPECT_TRUE(up.IsServed());
+    EXPECT_EQ(up.asked, (FrequencyRange{25e6, 35e6}));
+    EXPECT_EQ(up.limits, (FrequencyRange{300e3, 1300e6}));
+    EXPECT_EQ(up.intoLimits, 0.0);
+    ASSERT_TRUE(up.border);
+    EXPECT_EQ(up.border->frequency, 30000001.0);
+    EXPECT_EQ(HandleOf(up.border->below), 1);
+    EXPECT_EQ(HandleOf(up.border->above), 2);
+    EXPECT_EQ(up.offBorder, 5000001.0);
+    EXPECT_EQ(up.range, (FrequencyRange{30000001.0, 40000001.0}));
+    EXPECT_EQ(HandleOf(up.antenna), 2) << "serves the moved range";
+    EXPECT_EQ(HandleOf(up.antennaOfStart), 1) << "served the start before that";
+
+    const RangeAdjustment down = characteristics.AdjustFrequencyRange(
+        OPMODE_SCAN, {25e6, 35e6}, ANY_BANDWIDTH, ZANCharacteristics::ADJUST_DOWN);
+    ASSERT_TRUE(down.border);
+    EXPECT_EQ(down.border->frequency, 30e6);
+    EXPECT_EQ(down.offBorder, -5e6);
+    EXPECT_EQ(down.range, (FrequencyRange{20e6, 30e6}));
+    EXPECT_EQ(HandleOf(down.antenna), 1);
+
+    const RangeAdjustment inLimits = characteristics.AdjustFrequencyRange(
+        OPMODE_SCAN, {100e3, 200e3}, ANY_BANDWIDTH, ZANCharacteristics::ADJUST_DOWN);
+    EXPECT_EQ(inLimits.intoLimits, 200e3);
+    EXPECT_FALSE(inLimits.border);
+    EXPECT_EQ(inLimits.range, (FrequencyRange{300e3, 400e3}));
+}
+
+TEST_F(CharacteristicsAdjustments, ARangeThatIsNotServedTellsWhatIsMissing) {
+    using EMissing = RangeAdjustment::EMissing;
+    constexpr double ANY_BANDWIDTH = ZANCharacteristics::fBANDWIDTH_ANY;
+    ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
+    const RangeAdjustment straddling =
+        characteristics.AdjustFrequencyRange(OPMODE_SCAN, {25e6, 35e6}, ANY_BANDWIDTH, ADJUST_OTHER);
+    EXPECT_EQ(straddling.missing, EMissing::ANTENNA);
+    EXPECT_EQ(straddling.antenna, nullptr);
+    ASSERT_TRUE(straddling.border);
+    EXPECT_EQ(straddling.border->frequency, 30e6);
+    EXPECT_EQ(straddling.offBorder, 0.0);
+    const RangeAdjustment withoutMode =
+        characteristics.AdjustFrequencyRange(OPMODE_SCAN, {1e6, 2e6}, 1.5e6, ZANCharacteristics::ADJUST_DOWN);
+    EXPECT_EQ(withoutMode.missing, EMissing::SAMPLE_MODE);
+    EXPECT_EQ(withoutMode.antenna, nullptr);
+    EXPECT_EQ(HandleOf(withoutMode.antennaOfStart), 1);
+    EXPECT_FALSE(withoutMode.IsServed());
+}
+
+TEST_F(CharacteristicsAdjustments, TheAntennaOfARangeContainsAllOfIt) {
+    constexpr double ANY_BANDWIDTH = ZANCharacteristics::fBANDWIDTH_ANY;
+    // The start of the moved range is the end of the first antenna, too.
+    ZANCharacteristics& sharedEdge =
+        Connect({Polarised(Antenna(1, u"RCV03"_s, 20e6, 30e6), POLARISATION_VERTICAL),
+                 Polarised(Antenna(2, u"RCV03"_s, 30e6, 40e6), POLARISATION_VERTICAL)});
+    EXPECT_EQ(HandleOf(sharedEdge
+                           .AdjustFrequencyRange(OPMODE_SCAN, {28e6, 32e6}, ANY_BANDWIDTH,
+                                                 ZANCharacteristics::ADJUST_UP)
+                           .antenna),
+              2);
+    // Two narrow antennas below and above a border, and a wide one of another polarisation over both.
+    ZANCharacteristics& wide =
+        Connect({Polarised(Antenna(1, u"RCV03"_s, 20e6, 30e6), POLARISATION_LEFT),
+                 Polarised(Antenna(2, u"RCV03"_s, 30000001.0, 40e6), POLARISATION_LEFT),
+                 Polarised(Antenna(3, u"RCV03"_s, 20e6, 40e6), POLARISATION_RIGHT)});
+    const RangeAdjustment adjustment =
+        wide.AdjustFrequencyRange(OPMODE_SCAN, {28e6, 32e6}, ANY_BANDWIDTH, ADJUST_OTHER);
+    EXPECT_TRUE(adjustment.IsServed());
+    EXPECT_EQ(HandleOf(adjustment.antenna), 3);
+}
+
+TEST_F(CharacteristicsAdjustments, AreAskedOfTheOperationsThatADerivedClassOverrides) {
+    class Narrow final : public ZANCharacteristics {
+    public:
+        [[nodiscard]] double GetMinFreq(EOperationMode /*mode*/) const override { return 5e6; }
+        [[nodiscard]] double GetMaxFreq(EOperationMode /*mode*/) const override { return 6e6; }
+    };
+    DeviceTree::SetAntennas({Hf(), Vuhf()});
+    Narrow narrow;
+    narrow.SetBase_ValuePath(DeviceTree::Path(), true);
+    EXPECT_EQ(narrow.AdjustFrequency(OPMODE_FFM, 100e6).frequency, 6e6);
+    EXPECT_EQ(narrow
+                  .AdjustFrequencyRange(OPMODE_SCAN, {1e6, 1.5e6}, ZANCharacteristics::fBANDWIDTH_ANY,
+                                        ZANCharacteristics::ADJUST_DOWN)
+                  .range,
+              (FrequencyRange{5e6, 5.5e6}));
+}
+
 } // namespace

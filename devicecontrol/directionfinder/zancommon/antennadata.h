@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zancommon/frequencyrange.h"
 #include "zancommon/zandomain.h"
 #include "zancommon_export.h"
 
@@ -45,3 +46,19 @@ public:
     quint64 auxiliaryValue2 = 0; ///< carried along
     quint64 auxiliaryValue3 = 0; ///< carried along
 };
+
+/// What the antenna covers.
+[[nodiscard]] inline FrequencyRange CoverageOf(const AntennaData& antenna) {
+    return {antenna.minFreq, antenna.maxFreq};
+}
+
+/// The range in which the entry is used.
+[[nodiscard]] inline FrequencyRange RangeOf(const AntennaData& antenna) {
+    return {antenna.minRange, antenna.maxRange};
+}
+
+/// Has the entry used in a range. Nothing is checked.
+inline void SetRange(AntennaData& antenna, const FrequencyRange& range) {
+    antenna.minRange = range.low;
+    antenna.maxRange = range.high;
+}

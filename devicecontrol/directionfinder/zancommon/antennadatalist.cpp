@@ -2,10 +2,10 @@
 
 #include "kwbase/errorhandler.h"
 #include "stddevicedefinition/antbuilder.h"
-#include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/icfg.h"
 #include "valueframework/tree.h"
-#include "valueframework/valuetypes.h"
+#include "zancommon/antennanode.h"
+#include "zancommon/antennasection.h"
 #include "zancommon/stationcfg.h"
 
 #include <algorithm>
@@ -13,8 +13,8 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
-using namespace StdDeviceDefinition;
-using StdDeviceTree::Ant;
+using StdDeviceDefinition::AntBuilder;
+using StdDeviceDefinition::StdDeviceTree::Ant;
 
 namespace {
 
@@ -24,12 +24,6 @@ constexpr const wchar_t* ASSERTION_ORIGIN = L"devicecontrol\\directionfinder\\za
 const QString& TraceOrigin() {
     static const QString origin = QString::fromWCharArray(ASSERTION_ORIGIN);
     return origin;
-}
-
-constexpr double LEAST_STEP = 1.0; // Hz, between ranges that must not share a frequency
-
-bool IsWithin(double frequency, double minimum, double maximum) {
-    return frequency >= minimum && frequency <= maximum;
 }
 
 /// Whether the first antenna stands before the second one. Not transitive for coverages within one another.
@@ -49,81 +43,6 @@ QString ToText(double number) {
     return QString::number(number, 'g', 6);
 }
 
-// Settings
-
-QString SectionName(int index) {
-    return u"SystemConfiguration/Antenna"_s + QString::number(index);
-}
-
-/// The section of an entry in the settings of a station; null, with an assertion, when it cannot be had.
-CfgPtr OpenSection(ICfg& station, int index) {
-    CfgPtr pSubCfg(station.GetSubCfg(SectionName(index)));
-    if (!pSubCfg) {
-        _Q_assert(L"pSubCfg", ASSERTION_ORIGIN, __LINE__);
-    }
-    return pSubCfg;
-}
-
-double ReadNumber(const ICfg& section, const QString& key) {
-    return section.GetString(key, {}).toDouble();
-}
-
-void WriteNumber(ICfg& section, const QString& key, double number, int precision) {
-    section.SetString(key, QString::number(number, 'f', precision));
-}
-
-// Value tree
-
-template <class T, class Member>
-void ReadValue(const Ant& node, const ValueDescriptor& descriptor, Member& member) {
-    if (const T* value = node.GetValue<T>(descriptor)) {
-        member = static_cast<Member>(value->GetValue());
-    }
-}
-
-template <class T, class Content>
-void WriteValue(const Ant& node, const ValueDescriptor& descriptor, const Content& content) {
-    if (T* value = node.GetValue<T>(descriptor)) {
-        value->SetValue(content, nullptr);
-    }
-}
-
-void ReadMethods(const Ant& node, AntennaData& antenna) {
-    antenna.dfMethods.clear();
-    antenna.dfAlgorithms.clear();
-    if (const auto* selection = node.GetValue<ValueSelection>(g_vdAntDfAlgorithm)) {
-        for (const SelectionItem& item : selection->GetItems()) {
-            antenna.dfMethods.push_back(static_cast<quint32>(item.GetKey()));
-            antenna.dfAlgorithms.append(item.GetName());
-        }
-    }
-}
-
-/// What an operator edits in the tree, and what the device tells together with it.
-void ReadEditableValues(const Ant& node, AntennaData& antenna) {
-    ReadValue<ValueBool>(node, g_vdAntEnabled, antenna.enabled);
-    ReadValue<ValueNumericDouble>(node, g_vdAntMinRange, antenna.minRange);
-    ReadValue<ValueNumericDouble>(node, g_vdAntMaxRange, antenna.maxRange);
-    ReadValue<ValueBool>(node, g_vdAntCompassEnabled, antenna.compassEnabled);
-    ReadValue<ValueNumericDouble>(node, g_vdAntMechOffset, antenna.mechOffset);
-    ReadValue<ValueBool>(node, g_vdAntCompassSupport, antenna.compassSupport);
-    ReadMethods(node, antenna);
-    ReadValue<ValueNumericDouble>(node, g_vdAntCompassValue, antenna.compassValue);
-    ReadValue<ValueNumericInt>(node, g_vdAntPolarizationSupport, antenna.polarizationSupport);
-    ReadValue<ValueNumericInt>(node, g_vdAntPolarizationMode, antenna.polarizationMode);
-    ReadValue<ValueNumericInt>(node, g_vdAntCompassHandle, antenna.compassHandle);
-    ReadValue<ValueNumericInt>(node, g_vdAntConverterHandle, antenna.converterHandle);
-    ReadValue<ValueString>(node, g_vdAntConverterTypeName, antenna.converterTypeName);
-}
-
-/// What an antenna is and does not change while it is connected.
-void ReadFixedValues(const Ant& node, AntennaData& antenna) {
-    ReadValue<ValueString>(node, g_vdAntName, antenna.name);
-    ReadValue<ValueNumericInt>(node, g_vdAntHandle, antenna.handle);
-    ReadValue<ValueNumericDouble>(node, g_vdAntMinFreq, antenna.minFreq);
-    ReadValue<ValueNumericDouble>(node, g_vdAntMaxFreq, antenna.maxFreq);
-}
-
 } // namespace
 
 // NOLINTNEXTLINE(modernize-pass-by-value): as the other operations take their texts
@@ -137,7 +56,7 @@ void AntennaDataList::Clear() {
     m_antennas.clear();
 }
 
-void AntennaDataList::CopyFrom(AntennaDataList& other) {
+void AntennaDataList::CopyFrom(const AntennaDataList& other) {
     std::vector<std::shared_ptr<AntennaData>> antennas; // beside the old ones: the other list may be this one
     for (const auto& antenna : other.m_antennas) {
         antennas.push_back(std::make_shared<AntennaData>(*antenna));
@@ -154,6 +73,10 @@ bool AntennaDataList::AddAntenna(AntennaData* ant) {
         m_antennas.emplace_back(ant);
     }
     return true;
+}
+
+void AntennaDataList::AddAntenna(const AntennaData& antenna) {
+    m_antennas.push_back(std::make_shared<AntennaData>(antenna));
 }
 
 bool AntennaDataList::DeleteAntenna(AntennaData* ant) {
@@ -181,7 +104,7 @@ AntennaData* AntennaDataList::GetAntennaByHandle(long h) const {
 
 AntennaData* AntennaDataList::GetAntennaForFreqRange(double lo, double hi) const {
     const auto found = std::ranges::find_if(m_antennas, [lo, hi](const auto& each) {
-        return each->enabled && each->minRange <= lo && hi <= each->maxRange;
+        return each->enabled && RangeOf(*each).Contains(FrequencyRange{lo, hi});
     });
     return found == m_antennas.end() ? nullptr : found->get();
 }
@@ -197,7 +120,7 @@ AntennaData* AntennaDataList::GetAntennaForFrequency(double f, bool preferRangeS
     }
     AntennaData* fallback = nullptr;
     for (const auto& antenna : m_antennas) {
-        if (antenna->enabled && IsWithin(f, antenna->minRange, antenna->maxRange)) {
+        if (antenna->enabled && RangeOf(*antenna).Contains(f)) {
             if (antenna->polarizationMode == pol) {
                 return antenna.get();
             }
@@ -274,7 +197,7 @@ void AntennaDataList::MakeAntennaRangesDisjoint() {
             continue;
         }
         if (previousEnd > 0.0 && previousEnd == antenna->minRange) {
-            antenna->minRange += LEAST_STEP;
+            antenna->minRange += FrequencyRange::STEP;
         }
         previousEnd = antenna->maxRange;
     }
@@ -298,7 +221,7 @@ void AntennaDataList::SetStartupDefaults(bool compassA, bool compassB) {
                 antenna->enabled = false;
             } else if (isSamePolarisation && previous->maxRange >= antenna->minRange) {
                 previous->maxRange = antenna->minRange;
-                antenna->minRange += LEAST_STEP;
+                antenna->minRange += FrequencyRange::STEP;
             }
         }
         setCompass(*antenna);
@@ -327,39 +250,16 @@ int AntennaDataList::BuildAntennasFromCfg(const QString& station) {
     const int count = static_cast<int>(
         std::clamp<qint64>(cfg->GetInt(u"SystemConfiguration/AntennaCount"_s, 1), 0, MAX_ANTENNA_COUNT));
     for (int i = 0; i < count; ++i) {
-        const CfgPtr section = OpenSection(*cfg, i);
+        const CfgPtr section = AntennaSection::Open(*cfg, i);
         if (!section) {
             continue;
         }
-        auto antenna = std::make_unique<AntennaData>();
-        antenna->name = section->GetString(u"Name"_s, {});
-        antenna->enabled = section->GetBool(u"Enabled"_s, false);
-        antenna->minFreq = ReadNumber(*section, u"MinFreq"_s);
-        antenna->maxFreq = ReadNumber(*section, u"MaxFreq"_s);
-        antenna->minRange = ReadNumber(*section, u"MinRange"_s);
-        if (!IsWithin(antenna->minRange, antenna->minFreq, antenna->maxFreq)) {
-            antenna->minRange = antenna->minFreq;
+        AntennaData antenna;
+        AntennaSection::Read(*section, AntennaSection::EKeys::ALL, antenna);
+        for (const QString& method : std::as_const(antenna.dfAlgorithms)) {
+            antenna.dfMethods.push_back(static_cast<quint32>(m_tools.TranslateDfMethod(method)));
         }
-        antenna->maxRange = ReadNumber(*section, u"MaxRange"_s);
-        if (!IsWithin(antenna->maxRange, antenna->minFreq, antenna->maxFreq)) {
-            antenna->maxRange = antenna->maxFreq;
-        }
-        antenna->compassEnabled = section->GetBool(u"CompassEnabled"_s, false);
-        antenna->mechOffset = static_cast<float>(ReadNumber(*section, u"MechOffset"_s));
-        const QString methods = section->GetString(u"DFAlgorithm"_s, {});
-        if (!methods.isEmpty()) {
-            antenna->dfAlgorithms = methods.split(u',');
-        }
-        for (const QString& method : std::as_const(antenna->dfAlgorithms)) {
-            antenna->dfMethods.push_back(static_cast<quint32>(m_tools.TranslateDfMethod(method)));
-        }
-        antenna->compassSupport = section->GetBool(u"CompassSupport"_s, false);
-        antenna->polarizationSupport = section->GetBool(u"PolarizationSupport"_s, false);
-        // "PolarizationMode" is not read: device and value tree decide the polarisation of an entry.
-        antenna->activePassiveSupport = section->GetBool(u"ActivePassiveSupport"_s, false);
-        antenna->compassValue = static_cast<float>(ReadNumber(*section, u"CompassValue"_s));
-        antenna->converterTypeName = section->GetString(u"ConverterTypeName"_s, {});
-        AddAntenna(antenna.release());
+        AddAntenna(antenna);
     }
     MakeAntennaRangesDisjoint();
     return count;
@@ -377,27 +277,17 @@ bool AntennaDataList::ReadAntennaSetupFromCfg(const QString& station) {
         CfgPtr section;
         QString name;
         do {
-            section = OpenSection(*cfg, next++);
-            name = section ? section->GetString(u"Name"_s, {}) : QString();
+            section = AntennaSection::Open(*cfg, next++);
+            name = section ? AntennaSection::ReadName(*section) : QString();
         } while (!name.isEmpty() && name != antenna->name);
         if (name.isEmpty()) {
             break;
         }
-        antenna->minRange = ReadNumber(*section, u"MinRange"_s);
-        if (!IsWithin(antenna->minRange, antenna->minFreq, antenna->maxFreq)) {
-            antenna->minRange = antenna->minFreq;
-        }
+        AntennaSection::Read(*section, AntennaSection::EKeys::CHOICE, *antenna);
         if (antenna->minRange == previousMaxFreq) {
-            antenna->minRange += LEAST_STEP;
-        }
-        antenna->maxRange = ReadNumber(*section, u"MaxRange"_s);
-        if (!IsWithin(antenna->maxRange, antenna->minFreq, antenna->maxFreq)) {
-            antenna->maxRange = antenna->maxFreq;
+            antenna->minRange += FrequencyRange::STEP;
         }
         previousMaxFreq = antenna->maxFreq; // what it covers, not what it is used for
-        antenna->enabled = section->GetBool(u"Enabled"_s, false);
-        antenna->compassEnabled = section->GetBool(u"CompassEnabled"_s, false);
-        antenna->mechOffset = static_cast<float>(ReadNumber(*section, u"MechOffset"_s));
     }
     MakeAntennaRangesDisjoint();
     return true;
@@ -415,25 +305,11 @@ void AntennaDataList::WriteAntennaSetupToCfg(const QString& station) {
     // file never holds half of a setup.
     std::vector<CfgPtr> sections;
     for (const auto& antenna : m_antennas) {
-        CfgPtr section = OpenSection(*cfg, static_cast<int>(sections.size()));
+        CfgPtr section = AntennaSection::Open(*cfg, static_cast<int>(sections.size()));
         if (!section) {
             continue;
         }
-        section->SetString(u"Name"_s, antenna->name);
-        section->SetBool(u"Enabled"_s, antenna->enabled);
-        WriteNumber(*section, u"MinRange"_s, antenna->minRange, 3);
-        WriteNumber(*section, u"MaxRange"_s, antenna->maxRange, 3);
-        section->SetBool(u"CompassEnabled"_s, antenna->compassEnabled);
-        WriteNumber(*section, u"MechOffset"_s, antenna->mechOffset, 1);
-        section->SetBool(u"CompassSupport"_s, antenna->compassSupport);
-        section->SetString(u"DFAlgorithm"_s, antenna->dfAlgorithms.join(u','));
-        WriteNumber(*section, u"MinFreq"_s, antenna->minFreq, 3);
-        WriteNumber(*section, u"MaxFreq"_s, antenna->maxFreq, 3);
-        section->SetBool(u"PolarizationSupport"_s, antenna->polarizationSupport);
-        section->SetInt(u"PolarizationMode"_s, antenna->polarizationMode);
-        section->SetBool(u"ActivePassiveSupport"_s, antenna->activePassiveSupport);
-        WriteNumber(*section, u"CompassValue"_s, antenna->compassValue, 3);
-        section->SetString(u"ConverterTypeName"_s, antenna->converterTypeName);
+        AntennaSection::Write(*section, *antenna);
         sections.push_back(std::move(section));
     }
     cfg->SetInt(u"SystemConfiguration/AntennaCount"_s, static_cast<qint64>(sections.size()));
@@ -442,11 +318,8 @@ void AntennaDataList::WriteAntennaSetupToCfg(const QString& station) {
 int AntennaDataList::ReadAntennasFromValueTree(const QString& path) {
     Clear();
     for (Node* item : GetAntennaNodes(path)) {
-        const Ant node(item);
         auto antenna = std::make_shared<AntennaData>();
-        ReadFixedValues(node, *antenna);
-        ReadEditableValues(node, *antenna);
-        ReadValue<ValueBool>(node, g_vdAntActivePassiveSupport, antenna->activePassiveSupport);
+        AntennaNode(item, m_tools).Read(AntennaNode::EValues::ALL, *antenna);
         m_antennas.push_back(std::move(antenna));
     }
     return static_cast<int>(m_antennas.size());
@@ -455,13 +328,12 @@ int AntennaDataList::ReadAntennasFromValueTree(const QString& path) {
 int AntennaDataList::UpdateAntennasFromValueTree(const QString& path) {
     int count = 0;
     for (Node* item : GetAntennaNodes(path)) {
-        const Ant node(item);
+        const AntennaNode node(item, m_tools);
         AntennaData published;
-        ReadFixedValues(node, published);
+        node.Read(AntennaNode::EValues::IDENTITY, published);
         AntennaData* const antenna = GetAntennaByIndex(count);
-        if (antenna && antenna->name == published.name && antenna->minFreq == published.minFreq &&
-            antenna->maxFreq == published.maxFreq) {
-            ReadEditableValues(node, *antenna);
+        if (antenna && antenna->name == published.name && CoverageOf(*antenna) == CoverageOf(published)) {
+            node.Read(AntennaNode::EValues::EDITABLE, *antenna);
             ++count;
         } else {
             TraceInformation(
@@ -484,31 +356,7 @@ void AntennaDataList::WriteAntennasToValueTree(const QString& path) {
             _Q_assert(L"pAnt", ASSERTION_ORIGIN, __LINE__);
             continue;
         }
-        const Ant node(pAnt);
-        WriteValue<ValueString>(node, g_vdAntName, antenna->name);
-        WriteValue<ValueNumericInt>(node, g_vdAntHandle, antenna->handle);
-        WriteValue<ValueBool>(node, g_vdAntEnabled, antenna->enabled);
-        WriteValue<ValueNumericDouble>(node, g_vdAntMinRange, antenna->minRange);
-        WriteValue<ValueNumericDouble>(node, g_vdAntMaxRange, antenna->maxRange);
-        WriteValue<ValueBool>(node, g_vdAntCompassEnabled, antenna->compassEnabled);
-        WriteValue<ValueNumericDouble>(node, g_vdAntMechOffset, antenna->mechOffset);
-        WriteValue<ValueBool>(node, g_vdAntCompassSupport, antenna->compassSupport);
-        if (auto* methods = node.GetValue<ValueSelection>(g_vdAntDfAlgorithm)) {
-            for (const quint32 method : antenna->dfMethods) {
-                methods->AddItem({m_tools.TranslateDfMethod(method), 0.0, static_cast<long>(method)},
-                                 nullptr);
-            }
-        }
-        WriteValue<ValueNumericDouble>(node, g_vdAntMinFreq, antenna->minFreq);
-        WriteValue<ValueNumericDouble>(node, g_vdAntMaxFreq, antenna->maxFreq);
-        WriteValue<ValueNumericInt>(node, g_vdAntPolarizationSupport, antenna->polarizationSupport ? 1 : 0);
-        WriteValue<ValueNumericInt>(node, g_vdAntPolarizationMode,
-                                    static_cast<int>(antenna->polarizationMode));
-        WriteValue<ValueBool>(node, g_vdAntActivePassiveSupport, antenna->activePassiveSupport);
-        WriteValue<ValueNumericDouble>(node, g_vdAntCompassValue, antenna->compassValue);
-        WriteValue<ValueNumericInt>(node, g_vdAntCompassHandle, antenna->compassHandle);
-        WriteValue<ValueNumericInt>(node, g_vdAntConverterHandle, antenna->converterHandle);
-        WriteValue<ValueString>(node, g_vdAntConverterTypeName, antenna->converterTypeName);
+        AntennaNode(pAnt, m_tools).Write(*antenna);
     }
 }
 

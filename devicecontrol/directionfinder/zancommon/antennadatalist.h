@@ -31,9 +31,11 @@ public:
     /// Removes all entries.
     void Clear();
     /// Takes over paths, name, the permission to save, and a copy of every entry of the other list, sorted.
-    void CopyFrom(AntennaDataList& other);
+    void CopyFrom(const AntennaDataList& other);
     /// Appends an entry, made with `new`, and takes it over; null is ignored. Always true.
     bool AddAntenna(AntennaData* ant);
+    /// Appends a copy of an entry, which may be one of this list.
+    void AddAntenna(const AntennaData& antenna);
     /// Removes the first entry that has the name of `ant`, whichever record that is. False for null, and when
     /// no entry has the name. `ant` is not taken over, and may be an entry itself.
     bool DeleteAntenna(AntennaData* ant);

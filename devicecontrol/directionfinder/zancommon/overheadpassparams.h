@@ -23,11 +23,11 @@ public:
 
     /// Elevation in tenths of a degree; any integer is taken.
     [[nodiscard]] int GetThreshold() const { return m_threshold; }
-    void SetThreshold(int threshold, IObserver* originator);
+    void SetThreshold(int threshold, IObserver* originator = nullptr);
 
     /// Whether the filter is switched on.
     [[nodiscard]] bool IsValid() const { return m_isValid; }
-    void SetValid(bool isValid, IObserver* originator);
+    void SetValid(bool isValid, IObserver* originator = nullptr);
 
 private:
     int m_threshold = DEFAULT_THRESHOLD;

@@ -1,20 +1,29 @@
+// Longer than other sources, because applications expect some sixty operations of this one class. Each is a few
+// lines: what takes more is done by the classes beside it (AntennaSetup, FrequencyAdjuster, SampleModeQuery, ...).
+
 #include "zancommon/zancharacteristics.h"
 
 #include "kwbase/errorhandler.h"
 #include "kwbase/tolmos.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
+#include "zancommon/antennamethods.h"
+#include "zancommon/antennasetup.h"
+#include "zancommon/bandwidthtext.h"
 #include "zancommon/closedtable.h"
+#include "zancommon/displayazimuth.h"
+#include "zancommon/frequencyadjuster.h"
+#include "zancommon/samplemodequery.h"
+#include "zancommon/selectionfiller.h"
 #include "zancommon/truncation.h"
 #include "zancommon/zancharacteristicstools.h"
-#include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
 
 #include <algorithm>
-#include <ranges>
+#include <span>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
@@ -37,50 +46,6 @@ auto ResolutionBandwidths(const ZANCharacteristics::SampleModeDescription& row) 
         ++end;
     }
     return std::span(row.resolutionBandwidths, end);
-}
-
-bool IsSuperResolutionAntenna(const AntennaData& antenna) {
-    return antenna.name.contains("SR"_L1);
-}
-
-/// Whether the antenna is one of a pair that differs by polarisation or side only.
-bool IsOneOfPair(const QString& name) {
-    return name.endsWith("_H"_L1) || name.endsWith("_V"_L1) || name.endsWith("_L"_L1) ||
-           name.endsWith("_R"_L1);
-}
-
-void CollapseRange(AntennaData& antenna) {
-    antenna.minRange = antenna.maxRange;
-}
-
-/// A frequency in MHz, as the messages for the user show it.
-QString ToMHz(double frequency) {
-    return QString::number(frequency / 1e6, 'g', 6);
-}
-
-QString Translate(const char* text) {
-    return QCoreApplication::translate("ZANCharacteristics", text);
-}
-
-/// Replaces the items of a selection by one for each element; `toItem` makes it of the element and its
-/// position.
-template <class Elements, class ToItem>
-void Fill(ValueSelection& selection, const Elements& elements, IObserver* observer, ToItem toItem) {
-    const ValueTransaction transaction = selection.CreateTransaction({TChangeCode::Changed}, observer);
-    selection.Clear(observer);
-    long position = 0;
-    for (const auto& element : elements) {
-        selection.AddItem(toItem(element, position++), observer);
-    }
-}
-
-void FillWithBandwidths(ValueSelection* selection, const std::set<double>& bandwidths, IObserver* observer) {
-    if (selection && !bandwidths.empty()) {
-        Fill(*selection, bandwidths, observer, [](double bandwidth, long position) {
-            return SelectionItem(ZANCharacteristics::FormatBandwidth(bandwidth, 2, false), bandwidth,
-                                 position);
-        });
-    }
 }
 
 } // namespace
@@ -106,7 +71,7 @@ ZANCharacteristics& ZANCharacteristics::operator=(const ZANCharacteristics& othe
     m_maxChannelCount = other.m_maxChannelCount;
     m_antennas = AntennaDataList(); // the records of a list are shared with its copies
     for (const auto& antenna : other.m_antennas.GetAntennas()) {
-        m_antennas.AddAntenna(new AntennaData(*antenna));
+        m_antennas.AddAntenna(*antenna);
     }
     m_polarisationMode = other.m_polarisationMode;
     m_limits = other.m_limits;
@@ -266,24 +231,23 @@ void ZANCharacteristics::UpdateConverterSwitchFreqs() {
 }
 
 void ZANCharacteristics::UpdateAntennaMinMaxFreqs() {
-    m_limits.fill({});
+    m_limits.Clear();
     for (const auto& antenna : m_antennas.GetAntennas()) {
         ConsiderAntennaForMinMaxFreqs(*antenna);
     }
+    m_limits.Copy(OPMODE_FFM, OPMODE_0);
 }
 
 void ZANCharacteristics::ConsiderAntennaForMinMaxFreqs(const AntennaData& antenna) {
-    if (antenna.enabled) {
-        for (const EOperationMode mode :
-             {OPMODE_FFM, OPMODE_WIDEBAND_FFM, OPMODE_SEARCH, OPMODE_SCAN, OPMODE_TDMA, OPMODE_9}) {
-            if (IsAntennaSupportedByDevice(&antenna, mode)) {
-                FrequencyLimits& limits = m_limits[static_cast<std::size_t>(mode)];
-                limits.min = std::min(limits.min, antenna.minRange);
-                limits.max = std::max(limits.max, antenna.maxRange);
-            }
+    if (!antenna.enabled) {
+        return;
+    }
+    for (const EOperationMode mode :
+         {OPMODE_FFM, OPMODE_WIDEBAND_FFM, OPMODE_SEARCH, OPMODE_SCAN, OPMODE_TDMA, OPMODE_9}) {
+        if (IsAntennaSupportedByDevice(&antenna, mode)) {
+            m_limits.Extend(mode, RangeOf(antenna));
         }
     }
-    m_limits[OPMODE_0] = m_limits[OPMODE_FFM];
 }
 
 EZANType ZANCharacteristics::GetZANType() const {
@@ -294,29 +258,12 @@ int ZANCharacteristics::GetMaxChannelCount() const {
     return m_maxChannelCount;
 }
 
-ZANCharacteristics::FrequencyLimits ZANCharacteristics::GetLimits(EOperationMode mode) const {
-    const auto index = static_cast<std::size_t>(mode);
-    return index < MODE_COUNT ? m_limits[index] : FrequencyLimits();
-}
-
-double ZANCharacteristics::ToPlausibleLimit(double frequency) const {
-    if (m_zanType == ZANTYPE_ZANFERN) {
-        constexpr double LOWEST = 1e8;
-        constexpr double HIGHEST = 4.5e8;
-        return frequency < LOWEST ? LOWEST : std::min(frequency, HIGHEST);
-    }
-    constexpr double LOWEST = 9000.0;
-    constexpr double HIGHEST = 3.6e9;
-    constexpr double WITHOUT_ANTENNA = 2.5e7;
-    return frequency > HIGHEST || frequency < LOWEST ? WITHOUT_ANTENNA : frequency;
-}
-
 double ZANCharacteristics::GetMinFreq(EOperationMode mode) const {
-    return ToPlausibleLimit(GetLimits(mode).min);
+    return m_limits.GetLowest(mode, m_zanType);
 }
 
 double ZANCharacteristics::GetMaxFreq(EOperationMode mode) const {
-    return ToPlausibleLimit(GetLimits(mode).max);
+    return m_limits.GetHighest(mode, m_zanType);
 }
 
 bool ZANCharacteristics::GetConverterSwitchFreq(double& vuhfStart, double& hfEnd) const {
@@ -348,7 +295,7 @@ QString ZANCharacteristics::GetAntennaDisplayName(const AntennaData* antenna) co
     if (!antenna) {
         return {};
     }
-    return IsOneOfPair(antenna->name) ? antenna->name.chopped(2) : antenna->name;
+    return AntennaSetup::IsOneOfPair(antenna->name) ? antenna->name.chopped(2) : antenna->name;
 }
 
 bool ZANCharacteristics::IsAntennaSupportedByDevice(const AntennaData* antenna, EOperationMode mode) const {
@@ -359,6 +306,12 @@ bool ZANCharacteristics::IsAntennaSupportedByDevice(const AntennaData* antenna, 
 
 bool ZANCharacteristics::IsAntennaSupportedByDevice(int index, EOperationMode mode) const {
     return IsAntennaSupportedByDevice(GetAntennaByIndex(index), mode);
+}
+
+AntennaSupport ZANCharacteristics::GetAntennaSupport(const AntennaData& antenna, EOperationMode mode) const {
+    return MakeQuery(mode, GetConverterForTypeName(antenna.converterTypeName), antenna.minRange,
+                     antenna.maxRange, fBANDWIDTH_ANY)
+        .Explain();
 }
 
 bool ZANCharacteristics::DoesAntennaSupportPolarization(long handle) const {
@@ -373,96 +326,36 @@ bool ZANCharacteristics::DoesAntennaSupportActivePassive(long handle) const {
 
 // Validity of the antenna setup
 
+AntennaSetup::IsSupported ZANCharacteristics::GetSupportTest() const {
+    return [this](const AntennaData& antenna) { return IsAntennaSupportedByDevice(&antenna, OPMODE_ANY); };
+}
+
 bool ZANCharacteristics::CheckAntennaSetupValidity(const AntennaDataList* list, QString& message) const {
-    const auto& antennas = (list ? *list : m_antennas).GetAntennas();
-    if (antennas.empty()) {
-        message = Translate("No antennas connected to device.");
-        return false;
-    }
-    constexpr double STEP = 1.0; // Hz, between ranges that adjoin without sharing a frequency
-    double low = -1.0;           // the span that is covered so far
-    double high = -1.0;
-    int count = 0;
-    for (const auto& antenna : antennas) {
-        if (!antenna->enabled) {
-            continue;
-        }
-        if (!IsAntennaSupportedByDevice(antenna.get(), OPMODE_ANY)) {
-            message = Translate("Antenna %1 (%2 MHz - %3 MHz) is not supported by the ZAN device with the "
-                                "currently installed options. It must be disabled.")
-                          .arg(antenna->name, ToMHz(antenna->minFreq), ToMHz(antenna->maxFreq));
-            return false;
-        }
-        const double begin = antenna->minRange;
-        const double end = antenna->maxRange;
-        if (!(low > 0.0) || !(high > 0.0)) {
-            low = begin;
-            high = end;
-        } else if (end == low || end + STEP == low) {
-            low = begin;
-        } else if (high == begin || high + STEP == begin) {
-            high = end;
-        } else if (low > end || begin > high) {
-            message = Translate("Frequency range is not entirely covered without gaps.");
-            return false;
-        } else if ((end != high && begin != low) || !IsOneOfPair(antenna->name)) {
-            message = Translate("Frequency ranges are overlapping.");
-            return false;
-        }
-        // An antenna of a pair that shares an edge leaves the span as it is, also when it reaches beyond it.
-        ++count;
-    }
-    message = count > 0 ? Translate("Antenna setup is valid.") : Translate("No antennas enabled.");
-    return count > 0;
+    AntennaSetup::Verdict verdict = AntennaSetup::Check(list ? *list : m_antennas, GetSupportTest());
+    message = std::move(verdict.message);
+    return verdict.isValid;
+}
+
+AntennaSetup::Proposal ZANCharacteristics::ProposeAntennaSetup() const {
+    QString verdict;
+    return CheckAntennaSetupValidity(&m_antennas, verdict)
+               ? AntennaSetup::Keep(m_antennas)
+               : AntennaSetup::Repair(m_antennas, GetSupportTest());
 }
 
 bool ZANCharacteristics::MakeAntennaSetupValid(QString& message) {
-    if (CheckAntennaSetupValidity(&m_antennas, message)) {
-        message = Translate("Antenna setup is already valid. Nothing changed.");
-        return true;
+    const AntennaSetup::Proposal proposal = ProposeAntennaSetup();
+    if (proposal.isRepair) {
+        Publish(proposal.antennas);
     }
-    AntennaDataList repaired;
-    repaired.CopyFrom(m_antennas);
-    bool isAnySupported = false;
-    for (const auto& antenna : repaired.GetAntennas()) {
-        antenna->enabled = IsAntennaSupportedByDevice(antenna.get(), OPMODE_ANY);
-        antenna->minRange = antenna->minFreq;
-        antenna->maxRange = antenna->maxFreq;
-        isAnySupported = isAnySupported || antenna->enabled;
-    }
-    if (!isAnySupported) {
-        message = Translate("No antenna is supported by device.");
-        return false;
-    }
-    repaired.SortAntennasByFrequencyRanges();
+    message = proposal.message;
+    return proposal.isPossible;
+}
 
-    constexpr double STEP = 1.0; // Hz, from one range to the next
-    double first = -1.0;
-    double last = -1.0;
-    for (const auto& antenna : repaired.GetAntennas()) {
-        if (antenna->enabled && last >= 0.0) {
-            if (last >= antenna->maxRange) {
-                // Left and right half of this antenna cover the same range, and stay side by side.
-                antenna->enabled = antenna->name == "PX104_R"_L1;
-            } else if (antenna->minRange > last + STEP) {
-                antenna->enabled = false; // it would leave a gap
-            } else {
-                antenna->minRange = last + STEP;
-            }
-        }
-        if (!antenna->enabled) {
-            CollapseRange(*antenna);
-            continue;
-        }
-        if (first < 0.0) {
-            first = antenna->minRange;
-        }
-        last = antenna->maxRange;
-    }
-
-    // The own list comes last: observers of the nodes may have it read anew meanwhile.
+void ZANCharacteristics::Publish(const AntennaDataList& antennas) {
+    // The own list comes last: observers of the nodes may have it read again meanwhile.
     AntennaDataList written;
-    written.CopyFrom(repaired);
+    written.CopyFrom(antennas);
     written.DeleteAllAntennasFromValueTree(m_baseValuePath);
     written.WriteAntennasToValueTree(m_baseValuePath);
     m_antennas = written;
@@ -472,14 +365,11 @@ bool ZANCharacteristics::MakeAntennaSetupValid(QString& message) {
         const QString text = now.toString(u"ddMMyyhhmmss"_s);
         if (m_pCfgModifyTime->GetValue() == text) {
             // The second repair within a second is news all the same.
-            m_pCfgModifyTime->HasChanged(TChangeCode::Changed, nullptr);
+            m_pCfgModifyTime->HasChanged(TChangeCode::Changed);
         } else {
-            m_pCfgModifyTime->SetValue(text, nullptr);
+            m_pCfgModifyTime->SetValue(text);
         }
     }
-    message = Translate("Auto configuration of antennas successfully covered range from %1 MHz to %2 MHz.")
-                  .arg(ToMHz(first), ToMHz(last));
-    return true;
 }
 
 // Converters and sample modes
@@ -531,61 +421,28 @@ bool ZANCharacteristics::IsVuhfPreampAvailable() const {
     return IsPreampAvailable(s_aVUHF_CONVERTERS);
 }
 
+SampleModeQuery ZANCharacteristics::MakeQuery(EOperationMode mode, EZANConverter converter, double start,
+                                              double stop, double realtimeBandwidth) const {
+    return {GetZANType(), mode, converter, start, stop, realtimeBandwidth};
+}
+
 bool ZANCharacteristics::DoesSampleModeMatch(const SampleModeDescription* row, EOperationMode mode,
                                              EZANConverter converter, double start, double stop,
                                              double realtimeBandwidth) const {
-    // All of these must hold. The searches for options cost most and stand last.
-    if (converter == CONVERTER_NONE ||
-        (converter != row->firstConverter && converter != row->secondConverter)) {
-        return false;
-    }
-    if (realtimeBandwidth != fBANDWIDTH_ANY && !(realtimeBandwidth == row->realtimeBandwidth)) {
-        return false;
-    }
-    if (!LimitsHold(row->minFrequency, row->maxFrequency, start, stop)) {
-        return false;
-    }
-    const EZANType type = GetZANType();
-    const auto endsTypes = [type](EZANType each) { return each == type || each == ZANTYPE_END; };
-    if (*std::ranges::find_if(row->deviceTypes, endsTypes) == ZANTYPE_END) {
-        return false;
-    }
-    const auto endsModes = [mode](EOperationMode each) {
-        return each == mode || each == OPMODE_ANY || each == OPMODE_END;
-    };
-    if (mode != OPMODE_ANY && *std::ranges::find_if(row->operationModes, endsModes) == OPMODE_END) {
-        return false;
-    }
-    const ZANOptions& options = *ZANOptions::Instance();
-    return options.HasOption(row->requiredOption) &&
-           (row->excludedOption == OPTION_NONE || !options.HasOption(row->excludedOption));
+    return MakeQuery(mode, converter, start, stop, realtimeBandwidth).Fits(*row);
 }
 
 std::vector<const ZANCharacteristics::SampleModeDescription*>
 ZANCharacteristics::GetAllMatchingSampleModeDescriptions(EOperationMode mode, EZANConverter converter,
                                                          double start, double stop,
                                                          double realtimeBandwidth) const {
-    std::vector<const SampleModeDescription*> rows;
-    for (const SampleModeDescription& row : Rows(s_aSampleModeDescription)) {
-        if (DoesSampleModeMatch(&row, mode, converter, start, stop, realtimeBandwidth)) {
-            rows.push_back(&row);
-        }
-    }
-    return rows;
+    return MakeQuery(mode, converter, start, stop, realtimeBandwidth).FindAll();
 }
 
 const ZANCharacteristics::SampleModeDescription*
 ZANCharacteristics::GetBestSampleModeDescription(EOperationMode mode, EZANConverter converter, double start,
                                                  double stop, double realtimeBandwidth) const {
-    const SampleModeDescription* best = nullptr;
-    int bestPriority = -100000;
-    for (const SampleModeDescription& row : Rows(s_aSampleModeDescription)) {
-        if (row.priority > bestPriority &&
-            DoesSampleModeMatch(&row, mode, converter, start, stop, realtimeBandwidth)) {
-            best = &row;
-            bestPriority = row.priority;
-        }
-    }
+    const auto* const best = MakeQuery(mode, converter, start, stop, realtimeBandwidth).FindBest();
     if (!best) {
         TraceInformation(
             [=] {
@@ -675,29 +532,7 @@ double ZANCharacteristics::GetDefaultResolutionBandwidth(EOperationMode mode, do
 }
 
 QString ZANCharacteristics::FormatBandwidth(double bandwidth, int precision, bool keepTrailingZeros) {
-    double number = bandwidth;
-    QStringView unit;
-    if (bandwidth < 1e3) {
-        unit = u" Hz";
-    } else if (bandwidth < 1e6) {
-        unit = u" kHz";
-        number = bandwidth / 1e3;
-    } else if (bandwidth < 1e9) {
-        unit = u" MHz";
-        number = bandwidth / 1e6;
-    }
-    constexpr int DEFAULT_PRECISION = 6;
-    QString text = QString::number(number, 'f', precision < 0 ? DEFAULT_PRECISION : precision);
-    if (!keepTrailingZeros) {
-        while (text.endsWith(u'0')) {
-            text.chop(1);
-        }
-        if (text.endsWith(u'.')) {
-            text.chop(1);
-        }
-    }
-    text += unit;
-    return text;
+    return BandwidthText::Format(bandwidth, precision, keepTrailingZeros);
 }
 
 // Range class
@@ -730,15 +565,7 @@ EFreqRange ZANCharacteristics::GetRangeTypeForFrequency(double frequency) {
 
 long ZANCharacteristics::GetDfMethodsDetailedForAntennaAndFrequency(const AntennaData* antenna,
                                                                     double frequency) const {
-    if (!antenna) {
-        return METHODDETAILED_NONE;
-    }
-    for (const AntennaDescription& row : Rows(s_aAntennaLibrary)) {
-        if (row.name == antenna->name && row.minFrequency <= frequency && row.maxFrequency >= frequency) {
-            return row.dfMethods;
-        }
-    }
-    return IsSuperResolutionAntenna(*antenna) ? METHODDETAILED_COR | METHODDETAILED_SUPR : METHODDETAILED_COR;
+    return antenna ? AntennaMethods::GetDetailed(*antenna, frequency) : long{METHODDETAILED_NONE};
 }
 
 bool ZANCharacteristics::HasAntennaDFMethod(const AntennaData* antenna, double frequency,
@@ -747,34 +574,16 @@ bool ZANCharacteristics::HasAntennaDFMethod(const AntennaData* antenna, double f
 }
 
 std::list<EZANMethod> ZANCharacteristics::GetAvailableDfMethodsForFreq(double frequency, double /*unused*/) {
-    std::list<EZANMethod> methods;
-    for (const auto& antenna : m_antennas.GetAntennas()) {
-        if (!antenna->enabled || !(antenna->minRange <= frequency && antenna->maxRange >= frequency)) {
-            continue;
-        }
-        for (const quint32 code : antenna->dfMethods) {
-            const auto method = static_cast<EZANMethod>(code);
-            if (std::ranges::find(methods, method) == methods.end()) {
-                methods.push_back(method);
-                m_isSuperResolutionAvailable = m_isSuperResolutionAvailable || method == METHOD_SUPR;
-            }
-        }
+    std::list<EZANMethod> methods = AntennaMethods::GetAvailable(m_antennas, frequency);
+    if (std::ranges::find(methods, METHOD_SUPR) != methods.end()) {
+        m_isSuperResolutionAvailable = true;
     }
     return methods;
 }
 
 std::list<EZANPolarisation>
 ZANCharacteristics::GetAvailablePolarisationModesForFreq(double frequency, double secondFrequency) const {
-    std::list<EZANPolarisation> modes;
-    for (const auto& antenna : m_antennas.GetAntennas()) {
-        const bool isInRange = antenna->minRange <= frequency && antenna->maxRange >= frequency &&
-                               (!(secondFrequency > 0.0) || antenna->maxRange >= secondFrequency);
-        if (isInRange && antenna->enabled && antenna->polarizationSupport &&
-            std::ranges::find(modes, antenna->polarizationMode) == modes.end()) {
-            modes.push_back(antenna->polarizationMode);
-        }
-    }
-    return modes;
+    return AntennaMethods::GetPolarisations(m_antennas, frequency, secondFrequency);
 }
 
 // Selections
@@ -782,145 +591,65 @@ ZANCharacteristics::GetAvailablePolarisationModesForFreq(double frequency, doubl
 void ZANCharacteristics::FillSelectionWithDfMethods(ValueSelection& selection,
                                                     const std::list<EZANMethod>& methods,
                                                     IObserver* observer) {
-    const ZANCharacteristicsTools tools;
-    Fill(selection, methods, observer, [&tools](EZANMethod method, long position) {
-        return SelectionItem(tools.TranslateDfMethod(static_cast<unsigned long>(method)), 0.0, position);
-    });
+    SelectionFiller::FillWithMethods(selection, methods, observer);
 }
 
 void ZANCharacteristics::FillSelectionWithPolarisationModes(ValueSelection& selection,
                                                             const std::list<EZANPolarisation>& modes,
                                                             IObserver* observer) {
-    const ZANCharacteristicsTools tools;
-    Fill(selection, modes, observer, [&tools](EZANPolarisation mode, long position) {
-        return SelectionItem(tools.TranslatePolarisationMode(static_cast<unsigned long>(mode)), 0.0,
-                             position);
-    });
+    SelectionFiller::FillWithPolarisations(selection, modes, observer);
 }
 
 void ZANCharacteristics::UpdateResolutionBandwidthSelection(ValueSelection* selection, EOperationMode mode,
                                                             double start, double stop,
                                                             double realtimeBandwidth,
                                                             IObserver* observer) const {
-    FillWithBandwidths(selection, GetResolutionBandwidths(mode, start, stop, realtimeBandwidth), observer);
+    SelectionFiller::FillWithBandwidths(
+        selection, GetResolutionBandwidths(mode, start, stop, realtimeBandwidth), observer);
 }
 
 void ZANCharacteristics::UpdateHopBandwidthSelection(ValueSelection* selection, EOperationMode mode,
                                                      double start, double stop, IObserver* observer) const {
-    FillWithBandwidths(selection, GetRealtimeBandwidths(mode, start, stop), observer);
+    SelectionFiller::FillWithBandwidths(selection, GetRealtimeBandwidths(mode, start, stop), observer);
 }
 
 void ZANCharacteristics::UpdateRfAttenuatorValuesAtVT(ValueSelection* selection, int count,
                                                       IObserver* observer) {
-    static const std::array<SelectionItem, 4> attenuations{{
-        {u"0 dB"_s, 0.0, 0},
-        {u"12 dB"_s, 12.0, 12},
-        {u"24 dB"_s, 24.0, 24},
-        {u"30 dB"_s, 30.0, 30},
-    }};
-    if (selection) {
-        const bool hasTwo = count == 0 || count == 2;
-        Fill(*selection, std::span(attenuations).first(hasTwo ? 2 : attenuations.size()), observer,
-             [](const SelectionItem& item, long /*position*/) { return item; });
-    }
+    SelectionFiller::FillWithAttenuations(selection, count, observer);
 }
 
 // Adjustments
 
+FrequencyAdjustment ZANCharacteristics::AdjustFrequency(EOperationMode mode, double frequency,
+                                                        std::optional<double> bandwidth) {
+    return FrequencyAdjuster(*this).Adjust(mode, frequency, bandwidth);
+}
+
+RangeAdjustment ZANCharacteristics::AdjustFrequencyRange(EOperationMode mode, const FrequencyRange& asked,
+                                                         double realtimeBandwidth, EAdjustMode adjustMode) {
+    return FrequencyAdjuster(*this).Adjust(mode, asked, realtimeBandwidth, adjustMode);
+}
+
 const AntennaData* ZANCharacteristics::ToNextValidFrequency(EOperationMode mode, double& frequency,
                                                             double& bandwidth) {
-    frequency = std::max(frequency, GetMinFreq(mode));
-    frequency = std::min(frequency, GetMaxFreq(mode));
-    switch (mode) {
-    case OPMODE_0:
-    case OPMODE_FFM:
-    case OPMODE_SCAN:
-    case OPMODE_SEARCH:
-    case OPMODE_TDMA:
-    case OPMODE_9:
-        return GetAntennaForFrequency(frequency, false);
-    case OPMODE_WIDEBAND_FFM: {
-        const AntennaData* const antenna = GetAntennaForFrequency(frequency, false);
-        if (antenna) {
-            const double half = bandwidth / 2.0;
-            if (frequency - half < antenna->minRange) {
-                frequency = antenna->minRange + half;
-            } else if (frequency + half > antenna->maxRange) {
-                frequency = antenna->maxRange - half;
-            }
-        }
-        return antenna;
-    }
-    default:
-        return nullptr;
-    }
+    const FrequencyAdjustment adjustment = AdjustFrequency(mode, frequency, bandwidth);
+    frequency = adjustment.frequency;
+    return adjustment.antenna;
 }
 
 const AntennaData* ZANCharacteristics::ToNextValidFrequencyRange(EOperationMode mode, double& start,
                                                                  double& stop, double& realtimeBandwidth,
                                                                  double& /*unused*/, EAdjustMode adjustMode) {
-    double shift = 0.0;
-    if (const double lowest = GetMinFreq(mode); lowest > start) {
-        shift = lowest - start;
-    }
-    if (const double highest = GetMaxFreq(mode); stop > highest) {
-        shift = highest - stop;
-    }
-    double movedStart = start + shift;
-    double movedStop = stop + shift;
-
-    const AntennaData* const antennaOfStart = GetAntennaForFrequency(movedStart, false);
-    const AntennaData* const antennaOfStop = GetAntennaForFrequency(movedStop, false);
-    if (antennaOfStart && antennaOfStop && antennaOfStart != antennaOfStop) {
-        double move = 0.0;
-        if (adjustMode == ADJUST_DOWN) {
-            move = antennaOfStart->maxRange - movedStop;
-        } else if (adjustMode == ADJUST_UP) {
-            move = antennaOfStop->minRange - movedStart;
-        }
-        movedStart += move;
-        movedStop += move;
-    }
-    if (!GetBestSampleModeDescription(mode, movedStart, movedStop, realtimeBandwidth)) {
+    const RangeAdjustment adjustment =
+        AdjustFrequencyRange(mode, {start, stop}, realtimeBandwidth, adjustMode);
+    if (!adjustment.IsServed()) {
         return nullptr;
     }
-    start = movedStart;
-    stop = movedStop;
-    return antennaOfStart;
+    start = adjustment.range.low;
+    stop = adjustment.range.high;
+    return adjustment.antennaOfStart;
 }
 
 bool ZANCharacteristics::AdjustAzimuthToDisplayMode(unsigned short& azimuth, int displayMode) const {
-    static const QString declinationPath = ServerPath(g_vdDeclination);
-    static const QString headingSourcePath = ServerPath(g_vdHeaSource);
-    const auto* const declinationValue = Tree::Instance()->Find<ValueNumericInt>(declinationPath);
-    // Which source the heading comes from makes no difference; that there is none does.
-    if (!declinationValue || !Tree::Instance()->Find<ValueSelection>(headingSourcePath)) {
-        return false;
-    }
-    constexpr int HALF_CIRCLE = 1800;
-    const int declination = static_cast<qint16>(declinationValue->GetValue());
-    int adjusted = azimuth; // cut to 16 bits, as angles are kept, when it is brought into range
-    switch (displayMode) {
-    case 0:
-        break;
-    case 1:
-        adjusted -= declination;
-        break;
-    case 2:
-        adjusted += HALF_CIRCLE;
-        break;
-    case 3:
-        adjusted += HALF_CIRCLE - declination;
-        break;
-    default:
-        return false;
-    }
-    azimuth = static_cast<unsigned short>(ValidateAzimuthRange(static_cast<qint16>(adjusted)));
-    return true;
-}
-
-int ZANCharacteristics::ValidateAzimuthRange(int azimuth) {
-    constexpr int FULL_CIRCLE = 3600;
-    const int remainder = azimuth % FULL_CIRCLE;
-    return remainder < 0 ? remainder + FULL_CIRCLE : remainder;
+    return DisplayAzimuth::Adjust(azimuth, displayMode);
 }

@@ -3,7 +3,13 @@
 #include "kwbase/observable.h"
 #include "valueframework/valuetypes.h"
 #include "zancommon/antennadatalist.h"
+#include "zancommon/antennasetup.h"
+#include "zancommon/antennasupport.h"
 #include "zancommon/constanttext.h"
+#include "zancommon/frequencyadjustment.h"
+#include "zancommon/frequencyrange.h"
+#include "zancommon/modelimits.h"
+#include "zancommon/rangeadjustment.h"
 #include "zancommon/zandomain.h"
 #include "zancommon_export.h"
 
@@ -13,12 +19,13 @@
 #include <cstddef>
 #include <limits>
 #include <list>
-#include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <vector>
 
 class Node;
+struct SampleModeQuery;
 
 /// What the attached DF device can do: its antennas, frequency limits, sample modes, bandwidths and methods.
 ///
@@ -184,8 +191,9 @@ public:
     /// Repairs the device's own setup when it is not valid: enables what is supported as it is used, for all
     /// that it covers, and then cuts or disables what overlaps or leaves a gap. The repaired antennas replace
     /// those in the tree, and the modify time of the configuration is set (local time as ddMMyyhhmmss), so
-    /// that every observer of it reads them. Nothing is changed when no antenna is supported. \param message
-    /// what was done, in one translated sentence \return false when no antenna is supported
+    /// that every observer of it reads them. Nothing is changed when no antenna is supported.
+    /// \param message what was done, in one translated sentence
+    /// \return false when no antenna is supported
     virtual bool MakeAntennaSetupValid(QString& message);
     /// Polarisations that the enabled switchable antennas have at a frequency, each once, in list order.
     /// \param secondFrequency above 0: the antennas must reach it too
@@ -219,15 +227,16 @@ public:
     [[nodiscard]] virtual double GetMinFreq(EOperationMode mode) const;
     /// See `GetMinFreq`.
     [[nodiscard]] virtual double GetMaxFreq(EOperationMode mode) const;
-    /// Moves a frequency into the limits of its mode, and in wideband FFM so that the whole band lies in the
-    /// antenna's range (a band that is wider is flush with one end of it). Returns the serving antenna;
-    /// null when there is none, and in the modes that serve no frequency. The bandwidth is not changed.
+    /// As `AdjustFrequency`, which also says why. Moves a frequency into the limits of its mode, and in
+    /// wideband FFM so that the whole band lies in the antenna's range (a band that is wider is flush with
+    /// one end of it). Returns the serving antenna; null when there is none, and in the modes that serve no
+    /// frequency. The bandwidth is not changed.
     virtual const AntennaData* ToNextValidFrequency(EOperationMode mode, double& frequency,
                                                     double& bandwidth);
-    /// Moves a frequency range as a whole: into the limits of its mode (the upper one overrides), and off the
-    /// border of two antennas as `adjustMode` says. Returns the antenna that served the start before the
-    /// second move; start and stop are changed only when a sample mode fits the moved range, else null is
-    /// returned. The other arguments are not changed.
+    /// As `AdjustFrequencyRange`, which also says why. Moves a frequency range as a whole: into the limits of
+    /// its mode (the upper one overrides), and off the border of two antennas as `adjustMode` says. Returns
+    /// the antenna that served the start before the second move; start and stop are changed only when a
+    /// sample mode fits the moved range, else null is returned. The other arguments are not changed.
     virtual const AntennaData* ToNextValidFrequencyRange(EOperationMode mode, double& start, double& stop,
                                                          double& realtimeBandwidth, double& unused,
                                                          EAdjustMode adjustMode);
@@ -259,6 +268,21 @@ public:
                                                            double realtimeBandwidth) const;
     /// 60000 unless the device says otherwise.
     [[nodiscard]] virtual int GetMaxChannelCount() const;
+
+    /// What becomes of a frequency that is asked for, and why. Nothing is changed.
+    /// \param bandwidth of the band in wideband FFM; without it the realtime bandwidth of the best sample
+    /// mode
+    [[nodiscard]] FrequencyAdjustment AdjustFrequency(EOperationMode mode, double frequency,
+                                                      std::optional<double> bandwidth = std::nullopt);
+    /// What becomes of a frequency range that is asked for, and why. Nothing is changed.
+    /// \param realtimeBandwidth that the sample mode must have; below 1 Hz it restricts nothing
+    [[nodiscard]] RangeAdjustment AdjustFrequencyRange(EOperationMode mode, const FrequencyRange& asked,
+                                                       double realtimeBandwidth, EAdjustMode adjustMode);
+    /// Whether the device supports an antenna over the range in which it is used, and if not, why: decided by
+    /// the same test as `IsAntennaSupportedByDevice`, without its trace line.
+    [[nodiscard]] AntennaSupport GetAntennaSupport(const AntennaData& antenna, EOperationMode mode) const;
+    /// What `MakeAntennaSetupValid` would do. Nothing is changed.
+    [[nodiscard]] AntennaSetup::Proposal ProposeAntennaSetup() const;
 
     /// Whether `GetAvailableDfMethodsForFreq` has ever found super resolution.
     [[nodiscard]] bool IsSuperResolutionAvailable() const { return m_isSuperResolutionAvailable; }
@@ -309,12 +333,7 @@ public:
     [[nodiscard]] static constexpr bool LimitsHold(double minimum, double maximum, double start, double stop);
 
 private:
-    /// The frequencies of an operation mode; at first those of a mode that no antenna serves.
-    struct FrequencyLimits {
-        double min = std::numeric_limits<double>::max();
-        double max = 0.0;
-    };
-    static constexpr std::size_t MODE_COUNT = 15; // the operation modes 0 to 14
+    friend class FrequencyAdjuster;
 
     bool ConnectToValues();
     void DisconnectFromValues();
@@ -325,11 +344,13 @@ private:
     void UpdateConverterSwitchFreqs();
     void UpdateAntennaMinMaxFreqs();
     void ConsiderAntennaForMinMaxFreqs(const AntennaData& antenna);
-    [[nodiscard]] FrequencyLimits GetLimits(EOperationMode mode) const;
-    [[nodiscard]] double ToPlausibleLimit(double frequency) const;
+    void Publish(const AntennaDataList& antennas);
 
+    [[nodiscard]] AntennaSetup::IsSupported GetSupportTest() const;
     [[nodiscard]] static EZANConverter GetConverterForTypeName(const QString& typeName);
     [[nodiscard]] bool IsPreampAvailable(std::span<const EZANConverter> converters) const;
+    [[nodiscard]] SampleModeQuery MakeQuery(EOperationMode mode, EZANConverter converter, double start,
+                                            double stop, double realtimeBandwidth) const;
     [[nodiscard]] bool DoesSampleModeMatch(const SampleModeDescription* row, EOperationMode mode,
                                            EZANConverter converter, double start, double stop,
                                            double realtimeBandwidth) const;
@@ -343,7 +364,6 @@ private:
     [[nodiscard]] const SampleModeDescription* GetBestSampleModeDescription(EOperationMode mode, double start,
                                                                             double stop,
                                                                             double realtimeBandwidth) const;
-    [[nodiscard]] static int ValidateAzimuthRange(int azimuth);
 
     QString m_baseValuePath; // empty: not connected
     bool m_autoUpdate = false;
@@ -358,7 +378,7 @@ private:
     int m_maxChannelCount = MAX_CHANNEL_COUNT_DEFAULT;
     AntennaDataList m_antennas;
     EZANPolarisation m_polarisationMode = POLARISATION_LEFT;
-    std::array<FrequencyLimits, MODE_COUNT> m_limits{};
+    ModeLimits m_limits;
     double m_vuhfStart = 0.0; // Hz; 0: no antenna fixes it
     double m_hfEnd = 0.0;     // Hz; 0: no antenna fixes it
     bool m_isSuperResolutionAvailable = false;

@@ -83,15 +83,17 @@ public:
     bool ReadFromValueTree(const QString& path);
     /// Writes the options into the text value at a path, whose observers but the originator are told. False
     /// when there is none.
-    bool WriteToValueTree(const QString& path, IObserver* originator) const;
+    bool WriteToValueTree(const QString& path, IObserver* originator = nullptr) const;
     /// Writes the options as "DevOptions" into the settings of the station that the application is connected
     /// to; they come into being with it, and are saved. False when there are none.
     bool WriteToCfg();
 
+    /// The first name of an option; empty for OPTION_NONE and for what is not an option.
+    static QString GetNameForOption(EZANOptions option);
+
 private:
     ZANOptions() = default;
 
-    static QString GetNameForOption(EZANOptions option);
     static EZANOptions GetOptionForName(QStringView name);
 
     static ZANOptions* m_pInstance;

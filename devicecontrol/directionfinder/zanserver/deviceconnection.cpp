@@ -39,15 +39,15 @@ AntennaDataList MakeExampleAntennas() {
     }};
     AntennaDataList antennas;
     for (const ExampleAntenna& example : examples) {
-        auto* const antenna = new AntennaData;
-        antenna->name = example.name;
-        antenna->minFreq = example.minFreq;
-        antenna->maxFreq = example.maxFreq;
-        antenna->minRange = example.minRange;
-        antenna->maxRange = example.maxFreq;
-        antenna->converterTypeName = example.converter;
-        antenna->dfAlgorithms = {example.method};
-        antenna->dfMethods = {example.methodCode};
+        AntennaData antenna;
+        antenna.name = example.name;
+        antenna.minFreq = example.minFreq;
+        antenna.maxFreq = example.maxFreq;
+        antenna.minRange = example.minRange;
+        antenna.maxRange = example.maxFreq;
+        antenna.converterTypeName = example.converter;
+        antenna.dfAlgorithms = {example.method};
+        antenna.dfMethods = {example.methodCode};
         antennas.AddAntenna(antenna);
     }
     return antennas;

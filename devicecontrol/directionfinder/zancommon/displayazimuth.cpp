@@ -1,0 +1,52 @@
+#include "zancommon/displayazimuth.h"
+
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "valueframework/tree.h"
+#include "valueframework/valuetypes.h"
+#include "zancommon/zanvaluenames.h"
+
+using namespace StdDeviceDefinition;
+
+namespace {
+
+QString ServerPath(const ValueDescriptor& descriptor) {
+    return ZANPath::SERVER.toString() + descriptor.PathName();
+}
+
+} // namespace
+
+bool DisplayAzimuth::Adjust(unsigned short& azimuth, int displayMode) {
+    static const QString declinationPath = ServerPath(g_vdDeclination);
+    static const QString headingSourcePath = ServerPath(g_vdHeaSource);
+    const auto* const declinationValue = Tree::Instance()->Find<ValueNumericInt>(declinationPath);
+    // Which source the heading comes from makes no difference; that there is none does.
+    if (!declinationValue || !Tree::Instance()->Find<ValueSelection>(headingSourcePath)) {
+        return false;
+    }
+    constexpr int HALF_CIRCLE = 1800;
+    const int declination = static_cast<qint16>(declinationValue->GetValue());
+    int adjusted = azimuth; // cut to 16 bits, as angles are kept, when it is brought into range
+    switch (displayMode) {
+    case 0:
+        break;
+    case 1:
+        adjusted -= declination;
+        break;
+    case 2:
+        adjusted += HALF_CIRCLE;
+        break;
+    case 3:
+        adjusted += HALF_CIRCLE - declination;
+        break;
+    default:
+        return false;
+    }
+    azimuth = static_cast<unsigned short>(ValidateAzimuthRange(static_cast<qint16>(adjusted)));
+    return true;
+}
+
+int DisplayAzimuth::ValidateAzimuthRange(int azimuth) {
+    constexpr int FULL_CIRCLE = 3600;
+    const int remainder = azimuth % FULL_CIRCLE;
+    return remainder < 0 ? remainder + FULL_CIRCLE : remainder;
+}

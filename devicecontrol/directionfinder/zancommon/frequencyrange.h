@@ -1,0 +1,57 @@
+#pragma once
+
+#include <algorithm>
+#include <limits>
+
+/// The frequencies from `low` to `high` in Hz, both ends included.
+///
+/// A plain value, which checks nothing: a range whose low end is above its high end contains no frequency,
+/// and not-a-number lies in no range.
+struct FrequencyRange {
+    /// Hz between two ranges that adjoin without sharing a frequency.
+    static constexpr double STEP = 1.0;
+
+    double low = 0.0;
+    double high = 0.0;
+
+    /// The range that contains nothing, and that joined with another one is the other one.
+    [[nodiscard]] static constexpr FrequencyRange None() { return {std::numeric_limits<double>::max(), 0.0}; }
+
+    [[nodiscard]] constexpr double GetWidth() const { return high - low; }
+    [[nodiscard]] constexpr bool Contains(double frequency) const {
+        return low <= frequency && frequency <= high;
+    }
+    /// Whether both ends of the other range lie within this one.
+    [[nodiscard]] constexpr bool Contains(const FrequencyRange& other) const {
+        return low <= other.low && other.high <= high;
+    }
+    /// Whether there is no frequency that both have.
+    [[nodiscard]] constexpr bool IsApartFrom(const FrequencyRange& other) const {
+        return low > other.high || other.low > high;
+    }
+    /// Whether the next range begins at the end of this one, or one step above.
+    [[nodiscard]] constexpr bool IsFollowedBy(const FrequencyRange& next) const {
+        return high == next.low || high + STEP == next.low;
+    }
+    /// The frequency of this range that is nearest to another one. Where the low end is above the high end,
+    /// the high end counts.
+    [[nodiscard]] constexpr double Clip(double frequency) const {
+        return std::min(std::max(frequency, low), high);
+    }
+    /// The smallest range that contains this one and the other one, with what lies between them.
+    [[nodiscard]] constexpr FrequencyRange Join(const FrequencyRange& other) const {
+        return {std::min(low, other.low), std::max(high, other.high)};
+    }
+    /// This range, moved as a whole (Hz; negative: downwards).
+    [[nodiscard]] constexpr FrequencyRange MovedBy(double shift) const { return {low + shift, high + shift}; }
+    /// How far this range must move (Hz) to lie within limits. Of one that is wider than the limits, the
+    /// high ends meet.
+    [[nodiscard]] constexpr double GetShiftInto(const FrequencyRange& limits) const {
+        if (high > limits.high) {
+            return limits.high - high;
+        }
+        return limits.low > low ? limits.low - low : 0.0;
+    }
+
+    constexpr bool operator==(const FrequencyRange&) const = default;
+};
