@@ -1,6 +1,7 @@
 #include "zancommon/samplemodequery.h"
 
 #include "support/devicetree.h"
+#include "support/tracelines.h"
 #include "zancommon/zanoptions.h"
 
 #include <gtest/gtest.h>
@@ -42,6 +43,8 @@ class SampleModeQuerying : public testing::Test {
 protected:
     SampleModeQuerying() { ZANOptions::Instance()->AddOption(OPTION_ZAN_HFR); }
     ~SampleModeQuerying() override { ZANOptions::Finalise(); }
+
+    TraceLines m_traces; // keeps the output of the test readable
 };
 
 } // namespace

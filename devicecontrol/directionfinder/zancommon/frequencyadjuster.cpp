@@ -18,7 +18,7 @@ bool ServesFrequencies(EOperationMode mode) {
     }
 }
 
-/// The frequency whose band lies in a range, flush with its low end when the band is wider.
+/// The frequency whose band lies in a range; of a band that is wider, one end is that of the range.
 double PushBandInto(const FrequencyRange& range, double frequency, double bandwidth) {
     const double half = bandwidth / 2.0;
     if (frequency - half < range.low) {
