@@ -14,19 +14,39 @@ public:
     /// Forgets all antennas.
     void Clear() { m_limits.fill(FrequencyRange::None()); }
     /// Adds the range of an antenna that serves the mode.
-    void Extend(EOperationMode mode, const FrequencyRange& range);
+    void Extend(EOperationMode mode, const FrequencyRange& range) {
+        FrequencyRange& limits = m_limits[static_cast<std::size_t>(mode)];
+        limits = limits.Join(range);
+    }
     /// Gives a mode the limits of another one.
-    void Copy(EOperationMode from, EOperationMode to);
+    void Copy(EOperationMode from, EOperationMode to) { m_limits[static_cast<std::size_t>(to)] = Get(from); }
+
     /// The frequencies of a mode as the device of a type reports them: a ZANFERN stays within 100 MHz to 450
     /// MHz; for any other one a limit that is missing or outside 9 kHz to 3.6 GHz is 25 MHz.
-    [[nodiscard]] double GetLowest(EOperationMode mode, EZANType type) const;
+    [[nodiscard]] double GetLowest(EOperationMode mode, EZANType type) const {
+        return ToPlausible(Get(mode).low, type);
+    }
     /// See `GetLowest`.
-    [[nodiscard]] double GetHighest(EOperationMode mode, EZANType type) const;
+    [[nodiscard]] double GetHighest(EOperationMode mode, EZANType type) const {
+        return ToPlausible(Get(mode).high, type);
+    }
 
 private:
-    [[nodiscard]] FrequencyRange Get(EOperationMode mode) const;
-
     static constexpr std::size_t MODE_COUNT = 15; // the operation modes 0 to 14
+    static constexpr FrequencyRange FERN{1e8, 4.5e8};
+    static constexpr FrequencyRange PLAUSIBLE{9000.0, 3.6e9};
+    static constexpr double WITHOUT_ANTENNA = 2.5e7;
+
+    [[nodiscard]] FrequencyRange Get(EOperationMode mode) const {
+        const auto index = static_cast<std::size_t>(mode);
+        return index < MODE_COUNT ? m_limits[index] : FrequencyRange::None();
+    }
+    [[nodiscard]] static double ToPlausible(double frequency, EZANType type) {
+        if (type == ZANTYPE_ZANFERN) {
+            return FERN.Clip(frequency);
+        }
+        return frequency > PLAUSIBLE.high || frequency < PLAUSIBLE.low ? WITHOUT_ANTENNA : frequency;
+    }
 
     std::array<FrequencyRange, MODE_COUNT> m_limits{};
 };

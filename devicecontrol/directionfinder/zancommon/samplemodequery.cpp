@@ -37,9 +37,12 @@ AntennaSupport::EReason SampleModeQuery::Test(const Row& row) const {
 }
 
 bool SampleModeQuery::Fits(const Row& row) const {
-    const bool isBandwidthMet =
-        realtimeBandwidth == ZANCharacteristics::fBANDWIDTH_ANY || realtimeBandwidth == row.realtimeBandwidth;
-    return isBandwidthMet && Test(row) == EReason::SUPPORTED;
+    // What costs least comes first: most rows are for another converter or other frequencies.
+    return (converter == row.firstConverter || converter == row.secondConverter) &&
+           ZANCharacteristics::LimitsHold(row.minFrequency, row.maxFrequency, start, stop) &&
+           (realtimeBandwidth == ZANCharacteristics::fBANDWIDTH_ANY ||
+            realtimeBandwidth == row.realtimeBandwidth) &&
+           Test(row) == EReason::SUPPORTED;
 }
 
 const SampleModeQuery::Row* SampleModeQuery::FindBest() const {
