@@ -47,10 +47,10 @@ enum class EReader { NOBODY, ALL, ALL_AND_CHOICE };
 
 struct Key {
     ConstantText name;
-    EReader reader;
-    int decimals; // of a number
-    void (*read)(const ICfg& section, const QString& key, AntennaData& antenna);
-    void (*write)(ICfg& section, const QString& key, const AntennaData& antenna, int decimals);
+    EReader reader = EReader::NOBODY;
+    int decimals = 0; // of a number
+    void (*read)(const ICfg& section, const QString& key, AntennaData& antenna) = nullptr;
+    void (*write)(ICfg& section, const QString& key, const AntennaData& antenna, int decimals) = nullptr;
 };
 
 template <auto MEMBER>
