@@ -1,10 +1,13 @@
 #include "tolmappstartup/componentcheck.h"
 
+#include "tolmappstartup/idllinstance.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLibrary>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -14,9 +17,7 @@
 #include <exception>
 #include <fcntl.h>
 #include <link.h>
-#include <optional>
 #include <poll.h>
-#include <string_view>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -35,13 +36,30 @@ QString FindOtherWriter(const struct stat& status) {
     return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 ? u"can be written to by others"_s : QString();
 }
 
-QString FindOtherWriterOfDirectory(const QString& directory) {
-    struct stat status {};
-    if (stat(QFile::encodeName(directory).constData(), &status) != 0) {
-        return u"its directory cannot be examined ("_s + QString::fromLocal8Bit(std::strerror(errno)) + u')';
+/// Examines a directory and all above it, from the root downwards: nobody else can change what is below one
+/// that has passed. In a sticky one nobody else can move away what is below it and passes, too; the directory
+/// itself may not be such a one, for another file could come into it.
+QString FindOtherWriterOfDirectories(const QString& canonicalDirectory) {
+    QString directory = u"/"_s;
+    const auto examine = [&]() -> QString {
+        struct stat status {};
+        if (lstat(QFile::encodeName(directory).constData(), &status) != 0) {
+            return u"cannot be examined ("_s + QString::fromLocal8Bit(std::strerror(errno)) + u')';
+        }
+        if (directory != canonicalDirectory && (status.st_mode & S_ISVTX) != 0) {
+            status.st_mode &= ~mode_t{S_IWGRP | S_IWOTH};
+        }
+        return S_ISDIR(status.st_mode) ? FindOtherWriter(status) : u"is none"_s;
+    };
+    QString fault = examine();
+    for (const QString& part : canonicalDirectory.split(u'/', Qt::SkipEmptyParts)) {
+        if (!fault.isEmpty()) {
+            break;
+        }
+        directory = QDir(directory).filePath(part);
+        fault = examine();
     }
-    const QString writer = FindOtherWriter(status);
-    return writer.isEmpty() ? QString() : u"its directory "_s + directory + u' ' + writer;
+    return fault.isEmpty() ? QString() : u"its directory "_s + directory + u' ' + fault;
 }
 
 /// Whether a range of bytes ends within a file, whatever numbers stand for it.
@@ -80,59 +98,73 @@ bool IsTruncated(QFile& file) {
     return false;
 }
 
-constexpr std::string_view LOADED = "loaded";
-
-/// Loads a library, and says in a pipe how that ended. Never returns, and leaves out what the process, whose
-/// copy this is, has prepared for its end.
+/// Loads a library, and says in a pipe how that went: one line for the initialisers, one for the version
+/// function, each with the reason that speaks against the library, or empty. Never returns, and leaves out
+/// what the process, whose copy this is, has prepared for its end.
 [[noreturn]] void LoadAndTell(const QString& path, int pipe) {
     const rlimit noCore{0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
-    // What the initialisers print is printed when they run in earnest.
+    // What the library prints is printed when it runs in earnest.
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     dup2(nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
-    QByteArray answer(LOADED.data(), LOADED.size());
+    const auto tell = [pipe](const QString& reason) {
+        const QByteArray line = reason.toUtf8().left(PIPE_BUF - 1).replace('\n', ' ') + '\n';
+        static_cast<void>(!write(pipe, line.constData(), static_cast<std::size_t>(line.size())));
+    };
+    QLibrary library(path);
+    QString reason;
     try {
-        QLibrary library(path);
-        library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
-        library.load();
+        reason = ComponentCheck::Load(library);
     } catch (const std::exception& exception) {
-        answer = QByteArray("its initialiser threw an exception: ") + exception.what();
+        reason = u"its initialiser threw an exception: "_s + QString::fromLocal8Bit(exception.what());
     } catch (...) {
-        answer = "its initialiser threw an exception";
+        reason = u"its initialiser threw an exception"_s;
     }
-    const auto size = static_cast<std::size_t>(std::min<qsizetype>(answer.size(), PIPE_BUF));
-    static_cast<void>(!write(pipe, answer.constData(), size));
+    tell(reason);
+    if (reason.isEmpty()) {
+        tell(ComponentCheck::FindFaultOfVersion(library));
+    }
     _exit(0);
 }
 
-/// What a child tells before it ends; empty when it ends without a word, nothing when it takes too long. It
-/// is gone then.
-std::optional<QByteArray> WaitForAnswer(pid_t child, int pipe) {
+/// What a child tells that loads a library, until it has told all, has ended, or has taken too long. It is
+/// gone then. Copies that it has made of itself may hold the pipe longer.
+QByteArray WaitForLines(pid_t child, int pipe, bool& isInTime) {
     constexpr int PATIENCE_MS = 5000;
-    pollfd answerOrEnd{pipe, POLLIN, 0};
-    int count = 0;
-    do {
-        count = poll(&answerOrEnd, 1, PATIENCE_MS);
-    } while (count < 0 && errno == EINTR);
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    QByteArray lines;
+    const auto isAll = [&lines] {
+        return lines.count('\n') == 2 || (lines.size() > 1 && lines.endsWith('\n'));
+    };
+    isInTime = true;
+    while (!isAll()) {
+        pollfd answerOrEnd{pipe, POLLIN, 0};
+        const int count = poll(&answerOrEnd, 1, static_cast<int>(deadline.remainingTime()));
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        std::array<char, PIPE_BUF> part{};
+        const ssize_t size = count > 0 ? read(pipe, part.data(), part.size()) : 0;
+        if (size <= 0) {
+            isInTime = count > 0;
+            break;
+        }
+        lines.append(part.data(), size);
+    }
     kill(child, SIGKILL);
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
     }
-    if (count <= 0) {
-        return std::nullopt;
-    }
-    std::array<char, PIPE_BUF> answer{};
-    return QByteArray(answer.data(), std::max<ssize_t>(read(pipe, answer.data(), answer.size()), 0));
+    return lines;
 }
 
 } // namespace
 
 namespace ComponentCheck {
 
-QString FindFault(const QString& path) {
-    const QString canonicalPath = QFileInfo(path).canonicalFilePath();
-    for (const QString& end : {path, canonicalPath}) {
-        if (QString fault = FindOtherWriterOfDirectory(QFileInfo(end).path()); !fault.isEmpty()) {
+QString FindFault(const QString& place, const QString& canonicalPath) {
+    for (const QString& directory : {QFileInfo(place).canonicalFilePath(), QFileInfo(canonicalPath).path()}) {
+        if (QString fault = FindOtherWriterOfDirectories(directory); !fault.isEmpty()) {
             return fault;
         }
     }
@@ -148,28 +180,65 @@ QString FindFault(const QString& path) {
     return IsTruncated(file) ? u"it is truncated"_s : QString();
 }
 
-QString FindFaultyInitialiser(const QString& path) {
+QString FindFaultInTrial(const QString& canonicalPath) {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         return u"it cannot be tried ("_s + QString::fromLocal8Bit(std::strerror(errno)) + u')';
     }
     const pid_t child = fork();
     if (child == 0) {
-        LoadAndTell(path, ends[1]);
+        LoadAndTell(canonicalPath, ends[1]);
     }
     close(ends[1]);
     QString reason;
     if (child < 0) {
         reason = u"it cannot be tried ("_s + QString::fromLocal8Bit(std::strerror(errno)) + u')';
-    } else if (const std::optional<QByteArray> answer = WaitForAnswer(child, ends[0]); !answer) {
-        reason = u"its initialiser does not come to an end"_s;
-    } else if (answer->isEmpty()) {
-        reason = u"its initialiser ends the process"_s;
-    } else if (*answer != QByteArrayView(LOADED.data(), LOADED.size())) {
-        reason = QString::fromLocal8Bit(*answer);
+    } else {
+        bool isInTime = false;
+        const QByteArray lines = WaitForLines(child, ends[0], isInTime);
+        const QList<QByteArray> reasons = lines.split('\n'); // behind the last line nothing
+        if (reasons.size() > 2 || !reasons.constFirst().isEmpty()) {
+            reason = QString::fromUtf8(reasons.at(reasons.size() > 2 ? 1 : 0));
+        } else {
+            reason = (reasons.size() == 1 ? u"its initialiser "_s : u"its version function "_s) +
+                     (isInTime ? u"ends the process"_s : u"does not come to an end"_s);
+        }
     }
     close(ends[0]);
     return reason;
+}
+
+QString Load(QLibrary& library) {
+    // A function that is missing shall show now, and not end the program when it is first called.
+    library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
+    const pid_t process = getpid();
+    const bool isLoaded = library.load();
+    if (getpid() != process) {
+        _exit(0); // an initialiser has made a copy of the program, and there shall be one
+    }
+    return isLoaded ? QString()
+                    : u"it is no shared object that can be loaded here ("_s + library.errorString() + u')';
+}
+
+QString FindFaultOfVersion(QLibrary& library) {
+    using InterfaceVersionFunction = quint32 (*)();
+    const auto getVersion =
+        reinterpret_cast<InterfaceVersionFunction>(library.resolve("ZanComponentInterfaceVersion"));
+    if (!getVersion || !library.resolve("ZanCreateComponent")) {
+        return u"it is no component: it does not export ZanComponentInterfaceVersion and "
+               "ZanCreateComponent"_s;
+    }
+    try {
+        const quint32 version = getVersion();
+        return version == IDllInstance::INTERFACE_VERSION
+                   ? QString()
+                   : u"it has the interface version "_s + QString::number(version) + u", and "_s +
+                         QString::number(IDllInstance::INTERFACE_VERSION) + u" is wanted"_s;
+    } catch (const std::exception& exception) {
+        return u"it threw an exception: "_s + QString::fromLocal8Bit(exception.what());
+    } catch (...) {
+        return u"it threw an exception"_s;
+    }
 }
 
 } // namespace ComponentCheck

@@ -19,9 +19,6 @@ void Report(const QString& problem, unsigned line) {
     ReportProblem(problem, u"tolmappstartup\\componentloader"_s, line);
 }
 
-using InterfaceVersionFunction = quint32 (*)();
-using CreateFunction = IDllInstance* (*)();
-
 // "MshClient.dll" is the name that all systems share; this is what the file is called on this one.
 QString LocalLibraryName(const QString& fileName) {
     QString name = fileName.toLower();
@@ -31,41 +28,20 @@ QString LocalLibraryName(const QString& fileName) {
     return u"lib"_s + name + u".so"_s;
 }
 
-void UnloadWhenUnused(const std::shared_ptr<QLibrary>& pLibrary) {
-    if (pLibrary.use_count() == 1) {
-        pLibrary->unload();
-    }
-}
-
-// Makes an instance with the functions that a library exports. On failure null, and a reason.
-IDllInstance* MakeInstance(QLibrary& library, QString& reason) {
-    const auto getVersion =
-        reinterpret_cast<InterfaceVersionFunction>(library.resolve("ZanComponentInterfaceVersion"));
-    const auto create = reinterpret_cast<CreateFunction>(library.resolve("ZanCreateComponent"));
-    if (!getVersion || !create) {
-        reason =
-            u"it is no component: it does not export ZanComponentInterfaceVersion and ZanCreateComponent"_s;
-        return nullptr;
-    }
-    const quint32 version = getVersion();
-    if (version != IDllInstance::INTERFACE_VERSION) {
-        reason = u"it has the interface version "_s + QString::number(version) + u", and "_s +
-                 QString::number(IDllInstance::INTERFACE_VERSION) + u" is wanted"_s;
-        return nullptr;
-    }
-    reason = u"it does not make an instance"_s;
-    return create();
-}
-
 // Loads a library and makes an instance. Whatever code of the library is run throws in here. On failure null,
 // and a reason.
 IDllInstance* LoadInstance(QLibrary& library, QString& reason) {
+    using CreateFunction = IDllInstance* (*)();
     try {
-        if (!library.load()) {
-            reason = u"it is no shared object that can be loaded here ("_s + library.errorString() + u')';
+        reason = ComponentCheck::Load(library);
+        if (reason.isEmpty()) {
+            reason = ComponentCheck::FindFaultOfVersion(library);
+        }
+        if (!reason.isEmpty()) {
             return nullptr;
         }
-        return MakeInstance(library, reason);
+        reason = u"it does not make an instance"_s;
+        return reinterpret_cast<CreateFunction>(library.resolve("ZanCreateComponent"))();
     } catch (const std::exception& exception) {
         reason = u"it threw an exception: "_s + QString::fromLocal8Bit(exception.what());
     } catch (...) {
@@ -112,22 +88,23 @@ IDllInstance* ComponentLoader::Create(const QString& fileName) {
     if (!QFileInfo(path).isFile()) {
         return refuse(u"there is no file "_s + path, __LINE__);
     }
-    const std::shared_ptr<QLibrary> pLibrary = GetLibrary(path);
-    // A function that is missing shall show now, and not end the program when it is first called.
-    pLibrary->setLoadHints(QLibrary::ResolveAllSymbolsHint);
+    // From here on the file is this one, whatever becomes of a link.
+    const QString canonicalPath = QFileInfo(path).canonicalFilePath();
+    const std::shared_ptr<QLibrary> pLibrary = GetLibrary(canonicalPath);
     QString reason;
     if (!pLibrary->isLoaded()) {
-        reason = ComponentCheck::FindFault(path);
+        reason = ComponentCheck::FindFault(m_directory, canonicalPath);
         if (reason.isEmpty()) {
-            reason = ComponentCheck::FindFaultyInitialiser(path);
+            reason = ComponentCheck::FindFaultInTrial(canonicalPath);
         }
         if (!reason.isEmpty()) {
             return refuse(path + u": "_s + reason, __LINE__);
         }
     }
+    // A library that is refused from here on stays loaded: its initialisers have run, and what they have
+    // started may still run.
     IDllInstance* const instance = LoadInstance(*pLibrary, reason);
     if (!instance) {
-        UnloadWhenUnused(pLibrary);
         return refuse(path + u": "_s + reason, __LINE__);
     }
     m_libraryOfInstance.insert(instance, pLibrary);
@@ -143,5 +120,7 @@ void ComponentLoader::Destroy(IDllInstance* instance) {
         return;
     }
     delete instance;
-    UnloadWhenUnused(pLibrary);
+    if (pLibrary.use_count() == 1) {
+        pLibrary->unload();
+    }
 }

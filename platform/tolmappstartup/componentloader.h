@@ -8,7 +8,8 @@
 class IDllInstance;
 class QLibrary;
 
-/// Loads component libraries from one directory, and unloads each with its last instance. Main thread.
+/// Loads component libraries from one directory, and unloads each with its last instance; one that makes none
+/// stays loaded. Main thread.
 class ComponentLoader {
 public:
     /// False for a path that is not absolute; then no directory is set.

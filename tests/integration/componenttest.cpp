@@ -13,12 +13,14 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <elf.h>
 #include <future>
 #include <link.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -118,8 +120,6 @@ TEST_F(ComponentTest, FactoryThatReturnsNullOrThrowsIsRefused) {
     ExpectRefusal(u"ThrowingComponent.dll"_s,
                   start + u"throwingcomponent.so: it threw an exception: no receiver"_s);
     ExpectRefusal(u"OddThrowingComponent.dll"_s, start + u"oddthrowingcomponent.so: it threw an exception"_s);
-    EXPECT_FALSE(IsMapped("throwingcomponent.so"));
-    EXPECT_FALSE(IsMapped("libnullcomponent.so"));
 }
 
 TEST_F(ComponentTest, FileThatIsNoSharedObjectIsRefused) {
@@ -174,6 +174,34 @@ TEST_F(ComponentTest, InitialiserWithoutAnEndIsRefused) {
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child is left behind";
 }
 
+TEST_F(ComponentTest, VersionFunctionThatEndsTheProcessOrHasNoEndIsRefused) {
+    const QString start = COMPONENT_DIRECTORY + u"/libversion"_s;
+    ExpectRefusal(u"VersionExitingComponent.dll"_s,
+                  start + u"exitingcomponent.so: its version function ends the process"_s);
+    ExpectRefusal(u"VersionCrashingComponent.dll"_s,
+                  start + u"crashingcomponent.so: its version function ends the process"_s);
+    ExpectRefusal(u"VersionHangingComponent.dll"_s,
+                  start + u"hangingcomponent.so: its version function does not come to an end"_s);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child is left behind";
+}
+
+TEST_F(ComponentTest, RefusedComponentWhoseThreadRunsOnEndsNothing) {
+    ExpectRefusal(u"ThreadComponent.dll"_s,
+                  COMPONENT_DIRECTORY + u"/libthreadcomponent.so: it does not make an instance"_s);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // for the thread to run in what is left
+    EXPECT_TRUE(IsMapped("libthreadcomponent.so"));
+}
+
+TEST_F(ComponentTest, InitialiserThatForksLeavesOneProgramWithTheComponent) {
+    const pid_t self = getpid();
+    IDllInstance* const instance = Create(u"ForkingComponent.dll"_s);
+    if (getpid() != self) {
+        kill(self, SIGKILL); // this copy must not be here
+    }
+    EXPECT_NE(instance, nullptr) << CfgCenter::GetLastError().toStdString();
+    CfgCenter::DestroyDllInstanceByPointer(instance);
+}
+
 /// A directory with a copy of the good component.
 class CopiedComponentTest : public ComponentTest {
 protected:
@@ -224,6 +252,52 @@ TEST_F(CopiedComponentTest, LinkCountsWithTheDirectoryThatItLeadsTo) {
     SetMode(other.path(), 0777);
     ExpectRefusal(u"GoodComponent.dll"_s,
                   path + u": its directory "_s + other.path() + u" can be written to by others"_s);
+}
+
+TEST_F(CopiedComponentTest, DirectoryAboveThatOthersCanWriteToIsRefusedUnlessItIsSticky) {
+    const QTemporaryDir other;
+    const QString middle = other.filePath(u"middle"_s);
+    ASSERT_TRUE(QDir().mkpath(middle + u"/lower"_s));
+    const QString copy = middle + u"/lower/libgoodcomponent.so"_s;
+    ASSERT_TRUE(QFile::rename(path, copy));
+    SetMode(middle, 0777);
+    for (const QString& place :
+         {middle + u"/lower"_s, directory.path()}) { // the directory itself, and a link
+        ASSERT_TRUE(CfgCenter::SetComponentDirectory(place));
+        ExpectRefusal(u"GoodComponent.dll"_s, place + u"/libgoodcomponent.so: its directory "_s + middle +
+                                                  u" can be written to by others"_s);
+        ASSERT_TRUE(QFile::exists(path) || QFile::link(copy, path));
+    }
+    SetMode(middle, 01777);
+    ExpectLoads();
+    SetMode(middle, 0755);
+    ExpectLoads();
+}
+
+TEST_F(CopiedComponentTest, LinkInADirectoryThatOthersCanWriteToIsRefused) {
+    const QTemporaryDir other;
+    ASSERT_TRUE(QFile::rename(path, other.filePath(u"target.so"_s)));
+    ASSERT_TRUE(QFile::link(other.filePath(u"target.so"_s), path));
+    SetMode(directory.path(), 0777);
+    ExpectRefusal(u"GoodComponent.dll"_s,
+                  path + u": its directory "_s + directory.path() + u" can be written to by others"_s);
+}
+
+TEST_F(CopiedComponentTest, LinkThatChangesAfterItWasFollowedChangesNothing) {
+    const QTemporaryDir other;
+    const QString target = other.filePath(u"target.so"_s);
+    ASSERT_TRUE(QFile::rename(path, target));
+    ASSERT_TRUE(QFile::link(target, path));
+    IDllInstance* const first = Create(u"GoodComponent.dll"_s);
+    ASSERT_NE(first, nullptr) << CfgCenter::GetLastError().toStdString();
+    EXPECT_TRUE(IsMapped("/target.so")) << "what was examined is what is loaded";
+    ASSERT_TRUE(QFile::remove(path));
+    ASSERT_TRUE(QFile::copy(target, path));
+    IDllInstance* const second = Create(u"GoodComponent.dll"_s);
+    ASSERT_NE(second, nullptr);
+    CfgCenter::DestroyDllInstanceByPointer(first);
+    CfgCenter::DestroyDllInstanceByPointer(second);
+    EXPECT_FALSE(IsMapped("/target.so"));
 }
 
 TEST_F(CopiedComponentTest, FileOfAnotherUserIsRefused) {
