@@ -118,8 +118,8 @@ public:
         const std::optional<double> high = FrequencyText::Parse(highText);
         if (!low || !high || *low > *high) {
             return CommandLine::Refuse(
-                u"a range is two frequencies such as 300k 30M, the lower one first, not '%1' '%2'"_s.arg(
-                    lowText, highText));
+                u"a range is two frequencies such as 300k 30M, the lower one first, not %1 %2"_s.arg(
+                    CommandLine::Quote(lowText), CommandLine::Quote(highText)));
         }
         const FrequencyRange range{*low, *high};
         QStringList coverages;
@@ -147,7 +147,8 @@ private:
         for (const auto& antenna : m_list.GetAntennas()) {
             names.append(antenna->name);
         }
-        Console::Error(u"the station has no antenna '%1', only %2"_s.arg(name, names.join(u", "_s)));
+        Console::Error(
+            u"the station has no antenna %1, only %2"_s.arg(CommandLine::Quote(name), names.join(u", "_s)));
         return EXIT_FAILED;
     }
 

@@ -10,12 +10,20 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QTextStream>
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
+
+namespace {
+
+QString Shorten(const QString& text) {
+    constexpr qsizetype MOST = 200;
+    return text.size() <= MOST ? text : text.first(MOST) + u"..."_s;
+}
+
+} // namespace
 
 CommandLine::CommandLine(const QString& command, const QString& description,
                          const QList<QCommandLineOption>& options, const QString& positional)
@@ -36,15 +44,20 @@ CommandLine::CommandLine(const QString& command, const QString& description,
 
 std::optional<int> CommandLine::Parse(const QStringList& arguments) {
     if (!m_parser.parse(arguments)) {
-        return Refuse(m_parser.errorText());
+        return Refuse(Shorten(m_parser.errorText()));
+    }
+    for (const QString& name : m_parser.optionNames()) {
+        if (name != u"option" && m_parser.optionNames().count(name) > 1) {
+            return Refuse(u"--%1 is given twice"_s.arg(name));
+        }
     }
     if (m_parser.isSet(u"help"_s)) {
         const QString help = m_parser.helpText();
-        QTextStream(stdout) << m_usage << help.sliced(help.indexOf(u'\n'));
+        Console::PrintText(m_usage + help.sliced(help.indexOf(u'\n')));
         return EXIT_OK;
     }
     if (!m_takesArguments && !Positional().isEmpty()) {
-        return Refuse(u"what is '%1' for?"_s.arg(Positional().constFirst()));
+        return Refuse(u"what is %1 for?"_s.arg(Quote(Positional().constFirst())));
     }
     if (m_parser.isSet(u"quiet"_s)) {
         Console::BeQuiet();
@@ -60,7 +73,7 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
     }
     for (const QString& option : m_parser.values(u"option"_s)) {
         if (!AppOptions::SetOption(option)) {
-            return Refuse(u"--option needs a name: '%1'"_s.arg(option));
+            return Refuse(u"--option needs a name: "_s + Quote(option));
         }
     }
     return {};
@@ -69,6 +82,10 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
 int CommandLine::Refuse(const QString& why) {
     Console::Error(why);
     return EXIT_USAGE;
+}
+
+QString CommandLine::Quote(const QString& argument) {
+    return u'\'' + Shorten(argument) + u'\'';
 }
 
 std::optional<QString> CommandLine::Text(const QString& name) const {
@@ -81,8 +98,8 @@ bool CommandLine::Frequency(const QString& name, std::optional<double>& frequenc
     }
     frequency = FrequencyText::Parse(m_parser.value(name));
     if (!frequency) {
-        Refuse(u"--%1 takes a frequency such as 145.5M, 145.5 MHz, 300k or 1e6, not '%2'"_s.arg(
-            name, m_parser.value(name)));
+        Refuse(u"--%1 takes a frequency such as 145.5M, 145.5 MHz, 300k or 1e6, not %2"_s.arg(
+            name, Quote(m_parser.value(name))));
     }
     return frequency.has_value();
 }
@@ -140,7 +157,7 @@ void CommandLine::TakeComponentDirectory() const {
 
 bool CommandLine::RefuseNumber(const QString& name, const QString& kind, const QString& minimum,
                                const QString& maximum) const {
-    Refuse(u"--%1 takes a%2 number from %3 to %4, not '%5'"_s.arg(name, kind, minimum, maximum,
-                                                                  m_parser.value(name)));
+    Refuse(u"--%1 takes a%2 number from %3 to %4, not %5"_s.arg(name, kind, minimum, maximum,
+                                                                Quote(m_parser.value(name))));
     return false;
 }

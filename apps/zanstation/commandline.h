@@ -23,6 +23,8 @@ public:
 
     /// Says why the command line is wrong; returns the exit code for it.
     static int Refuse(const QString& why);
+    /// An argument as a message quotes it: in quotes, and of a long one the beginning.
+    static QString Quote(const QString& argument);
 
     [[nodiscard]] bool IsSet(const QString& name) const { return m_parser.isSet(name); }
     /// The text of an option: the one given, its default, or nothing.

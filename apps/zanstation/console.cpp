@@ -1,7 +1,10 @@
 #include "zanstation/console.h"
 
+#include "kwbase/standarderror.h"
+#include "kwbase/standardstream.h"
+
 #include <algorithm>
-#include <cstdio>
+#include <cerrno>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -11,6 +14,8 @@ namespace {
 bool isProgressShown = false;
 bool isQuiet = false;
 bool isStandardOutputTaken = false;
+QByteArray unprinted; // of the results
+int printError = 0;   // the number of the error for which they cannot be printed
 
 /// Texts from recordings and settings may hold anything: control characters must not reach the terminal.
 QByteArray Printable(QString text) {
@@ -22,11 +27,15 @@ QByteArray Printable(QString text) {
     return text.toLocal8Bit();
 }
 
+std::string_view View(const QByteArray& bytes) {
+    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
 void WriteToStandardError(const QString& text) {
     if (isProgressShown) {
         Console::EndProgress();
     }
-    std::fprintf(stderr, "zanstation: %s\n", Printable(text).constData());
+    StandardError::Write(View("zanstation: " + Printable(text) + '\n'));
 }
 
 } // namespace
@@ -34,7 +43,14 @@ void WriteToStandardError(const QString& text) {
 namespace Console {
 
 void Print(const QString& line) {
-    std::fprintf(isStandardOutputTaken ? stderr : stdout, "%s\n", Printable(line).constData());
+    unprinted += Printable(line) + '\n';
+    if (::isatty(STDOUT_FILENO) != 0) {
+        Flush(std::chrono::milliseconds(0));
+    }
+}
+
+void PrintText(const QString& text) {
+    unprinted += text.toLocal8Bit();
 }
 
 void PrintToStandardError() {
@@ -42,7 +58,17 @@ void PrintToStandardError() {
 }
 
 void PrintJson(const QJsonDocument& document) {
-    std::fputs(document.toJson().constData(), isStandardOutputTaken ? stderr : stdout);
+    unprinted += document.toJson();
+}
+
+int Flush(std::chrono::milliseconds patience) {
+    static StandardStream stream(isStandardOutputTaken ? STDERR_FILENO : STDOUT_FILENO);
+    if (printError == 0 || printError == EWOULDBLOCK) {
+        const std::size_t printed = stream.Write(View(unprinted), patience);
+        unprinted.remove(0, static_cast<qsizetype>(printed));
+        printError = unprinted.isEmpty() ? 0 : stream.GetError();
+    }
+    return printError;
 }
 
 void Tell(const QString& line) {
@@ -84,13 +110,14 @@ void ShowProgress(double fraction, const QString& text) {
     const int filled = static_cast<int>(std::clamp(fraction, 0.0, 1.0) * WIDTH);
     const QString bar = QString(filled, u'#') + QString(WIDTH - filled, u'.');
     // The escape sequence clears what a longer line left.
-    std::fprintf(stderr, "\r[%s] %3.0f%%  %s\033[K", bar.toLatin1().constData(), fraction * 100.0,
-                 Printable(text).constData());
+    const QString line =
+        u"\r[%1] %2%  "_s.arg(bar, QString::number(fraction * 100.0, 'f', 0).rightJustified(3));
+    StandardError::Draw(View(line.toLatin1() + Printable(text) + "\033[K"));
     isProgressShown = true;
 }
 
 void EndProgress() {
-    std::fputc('\n', stderr);
+    StandardError::Draw("\n");
     isProgressShown = false;
 }
 

@@ -44,6 +44,7 @@ int JoinHub(bool asReceiver, const QString& name) {
         return EXIT_FAILED;
     }
     Console::Tell(asReceiver ? u"joined the hub as a receiver"_s : u"joined the hub as a sender"_s);
+    Console::Flush(std::chrono::milliseconds(0)); // whoever reads a pipe or a file waits for it
     return QCoreApplication::exec();
 }
 

@@ -1,16 +1,20 @@
+#include "kwbase/standarderror.h"
+#include "kwbase/standardstream.h"
+#include "zanstation/commandline.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/signalwatcher.h"
 #include "zanstation/stationtrace.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QStringList>
-#include <QTextStream>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <clocale>
 #include <csignal>
-#include <cstdio>
 #include <fcntl.h>
 #include <optional>
 #include <unistd.h>
@@ -80,17 +84,68 @@ std::optional<QStringList> ReadHelp(const QStringList& topics) {
                : std::nullopt;
 }
 
-void Print(const QString& text) {
-    QTextStream(stdout) << text;
+/// Does what the command line says. Returns the exit code.
+int Work(QStringList arguments) {
+    if (arguments.value(0) == u"--version" || arguments.value(0) == u"-v") {
+        Console::PrintText(u"zanstation "_s + QCoreApplication::applicationVersion() + u'\n');
+        return EXIT_OK;
+    }
+    if (arguments.value(0) == u"help") {
+        const std::optional<QStringList> help = ReadHelp(arguments.mid(1));
+        if (!help) {
+            Console::Error(u"help takes the name of one command and no options: zanstation help COMMAND"_s);
+            return EXIT_USAGE;
+        }
+        arguments = *help;
+    }
+    const QString command = arguments.value(0);
+    if (command == u"--help" || command == u"-h") {
+        Console::PrintText(GetUsage());
+        return EXIT_OK;
+    }
+    const auto* const found = std::ranges::find(COMMANDS, command, &Command::name);
+    if (found != COMMANDS.end()) {
+        StationTrace::Show();
+        return found->run(QStringList(u"zanstation "_s + command) + arguments.mid(1));
+    }
+    if (!command.isEmpty()) {
+        Console::Error(u"no command "_s + CommandLine::Quote(command));
+        StandardError::Write("\n");
+    }
+    StandardError::Write(GetUsage().toStdString());
+    return EXIT_USAGE;
 }
 
-/// Whether all that was printed has left the program. Says why when it has not.
-bool IsPrinted() {
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
-        return true;
+/// Prints what the work has left to be printed, and says why when that is not possible. Returns the exit
+/// code.
+int Finish(int exitCode) {
+    constexpr std::chrono::seconds PATIENCE(1);
+    int error = Console::Flush(PATIENCE);
+    if (error == EWOULDBLOCK && exitCode < ExitCodeOf(SIGHUP)) { // else a signal has ended the work
+        SignalWatcher::LetSignalsEndTheProgram();
+        error = Console::Flush(StandardStream::FOREVER);
     }
-    Console::Error(u"standard output cannot be written"_s);
-    return false;
+    if (error != 0 && error != EPIPE) {
+        Console::Error(u"standard output cannot be written: "_s + qt_error_string(error));
+    }
+    StandardError::TellLoss();
+    if (error == 0 || exitCode != EXIT_OK) {
+        return exitCode;
+    }
+    return error == EPIPE ? ExitCodeOf(SIGPIPE) : EXIT_FAILED; // a reader may go away when it has enough
+}
+
+/// Qt's own messages and the trace go the way of all others.
+void WriteQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    StandardError::Write(qFormatLogMessage(type, context, message).toStdString() + '\n');
+}
+
+/// Whether the program's arguments are what the user has given, to the letter: text that is not UTF-8 would
+/// be another file's name.
+bool AreArgumentsText(int argc, char** argv) {
+    return std::all_of(argv + std::min(argc, 1), argv + argc, [](const char* argument) {
+        return QFile::encodeName(QFile::decodeName(argument)) == argument;
+    });
 }
 
 /// A standard descriptor that is closed would be given to the next file or pipe that is opened, which some
@@ -113,37 +168,18 @@ __attribute__((no_sanitize("address", "undefined", "thread"))) void KeepStandard
 int main(int argc, char** argv) {
     // Beyond a limit of its size a file cannot be written, as on a full disk, and that ends no program.
     std::signal(SIGXFSZ, SIG_IGN);
+    // Nor does a reader that goes away.
+    std::signal(SIGPIPE, SIG_IGN);
+    qInstallMessageHandler(WriteQtMessage);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"zanstation"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(ZAN_VERSION));
     // The program speaks English, so the system's reasons within its sentences are English, too.
     std::setlocale(LC_MESSAGES, "C");
 
-    QStringList arguments = QCoreApplication::arguments().mid(1);
-    if (arguments.value(0) == u"--version" || arguments.value(0) == u"-v") {
-        Print(u"zanstation "_s + QCoreApplication::applicationVersion() + u'\n');
-        return EXIT_OK;
+    if (!AreArgumentsText(argc, argv)) {
+        Console::Error(u"an argument is no UTF-8 text"_s);
+        return Finish(EXIT_USAGE);
     }
-    if (arguments.value(0) == u"help") {
-        const std::optional<QStringList> help = ReadHelp(arguments.mid(1));
-        if (!help) {
-            Console::Error(u"help takes the name of one command and no options: zanstation help COMMAND"_s);
-            return EXIT_USAGE;
-        }
-        arguments = *help;
-    }
-    const QString command = arguments.value(0);
-    if (command == u"--help" || command == u"-h") {
-        Print(GetUsage());
-        return EXIT_OK;
-    }
-    const auto* const found = std::ranges::find(COMMANDS, command, &Command::name);
-    if (found != COMMANDS.end()) {
-        StationTrace::Show();
-        const int exitCode = found->run(QStringList(u"zanstation "_s + command) + arguments.mid(1));
-        return IsPrinted() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
-    }
-    QTextStream(stderr) << (command.isEmpty() ? QString() : u"zanstation: no command '%1'\n\n"_s.arg(command))
-                        << GetUsage();
-    return EXIT_USAGE;
+    return Finish(Work(QCoreApplication::arguments().mid(1)));
 }

@@ -13,6 +13,8 @@ constexpr std::array SIGNALS{SIGINT, SIGTERM, SIGHUP};
 // A signal handler may do little more than write to a descriptor; the event loop waits at the other end.
 std::array<int, 2> sockets{-1, -1};
 
+sigset_t watched{}; // those that were not ignored
+
 void OnSignal(int signal) {
     const int savedErrno = errno;
     const char byte = static_cast<char>(signal);
@@ -44,17 +46,24 @@ SignalWatcher::SignalWatcher()
     });
     for (const int signal : SIGNALS) {
         if (signal != SIGHUP || !IsHangupIgnored()) {
+            sigaddset(&watched, signal);
             std::signal(signal, OnSignal);
         }
     }
 }
 
 SignalWatcher::~SignalWatcher() {
+    m_notifier.setEnabled(false); // what the handler writes from here on waits
+}
+
+void SignalWatcher::LetSignalsEndTheProgram() {
     for (const int signal : SIGNALS) {
-        std::signal(signal, SIG_IGN);
+        if (sigismember(&watched, signal) == 1) {
+            std::signal(signal, SIG_DFL);
+        }
     }
-    m_notifier.setEnabled(false);
-    for (const int socket : sockets) {
-        ::close(socket);
+    char byte = 0;
+    if (::read(sockets[1], &byte, 1) == 1) {
+        std::raise(byte);
     }
 }

@@ -15,8 +15,10 @@ int PrintTree(const QStringList& arguments) {
         return *exitCode;
     }
     return line.WithStation([] {
-        QTextStream out(stdout);
+        QString text;
+        QTextStream out(&text);
         Tree::Instance()->Dump(out);
+        Console::PrintText(text);
         return EXIT_OK;
     });
 }

@@ -25,7 +25,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr qsizetype MAX_LINES_NAMED = 10; // of a damaged file, which may be damaged in every line
-constexpr qsizetype MAX_KEYS_NAMED = 100;
+constexpr qsizetype MAX_KEYS_NAMED = 10;
 constexpr qsizetype MAX_TEXT_SHOWN = 80; // of a value that cannot be read
 constexpr QStringView TOO_LARGE = u"it is larger than 8 MiB";
 constexpr auto PATIENCE = 1s;   // the longest that the main thread stands still

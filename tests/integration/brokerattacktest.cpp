@@ -107,6 +107,11 @@ public:
         QFile log(m_log.fileName());
         return log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
     }
+    /// Whether it still runs; time passes for it.
+    [[nodiscard]] bool IsRunning() {
+        m_process.waitForFinished(0);
+        return m_process.state() == QProcess::Running;
+    }
     [[nodiscard]] qsizetype CountDescriptors() const {
         return QDir(u"/proc/%1/fd"_s.arg(m_process.processId()))
             .entryList(QDir::AllEntries | QDir::System)
@@ -218,4 +223,19 @@ TEST_F(BrokerAttack, IdleConnectionIsClosedWhateverItHasBegun) {
     EXPECT_TRUE(silent.IsClosed(PATIENCE_MS));
     EXPECT_TRUE(halfAHeader.IsClosed(PATIENCE_MS));
     EXPECT_TRUE(halfABody.IsClosed(PATIENCE_MS));
+}
+
+TEST_F(BrokerAttack, RequestWithAFragmentTooManyEndsNoServer) {
+    Server server;
+    ASSERT_TRUE(server.isReady);
+    const QByteArray attack =
+        QByteArray::fromHex("47494f50010201002e000000010000000300000000000000040000004563686f07000000"
+                            "5265706561740000000000000600000068656c6c6f00"  // a complete request of number 1
+                            "47494f50010201070400000001000000"); // a fragment of the same number
+    for (int i = 0; i < 5000 && server.IsRunning(); ++i) {
+        const Connection connection(server.port);
+        connection.Send(attack);
+    }
+    ASSERT_TRUE(server.IsRunning());
+    EXPECT_EQ(CallEcho(server, "still there"), u"still there"_s);
 }

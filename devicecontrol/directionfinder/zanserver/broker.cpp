@@ -1,11 +1,11 @@
 #include "zanserver/broker.h"
 
+#include "kwbase/standarderror.h"
 #include "zancommon/zanserverorb.h"
 #include "zanserver/repeatedlines.h"
 
 #include <QByteArray>
 
-#include <cstdio>
 #include <mutex>
 
 using namespace Qt::StringLiterals;
@@ -16,6 +16,7 @@ namespace {
 
 const char* const ENDPOINT = "ORBendPoint";
 const char* const IDLE_SECONDS = "ORBinConScanPeriod";
+const char* const THREADS_PER_CONNECTION = "ORBmaxServerThreadPerConnection";
 const char* const CONFIGURATION_FILE = "OMNIORB_CONFIG";
 
 void SetDefault(const char* option, const char* value) {
@@ -36,7 +37,7 @@ RepeatedLines logLines;
 
 void WriteLogLine(const char* line) {
     const std::lock_guard lock(logMutex);
-    std::fputs(logLines.Add(line, std::chrono::steady_clock::now()).c_str(), stderr);
+    StandardError::Write(logLines.Add(line, std::chrono::steady_clock::now()));
 }
 
 } // namespace
@@ -44,6 +45,9 @@ void WriteLogLine(const char* line) {
 void Make() {
     SetDefault(ENDPOINT, "giop:tcp:127.0.0.1:");
     SetDefault(IDLE_SECONDS, "60");
+    // Several threads on one connection may answer a request while another one still takes a fragment of it,
+    // which ends the process; and they keep the answers of all requests whose caller reads none.
+    SetDefault(THREADS_PER_CONNECTION, "1");
     ZANServerORB::Instance();
     omniORB::setLogFunction(WriteLogLine); // in place of the broker's own, which passes on every line
 }
@@ -52,7 +56,7 @@ void Release() {
     ZANServerORB::Shutdown();
     ZANServerORB::Finalise();
     const std::lock_guard lock(logMutex);
-    std::fputs(logLines.TakeCounts().c_str(), stderr);
+    StandardError::Write(logLines.TakeCounts());
 }
 
 Finding Check() {

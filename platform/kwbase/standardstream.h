@@ -1,0 +1,32 @@
+#pragma once
+
+#include "zanplatform_export.h"
+
+#include <chrono>
+#include <cstddef>
+#include <string_view>
+
+/// Standard output or standard error of the program, written to by system calls of their own, so that a
+/// reader that takes nothing (a pipe, a terminal) holds the program up as long as the caller wants, and not
+/// for ever. For one thread. It leaves SIGPIPE to the program, which ignores it.
+class ZANPLATFORM_EXPORT StandardStream {
+public:
+    static constexpr std::chrono::milliseconds FOREVER{-1};
+
+    /// \param descriptor STDOUT_FILENO or STDERR_FILENO. A pipe and a terminal are opened a second time,
+    /// where
+    ///        the system allows it, so that they can be written to without waiting while others share them.
+    explicit StandardStream(int descriptor);
+
+    /// Writes text. Waits for room so long in all.
+    /// \return the number of bytes that were taken. When these are not all, `GetError` says why: EWOULDBLOCK
+    ///         when the reader takes nothing, EPIPE when it is gone.
+    std::size_t Write(std::string_view text, std::chrono::milliseconds patience);
+    [[nodiscard]] int GetError() const { return m_error; }
+
+private:
+    [[nodiscard]] bool WaitForRoom(int milliseconds) const;
+
+    int m_descriptor;
+    int m_error = 0;
+};
