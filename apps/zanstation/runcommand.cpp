@@ -383,9 +383,19 @@ void RunCommand::PrintSummaryAsJson() const {
 
 namespace {
 
-/// The absolute path of a file; "-" stays what it is.
+/// The absolute path of a file; "-" stays what it is. A directory that the system names for the process, such
+/// as
+/// "/proc/self/cwd", is taken for the one that it is now.
 QString AbsolutePath(const QString& name) {
-    return name == STANDARD_STREAM ? name : QFileInfo(name).absoluteFilePath();
+    if (name == STANDARD_STREAM) {
+        return name;
+    }
+    constexpr QStringView PROCESSES = u"/proc/";
+    const QFileInfo file(QFileInfo(name).absoluteFilePath());
+    const QString directory = QFileInfo(file.path()).canonicalFilePath();
+    const bool isNow =
+        file.path().startsWith(PROCESSES) && !directory.isEmpty() && !directory.startsWith(PROCESSES);
+    return isNow ? QDir(directory).filePath(file.fileName()) : file.filePath();
 }
 
 /// "realtime", "max", or how many times faster than recorded.

@@ -1,5 +1,6 @@
 #include "connections/interfacecreator.h"
 
+#include "connections/baudrate.h"
 #include "connections/serialportinterface.h"
 #include "kwbase/errorhandler.h"
 
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <fcntl.h>
 #include <limits>
 #include <memory>
@@ -140,6 +142,12 @@ std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) 
     return address;
 }
 
+/// Whether a rate is what was wished, as far as clocks and dividers of serial lines go.
+bool IsNear(quint32 rate, qint32 wished) {
+    constexpr double TOLERANCE = 0.03;
+    return std::abs(rate - static_cast<double>(wished)) <= TOLERANCE * wished;
+}
+
 /// Why a port could not be opened. Qt first makes a lock file, and says that it lacks the permission when in
 /// truth there is no descriptor left for it, or no room.
 QString OpeningProblem(const QSerialPort& port) {
@@ -185,6 +193,11 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     port.setStopBits(serial->stopBits == QSerialPort::OneStop ? QSerialPort::OneStop : QSerialPort::TwoStop);
     if (!pInterface->Open()) {
         return refuse(serial->port + u": "_s + OpeningProblem(port), __LINE__);
+    }
+    const quint32 rate = GetBaudRate(port.handle());
+    if (rate != 0 && !IsNear(rate, serial->baudRate)) {
+        return refuse(serial->port + u": it runs at %1 baud, and not at %2"_s.arg(rate).arg(serial->baudRate),
+                      __LINE__);
     }
     return pInterface.release();
 }

@@ -269,6 +269,11 @@ bool OutputFile::HasName(const QString& name) const {
     return fstat(m_descriptor, &opened) == 0 && IsSame(opened, named);
 }
 
+bool OutputFile::IsFifo(const QString& name) {
+    const std::optional<struct stat> status = Status(SystemName(name));
+    return status && S_ISFIFO(status->st_mode);
+}
+
 bool OutputFile::IsSameFile(const QString& name, const QString& other) {
     const std::optional<struct stat> one = Status(SystemName(name));
     const std::optional<struct stat> two = Status(SystemName(other));

@@ -25,8 +25,9 @@ public:
 
     /// Opens what stands at a name, in place of what was open. Waits for nothing. A file that may only be
     /// read is locked, so that it can be moved away, but takes nothing.
-    /// \return false on failure; `GetError` then is ENOENT when nothing is there, EWOULDBLOCK when
-    ///         another one holds it open, ENXIO for a FIFO that nobody reads from, EINVAL for what is no name
+    /// \return false on failure; `GetError` then is ENOENT when nothing is there, EWOULDBLOCK when another one
+    ///         holds it open, ENXIO for a FIFO that nobody reads from (and for a socket), EINVAL for what is
+    ///         no name
     bool OpenExisting(const QString& name);
     /// Does the same, and creates a file when nothing is there. Others find it locked from the beginning on
     /// (where the file system and /proc allow it).
@@ -53,6 +54,8 @@ public:
     /// Takes the last bytes that were written out of a regular file. False when that is not possible.
     bool TakeBack(std::size_t count);
 
+    /// Whether a name is that of a FIFO.
+    [[nodiscard]] static bool IsFifo(const QString& name);
     /// Whether two names are those of one file or FIFO, also through links. Of two files that are not there
     /// yet: whether they would be made at one place. False when only one of them is there, and for devices.
     [[nodiscard]] static bool IsSameFile(const QString& name, const QString& other);

@@ -230,8 +230,8 @@ TEST_F(BrokerAttack, RequestWithAFragmentTooManyEndsNoServer) {
     ASSERT_TRUE(server.isReady);
     const QByteArray attack =
         QByteArray::fromHex("47494f50010201002e000000010000000300000000000000040000004563686f07000000"
-                            "5265706561740000000000000600000068656c6c6f00"  // a complete request of number 1
-                            "47494f50010201070400000001000000"); // a fragment of the same number
+                            "5265706561740000000000000600000068656c6c6f00" // a complete request of number 1
+                            "47494f50010201070400000001000000");           // a fragment of the same number
     for (int i = 0; i < 5000 && server.IsRunning(); ++i) {
         const Connection connection(server.port);
         connection.Send(attack);

@@ -1,15 +1,22 @@
 #include "support/eventloop.h"
 #include "support/printing.h"
 #include "support/stubdrivers.h"
+#include "zancommon/commandprotocol.h"
 #include "zancommon/legacydriveradapter.h"
 #include "zanserver/driverreceiver.h"
 
 #include <gtest/gtest.h>
 
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <malloc.h>
+#include <sys/resource.h>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -31,6 +38,13 @@ void Deliver(KvZANCommon::ILegacyDriverCallback& adapter, unsigned long long thr
         KvZANCommon::StatusStruct status;
         adapter.fillScanBuffer(0, time, 0, 1, &bearing, status);
     }
+}
+
+/// The most memory that this process has had.
+qint64 PeakKilobytes() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
 }
 
 } // namespace
@@ -215,4 +229,45 @@ TEST(DriverFault, BlockWithoutBearingsArrives) {
     receiver.fillScanBuffer(0, time, 0, 0, nullptr, status);
     receiver.PassOnWaiting();
     EXPECT_EQ(count, 1);
+}
+
+TEST(DriverFault, XmlThatADriverReportsTakesBoundedTimeAndRoomInTheLog) {
+    const QTemporaryDir directory;
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(directory.path()));
+    CommandProtocol log(u"replay"_s, u"station"_s);
+    ASSERT_TRUE(log.Init());
+    DriverReceiver receiver(u"replay"_s);
+    KvZANCommon::LegacyDriverAdapter adapter;
+    adapter.SetCallback(&receiver);
+    int written = 0;
+    QObject::connect(&receiver, &DriverReceiver::CommandReported, &receiver,
+                     [&](const QString& text) { written += log.Add(text) ? 1 : 0; });
+
+    const QString declaration = u"<?xml version='1.0'?>"_s;
+    const auto nest = [&](qsizetype levels) {
+        return declaration + u"<a>"_s.repeated(levels) + u"</a>"_s.repeated(levels);
+    };
+    const QStringList texts{nest(4500), nest(200'000), declaration + u"<a/>"_s.repeated(5'000'000)};
+    qsizetype bytes = 0;
+    const QDeadlineTimer deadline(60'000); // some 0.3 s are needed
+    const qint64 peakBefore = PeakKilobytes();
+    for (QString text : texts) { // the log begins a new file behind 20 MB
+        bytes += text.size();
+        std::thread driver(
+            [&] { static_cast<KvZANCommon::ILegacyDriverCallback&>(adapter).SetCommandLog(text); });
+        const int next = written + 1;
+        EXPECT_TRUE(SpinUntil([&] { return written == next; }));
+        driver.join();
+    }
+    EXPECT_FALSE(deadline.hasExpired());
+    EXPECT_LT(PeakKilobytes() - peakBefore, 400'000);
+    constexpr qsizetype HEADERS = 10'000;
+    qsizetype onDisk = 0;
+    for (const QFileInfo& file : QDir(CommandProtocol::LOG_DIRECTORY.toString()).entryInfoList(QDir::Files)) {
+        onDisk += file.size();
+    }
+    EXPECT_GE(onDisk, bytes);
+    EXPECT_LT(onDisk, bytes + HEADERS) << "written as they came";
+    QDir::setCurrent(before);
 }

@@ -4,6 +4,7 @@
 #include "connections/iinterfacecallback.h"
 #include "kwbase/errorhandler.h"
 #include "support/fewdescriptors.h"
+#include "support/fixedbaudrate.h"
 #include "support/fulldisk.h"
 #include "support/printing.h"
 #include "support/pseudoterminal.h"
@@ -405,6 +406,22 @@ TEST_F(InterfaceCreatorTest, LineIsSetUpAsTheAddressSaysAndMissingPartsHaveDefau
         EXPECT_EQ(settings.c_cflag & (PARENB | CRTSCTS), 0U);
         EXPECT_EQ(settings.c_iflag & (IXON | IXOFF), 0U);
     }
+}
+
+TEST_F(InterfaceCreatorTest, RateThatTheDriverDoesNotTakeIsAFailureToOpen) {
+    for (const QString& rate : {u"999999999"_s, u"250000"_s}) {
+        fixedBaudRate = 9600;
+        EXPECT_FALSE(Create(m_line.path + u':' + rate));
+        EXPECT_TRUE(
+            m_trace.last().endsWith(m_line.path + u": it runs at 9600 baud, and not at "_s + rate + u'.'))
+            << m_trace.last().toStdString();
+        fixedBaudRate = 0;
+        EXPECT_TRUE(Create(m_line.path + u':' + rate))
+            << "it is free again, and a line that takes any rate opens";
+    }
+    fixedBaudRate = 116000; // as dividers of its clock give it
+    EXPECT_TRUE(Create(m_line.path + u":115200"_s));
+    fixedBaudRate = 0;
 }
 
 TEST_F(InterfaceCreatorTest, ParityAndStopBitsAreSet) {

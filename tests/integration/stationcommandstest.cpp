@@ -15,7 +15,10 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/inotify.h>
@@ -57,6 +60,41 @@ protected:
     }
 
     QTemporaryDir m_directory;
+};
+
+/// The smallest pipe that the system has, in place of a standard stream of a program.
+class TinyPipe {
+public:
+    TinyPipe() {
+        EXPECT_EQ(::pipe2(m_ends.data(), O_CLOEXEC | O_NONBLOCK), 0);
+        EXPECT_EQ(::fcntl(m_ends[1], F_SETPIPE_SZ, 4096), 4096);
+        // What the program gets waits as usual.
+        EXPECT_EQ(::fcntl(m_ends[1], F_SETFL, 0), 0);
+    }
+    TinyPipe(const TinyPipe&) = delete;
+    TinyPipe& operator=(const TinyPipe&) = delete;
+    ~TinyPipe() {
+        ::close(m_ends[0]);
+        ::close(m_ends[1]);
+    }
+
+    void UseAs(int stream, QProcess& process) const {
+        process.setChildProcessModifier([stream, end = m_ends[1]] { ::dup2(end, stream); });
+    }
+    void Fill() const { EXPECT_EQ(::write(m_ends[1], QByteArray(4096, 'x').constData(), 4096), 4096); }
+    [[nodiscard]] QByteArray Read() const {
+        QByteArray bytes(4096, '\0');
+        bytes.truncate(std::max<ssize_t>(::read(m_ends[0], bytes.data(), 4096), 0));
+        return bytes;
+    }
+    void StopReading() const {
+        const int nowhere = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+        ::dup3(nowhere, m_ends[0], O_CLOEXEC);
+        ::close(nowhere);
+    }
+
+private:
+    std::array<int, 2> m_ends{};
 };
 
 /// Runs a program with what is to be in its environment; a null text takes the variable out.
@@ -381,15 +419,167 @@ TEST_F(StationCommands, ClosedStandardStreamsAreNotReplacedByWhateverIsOpenedNex
 }
 
 TEST_F(StationCommands, AnswerThatCannotBePrintedFailsTheCommand) {
-    for (const QString& command : {u"device"_s, u"device --json"_s, u"tree"_s, u"catalogue antennas"_s}) {
-        QProcess process;
-        process.setStandardOutputFile(u"/dev/full"_s);
-        process.start(QStringLiteral(ZAN_STATION),
-                      command.split(u' ') + QStringList{u"--config"_s, Config()});
+    const auto expectFailure = [](QProcess& process, const QStringList& arguments, const QByteArray& reason) {
+        process.start(QStringLiteral(ZAN_STATION), arguments);
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
-        EXPECT_EQ(process.exitCode(), 1) << command.toStdString();
-        EXPECT_TRUE(process.readAllStandardError().contains("standard output cannot be written"));
+        EXPECT_EQ(process.exitCode(), 1) << arguments.join(u' ').toStdString();
+        EXPECT_EQ(process.readAllStandardError(),
+                  "zanstation: standard output cannot be written: " + reason + '\n');
+    };
+    for (const QString& command : {u"device"_s, u"device --json"_s, u"tree"_s, u"catalogue antennas"_s,
+                                   u"--help"_s, u"help"_s, u"--version"_s, u"help run"_s, u"run --help"_s}) {
+        QStringList arguments = command.split(u' ');
+        if (!command.contains(u"help"_s) && !command.startsWith(u'-')) {
+            arguments += {u"--config"_s, Config()};
+        }
+        QProcess full;
+        full.setStandardOutputFile(u"/dev/full"_s);
+        expectFailure(full, arguments, "No space left on device");
+        QProcess closed;
+        closed.setChildProcessModifier([] { ::close(STDOUT_FILENO); });
+        expectFailure(closed, arguments, "Bad file descriptor");
     }
+}
+
+TEST_F(StationCommands, RunGoesOnWithoutAReaderOfItsMessages) {
+    QByteArray rows; // each bad row is told of
+    for (int i = 1; i <= 300; ++i) {
+        rows += QByteArray(RECORDING).split('\n').at(1) + '\n' + "not a row\n";
+    }
+    WriteFile(Path(u"bad.csv"_s), RECORDING + rows);
+    for (const bool isGone : {true, false}) {
+        const TinyPipe messages;
+        if (isGone) {
+            messages.StopReading();
+        } else {
+            messages.Fill();
+        }
+        QProcess process;
+        messages.UseAs(STDERR_FILENO, process);
+        process.start(QStringLiteral(ZAN_STATION),
+                      Replay(u"bad.csv"_s, {u"--speed"_s, u"max"_s, u"--option"_s, u"Progress=true"_s}));
+        ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), 0);
+        EXPECT_TRUE(process.readAllStandardOutput().simplified().contains(" sentences to file 301 "));
+        EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 301);
+    }
+}
+
+TEST_F(StationCommands, RunWhoseMessagesNobodyTakesEndsBySignal) {
+    WriteFile(Path(u"endlessbad.csv"_s), QByteArray(RECORDING) + "bad\n" + ENDLESS);
+    const TinyPipe messages;
+    messages.Fill();
+    QProcess process;
+    messages.UseAs(STDERR_FILENO, process);
+    process.start(QStringLiteral(ZAN_STATION),
+                  Replay(u"endlessbad.csv"_s, {u"--option"_s, u"Progress=true"_s}));
+    AwaitSentence(process, Path(u"out"_s));
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 143);
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
+}
+
+TEST_F(StationCommands, LostMessagesAreCountedForTheReaderThatTakesSomeAgain) {
+    const TinyPipe messages;
+    messages.Fill();
+    QProcess process;
+    messages.UseAs(STDERR_FILENO, process);
+    // The settings of before are bad, and it is warned of two keys at the start.
+    ASSERT_TRUE(QDir().mkpath(Config()));
+    WriteFile(Config() + u"/Application.ini"_s, "[General]\nNobodyKnowsOne=1\nNobodyKnowsTwo=2\n");
+    process.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
+    AwaitSentence(process, Path(u"out"_s));
+    EXPECT_TRUE(messages.Read().startsWith("xxx"));
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    const QByteArray taken = messages.Read();
+    EXPECT_TRUE(taken.contains(" lines of messages were lost\n")) << taken.toStdString();
+}
+
+TEST_F(StationCommands, ResultsThatNobodyTakesAreWaitedForUntilASignalEndsThat) {
+    const TinyPipe results;
+    results.Fill();
+    QProcess process;
+    results.UseAs(STDOUT_FILENO, process);
+    process.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
+    AwaitSentence(process, Path(u"out"_s));
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 143) << "the signal that has ended the run ends the waiting, too";
+
+    QProcess device;
+    results.UseAs(STDOUT_FILENO, device);
+    device.start(QStringLiteral(ZAN_STATION), {u"device"_s, u"--config"_s, Config()});
+    EXPECT_FALSE(device.waitForFinished(1500));
+    EXPECT_TRUE(results.Read().startsWith("xxx"));
+    ASSERT_TRUE(device.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(device.exitCode(), 0);
+    EXPECT_TRUE(results.Read().startsWith("device "));
+
+    results.Fill();
+    QProcess run;
+    results.UseAs(STDOUT_FILENO, run);
+    run.start(QStringLiteral(ZAN_STATION), Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s}));
+    EXPECT_FALSE(run.waitForFinished(1500));
+    ::kill(static_cast<pid_t>(run.processId()), SIGTERM);
+    ASSERT_TRUE(run.waitForFinished(PATIENCE_MS)) << "a run that is done and cannot say so";
+}
+
+TEST_F(StationCommands, ReaderThatHasEnoughOfAnAnswerEndsItWithoutAMessage) {
+    const TinyPipe results;
+    results.StopReading();
+    QProcess process;
+    results.UseAs(STDOUT_FILENO, process);
+    process.start(QStringLiteral(ZAN_STATION), {u"tree"_s, u"--config"_s, Config()});
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 141);
+    EXPECT_EQ(process.readAllStandardError(), "");
+}
+
+TEST_F(StationCommands, ArgumentThatIsNoTextIsRefused) {
+    const QByteArray script = "exec \"$0\" simulate --out $'" + Path(u"inv\\xff.csv"_s).toUtf8() + "'";
+    QProcess bash;
+    bash.start(u"bash"_s, {u"-c"_s, QString::fromUtf8(script), QStringLiteral(ZAN_STATION)});
+    ASSERT_TRUE(bash.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(bash.exitCode(), 2);
+    EXPECT_EQ(bash.readAllStandardError(), "zanstation: an argument is no UTF-8 text\n");
+    EXPECT_EQ(QDir(m_directory.path()).entryList({u"*inv*"_s}), QStringList());
+}
+
+TEST_F(StationCommands, OptionThatIsGivenTwiceIsRefused) {
+    StationResult result = Run(u"tune --frequency 1M --frequency 200M"_s);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.err, u"zanstation: --frequency is given twice\n"_s);
+    result = Run(u"device --json --json"_s);
+    EXPECT_EQ(result.err, u"zanstation: --json is given twice\n"_s);
+    EXPECT_EQ(Run(u"device --option Trace=true --option Progress=true"_s).exitCode, 0);
+}
+
+TEST_F(StationCommands, RefusalsQuoteTheBeginningOfALongArgument) {
+    const QString endless(120'000, u'x');
+    for (const QString& command :
+         {endless, u"device --"_s + endless, u"device "_s + endless, u"tune --frequency "_s + endless,
+          u"run --interval "_s + endless, u"antennas enable "_s + endless,
+          u"antennas range PX106 1M "_s + endless}) {
+        const QString said = RunStation(command.split(u' ')).err.section(u'\n', 0, 0);
+        EXPECT_TRUE(said.contains(QString(150, u'x') + u""_s)) << said.toStdString();
+        EXPECT_TRUE(said.contains(u"..."_s)) << said.toStdString();
+        EXPECT_LT(said.size(), 400);
+    }
+}
+
+TEST_F(StationCommands, CurrentDirectoryByTheNameOfTheSystemIsThatOfTheStart) {
+    QProcess process;
+    process.setWorkingDirectory(m_directory.path());
+    QStringList arguments = Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s});
+    arguments.replace(arguments.indexOf(Path(u"out"_s)), u"/proc/self/cwd/out"_s);
+    process.start(QStringLiteral(ZAN_STATION), arguments);
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
 }
 
 TEST_F(StationCommands, HangupThatIsIgnoredAtTheStartStaysIgnored) {

@@ -186,9 +186,12 @@ TEST_F(StationIntegration, HubIsJoinedThroughTheInstalledClient) {
         process.start(QStringLiteral(ZAN_STATION), {u"hub"_s, role, u"--name"_s, u"Station 7"_s,
                                                     u"--components"_s, components, u"--config"_s, Config()});
         const QDeadlineTimer deadline(PATIENCE_MS);
-        while (!ReadFile(log).contains(" Start\n") && !deadline.hasExpired()) {
+        QByteArray told; // on a pipe, while the program runs on
+        while ((!ReadFile(log).contains(" Start\n") || !told.contains('\n')) && !deadline.hasExpired()) {
             process.waitForFinished(20);
+            told += process.readAllStandardOutput();
         }
+        EXPECT_TRUE(told.startsWith("joined the hub as a ")) << told.toStdString();
         process.terminate();
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);

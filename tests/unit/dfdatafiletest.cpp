@@ -18,6 +18,8 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -392,6 +394,17 @@ TEST_F(DFDataFileTest, FifoWithoutAReaderIsTriedAgainUntilThereIsOne) {
     EXPECT_EQ(m_file.GetDroppedCount(), 1U);
     EXPECT_EQ(m_file.GetWrittenCount(), 1U);
     EXPECT_EQ(Contents(u".bak"_s), "backup"); // a FIFO holds nothing to be kept
+}
+
+TEST_F(DFDataFileTest, SocketIsNoFifoThatLacksAReader) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    m_name.toLocal8Bit().toStdString().copy(address.sun_path, sizeof address.sun_path - 1);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    m_file.Open(m_name);
+    EXPECT_EQ(m_failures, QStringList(u"Could not open file "_s + m_name + u": No such device or address"_s));
+    close(socket);
 }
 
 TEST_F(DFDataFileTest, FifoWhoseReaderGoesAwayHasFailedAndIsTriedAgain) {

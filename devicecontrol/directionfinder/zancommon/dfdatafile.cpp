@@ -81,8 +81,8 @@ void DFDataFile::OpenOrRetry() {
     }
     const QString reason = error == EWOULDBLOCK
                                ? tr("another output writes to it, or it is read as a recording")
-                           : error == ENXIO ? tr("no program reads from it")
-                                            : qt_error_string(error);
+                           : error == ENXIO && OutputFile::IsFifo(m_name) ? tr("no program reads from it")
+                                                                          : qt_error_string(error);
     Fail(tr("Could not open file %1: %2").arg(m_name, reason));
     m_timer.start(m_retryMs);
 }
