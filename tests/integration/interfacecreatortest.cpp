@@ -411,7 +411,7 @@ TEST_F(InterfaceCreatorTest, LineIsSetUpAsTheAddressSaysAndMissingPartsHaveDefau
 TEST_F(InterfaceCreatorTest, RateThatTheDriverDoesNotTakeIsAFailureToOpen) {
     for (const QString& rate : {u"999999999"_s, u"250000"_s}) {
         fixedBaudRate = 9600;
-        EXPECT_FALSE(Create(m_line.path + u':' + rate));
+        ASSERT_FALSE(Create(m_line.path + u':' + rate));
         EXPECT_TRUE(
             m_trace.last().endsWith(m_line.path + u": it runs at 9600 baud, and not at "_s + rate + u'.'))
             << m_trace.last().toStdString();

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 // NOLINTNEXTLINE(cert-dcl50-cpp): as the system declares it
-extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
+extern "C" [[gnu::visibility("default")]] int ioctl(int descriptor, unsigned long request, ...) noexcept {
     va_list arguments;
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);
