@@ -108,6 +108,7 @@ bool IsTruncated(QFile& file) {
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     dup2(nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
+    qInstallMessageHandler(nullptr); // the program's own may write elsewhere
     const auto tell = [pipe](const QString& reason) {
         const QByteArray line = reason.toUtf8().left(PIPE_BUF - 1).replace('\n', ' ') + '\n';
         static_cast<void>(!write(pipe, line.constData(), static_cast<std::size_t>(line.size())));

@@ -1,5 +1,6 @@
 #include "support/printing.h"
 #include "support/stationprocess.h"
+#include "support/tinypipe.h"
 
 #include <gtest/gtest.h>
 
@@ -15,10 +16,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 
-#include <algorithm>
-#include <array>
 #include <csignal>
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/inotify.h>
@@ -62,40 +60,10 @@ protected:
     QTemporaryDir m_directory;
 };
 
-/// The smallest pipe that the system has, in place of a standard stream of a program.
-class TinyPipe {
-public:
-    TinyPipe() {
-        EXPECT_EQ(::pipe2(m_ends.data(), O_CLOEXEC | O_NONBLOCK), 0);
-        EXPECT_EQ(::fcntl(m_ends[1], F_SETPIPE_SZ, 4096), 4096);
-        // What the program gets waits as usual.
-        EXPECT_EQ(::fcntl(m_ends[1], F_SETFL, 0), 0);
-    }
-    TinyPipe(const TinyPipe&) = delete;
-    TinyPipe& operator=(const TinyPipe&) = delete;
-    ~TinyPipe() {
-        ::close(m_ends[0]);
-        ::close(m_ends[1]);
-    }
-
-    void UseAs(int stream, QProcess& process) const {
-        process.setChildProcessModifier([stream, end = m_ends[1]] { ::dup2(end, stream); });
-    }
-    void Fill() const { EXPECT_EQ(::write(m_ends[1], QByteArray(4096, 'x').constData(), 4096), 4096); }
-    [[nodiscard]] QByteArray Read() const {
-        QByteArray bytes(4096, '\0');
-        bytes.truncate(std::max<ssize_t>(::read(m_ends[0], bytes.data(), 4096), 0));
-        return bytes;
-    }
-    void StopReading() const {
-        const int nowhere = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-        ::dup3(nowhere, m_ends[0], O_CLOEXEC);
-        ::close(nowhere);
-    }
-
-private:
-    std::array<int, 2> m_ends{};
-};
+/// Gives a program that is not yet started a pipe in place of a standard stream.
+void PutInPlace(const TinyPipe& pipe, int stream, QProcess& process) {
+    process.setChildProcessModifier([stream, end = pipe.WriteEnd()] { ::dup2(end, stream); });
+}
 
 /// Runs a program with what is to be in its environment; a null text takes the variable out.
 StationResult RunWith(const QList<std::pair<QString, QString>>& variables, const QString& program,
@@ -455,7 +423,7 @@ TEST_F(StationCommands, RunGoesOnWithoutAReaderOfItsMessages) {
             messages.Fill();
         }
         QProcess process;
-        messages.UseAs(STDERR_FILENO, process);
+        PutInPlace(messages, STDERR_FILENO, process);
         process.start(QStringLiteral(ZAN_STATION),
                       Replay(u"bad.csv"_s, {u"--speed"_s, u"max"_s, u"--option"_s, u"Progress=true"_s}));
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
@@ -471,7 +439,7 @@ TEST_F(StationCommands, RunWhoseMessagesNobodyTakesEndsBySignal) {
     const TinyPipe messages;
     messages.Fill();
     QProcess process;
-    messages.UseAs(STDERR_FILENO, process);
+    PutInPlace(messages, STDERR_FILENO, process);
     process.start(QStringLiteral(ZAN_STATION),
                   Replay(u"endlessbad.csv"_s, {u"--option"_s, u"Progress=true"_s}));
     AwaitSentence(process, Path(u"out"_s));
@@ -486,7 +454,7 @@ TEST_F(StationCommands, LostMessagesAreCountedForTheReaderThatTakesSomeAgain) {
     const TinyPipe messages;
     messages.Fill();
     QProcess process;
-    messages.UseAs(STDERR_FILENO, process);
+    PutInPlace(messages, STDERR_FILENO, process);
     // The settings of before are bad, and it is warned of two keys at the start.
     ASSERT_TRUE(QDir().mkpath(Config()));
     WriteFile(Config() + u"/Application.ini"_s, "[General]\nNobodyKnowsOne=1\nNobodyKnowsTwo=2\n");
@@ -503,7 +471,7 @@ TEST_F(StationCommands, ResultsThatNobodyTakesAreWaitedForUntilASignalEndsThat) 
     const TinyPipe results;
     results.Fill();
     QProcess process;
-    results.UseAs(STDOUT_FILENO, process);
+    PutInPlace(results, STDOUT_FILENO, process);
     process.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
     AwaitSentence(process, Path(u"out"_s));
     ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
@@ -511,7 +479,7 @@ TEST_F(StationCommands, ResultsThatNobodyTakesAreWaitedForUntilASignalEndsThat) 
     EXPECT_EQ(process.exitCode(), 143) << "the signal that has ended the run ends the waiting, too";
 
     QProcess device;
-    results.UseAs(STDOUT_FILENO, device);
+    PutInPlace(results, STDOUT_FILENO, device);
     device.start(QStringLiteral(ZAN_STATION), {u"device"_s, u"--config"_s, Config()});
     EXPECT_FALSE(device.waitForFinished(1500));
     EXPECT_TRUE(results.Read().startsWith("xxx"));
@@ -521,7 +489,7 @@ TEST_F(StationCommands, ResultsThatNobodyTakesAreWaitedForUntilASignalEndsThat) 
 
     results.Fill();
     QProcess run;
-    results.UseAs(STDOUT_FILENO, run);
+    PutInPlace(results, STDOUT_FILENO, run);
     run.start(QStringLiteral(ZAN_STATION), Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s}));
     EXPECT_FALSE(run.waitForFinished(1500));
     ::kill(static_cast<pid_t>(run.processId()), SIGTERM);
@@ -532,7 +500,7 @@ TEST_F(StationCommands, ReaderThatHasEnoughOfAnAnswerEndsItWithoutAMessage) {
     const TinyPipe results;
     results.StopReading();
     QProcess process;
-    results.UseAs(STDOUT_FILENO, process);
+    PutInPlace(results, STDOUT_FILENO, process);
     process.start(QStringLiteral(ZAN_STATION), {u"tree"_s, u"--config"_s, Config()});
     ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
     EXPECT_EQ(process.exitCode(), 141);
