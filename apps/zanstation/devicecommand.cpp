@@ -98,8 +98,7 @@ void PrintLimits(const ZANCharacteristics& characteristics) {
 struct DeviceSummary {
     explicit DeviceSummary(const ZANCharacteristics& characteristics)
         : type(Tree::Instance()
-                   ->Find<ValueString>(ZANPath::DEVICE_NODE.toString() +
-                                       StdDeviceDefinition::g_vdDevType.PathName())
+                   ->Find<ValueString>(ZANPath::Device(StdDeviceDefinition::g_vdDevType))
                    ->GetValue())
         , channelCount(characteristics.GetMaxChannelCount())
         , isSetupValid(characteristics.CheckAntennaSetupValidity(nullptr, verdict))

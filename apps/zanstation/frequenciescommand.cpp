@@ -24,8 +24,7 @@ using namespace ZANServer;
 namespace {
 
 ValueTrafficControlFrequencyList* GetList() {
-    return GetOrCreateValue<ValueTrafficControlFrequencyList>(ZANPath::CONTROL.toString() +
-                                                              u"TRAFFICCONTROLFREQUENCIES"_s);
+    return GetOrCreateValue<ValueTrafficControlFrequencyList>(ZANPath::Control(u"TRAFFICCONTROLFREQUENCIES"));
 }
 
 const QString STORE = u"TrafficControl"_s;

@@ -17,7 +17,7 @@ namespace {
 
 /// A frequency of the control application, which the hub's client uses.
 void Publish(QStringView name, double frequency) {
-    if (auto* value = GetOrCreateValue<ValueNumericDouble>(ZANPath::CONTROL.toString() + name.toString())) {
+    if (auto* value = GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(name))) {
         value->SetValue(frequency, nullptr);
     }
 }

@@ -1,7 +1,5 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
 
-#include <QScopeGuard>
-
 #include <array>
 #include <utility>
 #include <vector>
@@ -46,11 +44,8 @@ std::span<const ValueDescriptor* const> GetDescriptors(EBranch branch) {
 }
 
 void CreateBranch(EBranch branch, const QString& basePath) {
-    const auto restore =
-        qScopeGuard([previous = ValueDescriptor::GetBasePath()] { ValueDescriptor::SetBasePath(previous); });
-    ValueDescriptor::SetBasePath(basePath);
     for (const ValueDescriptor* descriptor : GetDescriptors(branch)) {
-        descriptor->Create(nullptr);
+        descriptor->CreateBelow(basePath, nullptr);
     }
 }
 

@@ -44,14 +44,20 @@ T* GetOrCreateValue(const QString& path) {
     return nullptr;
 }
 
-/// Creates the value of a descriptor, of type T, or returns the one that stands at its place already. Throws
-/// `KWException` when that is of another type, or none could be made. Never null.
+/// Creates the value of a descriptor, of type T, below a path, or returns the one that is there already.
+/// Throws `KWException` when that is of another type, or none could be made. Never null.
 template <class T>
-T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator = nullptr) {
-    if (T* value = dynamic_cast<T*>(descriptor.Create(originator))) {
+T* CreateValue(const QString& base, const ValueDescriptor& descriptor, IObserver* originator = nullptr) {
+    if (T* value = dynamic_cast<T*>(descriptor.CreateBelow(base, originator))) {
         return value;
     }
     ValueAccess::ThrowWrongType(descriptor);
+}
+
+/// The same below the base path of the process, `ValueDescriptor::GetBasePath`.
+template <class T>
+T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator = nullptr) {
+    return CreateValue<T>(ValueDescriptor::GetBasePath(), descriptor, originator);
 }
 
 /// Creates the node of a descriptor, or returns the one that stands at its place already. Throws

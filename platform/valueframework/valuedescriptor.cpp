@@ -27,7 +27,11 @@ std::unique_ptr<ValueBase> ValueDescriptor::MakeValue() const {
 }
 
 ValueBase* ValueDescriptor::Create(IObserver* originator) const {
-    const QString path = GetBasePath() + m_pathName;
+    return CreateBelow(GetBasePath(), originator);
+}
+
+ValueBase* ValueDescriptor::CreateBelow(const QString& base, IObserver* originator) const {
+    const QString path = Tree::PathBelow(base, m_pathName);
     Tree& tree = *Tree::Instance();
     if (ValueBase* existing = tree.GetValue(path)) {
         return existing;

@@ -32,9 +32,13 @@ public:
     /// tree, which keeps the address of the descriptor. Nobody observes a value that is new, so that the
     /// originator makes no difference.
     ValueBase* Create(IObserver* originator = nullptr) const;
+    /// The same below a path that the caller names instead of the base path, with or without a slash at its
+    /// end.
+    ValueBase* CreateBelow(const QString& base, IObserver* originator = nullptr) const;
 
-    /// The process-wide base path against which all descriptors are resolved; empty at first. It may be set
-    /// with a slash at its end, and is kept without. Nothing else is checked.
+    /// The process-wide base path against which `Create` resolves descriptors; empty at first. It may be set
+    /// with a slash at its end, and is kept without. Nothing else is checked. New code names its path, with
+    /// `CreateBelow`, and so does not depend on who has set this one before.
     static void SetBasePath(const QString& path);
     [[nodiscard]] static QString GetBasePath();
 

@@ -32,18 +32,16 @@ protected:
                                 components + u"/libmshclient.so"_s));
         ASSERT_TRUE(CfgCenter::SetComponentDirectory(components));
         ASSERT_TRUE(CfgCenter::SetConfigDirectory(m_directory.filePath(u"config"_s)));
-        ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
-        m_pFrequency = CreateValue<ValueNumericDouble>(g_vdFrequency, nullptr);
-        m_pLowest = GetOrCreateValue<ValueNumericDouble>(ControlPath(ZANValueName::SYSMINFREQ));
+        m_pFrequency = CreateValue<ValueNumericDouble>(ZANPath::SERVER.toString(), g_vdFrequency, nullptr);
+        m_pLowest = GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(ZANValueName::SYSMINFREQ));
         m_pLowest->SetValue(20e6, nullptr);
-        GetOrCreateValue<ValueNumericDouble>(ControlPath(ZANValueName::SYSMAXFREQ))->SetValue(3e9, nullptr);
+        GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(ZANValueName::SYSMAXFREQ))
+            ->SetValue(3e9, nullptr);
     }
     void TearDown() override {
         Tree::Instance()->Clear();
         CfgCenter::Close();
     }
-
-    static QString ControlPath(QStringView name) { return ZANPath::CONTROL.toString() + name.toString(); }
 
     /// The hub appears, on the port that it had before.
     void StartHub() {

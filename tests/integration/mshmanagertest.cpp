@@ -22,20 +22,16 @@ using namespace StdDeviceDefinition;
 
 namespace {
 
-QString ServerPath(const ValueDescriptor& descriptor) {
-    return ZANPath::SERVER.toString() + descriptor.PathName();
-}
-
 class Hub : public testing::Test {
 protected:
     void SetUp() override {
         qputenv("ZAN_HUB_LOG", m_directory.filePath(u"calls"_s).toUtf8());
         ASSERT_TRUE(CfgCenter::SetConfigDirectory(m_directory.filePath(u"config"_s)));
         Install(u"libhubclient.so"_s);
-        ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
-        CreateValue<ValueString>(g_vdDevAddress, nullptr)->SetValue(u"10.0.0.1:5555"_s, nullptr);
-        m_pLowest = GetOrCreateValue<ValueNumericDouble>(ControlPath(ZANValueName::SYSMINFREQ));
-        m_pHighest = GetOrCreateValue<ValueNumericDouble>(ControlPath(ZANValueName::SYSMAXFREQ));
+        CreateValue<ValueString>(ZANPath::SERVER.toString(), g_vdDevAddress, nullptr)
+            ->SetValue(u"10.0.0.1:5555"_s, nullptr);
+        m_pLowest = GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(ZANValueName::SYSMINFREQ));
+        m_pHighest = GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(ZANValueName::SYSMAXFREQ));
         m_pLowest->SetValue(20e6, nullptr);
         m_pHighest->SetValue(3e9, nullptr);
     }
@@ -43,8 +39,6 @@ protected:
         Tree::Instance()->Clear();
         CfgCenter::Close();
     }
-
-    static QString ControlPath(QStringView name) { return ZANPath::CONTROL.toString() + name.toString(); }
 
     /// Puts one of the libraries of the tests where the client is looked for.
     void Install(const QString& library) {
@@ -82,10 +76,10 @@ QStringList ReceiverCalls(const QString& name) {
             u"1 SetAutoCoupleTargets"_s,
             u"1 SetReceiver true"_s,
             u"1 SetDeviceAddress 10.0.0.1:5555"_s,
-            u"1 MapValue FRQ "_s + ServerPath(g_vdFrequency),
-            u"1 MapValue BW "_s + ServerPath(g_vdBandwidth) + u" AdAlgSelectEqualOrBiggerValue"_s,
-            u"1 MapValue DEM "_s + ServerPath(g_vdDemodulation),
-            u"1 MapSelectionValue FFM "_s + ServerPath(g_vdOperationMode),
+            u"1 MapValue FRQ "_s + ZANPath::Server(g_vdFrequency),
+            u"1 MapValue BW "_s + ZANPath::Server(g_vdBandwidth) + u" AdAlgSelectEqualOrBiggerValue"_s,
+            u"1 MapValue DEM "_s + ZANPath::Server(g_vdDemodulation),
+            u"1 MapSelectionValue FFM "_s + ZANPath::Server(g_vdOperationMode),
             u"1 Start"_s,
             u"1 SetFrequencyRange 20000000,3000000000"_s};
 }
@@ -101,16 +95,17 @@ QStringList SenderCalls(const QString& number, const QString& name, const QStrin
                       u"SetHandoverValue /ZANCONTROL/HANDOVERFREQUENCY"_s,
                       u"MapValue FRQ /ZANCONTROL/HANDOVERFREQUENCY"_s,
                       u"SetHandoverPoolValue /ZANServer/HANDOVERPOOLFREQUENCY"_s,
-                      u"MapValue BW "_s + ServerPath(g_vdBandwidth) + u" AdAlgSelectEqualOrBiggerValue"_s,
-                      u"MapValue DEM "_s + ServerPath(g_vdDemodulation),
-                      u"MapSelectionValue FFM "_s + ServerPath(g_vdOperationMode),
+                      u"MapValue BW "_s + ZANPath::Server(g_vdBandwidth) +
+                          u" AdAlgSelectEqualOrBiggerValue"_s,
+                      u"MapValue DEM "_s + ZANPath::Server(g_vdDemodulation),
+                      u"MapSelectionValue FFM "_s + ZANPath::Server(g_vdOperationMode),
                       u"MapValue AUDIO_MODE /ZANCONTROL/AUDIOMODES"_s,
-                      u"MapValue AUDIO_CHANNELMUTE "_s + ServerPath(g_vdAuChannelMute),
-                      u"MapValue AUDIO_CHANNELVOLUME "_s + ServerPath(g_vdAuChannelVolume),
+                      u"MapValue AUDIO_CHANNELMUTE "_s + ZANPath::Server(g_vdAuChannelMute),
+                      u"MapValue AUDIO_CHANNELVOLUME "_s + ZANPath::Server(g_vdAuChannelVolume),
                       u"MapValue AUDIO_SOUNDCARDOUTPUT /ZANCONTROL/SOUNDCARDOUTPUT"_s,
                       u"MapValue AUDIO_DEVICEOUTPUT /ZANCONTROL/DEVICEOUTPUT"_s,
-                      u"MapValue SQUELCHSTATE "_s + ServerPath(g_vdAuSquelch),
-                      u"MapValue SQUELCHVALUE "_s + ServerPath(g_vdAudioThreshold),
+                      u"MapValue SQUELCHSTATE "_s + ZANPath::Server(g_vdAuSquelch),
+                      u"MapValue SQUELCHVALUE "_s + ZANPath::Server(g_vdAudioThreshold),
                       u"Start"_s};
     for (QString& call : calls) {
         call.prepend(number + u' ');
@@ -266,7 +261,7 @@ TEST_F(Hub, NoticesOfOtherValuesAreNothingToTheHub) {
     MshManager manager;
     manager.CreateMshReceiver({});
     TakeCalls();
-    manager.Update(Tree::Instance()->GetValue(ServerPath(g_vdDevAddress)), TChangeCode::Changed);
+    manager.Update(Tree::Instance()->GetValue(ZANPath::Server(g_vdDevAddress)), TChangeCode::Changed);
     manager.Update(nullptr, TChangeCode::Changed);
     EXPECT_EQ(TakeCalls(), QStringList());
 }

@@ -45,12 +45,12 @@ public:
     /// A value of the device.
     template <class T>
     static T* DeviceValue(const ValueDescriptor& descriptor) {
-        return Tree::Instance()->Find<T>(Path() + descriptor.PathName());
+        return Tree::Instance()->Find<T>(ZANPath::Device(descriptor));
     }
     /// A value of the server.
     template <class T>
     static T* ServerValue(const ValueDescriptor& descriptor) {
-        return Tree::Instance()->Find<T>(ZANPath::SERVER.toString() + descriptor.PathName());
+        return Tree::Instance()->Find<T>(ZANPath::Server(descriptor));
     }
 
     static void SetType(const QString& type) {

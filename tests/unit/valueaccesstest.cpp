@@ -124,6 +124,15 @@ TEST_F(ValueAccessTest, ATypedValueIsCreatedFromItsDescriptor) {
     EXPECT_EQ(CreateValue<ValueNumericInt>(descriptor, nullptr), value);
 }
 
+TEST_F(ValueAccessTest, ATypedValueIsCreatedBelowAPathThatIsNamed) {
+    const ValueDescriptor descriptor(u"/v"_s, MakeDefault::Int(3, 0, 5));
+    auto* value = CreateValue<ValueNumericInt>(u"/Other"_s, descriptor, nullptr);
+    ASSERT_NE(value, nullptr);
+    EXPECT_EQ(value->GetPath(), u"/Other/v"_s);
+    EXPECT_EQ(CreateValue<ValueNumericInt>(u"/Other"_s, descriptor, nullptr), value);
+    EXPECT_THROW(CreateValue<ValueBool>(u"/Other"_s, descriptor, nullptr), KWException);
+}
+
 /// Creates a bool from a descriptor, which must fail, and returns the exception.
 KWException CreationFailure(const ValueDescriptor& descriptor) {
     try {

@@ -57,6 +57,17 @@ TEST_F(ValueDescriptorTest, CreatesItsValueBelowTheBasePath) {
     EXPECT_EQ(tree.GetValue(u"/DEVICES/ZANServer/DevAttr/OperationMode"_s), value);
 }
 
+TEST_F(ValueDescriptorTest, CreatesItsValueBelowAPathThatIsNamedWhateverTheBasePathIs) {
+    const ValueDescriptor descriptor(u"/DevAttr/OperationMode"_s, MakeDefault::Int(3, 0, 5));
+    ValueBase* value = descriptor.CreateBelow(u"/Other"_s, nullptr);
+    ASSERT_NE(value, nullptr);
+    EXPECT_EQ(value->GetPath(), u"/Other/DevAttr/OperationMode"_s);
+    EXPECT_EQ(value->GetDescriptor(), &descriptor);
+    EXPECT_EQ(descriptor.CreateBelow(u"/Other/"_s, nullptr), value);
+    EXPECT_EQ(ValueDescriptor::GetBasePath(), u"/DEVICES/ZANServer"_s);
+    EXPECT_EQ(tree.GetNode(u"/DEVICES"_s), nullptr);
+}
+
 TEST_F(ValueDescriptorTest, TheBasePathOfTheMomentCounts) {
     const ValueDescriptor descriptor(u"/v"_s, MakeDefault::Int());
     ValueBase* first = descriptor.Create(nullptr);

@@ -87,13 +87,11 @@ const ValueBase* SnapshotOf(QStringView key) {
 
 /// Makes the values of all rows with their defaults below a node.
 void MakeValues(const QString& base) {
-    ValueDescriptor::SetBasePath(base);
     for (const Row& row : ROWS) {
         if (row.descriptor) {
-            row.descriptor->Create(nullptr);
+            row.descriptor->CreateBelow(base, nullptr);
         }
     }
-    ValueDescriptor::SetBasePath({});
     GetOrCreateValue<ValueBool>(PathOf(RowOf(u"UseJobSettings4FFM"), base));
     GetOrCreateValue<ValueString>(PathOf(RowOf(u"CalibrationSchedule"), base));
 }

@@ -12,18 +12,6 @@ using namespace StdDeviceDefinition;
 
 namespace {
 
-QString ServerPath(const ValueDescriptor& descriptor) {
-    return ZANPath::SERVER.toString() + descriptor.PathName();
-}
-
-QString ServerPath(QStringView name) {
-    return ZANPath::SERVER_CHILD.toString() + name.toString();
-}
-
-QString ControlPath(QStringView name) {
-    return ZANPath::CONTROL.toString() + name.toString();
-}
-
 ICfg& GetCfg() {
     return CfgCenter::GetAppCfg(ICfg::View::Outputs);
 }
@@ -65,23 +53,23 @@ const QString& BandwidthAlgorithm() {
 }
 
 void MapReceiverValues(IMshClientDll& client) {
-    client.MapValue(u"FRQ"_s, ServerPath(g_vdFrequency), {});
-    client.MapValue(u"BW"_s, ServerPath(g_vdBandwidth), BandwidthAlgorithm());
-    client.MapValue(u"DEM"_s, ServerPath(g_vdDemodulation), {});
-    client.MapSelectionValue(u"FFM"_s, ServerPath(g_vdOperationMode));
+    client.MapValue(u"FRQ"_s, ZANPath::Server(g_vdFrequency), {});
+    client.MapValue(u"BW"_s, ZANPath::Server(g_vdBandwidth), BandwidthAlgorithm());
+    client.MapValue(u"DEM"_s, ZANPath::Server(g_vdDemodulation), {});
+    client.MapSelectionValue(u"FFM"_s, ZANPath::Server(g_vdOperationMode));
 }
 
 void MapSenderValues(IMshClientDll& client) {
-    client.MapValue(u"BW"_s, ServerPath(g_vdBandwidth), BandwidthAlgorithm());
-    client.MapValue(u"DEM"_s, ServerPath(g_vdDemodulation), {});
-    client.MapSelectionValue(u"FFM"_s, ServerPath(g_vdOperationMode));
-    client.MapValue(u"AUDIO_MODE"_s, ControlPath(u"AUDIOMODES"), {});
-    client.MapValue(u"AUDIO_CHANNELMUTE"_s, ServerPath(g_vdAuChannelMute), {});
-    client.MapValue(u"AUDIO_CHANNELVOLUME"_s, ServerPath(g_vdAuChannelVolume), {});
-    client.MapValue(u"AUDIO_SOUNDCARDOUTPUT"_s, ControlPath(u"SOUNDCARDOUTPUT"), {});
-    client.MapValue(u"AUDIO_DEVICEOUTPUT"_s, ControlPath(u"DEVICEOUTPUT"), {});
-    client.MapValue(u"SQUELCHSTATE"_s, ServerPath(g_vdAuSquelch), {});
-    client.MapValue(u"SQUELCHVALUE"_s, ServerPath(g_vdAudioThreshold), {});
+    client.MapValue(u"BW"_s, ZANPath::Server(g_vdBandwidth), BandwidthAlgorithm());
+    client.MapValue(u"DEM"_s, ZANPath::Server(g_vdDemodulation), {});
+    client.MapSelectionValue(u"FFM"_s, ZANPath::Server(g_vdOperationMode));
+    client.MapValue(u"AUDIO_MODE"_s, ZANPath::Control(u"AUDIOMODES"), {});
+    client.MapValue(u"AUDIO_CHANNELMUTE"_s, ZANPath::Server(g_vdAuChannelMute), {});
+    client.MapValue(u"AUDIO_CHANNELVOLUME"_s, ZANPath::Server(g_vdAuChannelVolume), {});
+    client.MapValue(u"AUDIO_SOUNDCARDOUTPUT"_s, ZANPath::Control(u"SOUNDCARDOUTPUT"), {});
+    client.MapValue(u"AUDIO_DEVICEOUTPUT"_s, ZANPath::Control(u"DEVICEOUTPUT"), {});
+    client.MapValue(u"SQUELCHSTATE"_s, ZANPath::Server(g_vdAuSquelch), {});
+    client.MapValue(u"SQUELCHVALUE"_s, ZANPath::Server(g_vdAudioThreshold), {});
 }
 
 } // namespace
@@ -108,11 +96,11 @@ void MshManager::CreateMshReceiver(const QString& name) {
     if (!m_pReceiver) {
         return;
     }
-    Observe(m_pMinFrequency, ControlPath(ZANValueName::SYSMINFREQ));
-    Observe(m_pMaxFrequency, ControlPath(ZANValueName::SYSMAXFREQ));
+    Observe(m_pMinFrequency, ZANPath::Control(ZANValueName::SYSMINFREQ));
+    Observe(m_pMaxFrequency, ZANPath::Control(ZANValueName::SYSMAXFREQ));
     CommonMshInit(m_pReceiver, name);
     m_pReceiver->SetReceiver(true);
-    const ValueBase* const address = Tree::Instance()->GetValue(ServerPath(g_vdDevAddress));
+    const ValueBase* const address = Tree::Instance()->GetValue(ZANPath::Server(g_vdDevAddress));
     m_pReceiver->SetDeviceAddress(address ? address->GetStringValue() : QString());
     MapReceiverValues(*m_pReceiver);
     m_pReceiver->Start();
@@ -136,9 +124,9 @@ void MshManager::CreateMshSender(const QString& name, QToolBar* toolBar) {
     CommonMshInit(client, name);
     client->SetReceiver(false);
     client->AttachToolBar(toolBar, 0);
-    client->SetHandoverValue(ControlPath(ZANValueName::HANDOVERFREQUENCY));
-    client->MapValue(u"FRQ"_s, ControlPath(ZANValueName::HANDOVERFREQUENCY), {});
-    client->SetHandoverPoolValue(ServerPath(ZANValueName::HANDOVERPOOLFREQUENCY));
+    client->SetHandoverValue(ZANPath::Control(ZANValueName::HANDOVERFREQUENCY));
+    client->MapValue(u"FRQ"_s, ZANPath::Control(ZANValueName::HANDOVERFREQUENCY), {});
+    client->SetHandoverPoolValue(ZANPath::Server(ZANValueName::HANDOVERPOOLFREQUENCY));
     MapSenderValues(*client);
     client->Start();
 }

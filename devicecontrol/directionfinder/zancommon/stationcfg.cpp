@@ -5,7 +5,7 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "valueframework/tree.h"
-#include "zancommon/zanvaluenames.h"
+#include "zancommon/zanpath.h"
 
 using namespace Qt::StringLiterals;
 
@@ -49,8 +49,7 @@ qint64 GetStationCount(const ICfg& stations) {
 /// The text of a value of the server; "Default" when it is missing or empty.
 QString GetServerText(const ValueDescriptor& descriptor) {
     const Tree* const tree = Tree::Instance(); // null at the end of the process
-    const ValueBase* const value =
-        tree ? tree->GetValue(ZANPath::SERVER.toString() + descriptor.PathName()) : nullptr;
+    const ValueBase* const value = tree ? tree->GetValue(ZANPath::Server(descriptor)) : nullptr;
     const QString text = value ? value->GetStringValue() : QString();
     return text.isEmpty() ? DefaultName() : text;
 }

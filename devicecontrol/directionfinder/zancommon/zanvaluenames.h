@@ -1,21 +1,12 @@
 #pragma once
 
+#include "zancommon/zanpath.h"
+
 #include <QStringView>
 
 #include <array>
 
 /// \file
-
-/// The prefixes of the paths in the value tree.
-namespace ZANPath {
-
-inline constexpr QStringView SERVER = u"/ZANServer";          ///< root of the server's values
-inline constexpr QStringView SERVER_CHILD = u"/ZANServer/";   ///< the same, to put a name behind
-inline constexpr QStringView DEVICE = u"/DEVICES/ZANServer/"; ///< the device node
-inline constexpr QStringView DEVICE_NODE = DEVICE.chopped(1); ///< the same, as a base path
-inline constexpr QStringView CONTROL = u"/ZANCONTROL/";       ///< values of the control application
-
-} // namespace ZANPath
 
 /// The names of the values that the library and its applications create under the prefixes of `ZANPath`.
 /// Frequencies among them are in Hz.

@@ -3,11 +3,11 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgdefault.h"
 #include "valueframework/tree.h"
-#include "valueframework/valueaccess.h"
 #include "zancommon/antennadatalist.h"
 #include "zancommon/hwstatustester.h"
 #include "zancommon/stationcfg.h"
-#include "zancommon/zanvaluenames.h"
+#include "zancommon/zanpath.h"
+#include "zanserver/servervalue.h"
 
 #include <QStringList>
 
@@ -101,12 +101,11 @@ DeviceConnection::~DeviceConnection() {
 void DeviceConnection::PublishDevice(const QString& address) {
     CreateBranch(EBranch::DEVICE, DevicePath());
     const CfgPtr station(StationCfg::GetStationCfg(address, true));
-    ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
-    CreateValue<ValueString>(g_vdDevAddress, nullptr)->SetValue(address, nullptr);
-    CreateValue<ValueString>(g_vdDevName, nullptr)->SetValue(u"Replay of a recording"_s, nullptr);
+    ServerValue<ValueString>(g_vdDevAddress)->SetValue(address, nullptr);
+    ServerValue<ValueString>(g_vdDevName)->SetValue(u"Replay of a recording"_s, nullptr);
 
     const auto find = [](const ValueDescriptor& descriptor) {
-        return Tree::Instance()->Find<ValueString>(DevicePath() + descriptor.PathName());
+        return Tree::Instance()->Find<ValueString>(ZANPath::Device(descriptor));
     };
     find(g_vdDevType)->SetValue(ReadOrCreateString(*station, u"DevType"_s, u"ZANTIDE"_s), nullptr);
     const QString options = ReadOrCreateString(*station, u"DevOptions"_s, {});
@@ -115,7 +114,7 @@ void DeviceConnection::PublishDevice(const QString& address) {
 
 void DeviceConnection::PublishHardware(const QString& address) {
     // Each line of device information: number; kind; version; component.
-    auto* const information = CreateValue<ValueSelection>(g_vdDevInfo, nullptr);
+    auto* const information = ServerValue<ValueSelection>(g_vdDevInfo);
     information->Clear(nullptr);
     long line = 0;
     const auto add = [&](const QString& text) { information->AddItem({text, 0.0, line++}, nullptr); };

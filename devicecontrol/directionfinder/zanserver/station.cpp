@@ -10,6 +10,7 @@
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
 #include "zanserver/publish.h"
+#include "zanserver/servervalue.h"
 #include "zanserver/settingscheck.h"
 #include "zanserver/valuelink.h"
 
@@ -28,20 +29,6 @@ namespace {
 const QString& OutputName() {
     static const QString name = u"DF data output"_s;
     return name;
-}
-
-QString ServerPath(const ValueDescriptor& descriptor) {
-    return ZANPath::SERVER.toString() + descriptor.PathName();
-}
-
-QString ServerPath(QStringView name) {
-    return ZANPath::SERVER_CHILD.toString() + name.toString();
-}
-
-/// The server's value of a descriptor; the descriptor fixes its type.
-template <class T>
-T* ServerValue(const ValueDescriptor& descriptor) {
-    return CreateValue<T>(descriptor, nullptr);
 }
 
 /// Tenths of a degree of an angle in degrees, without its full circles; 0 for what is no angle.
@@ -100,7 +87,6 @@ Station::Station()
 
     CheckSettings();
     CreateBranch(EBranch::SERVER, ZANPath::SERVER.toString());
-    ValueDescriptor::SetBasePath(ZANPath::SERVER.toString());
     m_device.emplace(ADDRESS.toString());
     m_warnings += m_device->GetWarnings();
     ServerValue<ValueSelection>(g_vdOperationMode)->SetCurrentKey(OPMODE_SCAN, nullptr);
@@ -116,20 +102,20 @@ Station::Station()
     m_pAltitude = ServerValue<ValueNumericDouble>(g_vdAltitude);
     m_pPitchThreshold = ServerValue<ValueNumericDouble>(g_vdPitchThreshold);
     m_pRollThreshold = ServerValue<ValueNumericDouble>(g_vdRollThreshold);
-    m_pDataValid = GetOrCreateValue<ValueBool>(ServerPath(ZANValueName::ZANDATAVALID));
-    m_pDataStateInfo = GetOrCreateValue<ValueString>(ServerPath(ZANValueName::ZANDATASTATEINFO));
-    m_pConnectionSpeed = GetOrCreateValue<ValueInt>(ServerPath(u"ConnectionSpeed"));
+    m_pDataValid = GetOrCreateValue<ValueBool>(ZANPath::Server(ZANValueName::ZANDATAVALID));
+    m_pDataStateInfo = GetOrCreateValue<ValueString>(ZANPath::Server(ZANValueName::ZANDATASTATEINFO));
+    m_pConnectionSpeed = GetOrCreateValue<ValueInt>(ZANPath::Server(u"ConnectionSpeed"));
 
     PublishSetup();
 
     // The filters and their parameters.
-    m_pitchRollFilter.SetPitchValuePath(ServerPath(g_vdPitch));
-    m_pitchRollFilter.SetRollValuePath(ServerPath(g_vdRoll));
-    m_pitchRollFilter.SetPitchThresholdValuePath(ServerPath(g_vdPitchThreshold));
-    m_pitchRollFilter.SetRollThresholdValuePath(ServerPath(g_vdRollThreshold));
-    m_pitchRollFilter.SetZANDataValidValuePath(ServerPath(ZANValueName::ZANDATAVALID));
-    m_pitchRollFilter.SetZANDataStateInfoValuePath(ServerPath(ZANValueName::ZANDATASTATEINFO));
-    m_connectionSpeedFilter.SetConnectionSpeedValuePath(ServerPath(u"ConnectionSpeed"));
+    m_pitchRollFilter.SetPitchValuePath(ZANPath::Server(g_vdPitch));
+    m_pitchRollFilter.SetRollValuePath(ZANPath::Server(g_vdRoll));
+    m_pitchRollFilter.SetPitchThresholdValuePath(ZANPath::Server(g_vdPitchThreshold));
+    m_pitchRollFilter.SetRollThresholdValuePath(ZANPath::Server(g_vdRollThreshold));
+    m_pitchRollFilter.SetZANDataValidValuePath(ZANPath::Server(ZANValueName::ZANDATAVALID));
+    m_pitchRollFilter.SetZANDataStateInfoValuePath(ZANPath::Server(ZANValueName::ZANDATASTATEINFO));
+    m_connectionSpeedFilter.SetConnectionSpeedValuePath(ZANPath::Server(u"ConnectionSpeed"));
     RestoreOverheadParams();
     m_overheadSynchronizer.emplace(m_overheadParams, ZANPath::SERVER.toString());
 }
@@ -143,7 +129,7 @@ void Station::CheckSettings() {
 }
 
 void Station::ReadOptions() {
-    const QString path = ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdDevOptions.PathName();
+    const QString path = ZANPath::Device(StdDeviceDefinition::g_vdDevOptions);
     const QString options = Tree::Instance()->Find<ValueString>(path)->GetValue();
     if (!ZANOptions::Instance()->ReadFromValueTree(path) && !options.isEmpty()) {
         m_warnings.append(u"an option of the device is not known, and those behind it are left out: "_s +
@@ -155,8 +141,8 @@ void Station::ReadOptions() {
 /// modification is below the device node, where the characteristics observe it, and below the server, where
 /// the setup finds it: both stay equal.
 void Station::PublishSetup() {
-    auto* const deviceTime = Tree::Instance()->Find<ValueString>(
-        ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdCfgModifyTime.PathName());
+    auto* const deviceTime =
+        Tree::Instance()->Find<ValueString>(ZANPath::Device(StdDeviceDefinition::g_vdCfgModifyTime));
     m_modifyTimes = std::make_unique<ValueLink>(
         *deviceTime, *ServerValue<ValueString>(StdDeviceDefinition::g_vdSetupModifyTime));
 

@@ -4,7 +4,7 @@
 #include "valueframework/tree.h"
 #include "valueframework/valuetypes.h"
 #include "zancommon/hwstatustester.h"
-#include "zancommon/zanvaluenames.h"
+#include "zancommon/zanpath.h"
 #include "zanserver/frequencytext.h"
 #include "zanserver/station.h"
 
@@ -20,9 +20,7 @@ using Severity = Finding::Severity;
 
 Finding CheckDeviceType() {
     const QString type =
-        Tree::Instance()
-            ->Find<ValueString>(ZANPath::DEVICE_NODE.toString() + StdDeviceDefinition::g_vdDevType.PathName())
-            ->GetValue();
+        Tree::Instance()->Find<ValueString>(ZANPath::Device(StdDeviceDefinition::g_vdDevType))->GetValue();
     QStringList known;
     for (const auto& row : ZANCharacteristics::s_aDeviceTypeNames) {
         known.append(row.name.toString());

@@ -2,8 +2,8 @@
 
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
-#include "valueframework/valueaccess.h"
 #include "zanserver/publish.h"
+#include "zanserver/servervalue.h"
 
 using namespace StdDeviceDefinition;
 
@@ -28,10 +28,10 @@ void Leave(ValueNumericDouble* value, const std::optional<double>& set, IObserve
 
 StationPosition::StationPosition(const std::optional<double>& latitude,
                                  const std::optional<double>& longitude)
-    : m_pSource(CreateValue<ValueSelection>(g_vdPosSource, nullptr))
-    , m_pLatitude(CreateValue<ValueNumericDouble>(g_vdPosLatitude, nullptr))
-    , m_pLongitude(CreateValue<ValueNumericDouble>(g_vdPosLongitude, nullptr))
-    , m_pTime(CreateValue<ValueTimeStamp>(g_vdPosLastUpdate, nullptr))
+    : m_pSource(ServerValue<ValueSelection>(g_vdPosSource))
+    , m_pLatitude(ServerValue<ValueNumericDouble>(g_vdPosLatitude))
+    , m_pLongitude(ServerValue<ValueNumericDouble>(g_vdPosLongitude))
+    , m_pTime(ServerValue<ValueTimeStamp>(g_vdPosLastUpdate))
     , m_setLatitude(latitude)
     , m_setLongitude(longitude) {
     m_pSource->AddObserver(this);

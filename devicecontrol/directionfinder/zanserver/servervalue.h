@@ -1,0 +1,15 @@
+#pragma once
+
+#include "valueframework/valueaccess.h"
+#include "zancommon/zanpath.h"
+
+namespace ZANServer {
+
+/// The server's value of a descriptor, made when it is missing; the descriptor fixes its type. Never null:
+/// throws the `KWException` of `CreateValue`.
+template <class T>
+T* ServerValue(const ValueDescriptor& descriptor) {
+    return CreateValue<T>(ZANPath::SERVER.toString(), descriptor, nullptr);
+}
+
+} // namespace ZANServer
