@@ -2,7 +2,7 @@
 
 #include "connections/baudrate.h"
 #include "connections/serialportinterface.h"
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 
 #include <QSerialPort>
 
@@ -20,6 +20,8 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr TraceSource TRACE(u"connections\\interfacecreator");
 
 template <class T>
 struct Notation {
@@ -169,19 +171,19 @@ QString OpeningProblem(const QSerialPort& port) {
 
 IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfaceCallback* callback, quint64,
                                                bool) {
-    const auto refuse = [&](const QString& reason, unsigned line) -> IInterface* {
-        TraceInformation(
+    const auto refuse = [&](const QString& reason, unsigned line = __builtin_LINE()) -> IInterface* {
+        TRACE.Information(
             [&] { return u"The interface \""_s + address + u"\" cannot be opened: "_s + reason + u'.'; },
-            u"connections\\interfacecreator"_s, line);
+            line);
         return nullptr;
     };
     if (!callback) {
-        return refuse(u"there is no callback for its events"_s, __LINE__);
+        return refuse(u"there is no callback for its events"_s);
     }
     QString reason;
     const std::optional<SerialAddress> serial = ParseAddress(address, reason);
     if (!serial) {
-        return refuse(reason, __LINE__);
+        return refuse(reason);
     }
     auto pInterface = std::make_unique<SerialPortInterface>(*callback);
     QSerialPort& port = pInterface->Port();
@@ -192,7 +194,7 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     // Qt would send one stop bit instead of one and a half; with 5 data bits the flag for two gives it.
     port.setStopBits(serial->stopBits == QSerialPort::OneStop ? QSerialPort::OneStop : QSerialPort::TwoStop);
     if (!pInterface->Open()) {
-        return refuse(serial->port + u": "_s + OpeningProblem(port), __LINE__);
+        return refuse(serial->port + u": "_s + OpeningProblem(port));
     }
     const quint32 rate = GetBaudRate(port.handle());
     if (rate != 0 && !IsNear(rate, serial->baudRate)) {

@@ -1,11 +1,17 @@
 #include "connections/serialportinterface.h"
 
 #include "connections/iinterfacecallback.h"
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 
 #include <QDeadlineTimer>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr TraceSource TRACE(u"connections\\serialportinterface");
+
+} // namespace
 
 IInterface::~IInterface() = default;
 
@@ -83,8 +89,7 @@ void SerialPortInterface::Fail() {
     if (!m_port.isOpen()) {
         return;
     }
-    TraceInformation([&] { return m_port.portName() + u": "_s + m_port.errorString(); },
-                     u"connections\\serialportinterface"_s, __LINE__);
+    TRACE.Information([this] { return m_port.portName() + u": "_s + m_port.errorString(); });
     Close();
     m_callback.OnError();
 }

@@ -1,6 +1,6 @@
 #include "stddevicedefinition/antbuilder.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
 
@@ -27,13 +27,14 @@ Node* AntBuilder::InsertChild(Node* parent) {
     if (antenna) {
         CreateBranch(EBranch::ANTENNA, antenna->GetPath());
     } else {
-        // The origin is the one that a node which cannot be made has everywhere.
-        TraceInformation(
+        // Place and line are those that a node which cannot be made has everywhere.
+        constexpr TraceSource TRACE(u"valueframework\\valueclasses\\valueobservermacros");
+        TRACE.Information(
             [] {
                 return u"Could not create node according to value descriptor "_s + g_vdNodeAnt.PathName() +
                        u'.';
             },
-            u"valueframework\\valueclasses\\valueobservermacros"_s, 175);
+            175);
     }
     return antenna;
 }

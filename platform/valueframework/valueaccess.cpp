@@ -1,29 +1,29 @@
 #include "valueframework/valueaccess.h"
 
+#include "kwbase/tracesource.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString& SourceFile() {
-    static const QString sourceFile = u"valueframework\\valueclasses\\valueobservermacros"_s;
-    return sourceFile;
-}
+// Place and numbers of lines are those by which readers of the trace know these failures.
+constexpr TraceSource TRACE(u"valueframework\\valueclasses\\valueobservermacros");
 
 } // namespace
 
 namespace ValueAccess {
 
 void TraceRefusedValue(const QString& path) {
-    TraceInformation(
+    TRACE.Information(
         [&path] {
             return u"!!!!!!!MEMORY LEAK! The value with the path '%1' could not be created!!! A value of this name already exists for a different type!!!!!!!!"_s
                 .arg(path);
         },
-        SourceFile(), 297);
+        297);
 }
 
 void ThrowWrongType(const ValueDescriptor& descriptor) {
-    throw KWException(u"Wrong type assumed for %1."_s.arg(descriptor.PathName()), SourceFile(), {},
+    throw KWException(u"Wrong type assumed for %1."_s.arg(descriptor.PathName()), TRACE.GetPath(), {},
                       u"CreateValue"_s, __LINE__, KWException::NO_CODE);
 }
 
@@ -35,5 +35,5 @@ Node* CreateNode(const ValueDescriptor& descriptor, IObserver* originator) {
         return node;
     }
     throw KWException(u"Could not create node according to value descriptor %1."_s.arg(descriptor.PathName()),
-                      SourceFile(), {}, u"CreateNode"_s, 175, KWException::NO_CODE);
+                      TRACE.GetPath(), {}, u"CreateNode"_s, 175, KWException::NO_CODE);
 }

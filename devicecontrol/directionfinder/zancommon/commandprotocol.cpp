@@ -1,8 +1,8 @@
 #include "zancommon/commandprotocol.h"
 
 #include "kwbase/datetime.h"
-#include "kwbase/errorhandler.h"
 #include "kwbase/tolmos.h"
+#include "kwbase/tracesource.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -18,6 +18,8 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\commandprotocol");
 
 // Of XML in the log: blanks a level, and the most characters of an entry.
 constexpr int INDENTATION = 4;
@@ -227,8 +229,7 @@ void CommandProtocol::EnsureConstantNumberOfBackups() {
             return std::make_tuple(a.lastModified(), a.fileName()) <
                    std::make_tuple(b.lastModified(), b.fileName());
         });
-    TraceInformation([] { return u"CommandProtocol: Going to delete the oldest backup file."_s; },
-                     u"devicecontrol\\directionfinder\\zancommon\\commandprotocol"_s, 263);
+    TRACE.Information([] { return u"CommandProtocol: Going to delete the oldest backup file."_s; }, 263);
     QFile::remove(LOG_DIRECTORY + u'/' + oldest->fileName());
 }
 

@@ -1,6 +1,6 @@
 #include "zancommon/displayfilterrange.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "valueframework/valueaccess.h"
 
 #include <algorithm>
@@ -10,16 +10,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\displayfilterrange");
+
 constexpr double NORTH = 0.0;
 // The end of the circle. Azimuths have two decimals: this is the last one before north.
 constexpr double CIRCLE_END = 359.99;
 
 using Sector = std::pair<double, double>;
-
-const QString& TraceOrigin() {
-    static const QString origin = u"devicecontrol\\directionfinder\\zancommon\\displayfilterrange"_s;
-    return origin;
-}
 
 /// Splits the sectors that go through north in two.
 void SplitAtNorth(std::vector<Sector>& sectors) {
@@ -52,8 +49,7 @@ DisplayFilterRange::DisplayFilterRange(const QString& name, const QString& baseP
     : m_pFilterRangesForDisplay(
           GetOrCreateValue<ValueQuadFloatList>(Tree::PathBelow(basePath, u'/' + name))) {
     if (!m_pFilterRangesForDisplay) {
-        _Q_assert(L"m_pFilterRangesForDisplay",
-                  L"devicecontrol\\directionfinder\\zancommon\\displayfilterrange", __LINE__);
+        TRACE.Assertion(L"m_pFilterRangesForDisplay");
     }
 }
 
@@ -64,9 +60,8 @@ void DisplayFilterRange::Reset() {
         return;
     }
     if (m_pFilterRangesForDisplay->IsTransactionActive()) {
-        TraceInformation(
-            [] { return u"DisplayFilterRange::Reset(): Stopping already running transaction."_s; },
-            TraceOrigin(), __LINE__);
+        TRACE.Information(
+            [] { return u"DisplayFilterRange::Reset(): Stopping already running transaction."_s; });
         Publish();
     }
     if (m_pFilterRangesForDisplay) { // an observer may have removed it
@@ -103,7 +98,6 @@ void DisplayFilterRange::Publish() {
         return;
     }
     if (!m_pFilterRangesForDisplay->EndTransaction(TChangeCode::Changed, nullptr)) {
-        TraceInformation([] { return u"DisplayFilterRange::Publish(): No active transaction."_s; },
-                         TraceOrigin(), __LINE__);
+        TRACE.Information([] { return u"DisplayFilterRange::Publish(): No active transaction."_s; });
     }
 }

@@ -1,6 +1,6 @@
 #include "zancommon/hwstatustester.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/icfg.h"
 #include "valueframework/tree.h"
@@ -17,6 +17,8 @@ using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
 
 namespace {
+
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\hwstatustester");
 
 /// The component that a line of device information tells of, if any.
 std::optional<QString> ComponentOf(const QString& line) {
@@ -103,7 +105,7 @@ void HwStatusTester::WriteHwRequirementsToCfg(ICfg* cfg) const {
 void HwStatusTester::ReadHwListFromTree() {
     auto* const pDevInfo = GetValue<ValueSelection>(g_vdDevInfo);
     if (!pDevInfo) {
-        _Q_assert(L"pDevInfo", L"devicecontrol\\directionfinder\\zancommon\\hwstatustester", __LINE__);
+        TRACE.Assertion(L"pDevInfo");
     }
     ReadHwListFromValue(pDevInfo);
 }

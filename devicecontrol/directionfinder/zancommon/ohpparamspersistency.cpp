@@ -1,6 +1,6 @@
 #include "zancommon/ohpparamspersistency.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "tolmappstartup/cfgdefault.h"
 #include "zancommon/overheadpassparams.h"
@@ -12,6 +12,8 @@ using namespace Qt::StringLiterals;
 namespace KvZANCommon {
 
 namespace {
+
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\ohpparamspersistency");
 
 const QString& ThresholdKey() {
     static const QString key = u"Threshold"_s;
@@ -33,12 +35,10 @@ int ReadThreshold(ICfg& cfg) {
     if (std::in_range<int>(threshold)) {
         return static_cast<int>(threshold);
     }
-    TraceInformation(
-        [threshold] {
-            return u"The overhead-pass threshold %1 of the settings is out of range; %2 is used."_s.arg(
-                QString::number(threshold), QString::number(OverheadPassParams::DEFAULT_THRESHOLD));
-        },
-        u"devicecontrol\\directionfinder\\zancommon\\ohpparamspersistency"_s, __LINE__);
+    TRACE.Information([threshold] {
+        return u"The overhead-pass threshold %1 of the settings is out of range; %2 is used."_s.arg(
+            QString::number(threshold), QString::number(OverheadPassParams::DEFAULT_THRESHOLD));
+    });
     return OverheadPassParams::DEFAULT_THRESHOLD;
 }
 

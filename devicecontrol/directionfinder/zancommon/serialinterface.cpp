@@ -2,7 +2,7 @@
 
 #include "connections/iinterface.h"
 #include "connections/interfacecreator.h"
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 
 #include <QTimer>
 
@@ -16,10 +16,7 @@ namespace {
 constexpr quint64 CONTEXT = 10000;
 
 // The line numbers of the notices are what readers of the trace look for: they do not follow the source.
-void Trace(const QString& message, unsigned line) {
-    TraceInformation([&] { return message; }, u"devicecontrol\\directionfinder\\zancommon\\serialinterface"_s,
-                     line);
-}
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\serialinterface");
 
 } // namespace
 
@@ -58,7 +55,7 @@ bool SerialInterface::WriteToInterface(const char* data, int length) {
         return false;
     }
     if (!m_pInterface->Write(data, length)) {
-        Trace(u"RS232Output:  SerialInterface::WriteToInterface: FAILED\n"_s, __LINE__);
+        TRACE.Information([] { return u"RS232Output:  SerialInterface::WriteToInterface: FAILED\n"_s; });
         return false;
     }
     m_unsent.push_back(length);
@@ -98,20 +95,20 @@ void SerialInterface::CountRestAsLost() {
 }
 
 void SerialInterface::OnOpen() {
-    Trace(u"RS232Output: SerialInterface::OnOpen\n"_s, 81);
+    TRACE.Information([] { return u"RS232Output: SerialInterface::OnOpen\n"_s; }, 81);
     StopRetryTimer();
 }
 
 void SerialInterface::OnClose() {
-    Trace(u"RS232Output: SerialInterface::OnClose\n"_s, 89);
+    TRACE.Information([] { return u"RS232Output: SerialInterface::OnClose\n"_s; }, 89);
 }
 
 void SerialInterface::OnRead() {
-    Trace(u"RS232Output: SerialInterface::OnRead\n"_s, 94);
+    TRACE.Information([] { return u"RS232Output: SerialInterface::OnRead\n"_s; }, 94);
 }
 
 void SerialInterface::OnError() {
-    Trace(u"RS232Output: SerialInterface::OnError\n"_s, 99);
+    TRACE.Information([] { return u"RS232Output: SerialInterface::OnError\n"_s; }, 99);
     CountRestAsLost();
     delete std::exchange(m_pInterface, nullptr);
     StartRetryTimer();

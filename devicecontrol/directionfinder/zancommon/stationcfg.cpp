@@ -1,7 +1,7 @@
 #include "zancommon/stationcfg.h"
 
-#include "kwbase/errorhandler.h"
 #include "kwbase/tolmos.h"
+#include "kwbase/tracesource.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "valueframework/tree.h"
@@ -10,6 +10,8 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\stationcfg");
 
 QString DefaultName() {
     return u"Default"_s;
@@ -37,12 +39,10 @@ qint64 GetStationCount(const ICfg& stations) {
     while (!AddressOf(stations, count).isEmpty()) {
         ++count;
     }
-    TraceInformation(
-        [&] {
-            return u"WARNING: the number of stations in the settings cannot be true; the first %1 are used"_s
-                .arg(count);
-        },
-        u"devicecontrol\\directionfinder\\zancommon\\stationcfg"_s, __LINE__);
+    TRACE.Information([&] {
+        return u"WARNING: the number of stations in the settings cannot be true; the first %1 are used"_s.arg(
+            count);
+    });
     return count;
 }
 

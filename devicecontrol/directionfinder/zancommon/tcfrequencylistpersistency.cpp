@@ -1,6 +1,6 @@
 #include "zancommon/tcfrequencylistpersistency.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "tolmappstartup/cfgdefault.h"
 #include "zancommon/truncation.h"
@@ -14,6 +14,8 @@ using namespace Qt::StringLiterals;
 namespace KvZANCommon {
 
 namespace {
+
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\tcfrequencylistpersistency");
 
 constexpr QStringView LIST = u"TrafficControlFrequencies";
 
@@ -59,12 +61,10 @@ int ReadChannelID(const ICfg& entry) {
     if (std::in_range<int>(channelID)) {
         return static_cast<int>(channelID);
     }
-    TraceInformation(
-        [channelID] {
-            return u"The traffic-control channel number %1 of the settings is out of range; 0 is used."_s.arg(
-                channelID);
-        },
-        u"devicecontrol\\directionfinder\\zancommon\\tcfrequencylistpersistency"_s, __LINE__);
+    TRACE.Information([channelID] {
+        return u"The traffic-control channel number %1 of the settings is out of range; 0 is used."_s.arg(
+            channelID);
+    });
     return 0;
 }
 

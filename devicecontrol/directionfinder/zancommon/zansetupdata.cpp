@@ -1,6 +1,6 @@
 #include "zancommon/zansetupdata.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/icfg.h"
 #include "valueframework/tree.h"
@@ -44,10 +44,7 @@ std::array<ZANSetupData::DataEntry, 23> ZANSetupData::s_aDataEntries{{
 
 namespace {
 
-const QString& TraceOrigin() {
-    static const QString origin = u"devicecontrol\\directionfinder\\zancommon\\zansetupdata"_s;
-    return origin;
-}
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\zansetupdata");
 
 /// Loads a snapshot. A setting that is no content of its value is told, and the snapshot stays as it is.
 void ReadSnapshot(const ICfg& cfg, const QString& key, ValueBase& value) {
@@ -62,8 +59,7 @@ void ReadSnapshot(const ICfg& cfg, const QString& key, ValueBase& value) {
         isLoaded = value.SetStringValue(cfg.GetString(key, value.GetStringValue()), nullptr);
     }
     if (!isLoaded) {
-        TraceInformation([&key] { return u"WARNING: the setting "_s + key + u" cannot be used"_s; },
-                         TraceOrigin(), __LINE__);
+        TRACE.Information([&key] { return u"WARNING: the setting "_s + key + u" cannot be used"_s; });
     }
 }
 
@@ -139,8 +135,8 @@ void ZANSetupData::WriteToCfg(const QString& station) {
 
 void ZANSetupData::PrintSetupTrace() const {
     const auto trace = [](const QString& key, const QString& path, const QString& value) {
-        TraceInformation([&] { return key.leftJustified(30) + u' ' + path.leftJustified(30) + u' ' + value; },
-                         TraceOrigin(), __LINE__);
+        TRACE.Information(
+            [&] { return key.leftJustified(30) + u' ' + path.leftJustified(30) + u' ' + value; });
     };
     trace(u"KEY"_s, u"PATH"_s, u"VALUE"_s);
     for (const DataEntry& row : Rows(s_aDataEntries)) {
