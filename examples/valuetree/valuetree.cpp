@@ -2,6 +2,7 @@
 
 #include <stddevicedefinition/stddevicedescriptors.h>
 #include <valueframework/tree.h>
+#include <valueframework/valueptr.h>
 
 #include <QCoreApplication>
 
@@ -11,13 +12,10 @@ namespace {
 
 class HeadingDisplay : public IObserver {
 public:
-    explicit HeadingDisplay(ValueNumericInt* heading)
-        : m_heading(heading) {
-        heading->AddObserver(this);
-    }
+    HeadingDisplay() { m_heading.Find(QStringLiteral("/ZANServer/Res/HeaR/TrueHeading"), this); }
 
-    void Update(Observable* /*subject*/, TChangeCode code) override {
-        if (code == TChangeCode::GoingAway) {
+    void Update(Observable* subject, TChangeCode code) override {
+        if (m_heading.LetGoIfGoing(subject, code)) {
             std::printf("going away\n");
         } else if (m_heading->GetState() == TValueState::NotMeasured) {
             std::printf("not measured\n");
@@ -27,7 +25,7 @@ public:
     }
 
 private:
-    ObservablePtr<ValueNumericInt> m_heading; // null once the value is gone
+    ValuePtr<ValueNumericInt> m_heading;
 };
 
 } // namespace
@@ -38,7 +36,7 @@ int main(int argc, char** argv) {
     Tree& tree = *Tree::Instance();
 
     auto* heading = tree.Find<ValueNumericInt>(QStringLiteral("/ZANServer/Res/HeaR/TrueHeading"));
-    HeadingDisplay display(heading);
+    HeadingDisplay display;
 
     heading->SetValue(715);           // 71.5 degrees
     heading->SetValue(715);           // nothing: it is 715 already

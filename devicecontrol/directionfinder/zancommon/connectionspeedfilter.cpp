@@ -1,6 +1,5 @@
 #include "zancommon/connectionspeedfilter.h"
 
-#include "valueframework/tree.h"
 #include "zancommon/bearing.h"
 
 namespace KvZANCommon {
@@ -22,9 +21,7 @@ void MarkIfRejected(Bearing& bearing) {
 } // namespace
 
 void ConnectionSpeedFilter::SetConnectionSpeedValuePath(const QString& path) {
-    if (!m_pConnectionSpeed) {
-        m_pConnectionSpeed = Tree::Instance()->Find<ValueInt>(path);
-    }
+    m_pConnectionSpeed.Find(path);
 }
 
 void ConnectionSpeedFilter::Apply(unsigned count, Bearing* bearings) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kwbase/observable.h"
+#include "valueframework/valueptr.h"
 #include "valueframework/valuetypes.h"
 #include "zancommon_export.h"
 
@@ -25,7 +25,7 @@ public:
     void Apply(unsigned count, Bearing* bearings) const;
 
 private:
-    ObservablePtr<ValueInt> m_pConnectionSpeed;
+    ValuePtr<ValueInt> m_pConnectionSpeed;
 };
 
 } // namespace KvZANCommon

@@ -1,6 +1,6 @@
 #include "zancommon/mshmanager.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "mshclient/imshclientdll.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
@@ -12,6 +12,8 @@ using namespace StdDeviceDefinition;
 
 namespace {
 
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\mshmanager");
+
 ICfg& GetCfg() {
     return CfgCenter::GetAppCfg(ICfg::View::Outputs);
 }
@@ -22,8 +24,8 @@ IMshClientDll* LoadClient() {
         CfgCenter::CreateDllInstanceByFileName(u"MshClient.dll"_s, {}, false, false);
     auto* const client = dynamic_cast<IMshClientDll*>(instance);
     if (instance && !client) {
-        TraceInformation([] { return u"The component \"MshClient.dll\" is no client of the message hub."_s; },
-                         u"devicecontrol\\directionfinder\\zancommon\\mshmanager"_s, __LINE__);
+        TRACE.Information(
+            [] { return u"The component \"MshClient.dll\" is no client of the message hub."_s; });
         CfgCenter::DestroyDllInstanceByPointer(instance);
     }
     return client;
@@ -37,12 +39,10 @@ int ReadPort(const ICfg& cfg) {
     if (port >= 1 && port <= HIGHEST_PORT) {
         return static_cast<int>(port);
     }
-    TraceInformation(
-        [port] {
-            return u"WARNING: MshCentralPort %1 is no port from 1 to 65535; %2 is taken"_s.arg(
-                QString::number(port), QString::number(DEFAULT_PORT));
-        },
-        u"devicecontrol\\directionfinder\\zancommon\\mshmanager"_s, __LINE__);
+    TRACE.Information([port] {
+        return u"WARNING: MshCentralPort %1 is no port from 1 to 65535; %2 is taken"_s.arg(
+            QString::number(port), QString::number(DEFAULT_PORT));
+    });
     return DEFAULT_PORT;
 }
 
@@ -80,12 +80,10 @@ MshManager::~MshManager() {
 }
 
 void MshManager::Update(Observable* subject, TChangeCode code) {
-    if (!subject || (subject != m_pMinFrequency.get() && subject != m_pMaxFrequency.get())) {
+    if (m_pMinFrequency.LetGoIfGoing(subject, code) || m_pMaxFrequency.LetGoIfGoing(subject, code)) {
         return;
     }
-    if (code == TChangeCode::GoingAway) {
-        Forget(subject == m_pMinFrequency.get() ? m_pMinFrequency : m_pMaxFrequency);
-    } else {
+    if (m_pMinFrequency.Is(subject) || m_pMaxFrequency.Is(subject)) {
         UpdateMshReceiverRange();
     }
 }
@@ -96,8 +94,8 @@ void MshManager::CreateMshReceiver(const QString& name) {
     if (!m_pReceiver) {
         return;
     }
-    Observe(m_pMinFrequency, ZANPath::Control(ZANValueName::SYSMINFREQ));
-    Observe(m_pMaxFrequency, ZANPath::Control(ZANValueName::SYSMAXFREQ));
+    m_pMinFrequency.Find(ZANPath::Control(ZANValueName::SYSMINFREQ), this);
+    m_pMaxFrequency.Find(ZANPath::Control(ZANValueName::SYSMAXFREQ), this);
     CommonMshInit(m_pReceiver, name);
     m_pReceiver->SetReceiver(true);
     const ValueBase* const address = Tree::Instance()->GetValue(ZANPath::Server(g_vdDevAddress));
@@ -139,8 +137,8 @@ void MshManager::CreateMshSenderIfConfigured(const QString& name, QToolBar* tool
 }
 
 void MshManager::DestroyMshReceiver() {
-    Forget(m_pMinFrequency);
-    Forget(m_pMaxFrequency);
+    m_pMinFrequency.LetGo();
+    m_pMaxFrequency.LetGo();
     if (m_pReceiver) {
         CfgCenter::DestroyDllInstanceByPointer(m_pReceiver);
         m_pReceiver = nullptr;
@@ -164,7 +162,7 @@ bool MshManager::GetOrCreateBooleanCfg(const QString& key, bool defaultValue) {
 
 void MshManager::CommonMshInit(IMshClientDll* pMshClientDll, const QString& name) {
     if (!pMshClientDll) {
-        _Q_assert(L"pMshClientDll != NULL", L"devicecontrol\\directionfinder\\zancommon\\mshmanager", 154);
+        TRACE.Assertion(L"pMshClientDll != NULL", 154);
         return;
     }
     const ICfg& cfg = GetCfg();
@@ -189,20 +187,5 @@ void MshManager::UpdateMshReceiverRange() {
     if (highest > lowest && lowest > 0.0) {
         m_pReceiver->SetFrequencyRange(QString::number(lowest, 'f', 0) + u',' +
                                        QString::number(highest, 'f', 0));
-    }
-}
-
-void MshManager::Observe(ObservablePtr<ValueNumericDouble>& member, const QString& path) {
-    Forget(member);
-    member = Tree::Instance()->Find<ValueNumericDouble>(path);
-    if (member) {
-        member->AddObserver(this);
-    }
-}
-
-void MshManager::Forget(ObservablePtr<ValueNumericDouble>& member) {
-    if (member) {
-        member->DeleteObserver(this);
-        member = {};
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kwbase/observable.h"
+#include "valueframework/valueptr.h"
 #include "valueframework/valuetypes.h"
 #include "zancommon_export.h"
 
@@ -56,11 +57,9 @@ private:
     static bool GetOrCreateBooleanCfg(const QString& key, bool defaultValue);
     static void CommonMshInit(IMshClientDll* pMshClientDll, const QString& name);
     void UpdateMshReceiverRange();
-    void Observe(ObservablePtr<ValueNumericDouble>& member, const QString& path);
-    void Forget(ObservablePtr<ValueNumericDouble>& member);
 
-    IDllInstance* m_pSender = nullptr;                 // made and destroyed by CfgCenter
-    IMshClientDll* m_pReceiver = nullptr;              // made and destroyed by CfgCenter
-    ObservablePtr<ValueNumericDouble> m_pMinFrequency; // Hz
-    ObservablePtr<ValueNumericDouble> m_pMaxFrequency; // Hz
+    IDllInstance* m_pSender = nullptr;            // made and destroyed by CfgCenter
+    IMshClientDll* m_pReceiver = nullptr;         // made and destroyed by CfgCenter
+    ValuePtr<ValueNumericDouble> m_pMinFrequency; // Hz
+    ValuePtr<ValueNumericDouble> m_pMaxFrequency; // Hz
 };

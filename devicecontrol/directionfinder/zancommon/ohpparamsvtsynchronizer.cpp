@@ -1,6 +1,6 @@
 #include "zancommon/ohpparamsvtsynchronizer.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "valueframework/tree.h"
 #include "valueframework/valueaccess.h"
 
@@ -12,13 +12,18 @@ namespace KvZANCommon {
 
 namespace {
 
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\ohpparamsvtsynchronizer");
+
 constexpr int MIN_THRESHOLD = 0;
 constexpr int MAX_THRESHOLD = 900;
 constexpr int THRESHOLD_STEP = 1;
 
+/// Lets go of a value that announces that it goes away, when it is being removed indeed.
 template <class T>
-bool Is(const ObservablePtr<T>& object, const Observable* subject) {
-    return object && object.get() == subject;
+void LetGoIfRemoved(ValuePtr<T>& value, const Observable* subject, IObserver* observer) {
+    if (value.Is(subject) && value->QueryRemoval(observer) == 1) {
+        value.LetGo();
+    }
 }
 
 } // namespace
@@ -38,37 +43,34 @@ OHPParamsVtSynchronizer::~OHPParamsVtSynchronizer() = default;
 
 void OHPParamsVtSynchronizer::BindThreshold(const QString& path) {
     const bool isThere = Tree::Instance()->Find<ValueNumericInt>(path);
-    m_pThreshold = GetOrCreateValue<ValueNumericInt>(path);
+    m_pThreshold.Hold(GetOrCreateValue<ValueNumericInt>(path));
     if (isThere) {
         m_pParams->SetThreshold(m_pThreshold->GetValue(), this);
     } else if (m_pThreshold) {
         m_pThreshold->SetMinMax(MIN_THRESHOLD, MAX_THRESHOLD, THRESHOLD_STEP, nullptr);
         WriteThreshold();
     }
-    // Asked anew: an observer of the parameters may have removed the value.
-    if (m_pThreshold) {
-        m_pThreshold->AddObserver(this);
-    }
+    // An observer of the parameters may have removed the value meanwhile.
+    m_pThreshold.Hold(m_pThreshold.get(), this);
 }
 
 void OHPParamsVtSynchronizer::BindValid(const QString& path) {
     const bool isThere = Tree::Instance()->Find<ValueBool>(path);
-    m_pValid = GetOrCreateValue<ValueBool>(path);
+    m_pValid.Hold(GetOrCreateValue<ValueBool>(path));
     if (isThere) {
         m_pParams->SetValid(m_pValid->GetValue(), this);
     } else if (m_pValid) {
         m_pValid->SetValue(m_pParams->IsValid(), this);
     }
-    if (m_pValid) {
-        m_pValid->AddObserver(this);
-    }
+    m_pValid.Hold(m_pValid.get(), this);
 }
 
 void OHPParamsVtSynchronizer::Update(Observable* subject, TChangeCode code) {
     if (code == TChangeCode::GoingAway) {
-        ForgetIfRemoved(subject);
+        LetGoIfRemoved(m_pThreshold, subject, this);
+        LetGoIfRemoved(m_pValid, subject, this);
     } else if (code == TChangeCode::Changed) {
-        if (Is(m_pParams, subject)) {
+        if (subject && subject == m_pParams.get()) {
             WriteToTree();
         } else {
             ReadFromTree(subject);
@@ -80,9 +82,9 @@ void OHPParamsVtSynchronizer::ReadFromTree(const Observable* value) {
     if (!m_pParams) {
         return;
     }
-    if (Is(m_pThreshold, value)) {
+    if (m_pThreshold.Is(value)) {
         m_pParams->SetThreshold(m_pThreshold->GetValue(), this);
-    } else if (Is(m_pValid, value)) {
+    } else if (m_pValid.Is(value)) {
         m_pParams->SetValid(m_pValid->GetValue(), this);
     }
 }
@@ -93,15 +95,13 @@ void OHPParamsVtSynchronizer::WriteThreshold() {
     const int highest = m_pThreshold->GetMax();
     const int nearest = std::clamp(threshold, lowest, highest);
     if (nearest != threshold) {
-        TraceInformation(
-            [&] {
-                return u"WARNING: the overhead-pass threshold %1 is outside %2 to %3; the value tree takes %4"_s
-                    .arg(threshold)
-                    .arg(lowest)
-                    .arg(highest)
-                    .arg(nearest);
-            },
-            u"devicecontrol\\directionfinder\\zancommon\\ohpparamsvtsynchronizer"_s, __LINE__);
+        TRACE.Information([&] {
+            return u"WARNING: the overhead-pass threshold %1 is outside %2 to %3; the value tree takes %4"_s
+                .arg(threshold)
+                .arg(lowest)
+                .arg(highest)
+                .arg(nearest);
+        });
     }
     m_pThreshold->SetValue(nearest, this);
 }
@@ -115,20 +115,6 @@ void OHPParamsVtSynchronizer::WriteToTree() {
     }
     if (params && valid) {
         valid->SetValue(params->IsValid(), this);
-    }
-}
-
-void OHPParamsVtSynchronizer::ForgetIfRemoved(const Observable* value) {
-    const auto forget = [this](auto& known) {
-        if (known->QueryRemoval(this) == 1) {
-            known->DeleteObserver(this);
-            known = {};
-        }
-    };
-    if (Is(m_pThreshold, value)) {
-        forget(m_pThreshold);
-    } else if (Is(m_pValid, value)) {
-        forget(m_pValid);
     }
 }
 

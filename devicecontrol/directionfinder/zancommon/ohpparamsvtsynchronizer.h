@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kwbase/observable.h"
+#include "valueframework/valueptr.h"
 #include "valueframework/valuetypes.h"
 #include "zancommon/overheadpassparams.h"
 #include "zancommon_export.h"
@@ -39,11 +40,10 @@ private:
     void ReadFromTree(const Observable* value);
     void WriteThreshold();
     void WriteToTree();
-    void ForgetIfRemoved(const Observable* value);
 
     ObservablePtr<OverheadPassParams> m_pParams;
-    ObservablePtr<ValueNumericInt> m_pThreshold;
-    ObservablePtr<ValueBool> m_pValid;
+    ValuePtr<ValueNumericInt> m_pThreshold;
+    ValuePtr<ValueBool> m_pValid;
 };
 
 } // namespace KvZANCommon

@@ -1,6 +1,5 @@
 #include "zancommon/pitchrollfilter.h"
 
-#include "valueframework/tree.h"
 #include "zancommon/bearing.h"
 
 #include <QObject>
@@ -11,42 +10,35 @@ namespace KvZANCommon {
 
 namespace {
 
-template <class T>
-void Bind(ObservablePtr<T>& value, const QString& path) {
-    if (!value) {
-        value = Tree::Instance()->Find<T>(path);
-    }
-}
-
-bool ThresholdExceeded(const ObservablePtr<ValueNumericDouble>& angle,
-                       const ObservablePtr<ValueNumericDouble>& threshold) {
+bool ThresholdExceeded(const ValuePtr<ValueNumericDouble>& angle,
+                       const ValuePtr<ValueNumericDouble>& threshold) {
     return angle && threshold && std::abs(angle->GetValue()) >= std::abs(threshold->GetValue());
 }
 
 } // namespace
 
 void PitchRollFilter::SetPitchValuePath(const QString& path) {
-    Bind(m_pPitch, path);
+    m_pPitch.Find(path);
 }
 
 void PitchRollFilter::SetRollValuePath(const QString& path) {
-    Bind(m_pRoll, path);
+    m_pRoll.Find(path);
 }
 
 void PitchRollFilter::SetPitchThresholdValuePath(const QString& path) {
-    Bind(m_pPitchThreshold, path);
+    m_pPitchThreshold.Find(path);
 }
 
 void PitchRollFilter::SetRollThresholdValuePath(const QString& path) {
-    Bind(m_pRollThreshold, path);
+    m_pRollThreshold.Find(path);
 }
 
 void PitchRollFilter::SetZANDataValidValuePath(const QString& path) {
-    Bind(m_pDataValid, path);
+    m_pDataValid.Find(path);
 }
 
 void PitchRollFilter::SetZANDataStateInfoValuePath(const QString& path) {
-    Bind(m_pDataStateInfo, path);
+    m_pDataStateInfo.Find(path);
 }
 
 bool PitchRollFilter::IsFilterConditionMet() const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kwbase/observable.h"
+#include "valueframework/valueptr.h"
 #include "valueframework/valuetypes.h"
 #include "zancommon_export.h"
 
@@ -49,12 +49,12 @@ private:
     [[nodiscard]] bool RollThresholdExceeded() const;
     void ReportRejection() const;
 
-    ObservablePtr<ValueNumericDouble> m_pPitch;
-    ObservablePtr<ValueNumericDouble> m_pRoll;
-    ObservablePtr<ValueNumericDouble> m_pPitchThreshold;
-    ObservablePtr<ValueNumericDouble> m_pRollThreshold;
-    ObservablePtr<ValueBool> m_pDataValid;
-    ObservablePtr<ValueString> m_pDataStateInfo;
+    ValuePtr<ValueNumericDouble> m_pPitch;
+    ValuePtr<ValueNumericDouble> m_pRoll;
+    ValuePtr<ValueNumericDouble> m_pPitchThreshold;
+    ValuePtr<ValueNumericDouble> m_pRollThreshold;
+    ValuePtr<ValueBool> m_pDataValid;
+    ValuePtr<ValueString> m_pDataStateInfo;
 };
 
 } // namespace KvZANCommon

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "kwbase/observable.h"
+#include "valueframework/tree.h"
+
+#include <QString>
+
+#include <type_traits>
+
+/// A value (or node) of the tree that somebody works with: found by its path, observed if that is wanted, let
+/// go when it goes away. Null before and afterwards, also when the value was destroyed without a notice.
+///
+/// An observer holds one for each value that drives it, and begins its `Update` with `LetGoIfGoing`:
+///
+///     m_heading.Find(path, this);
+///     // ...
+///     void Update(Observable* subject, TChangeCode code) override {
+///         if (m_heading.LetGoIfGoing(subject, code)) {
+///             return;
+///         }
+///
+/// The end of a `ValuePtr` is the end of the observation; that of the observer is, too. A copy points to the
+/// same value and observes nothing. Does not own. Belongs to the thread of the value tree.
+template <class T>
+class ValuePtr {
+public:
+    ValuePtr() = default;
+    ValuePtr(const ValuePtr& other)
+        : m_value(other.m_value) {}
+    ValuePtr& operator=(const ValuePtr& other) {
+        if (this != &other) {
+            Hold(other.get());
+        }
+        return *this;
+    }
+    ~ValuePtr() { LetGo(); }
+
+    /// Looks for the value at a path, unless one is held already: that one stays, and is observed as it was.
+    /// \param observer is notified of its changes from now on; null: the value is only read
+    /// \return whether a value is held now
+    bool Find(const QString& path, IObserver* observer = nullptr) {
+        if (!m_value) {
+            if constexpr (IS_NODE) {
+                Hold(Tree::Instance()->GetNode(path), observer);
+            } else {
+                Hold(Tree::Instance()->Find<T>(path), observer);
+            }
+        }
+        return bool(m_value);
+    }
+    /// Lets go of what is held, and takes a value that the caller has found or made; null for none.
+    void Hold(T* value, IObserver* observer = nullptr) {
+        LetGo();
+        m_value = value;
+        // One who observes it already, by other means, is not taken off it by this pointer.
+        if (value && value->AddObserver(observer)) {
+            m_observer = observer;
+        }
+    }
+    /// Ends the observation and becomes null.
+    void LetGo() {
+        if (m_value) {
+            m_value->DeleteObserver(m_observer.get());
+        }
+        m_value = {};
+        m_observer = {};
+    }
+    /// Lets go when a notice says that what is held goes away (code 2 of a value, 18 of a node).
+    /// \return whether it did
+    bool LetGoIfGoing(const Observable* subject, TChangeCode code) {
+        const bool isGoing = Is(subject) && code == GOING_AWAY;
+        if (isGoing) {
+            LetGo();
+        }
+        return isGoing;
+    }
+
+    /// Whether a notice is from what is held.
+    [[nodiscard]] bool Is(const Observable* subject) const { return subject && subject == get(); }
+
+    /// Null when none is held. What is null may not be dereferenced.
+    [[nodiscard]] T* get() const { return m_value.get(); }
+    T* operator->() const { return get(); }
+    T& operator*() const { return *get(); }
+    explicit operator bool() const { return get() != nullptr; }
+
+private:
+    static constexpr bool IS_NODE = std::is_base_of_v<Node, T>;
+    static constexpr TChangeCode GOING_AWAY = IS_NODE ? TChangeCode::NodeGoingAway : TChangeCode::GoingAway;
+
+    ObservablePtr<T> m_value;
+    ObserverPtr m_observer;
+};
