@@ -1,9 +1,8 @@
 #include "csvoutput.h"
 
-#include <kwbase/errorhandler.h>
+#include <kwbase/tracesource.h>
 #include <tolmappstartup/cfgcenter.h>
 #include <tolmappstartup/cfgdefault.h>
-#include <valueframework/tree.h>
 
 #include <QApplication>
 #include <QDateTime>
@@ -13,6 +12,12 @@
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr TraceSource TRACE(u"csvoutput");
+
+} // namespace
 
 CsvOutput::~CsvOutput() {
     CsvOutput::SetEnabled(false);
@@ -34,33 +39,21 @@ void CsvOutput::SetEnabled(bool on) {
     }
     m_bEnabled = on;
     if (on) {
-        Connect();
+        // It may not be there yet: then it is looked up when the output is switched on the next time.
+        m_bearing.Find(u"/ZANServer/Res/DfR/Azimuth"_s, this);
         OpenFile();
         return;
     }
-    if (m_bearing) {
-        m_bearing->DeleteObserver(this);
-        m_bearing = {};
-    }
+    m_bearing.LetGo();
     m_file.close();
 }
 
-/// The value may not be there yet: then it is looked up when the output is switched on the next time.
-void CsvOutput::Connect() {
-    m_bearing = Tree::Instance()->Find<ValueBearing>(u"/ZANServer/Res/DfR/Azimuth"_s);
-    if (m_bearing) {
-        m_bearing->AddObserver(this);
-    }
-}
-
 void CsvOutput::Update(Observable* subject, TChangeCode code) {
-    if (subject != m_bearing.get()) {
+    if (m_bearing.LetGoIfGoing(subject, code)) {
         return;
     }
-    if (code == TChangeCode::GoingAway) {
-        m_bearing->DeleteObserver(this);
-        m_bearing = {};
-    } else if (code == TChangeCode::Changed && m_bearing->GetState() == TValueState::Valid) {
+    if (code == TChangeCode::Changed && m_bearing.Is(subject) &&
+        m_bearing->GetState() == TValueState::Valid) {
         Write(m_bearing->GetValue());
     }
 }
@@ -103,7 +96,7 @@ void CsvOutput::Fail(const QString& error) {
     const QString text = GetName() + u": "_s + error;
     if (text != m_lastError) {
         m_lastError = text;
-        TraceInformation([this] { return m_lastError; }, u"csvoutput"_s, __LINE__);
+        TRACE.Information([this] { return m_lastError; });
     }
 }
 
@@ -112,12 +105,12 @@ void CsvOutput::CreateConfigWidget() {
     if (!qobject_cast<QApplication*>(QCoreApplication::instance())) {
         return; // a program without a display
     }
-    m_pConfigWidget = new QWidget;
+    auto* widget = new QWidget;
     m_addressEdit = new QLineEdit(GetAddress());
-    auto* layout = new QHBoxLayout(m_pConfigWidget);
+    auto* layout = new QHBoxLayout(widget);
     layout->addWidget(new QLabel(tr("Filename:")));
     layout->addWidget(m_addressEdit);
-    connect(m_pConfigWidget, &QObject::destroyed, this, &CsvOutput::SlotOnConfigWidgetDestroyed);
+    AdoptConfigWidget(widget);
 }
 
 void CsvOutput::SlotUpdateConfiguration() {

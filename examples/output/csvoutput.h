@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kwbase/observable.h>
+#include <valueframework/valueptr.h>
 #include <valueframework/valuetypes.h>
 #include <zancommon/zanabstractinterface.h>
 
@@ -35,12 +35,11 @@ public Q_SLOTS:
 
 private:
     void CreateConfigWidget();
-    void Connect();
     void OpenFile();
     void Write(const BearingResult& bearing);
     void Fail(const QString& error);
 
-    ObservablePtr<ValueBearing> m_bearing;
+    ValuePtr<ValueBearing> m_bearing;
     QFile m_file;
     QPointer<QLineEdit> m_addressEdit;
     quint64 m_lineCount = 0;

@@ -19,6 +19,7 @@ namespace {
 
 class TestInterface : public ZANAbstractInterface {
 public:
+    using ZANAbstractInterface::AdoptConfigWidget;
     using ZANAbstractInterface::GetAddress;
     using ZANAbstractInterface::SetAddress;
     using ZANAbstractInterface::ZANAbstractInterface;
@@ -27,10 +28,6 @@ public:
     void SlotUpdateConfiguration() override {}
 
     [[nodiscard]] QString GetConfigPath() const { return m_strConfigPath; }
-    void SetConfigWidget(QWidget* widget) {
-        m_pConfigWidget = widget;
-        connect(widget, &QObject::destroyed, this, &TestInterface::SlotOnConfigWidgetDestroyed);
-    }
 };
 
 class UppercaseTranslator : public QTranslator {
@@ -77,7 +74,7 @@ TEST(ZANAbstractInterface, NameStaysWhenTheTextItWasMadeFromChanges) {
 TEST(ZANAbstractInterface, DestroyingTheConfigWidgetSetsItToNull) {
     TestInterface output(u"Output"_s);
     auto widget = std::make_unique<QWidget>();
-    output.SetConfigWidget(widget.get());
+    output.AdoptConfigWidget(widget.get());
     EXPECT_EQ(output.GetConfigWidget(), widget.get());
     widget.reset();
     EXPECT_EQ(output.GetConfigWidget(), nullptr);
@@ -86,7 +83,7 @@ TEST(ZANAbstractInterface, DestroyingTheConfigWidgetSetsItToNull) {
 TEST(ZANAbstractInterface, DestroyingAnotherObjectLeavesTheConfigWidget) {
     TestInterface output(u"Output"_s);
     QWidget widget;
-    output.SetConfigWidget(&widget);
+    output.AdoptConfigWidget(&widget);
     {
         const QObject other;
         QObject::connect(&other, &QObject::destroyed, &output, &TestInterface::SlotOnConfigWidgetDestroyed);
@@ -96,10 +93,33 @@ TEST(ZANAbstractInterface, DestroyingAnotherObjectLeavesTheConfigWidget) {
     EXPECT_EQ(output.GetConfigWidget(), &widget);
 }
 
+TEST(ZANAbstractInterface, TheEndOfAWidgetThatWasReplacedLeavesTheNewOne) {
+    TestInterface output(u"Output"_s);
+    QWidget widget;
+    {
+        QWidget before;
+        output.AdoptConfigWidget(&before);
+        output.AdoptConfigWidget(&widget);
+        EXPECT_EQ(output.GetConfigWidget(), &widget);
+    }
+    EXPECT_EQ(output.GetConfigWidget(), &widget);
+    output.AdoptConfigWidget(nullptr);
+    EXPECT_EQ(output.GetConfigWidget(), nullptr);
+}
+
+TEST(ZANAbstractInterface, AWidgetThatIsAdoptedTwiceIsForgottenAllTheSame) {
+    TestInterface output(u"Output"_s);
+    auto widget = std::make_unique<QWidget>();
+    output.AdoptConfigWidget(widget.get());
+    output.AdoptConfigWidget(widget.get());
+    widget.reset();
+    EXPECT_EQ(output.GetConfigWidget(), nullptr);
+}
+
 TEST(ZANAbstractInterface, DestructorLeavesTheConfigWidgetAlive) {
     auto output = std::make_unique<TestInterface>(u"Output"_s);
     const QPointer<QWidget> widget = new QWidget;
-    output->SetConfigWidget(widget);
+    output->AdoptConfigWidget(widget);
     output.reset();
     EXPECT_FALSE(widget.isNull());
     delete widget;

@@ -21,6 +21,14 @@ QWidget* ZANAbstractInterface::GetConfigWidget() {
     return m_pConfigWidget;
 }
 
+void ZANAbstractInterface::AdoptConfigWidget(QWidget* widget) {
+    m_pConfigWidget = widget;
+    if (widget) {
+        connect(widget, &QObject::destroyed, this, &ZANAbstractInterface::SlotOnConfigWidgetDestroyed,
+                Qt::UniqueConnection);
+    }
+}
+
 // NOLINTNEXTLINE(readability-const-return-type): the type is part of the interface
 const QString ZANAbstractInterface::GetName() {
     return m_strName;

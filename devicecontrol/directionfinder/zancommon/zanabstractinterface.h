@@ -39,13 +39,17 @@ public:
     [[nodiscard]] virtual const QString GetName();
 
 public Q_SLOTS:
-    /// To be connected to the `destroyed` signal of the configuration widget: forgets the widget. Another
-    /// object is ignored.
+    /// Forgets the configuration widget, which has been destroyed. Another object is ignored. Called by the
+    /// `destroyed` signal of the widget that `AdoptConfigWidget` was given.
     void SlotOnConfigWidgetDestroyed(QObject* pObj);
     /// Takes over the values that the user entered in the configuration widget.
     virtual void SlotUpdateConfiguration() = 0;
 
 protected:
+    /// Makes a widget the configuration widget, in place of another one, and forgets it when it is destroyed.
+    /// Null for none. Not owned: the derived class deletes what it makes.
+    void AdoptConfigWidget(QWidget* widget);
+
     /// Sets where the output goes, for example to a serial port or a file; empty at first.
     virtual void SetAddress(const QString& address);
     [[nodiscard]] virtual const QString GetAddress();
