@@ -23,6 +23,10 @@ QString DFDataFile::BackupName(const QString& name) {
     return name + u".bak"_s;
 }
 
+bool DFDataFile::Touches(const QString& name, const QString& other) {
+    return OutputFile::IsSameFile(name, other) || OutputFile::IsSameFile(BackupName(name), other);
+}
+
 DFDataFile::DFDataFile(int retryMs, int watchMs)
     : m_retryMs(retryMs)
     , m_watchMs(watchMs) {

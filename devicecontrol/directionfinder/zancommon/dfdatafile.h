@@ -23,6 +23,9 @@ class DFDataFile : public QObject {
 public:
     /// Where the previous file of a name is kept.
     [[nodiscard]] static QString BackupName(const QString& name);
+    /// Whether an output to a file of the first name would write to the file of the second name, or replace
+    /// it with its previous one. Opens nothing.
+    [[nodiscard]] static bool Touches(const QString& name, const QString& other);
 
     /// \param retryMs milliseconds between two attempts to open
     /// \param watchMs milliseconds between two looks whether the name is still that of what is open

@@ -6,8 +6,6 @@
 
 #include <memory>
 
-class BearingResult;
-
 /// Writes the DF results of the value tree as lines of text, one a bearing, to a serial line and/or a file:
 /// with each new bearing, or, with an output interval, periodically.
 ///
@@ -126,9 +124,6 @@ private:
     void SaveConfigurationToFile();
     void UpdateConfigurationFromConfigWidget();
     void SendData();
-    void SendSuperResolution(const BearingResult& current);
-    void SendNormal(const BearingResult& current);
-    void WriteToSerialInterface();
 
     std::unique_ptr<Private> m_p;
 };

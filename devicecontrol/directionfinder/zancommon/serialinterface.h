@@ -36,6 +36,7 @@ public:
     /// failed; only the last of these is traced.
     bool WriteToInterface(const char* data, int length);
     [[nodiscard]] Counts GetCounts();
+    [[nodiscard]] const QString& GetAddress() const { return m_address; }
     /// Sends what waits, which holds up the thread for a few seconds at most, and closes the line for good.
     void Close();
 

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QPointer>
+#include <QSpinBox>
+#include <QString>
+#include <QWidget>
+
+#include <optional>
+
+/// The configuration widget of the DF data output: where the sentences go, and how often.
+///
+/// Whoever shows it may take it over, and also take it apart. Belongs to the main thread of a program with a
+/// display.
+class DFDataOutputPanel : public QWidget {
+    Q_OBJECT
+
+public:
+    struct Settings {
+        bool serialEnabled = false;
+        QString address; ///< of the serial line
+        bool fileEnabled = false;
+        QString fileName;
+        int interval = 0; ///< milliseconds; 0: none
+
+        bool operator==(const Settings&) const = default;
+    };
+
+    DFDataOutputPanel();
+
+    void Show(const Settings& settings);
+    /// What the user has entered; none when a part of the panel is gone.
+    [[nodiscard]] std::optional<Settings> GetEntered() const;
+    /// Fields of what is not checked cannot be edited. Nothing when a part of the panel is gone.
+    void EnableFields();
+
+Q_SIGNALS:
+    /// One of the boxes was checked or unchecked.
+    void StateChanged();
+
+private:
+    [[nodiscard]] bool IsComplete() const;
+
+    QPointer<QCheckBox> m_serialCheck;
+    QPointer<QLineEdit> m_addressEdit;
+    QPointer<QCheckBox> m_fileCheck;
+    QPointer<QLineEdit> m_fileNameEdit;
+    QPointer<QSpinBox> m_intervalSpin;
+};

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "valueframework/valueptr.h"
+#include "valueframework/valuetypes.h"
+#include "zancommon/dfdatasentence.h"
+
+#include <vector>
+
+/// The values of the tree that the sentences of the DF data output are made of. One that is absent leaves its
+/// marker in the sentence. One that is not measured any more counts as absent: a stale position must not pass
+/// as the current one. Belongs to the thread of the value tree.
+class DFDataValues {
+public:
+    /// Looks for the values that are not held. The observer is notified of the bearing and of the list of
+    /// emitters.
+    void Find(IObserver* observer);
+    void LetGo() { *this = {}; }
+
+    /// Whether a notice is from the bearing.
+    [[nodiscard]] bool IsBearing(const Observable* subject) const { return m_bearing.Is(subject); }
+    /// Lets go of the bearing when a notice says that it goes away.
+    /// \return whether it did
+    bool LetGoOfBearingIfGoing(const Observable* subject, TChangeCode code) {
+        return m_bearing.LetGoIfGoing(subject, code);
+    }
+
+    /// The bearing; one without any member when it is absent.
+    [[nodiscard]] BearingResult GetBearing() const;
+    /// What is resolved, in super-resolution mode; null in normal mode. Good until the list changes.
+    [[nodiscard]] const std::vector<BearingResult>* GetEmitters() const;
+    /// Whether the operation mode is known and is another one than Standby.
+    [[nodiscard]] bool IsOperating() const;
+
+    /// The head of the sentence for a bearing, with the current heading.
+    [[nodiscard]] DFDataSentence::Head MakeHead(const BearingResult& bearing) const;
+    /// The tail of the sentence for a bearing, with the current attitude and position.
+    [[nodiscard]] DFDataSentence::Tail MakeTail(const BearingResult& bearing) const;
+
+private:
+    using DoubleValue = Value<double, FormatFloat<double>>;
+
+    ValuePtr<ValueBearing> m_bearing;
+    ValuePtr<ValueInt> m_heading;
+    ValuePtr<DoubleValue> m_altitude;
+    ValuePtr<DoubleValue> m_roll;
+    ValuePtr<DoubleValue> m_pitch;
+    ValuePtr<ValueTimeStamp> m_positionTime;
+    ValuePtr<DoubleValue> m_latitude;
+    ValuePtr<DoubleValue> m_longitude;
+    ValuePtr<ValueBearingList> m_emitters;
+    ValuePtr<ValueSelection> m_superResolution;
+    ValuePtr<ValueBase> m_emitterCount; // no part of a sentence
+    ValuePtr<ValueSelection> m_operationMode;
+};
