@@ -2,75 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <limits>
-
-namespace {
-
-/// Whether the correctly rounded digits of a number, whose ties go to the even digit, are one too small in
-/// the last place for QString::arg, whose ties go away from zero.
-bool IsTieRoundedDown(double value, int precision) {
-    // The ties are the odd multiples m of 2^-(precision + 1). The digit before the half is
-    // (m * 5^precision - 1) / 2; it is even, and so was left as it is, when m leaves 1 divided by 4.
-    constexpr double NONE_FROM = 9007199254740992.0; // 2^53: all multiples are even
-    const double multiple = std::fabs(value) * static_cast<double>(2U << static_cast<unsigned>(precision));
-    if (!(multiple < NONE_FROM)) {
-        return false;
-    }
-    const auto whole = static_cast<quint64>(multiple);
-    return whole % 4 == 1 && static_cast<double>(whole) == multiple;
-}
-
-/// Prints a number whose last digit is beyond doubt with integers, which is several times as fast as the
-/// exact arithmetic of std::to_chars. Returns the place behind the last character; null when the number is
-/// too large or too near to the middle of two digits.
-char* PrintCertain(char* begin, char* end, double value, int precision) {
-    constexpr std::array UNITS{1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
-    // Below the bound the product is off by less than the margin.
-    constexpr double BOUND = 1e12;
-    constexpr double MARGIN = 1e-3;
-    const double unit = UNITS[static_cast<std::size_t>(precision)];
-    const double product = std::fabs(value) * unit;
-    if (!(product < BOUND)) {
-        return nullptr;
-    }
-    const auto cut = static_cast<quint64>(product);
-    const double rest = product - static_cast<double>(cut);
-    if (std::fabs(rest - 0.5) < MARGIN) {
-        return nullptr;
-    }
-    const quint64 rounded = cut + (rest > 0.5 ? 1 : 0);
-    const auto divisor = static_cast<quint64>(unit);
-    if (value < 0.0) {
-        *begin++ = '-';
-    }
-    char* const point = std::to_chars(begin, end, rounded / divisor).ptr;
-    if (precision == 0) {
-        return point;
-    }
-    // The one in front keeps the zeros behind the point, and gives its place to it.
-    char* const last = std::to_chars(point, end, divisor + rounded % divisor).ptr;
-    *point = '.';
-    return last;
-}
-
-/// Prints a number in fixed-point notation to its last digit as QString::arg does.
-/// \return behind the last character
-char* Print(char* begin, char* end, double value, int precision) {
-    if (char* const last = PrintCertain(begin, end, value, precision)) {
-        return last;
-    }
-    if (std::isnan(value)) {
-        value = std::fabs(value); // Qt prints no sign
-    }
-    end = std::to_chars(begin, end, value, std::chars_format::fixed, precision).ptr;
-    if (IsTieRoundedDown(value, precision)) {
-        ++end[-1];
-    }
-    return end;
-}
-
-} // namespace
 
 void DFDataSentence::Begin(const Head& head) {
     m_length = 0;
@@ -124,7 +56,7 @@ void DFDataSentence::Add(std::string_view text) {
 
 void DFDataSentence::AddNumber(double value, std::size_t width, int precision) {
     char* const begin = m_buffer.data() + m_length;
-    const char* const end = Print(begin, begin + WIDEST_NUMBER, value, precision);
+    const char* const end = FixedPoint::Print(begin, value, precision);
     auto length = static_cast<std::size_t>(end - begin);
     if (length < width) {
         std::copy_backward(begin, begin + length, begin + width);

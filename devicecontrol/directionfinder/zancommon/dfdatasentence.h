@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zancommon/fixedpoint.h"
+
 #include <QtGlobal>
 
 #include <array>
@@ -8,9 +10,8 @@
 #include <string_view>
 
 /// Builds the line of text that the DF data output sends for one bearing: fields in, bytes out. Every number
-/// is printed as QString::arg prints it in fixed-point notation. Nothing is allocated: the operations are
-/// called in the order in which they are declared, each at most once a sentence, and what they add then
-/// always fits.
+/// is printed as QString::arg prints it in fixed-point notation. The operations are called in the order in
+/// which they are declared, each at most once a sentence, and what they add then always fits.
 class DFDataSentence {
 public:
     /// Milliseconds since 1970-01-01 00:00:00 UTC; none: the field is empty.
@@ -50,12 +51,10 @@ private:
     void AddNumber(double value, std::size_t width, int precision);
     void AddTime(Time time);
 
-    // Sign, all digits of the largest double, point, and the seven decimals of the longitude.
-    static constexpr std::size_t WIDEST_NUMBER = 1 + 309 + 1 + 7;
     static constexpr std::size_t NUMBER_COUNT = 11;
     // All that stands between and behind the numbers takes less than this.
     static constexpr std::size_t WIDEST_REST = 128;
 
-    std::array<char, NUMBER_COUNT * WIDEST_NUMBER + WIDEST_REST> m_buffer{};
+    std::array<char, NUMBER_COUNT * FixedPoint::WIDEST + WIDEST_REST> m_buffer{};
     std::size_t m_length = 0;
 };
