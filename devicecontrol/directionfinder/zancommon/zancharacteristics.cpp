@@ -1,5 +1,6 @@
-// Longer than other sources, because applications expect some sixty operations of this one class. Each is a few
-// lines: what takes more is done by the classes beside it (AntennaSetup, FrequencyAdjuster, SampleModeQuery, ...).
+// Longer than other sources, because applications expect some sixty operations of this one class. Each is a
+// few lines: what takes more is done by the classes beside it (AntennaSetup, FrequencyAdjuster,
+// SampleModeQuery, ...).
 
 #include "zancommon/zancharacteristics.h"
 
