@@ -25,7 +25,8 @@ public:
 
     /// Opens what stands at a name, in place of what was open. Waits for nothing. A file that may only be
     /// read is locked, so that it can be moved away, but takes nothing.
-    /// \return false on failure; `GetError` then is ENOENT when nothing is there, EWOULDBLOCK when another one
+    /// \return false on failure; `GetError` then is ENOENT when nothing is there, EWOULDBLOCK when another
+    /// one
     ///         holds it open, ENXIO for a FIFO that nobody reads from (and for a socket), EINVAL for what is
     ///         no name
     bool OpenExisting(const QString& name);

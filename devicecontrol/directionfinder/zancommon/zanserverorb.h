@@ -18,16 +18,17 @@
 /// for a `giop:ssl:` endpoint, for no certificate. `giop:tcp:` serves all users of the machines that reach
 /// the address, 127.0.0.1 those of this machine, and `giop:unix:` those that may write to the socket
 /// (`unixTransportPermission`, 0777 by default, and the directory that it is in). A process that only calls
-/// others listens as well. Beyond 256 connections of others, and beyond half of what the process may have open
-/// of files, further ones are refused. The limit holds for connections that are served: each is taken before
-/// it is refused, so thousands in one second may take all files for moments. omniORB closes those on which
-/// nothing has come for 180 s (`inConScanPeriod`).
+/// others listens as well. Beyond 256 connections of others, and beyond half of what the process may have
+/// open of files, further ones are refused. The limit holds for connections that are served: each is taken
+/// before it is refused, so thousands in one second may take all files for moments. omniORB closes those on
+/// which nothing has come for 180 s (`inConScanPeriod`).
 ///
-/// A malformed request can still end the process in omniORB: bind the endpoint to where none is to be expected.
-/// One that does so surely needs several threads on a connection: with `ORBmaxServerThreadPerConnection=1` in
-/// the environment (or in the file) the requests of a connection are carried out one after the other, and a
-/// caller that reads no answers does not fill the memory. Programs that serve others should set it; random
-/// input that has found no other such request is no proof that there is none.
+/// A malformed request can still end the process in omniORB: bind the endpoint to where none is to be
+/// expected. One that does so surely needs several threads on a connection: with
+/// `ORBmaxServerThreadPerConnection=1` in the environment (or in the file) the requests of a connection are
+/// carried out one after the other, and a caller that reads no answers does not fill the memory. Programs
+/// that serve others should set it; random input that has found no other such request is no proof that there
+/// is none.
 ///
 /// Calls of this process to other servers time out after 10 s. Lines of omniORB's log go to standard error,
 /// as they come; `omniORB::setLogFunction` after the first `Instance` puts another sink in its place.
