@@ -18,6 +18,8 @@
 /// - `FromString`: reads a content; false, with the content unchanged, when the text is none
 /// - `IsChange`: whether setting the second over the first is a change that observers hear of
 ///
+/// The elements of a list need `ToString` and `FromString` only.
+///
 /// Formats know nothing of languages: numbers stand in them as in the "C" locale. From any thread.
 
 /// Reads a whole decimal number. False, with the number unchanged, when the text is none or does not fit.

@@ -15,7 +15,7 @@ ILegacyDriver& Required(ILegacyDriver* driver, [[maybe_unused]] const char* oper
 } // namespace
 
 LegacyDriverAdapter::~LegacyDriverAdapter() {
-    // What still reaches the adapter while its bases are destroyed finds no partner.
+    // Driver and callback belong to others, who may have destroyed them before: they are forgotten, not used.
     m_pCallback = nullptr;
     m_pLegacyDriver = nullptr;
 }
