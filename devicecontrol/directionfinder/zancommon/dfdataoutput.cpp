@@ -13,12 +13,15 @@
 
 #include <QApplication>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QTimerEvent>
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -345,6 +348,7 @@ void DFDataOutput::Private::SendSuperResolution(const BearingResult& current,
         return;
     }
     file.HoldBack();
+    const auto release = qScopeGuard([this] { file.Release(); });
     const DFDataSentence::Time time = values.MakeHead(current).time;
     const DFDataSentence::Tail tail = values.MakeTail(current);
     unsigned number = 0;
@@ -358,7 +362,6 @@ void DFDataOutput::Private::SendSuperResolution(const BearingResult& current,
         file.WriteLine(sentence.GetText());
     }
     file.WriteLine("\r\n");
-    file.Release();
 }
 
 void DFDataOutput::Private::WriteToSerialInterface() {
