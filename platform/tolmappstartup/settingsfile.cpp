@@ -136,7 +136,7 @@ QString WriteBeside(const QString& path, const QByteArray& bytes) {
     if (file.write(bytes) == bytes.size() && fsync(file.handle()) == 0) {
         return {};
     }
-    const QString reason = u"the disk did not take all of it ("_s + file.errorString() + u')';
+    QString reason = u"the disk did not take all of it ("_s + file.errorString() + u')';
     file.remove();
     return reason;
 }
@@ -317,7 +317,7 @@ bool SettingsFile::Save(QDeadlineTimer deadline) {
 
 // Who holds up a file once is not waited for again.
 QDeadlineTimer SettingsFile::GetDeadline() const {
-    return QDeadlineTimer(IsBusy() ? 0ms : PATIENCE);
+    return {IsBusy() ? 0ms : PATIENCE};
 }
 
 SettingsLock::Result SettingsFile::Lock(QDeadlineTimer deadline) {
