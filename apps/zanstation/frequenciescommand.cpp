@@ -40,8 +40,7 @@ CfgPtr OpenStore() {
     return CfgPtr(CfgCenter::CreateCfg(STORE, ICfg::View::Outputs, {}));
 }
 
-/// Replaces the list and its names in the file, all at once: the names wait, for the store is not released,
-/// until the list is saved.
+/// Replaces the list and its names in the file, all at once: the names wait for the commit of the list.
 void Store(ValueTrafficControlFrequencyList* list, const std::vector<NamedChannel>& channels) {
     const CfgPtr store = OpenStore();
     if (!store) {

@@ -147,7 +147,6 @@ ICfg* Cfg::GetSubCfg(const QString& name) {
 }
 
 void Cfg::Release() {
-    m_pFile->Save();
     if (this != &GetState().appCfg) {
         delete this;
     }

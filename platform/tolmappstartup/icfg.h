@@ -44,9 +44,10 @@ public:
     /// values stay in force, and the next commit and the event loop try again; the first failure is reported.
     /// While another process has the file locked nothing is reported before `CfgCenter::Close`.
     virtual void CommitKey(const QString& key) = 0;
-    /// Stores a value, which is in force at once. It is saved with the next commit, when a sub-configuration
-    /// of the file is released, when the event loop runs, or when the store is closed, whichever comes first.
-    /// Under a text that is no key nothing is stored; that is reported.
+    /// Stores a value, which is in force at once. It is saved with the next commit, when the event loop runs,
+    /// or when the store is closed, whichever comes first: who sets several values commits once, after the
+    /// last one, so that the file never holds half of them. Under a text that is not a key nothing is stored;
+    /// that is reported.
     virtual void SetString(const QString& key, const QString& value) = 0;
     /// As `SetString`, in decimal digits.
     virtual void SetInt(const QString& key, qint64 value) = 0;
@@ -55,7 +56,7 @@ public:
     /// The sub-configuration of a name; the caller releases it. One that is not there yet reads as empty and
     /// comes into being with its first key. Null when the name cannot be one (see the keys).
     [[nodiscard]] virtual ICfg* GetSubCfg(const QString& name) = 0;
-    /// Saves what has been set, in this object or elsewhere in its file, and destroys this object.
+    /// Destroys this object. What has been set is saved as `SetString` says.
     virtual void Release() = 0;
     /// The keys that hold something in this configuration itself, not in one below it: names without "/", in
     /// order.

@@ -305,8 +305,19 @@ TEST_F(CfgCenterTest, SubConfigurationComesIntoBeingWithItsFirstKey) {
     {
         const CfgPtr pNew(App().GetSubCfg(u"New"_s));
         pNew->SetString(u"Key"_s, u"x"_s);
+        pNew->CommitKey(u"Key"_s);
     }
     EXPECT_EQ(ReadFile(), "[New]\nKey=x\n");
+}
+
+TEST_F(CfgCenterTest, ReleasingSavesNothingSoThatOneCommitSavesAllThatWasSet) {
+    Open();
+    for (const QString& name : {u"First"_s, u"Second"_s}) {
+        CfgPtr(App().GetSubCfg(name))->SetInt(u"Key"_s, 1);
+    }
+    EXPECT_EQ(Files(), QStringList());
+    App().CommitKey(u"Other"_s);
+    EXPECT_EQ(ReadFile(), "[First]\nKey=1\n\n[Second]\nKey=1\n");
 }
 
 TEST_F(CfgCenterTest, KeysAndSubConfigurationsOfASectionAreListed) {
@@ -406,6 +417,7 @@ TEST_F(CfgCenterTest, ApplicationSettingsStayGoodWhenReleasedClosedAndOpenedAgai
     Open();
     ICfg& app = App();
     app.SetInt(u"Key"_s, 1);
+    app.CommitKey(u"Key"_s);
     app.Release();
     EXPECT_EQ(ReadFile(), "[General]\nKey=1\n");
     CfgCenter::Close();
@@ -437,6 +449,7 @@ TEST_F(CfgCenterTest, SettingsThatAreHeldBeyondCloseAreStillSavedInTheirFile) {
     EXPECT_EQ(pAgain->GetInt(u"Key"_s, 0), 1);
     CfgCenter::Close();
     pHeld->SetInt(u"Key"_s, 2);
+    pHeld->CommitKey(u"Key"_s);
     pHeld.reset();
     EXPECT_EQ(ReadFile(u"Held.ini"_s), "[General]\nKey=2\n");
 }

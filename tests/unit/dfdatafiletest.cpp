@@ -36,6 +36,9 @@ protected:
                          [this](const QString& text) { m_failures.append(text); });
         QObject::connect(&m_file, &DFDataFile::Recovered, &m_file,
                          [this](const QString& text) { m_recoveries.append(text); });
+        // The sanitizer needs a descriptor when it meets a type of object for the first time, which a test
+        // that has none left cannot give it.
+        DFDataFile(RETRY_MS, WATCH_MS).Open(m_directory.filePath(u"missing/file"_s));
     }
 
     [[nodiscard]] QByteArray Contents(const QString& suffix = {}) const {

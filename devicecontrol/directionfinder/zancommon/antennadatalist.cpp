@@ -301,18 +301,16 @@ void AntennaDataList::WriteAntennaSetupToCfg(const QString& station) {
     if (!cfg) {
         return;
     }
-    // A section saves the file when it is released. They are kept until the last one is written, so that the
-    // file never holds half of a setup.
-    std::vector<CfgPtr> sections;
+    int count = 0;
     for (const auto& antenna : m_antennas) {
-        CfgPtr section = AntennaSection::Open(*cfg, static_cast<int>(sections.size()));
-        if (!section) {
-            continue;
+        if (const CfgPtr section = AntennaSection::Open(*cfg, count)) {
+            AntennaSection::Write(*section, *antenna);
+            ++count;
         }
-        AntennaSection::Write(*section, *antenna);
-        sections.push_back(std::move(section));
     }
-    cfg->SetInt(u"SystemConfiguration/AntennaCount"_s, static_cast<qint64>(sections.size()));
+    const QString countKey = u"SystemConfiguration/AntennaCount"_s;
+    cfg->SetInt(countKey, count);
+    cfg->CommitKey(countKey);
 }
 
 int AntennaDataList::ReadAntennasFromValueTree(const QString& path) {

@@ -33,6 +33,7 @@ void DFSettingsParamsPersistency::MakePersistent() {
         cfg->SetInt(u"DFModeKey"_s, m_params.GetDFModeKey());
         cfg->SetInt(u"UpdateIntervalKey"_s, m_params.GetUpdateIntervalKey());
         cfg->SetInt(u"LevelThreshold"_s, Truncate<qint64>(m_params.GetLevelThreshold()));
+        cfg->CommitKey(u"LevelThreshold"_s);
     }
 }
 

@@ -100,6 +100,7 @@ void HwStatusTester::WriteHwRequirementsToCfg(ICfg* cfg) const {
     cfg->SetString(u"HwOptionalComponents"_s, HwSet2String(m_optional));
     cfg->SetBool(u"HwRequirementsEditable"_s, m_requirementsEditable);
     cfg->SetBool(u"HwCheckRequirements"_s, m_checkRequirements);
+    cfg->CommitKey(u"HwCheckRequirements"_s);
 }
 
 void HwStatusTester::ReadHwListFromTree() {

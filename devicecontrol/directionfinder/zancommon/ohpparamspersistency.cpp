@@ -51,6 +51,7 @@ void OHPParamsPersistency::MakePersistent() {
     if (const CfgPtr cfg = OpenCfg()) {
         cfg->SetInt(ThresholdKey(), m_params.GetThreshold());
         cfg->SetBool(ValidKey(), m_params.IsValid());
+        cfg->CommitKey(ValidKey());
     }
 }
 

@@ -71,6 +71,7 @@ ICfg* StationCfg::GetStationCfg(const QString& address, bool create) {
     stations->SetInt(u"Count"_s, count + 1);
     ICfg* const station = stations->GetSubCfg(SectionName(count));
     station->SetString(u"DeviceAddress"_s, wanted);
+    station->CommitKey(u"DeviceAddress"_s);
     return station;
 }
 

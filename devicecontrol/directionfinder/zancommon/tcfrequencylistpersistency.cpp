@@ -83,19 +83,16 @@ void TCFrequencyListPersistency::MakePersistent() {
         return;
     }
     const std::vector<TrafficControlFrequency>& entries = m_pList->GetElements();
-    cfg->SetInt(u"TCFrequencyCount"_s, static_cast<qint64>(entries.size()));
-    // What is released saves the file. All is kept until the last entry is written, so that the file never
-    // holds half of a list.
-    std::vector<CfgPtr> written;
-    for (const TrafficControlFrequency& entry : entries) {
-        CfgPtr section = OpenEntry(*cfg, static_cast<qint64>(written.size()));
-        if (section) {
+    const QString countKey = u"TCFrequencyCount"_s;
+    cfg->SetInt(countKey, static_cast<qint64>(entries.size()));
+    for (qint64 index = 0; const TrafficControlFrequency& entry : entries) {
+        if (const CfgPtr section = OpenEntry(*cfg, index++)) {
             section->SetInt(u"ChannelID"_s, entry.GetChannelID());
             section->SetInt(u"Frequency"_s, Truncate<qint64>(entry.GetFrequency()));
             section->SetInt(u"Alarm"_s, entry.IsAlarmChannel() ? 1 : 0);
         }
-        written.push_back(std::move(section));
     }
+    cfg->CommitKey(countKey);
 }
 
 void TCFrequencyListPersistency::Restore() {

@@ -117,6 +117,7 @@ bool ZANOptions::WriteToCfg() {
         return false;
     }
     station->SetString(u"DevOptions"_s, GetOptionsAsString());
+    station->CommitKey(u"DevOptions"_s);
     return true;
 }
 
