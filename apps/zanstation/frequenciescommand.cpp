@@ -127,7 +127,10 @@ bool CanRestore(const ICfg& store) {
 std::vector<NamedChannel> Restore() {
     ValueTrafficControlFrequencyList* const list = GetList();
     const CfgPtr store = OpenStore();
-    if (store && CanRestore(*store)) {
+    if (!store) {
+        return {};
+    }
+    if (CanRestore(*store)) {
         GetPersistency(list).Restore();
     }
     const QStringList entries = GetPersistency(list).GetEntryNames();

@@ -54,10 +54,14 @@ QString GetOutputFile(const RunOptions& options) {
 /// The files that the station has in the directory of its settings, or will have there.
 QStringList FindOwnFiles(const QString& directory) {
     QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(Station::ADDRESS)};
-    for (const QString& settings :
-         {directory + u"/Application.ini"_s, directory + u"/TrafficControl.ini"_s}) {
-        files += {settings, settings + u".lock"_s, settings + u".saving"_s};
+    for (const QString& name : {u"/Application.ini"_s, u"/TrafficControl.ini"_s}) {
+        // A link is saved where it leads to.
+        const QString place = QFileInfo(directory + name).canonicalFilePath();
+        for (const QString& settings : {directory + name, place.isEmpty() ? directory + name : place}) {
+            files += {settings, settings + u".lock"_s, settings + u".saving"_s};
+        }
     }
+    files.removeDuplicates();
     for (const QString& place : {directory, directory + u"/ZANControl"_s}) {
         for (const QFileInfo& file :
              QDir(place).entryInfoList({u"*.ini*"_s, u"station.lock"_s, u"commandlog-*"_s}, QDir::Files)) {

@@ -172,7 +172,9 @@ bool OutputFile::OpenOrCreate(const QString& name) {
 }
 
 bool OutputFile::OpenStandardOutput() {
-    return Take(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    // A terminal is opened again, so that only this program writes to it without waiting.
+    const int terminal = isatty(STDOUT_FILENO) != 0 ? open("/proc/self/fd/1", FLAGS) : -1;
+    return Take(terminal >= 0 ? terminal : fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
 void OutputFile::Close() {
@@ -202,8 +204,8 @@ bool OutputFile::Lock(const QByteArray& name) {
         ((flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) || !IsNameOf(opened, name))) {
         return FailAndClose(EWOULDBLOCK);
     }
-    // Opening has not waited. Writing does, as far as there is room.
-    fcntl(m_descriptor, F_SETFL, O_APPEND);
+    // Opening has not waited. Writing does, as far as there is room; of a terminal that says little.
+    fcntl(m_descriptor, F_SETFL, isatty(m_descriptor) != 0 ? O_APPEND | O_NONBLOCK : O_APPEND);
     return true;
 }
 
@@ -229,6 +231,7 @@ std::size_t OutputFile::Write(std::string_view lines) {
         if (taken > 0) {
             written += static_cast<std::size_t>(taken);
         } else if (errno != EINTR) {
+            m_isStalled = errno == EAGAIN;
             m_error = errno;
             break;
         }

@@ -34,6 +34,7 @@ constexpr unsigned long POLL_MS = 2;
 constexpr mode_t ALL_PERMISSIONS = 07777;
 constexpr QStringView MOUNTED = u"it is mounted by itself; mount its folder";
 constexpr QStringView BEING_WRITTEN = u"other programs go on writing it";
+constexpr QStringView HALF = u"another program was writing it when it was read at the start";
 constexpr int RETRY_MS = 1000;
 constexpr QChar BEHIND_SLASH(u'/' + 1); // the next character in the order of the keys
 
@@ -57,6 +58,15 @@ bool IsBeingWritten(int handle) {
     }
     fcntl(handle, F_SETLEASE, F_UNLCK);
     return false;
+}
+
+bool IsBeingWritten(const QString& path) {
+    const int handle = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    const bool isBeingWritten = handle >= 0 && IsBeingWritten(handle);
+    if (handle >= 0) {
+        close(handle);
+    }
+    return isBeingWritten;
 }
 
 FileStamp Stamp(const struct stat& status) {
@@ -289,6 +299,10 @@ bool SettingsFile::Save(QDeadlineTimer deadline) {
     if (m_path.isEmpty() || m_writeBacks > 0) {
         return false;
     }
+    if (m_isHalf) {
+        Report(HALF.toString(), u"are lost when the program ends"_s);
+        return false;
+    }
     FindPlace();
     const SettingsLock::Result lock = Lock(deadline);
     QString reason;
@@ -354,7 +368,7 @@ QString SettingsFile::WriteUnderLock(QDeadlineTimer deadline) {
         if (!reason.isEmpty()) {
             return reason;
         }
-        if (Stamp(m_path) == m_stamp) {
+        if (Stamp(m_path) == m_stamp && !IsBeingWritten(m_path)) {
             reason = PutInPlace(m_path);
             if (reason.isEmpty()) {
                 m_bytes = bytes;
@@ -387,11 +401,13 @@ QString SettingsFile::Read(QDeadlineTimer deadline) {
     if (!content.problem.isEmpty()) {
         return content.problem;
     }
-    // At the start it is better than nothing: most likely somebody has forgotten to close it.
     if (content.isBeingWritten && m_isOpen) {
         m_busyReason = BEING_WRITTEN.toString();
         return m_busyReason;
     }
+    // At the start it is better than nothing. What is not in it may be on its way, though, so that the
+    // defaults that are set in its place are not to be saved.
+    m_isHalf = m_isHalf || content.isBeingWritten;
     m_stamp = content.stamp;
     if (content.bytes != m_bytes) {
         m_bytes = std::move(content.bytes);

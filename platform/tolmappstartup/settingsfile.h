@@ -104,6 +104,7 @@ private:
     int m_writeBacks = 0;
     bool m_isCopyDue = false; // a copy has to be kept before the file is overwritten
     bool m_isOpen = false;    // the first reading is over
+    bool m_isHalf = false;    // what was read first may be half a file
     bool m_isSavePosted = false;
     QBasicTimer m_retry;
 };

@@ -3,6 +3,7 @@
 #include "kwbase/errorhandler.h"
 #include "support/fulldisk.h"
 #include "support/printing.h"
+#include "tolmappstartup/cfgdefault.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -1386,6 +1387,20 @@ TEST_F(CfgCenterTest, FileThatIsOpenForWritingAtTheStartIsReadAsItStands) {
     ASSERT_TRUE(other.open(QFile::ReadWrite));
     Open();
     EXPECT_EQ(App().GetInt(u"Key"_s, 0), 1);
+}
+
+TEST_F(CfgCenterTest, DefaultsOfAStartWhileAnEditorHasEmptiedTheFileDoNotReplaceWhatTheEditorSaves) {
+    WriteFile("");
+    QFile editor(Path());
+    ASSERT_TRUE(editor.open(QFile::ReadWrite));
+    Open();
+    EXPECT_EQ(ReadOrCreateInt(App(), u"Key"_s, 600), 600);
+    editor.write("[General]\nKey=555\n");
+    editor.close();
+    App().CommitKey(u"Key"_s);
+    EXPECT_FALSE(CfgCenter::Close());
+    EXPECT_EQ(ReadFile(), "[General]\nKey=555\n");
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"another program was writing it"));
 }
 
 TEST_F(CfgCenterTest, FileThatAnEditorHasMovedAwayToSaveANewOneIsWaitedFor) {

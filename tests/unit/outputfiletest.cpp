@@ -3,6 +3,7 @@
 #include "support/fewdescriptors.h"
 #include "support/fifo.h"
 #include "support/printing.h"
+#include "support/pseudoterminal.h"
 #include "support/standardoutput.h"
 
 #include <QDir>
@@ -268,6 +269,18 @@ TEST_F(OutputFileTest, ReaderThatTakesNothingIsWaitedForOnceAndGetsWholeLinesOnl
     EXPECT_EQ(fifo.Read().toStdString(), lines.substr(0, written));
     EXPECT_EQ(file.Write("next\n"), 5U);
     EXPECT_EQ(fifo.Read(), "next\n");
+}
+
+TEST_F(OutputFileTest, TerminalThatTakesNothingHoldsNobodyUp) {
+    const PseudoTerminal terminal;
+    OutputFile file;
+    ASSERT_TRUE(file.OpenExisting(terminal.path));
+    std::string lines;
+    while (lines.size() < 300000) { // more than a terminal holds
+        lines += "a line of text\n";
+    }
+    EXPECT_LT(file.Write(lines), lines.size()); // would wait for ever
+    EXPECT_TRUE(file.GetError() == EWOULDBLOCK || file.GetError() == EAGAIN);
 }
 
 TEST_F(OutputFileTest, LongLineForAPipeComesThroughInParts) {
