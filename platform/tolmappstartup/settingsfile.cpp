@@ -34,7 +34,6 @@ constexpr unsigned long POLL_MS = 2;
 constexpr mode_t ALL_PERMISSIONS = 07777;
 constexpr QStringView MOUNTED = u"it is mounted by itself; mount its folder";
 constexpr QStringView BEING_WRITTEN = u"other programs go on writing it";
-constexpr QStringView HALF = u"another program was writing it when it was read at the start";
 constexpr int RETRY_MS = 1000;
 constexpr QChar BEHIND_SLASH(u'/' + 1); // the next character in the order of the keys
 
@@ -254,11 +253,12 @@ void SettingsFile::SetText(const QString& key, const QString& text) {
     }
     const auto pending = m_pending.find(key);
     if (m_writeBacks == 0) {
-        m_pending.insert(key, {text, std::nullopt});
+        // Half a file may lack what is on its way, for which a default is set then.
+        m_pending.insert(key, {text, std::nullopt, m_isHalf && !m_texts.contains(key)});
     } else if (pending != m_pending.end()) {
         pending->text = text;
     } else {
-        m_pending.insert(key, {text, GetKnown(key)});
+        m_pending.insert(key, {text, GetKnown(key), m_isHalf && !m_texts.contains(key)});
     }
     SetKnown(key, text);
     PostSave();
@@ -299,10 +299,6 @@ bool SettingsFile::Save(QDeadlineTimer deadline) {
     if (m_path.isEmpty() || m_writeBacks > 0) {
         return false;
     }
-    if (m_isHalf) {
-        Report(HALF.toString(), u"are lost when the program ends"_s);
-        return false;
-    }
     FindPlace();
     const SettingsLock::Result lock = Lock(deadline);
     QString reason;
@@ -316,6 +312,7 @@ bool SettingsFile::Save(QDeadlineTimer deadline) {
         }
     }
     if (reason.isEmpty()) {
+        ReportWhatGaveWay();
         m_pending.clear();
         m_reportedReason.clear();
         return true;
@@ -405,9 +402,7 @@ QString SettingsFile::Read(QDeadlineTimer deadline) {
         m_busyReason = BEING_WRITTEN.toString();
         return m_busyReason;
     }
-    // At the start it is better than nothing. What is not in it may be on its way, though, so that the
-    // defaults that are set in its place are not to be saved.
-    m_isHalf = m_isHalf || content.isBeingWritten;
+    m_isHalf = content.isBeingWritten; // at the start that is better than nothing
     m_stamp = content.stamp;
     if (content.bytes != m_bytes) {
         m_bytes = std::move(content.bytes);
@@ -432,6 +427,9 @@ SettingsTexts SettingsFile::GetChanges() const {
 
 // Whether a text goes into the file in the place of the one that stands there.
 bool SettingsFile::IsChange(const Pending& pending, const QString& theirs) {
+    if (pending.givesWay) {
+        return false;
+    }
     if (!pending.known) {
         return true;
     }
@@ -468,6 +466,22 @@ std::optional<QString> SettingsFile::GetKnown(const QString& key) const {
     }
     const auto before = m_textsBefore.constFind(key);
     return before == m_textsBefore.constEnd() ? std::nullopt : std::optional(*before);
+}
+
+// Says what was set while another program was writing the file, and what that program wrote instead.
+void SettingsFile::ReportWhatGaveWay() {
+    QStringList keys;
+    for (auto pending = m_pending.constBegin(); pending != m_pending.constEnd(); ++pending) {
+        if (pending->givesWay && m_texts.value(pending.key()) != pending->text) {
+            keys.append(pending.key());
+        }
+    }
+    if (!keys.isEmpty()) {
+        ReportHere(u"Another program was writing the settings file "_s + m_path +
+                       u" when it was read; what it wrote stays: "_s +
+                       keys.first(std::min(keys.size(), MAX_KEYS_NAMED)).join(u", ") + u'.',
+                   __LINE__);
+    }
 }
 
 // Says once why the file cannot be saved, and what becomes of what was set.

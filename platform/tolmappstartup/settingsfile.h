@@ -68,6 +68,7 @@ private:
     struct Pending {
         QString text;
         std::optional<QString> known; ///< set while writing back: what this process knew of the key
+        bool givesWay = false;        ///< to what another program was writing when it was set
     };
 
     [[nodiscard]] bool IsBusy() const { return !m_busyReason.isEmpty(); }
@@ -81,6 +82,7 @@ private:
     [[nodiscard]] SettingsTexts GetChanges() const;
     [[nodiscard]] std::optional<QString> GetKnown(const QString& key) const;
     static bool IsChange(const Pending& pending, const QString& theirs);
+    void ReportWhatGaveWay();
     void Report(const QString& reason, const QString& fate);
     void TakeDamage(const QList<DamagedLine>& damage);
     QString KeepCopy();
@@ -104,7 +106,7 @@ private:
     int m_writeBacks = 0;
     bool m_isCopyDue = false; // a copy has to be kept before the file is overwritten
     bool m_isOpen = false;    // the first reading is over
-    bool m_isHalf = false;    // what was read first may be half a file
+    bool m_isHalf = false;    // what was read last may be half a file
     bool m_isSavePosted = false;
     QBasicTimer m_retry;
 };
