@@ -272,6 +272,12 @@ bool OutputFile::HasName(const QString& name) const {
     return fstat(m_descriptor, &opened) == 0 && IsSame(opened, named);
 }
 
+bool OutputFile::HasOtherNames(const QString& name) {
+    struct stat status {};
+    return lstat(SystemName(name).constData(), &status) == 0 &&
+           (S_ISLNK(status.st_mode) || (S_ISREG(status.st_mode) && status.st_nlink > 1));
+}
+
 bool OutputFile::IsFifo(const QString& name) {
     const std::optional<struct stat> status = Status(SystemName(name));
     return status && S_ISFIFO(status->st_mode);

@@ -55,6 +55,8 @@ public:
     /// Takes the last bytes that were written out of a regular file. False when that is not possible.
     bool TakeBack(std::size_t count);
 
+    /// Whether a name is that of a link, or of a file that has another name as well.
+    [[nodiscard]] static bool HasOtherNames(const QString& name);
     /// Whether a name is that of a FIFO.
     [[nodiscard]] static bool IsFifo(const QString& name);
     /// Whether two names are those of one file or FIFO, also through links. Of two files that are not there

@@ -278,6 +278,34 @@ TEST_F(DFDataFileTest, FileThatSomebodyPutInItsPlaceIsAppendedTo) {
     EXPECT_FALSE(QFileInfo::exists(DFDataFile::BackupName(m_name)));
 }
 
+TEST_F(DFDataFileTest, LinkThatIsPutInItsPlaceIsLeftAloneForItMayLeadToAnything) {
+    m_file.Open(m_name);
+    Put("precious\r\n", u".precious"_s);
+    ASSERT_TRUE(QFile::link(m_name + u".precious"_s, m_name + u".link"_s));
+    MoveAway(u".first"_s);
+    ASSERT_TRUE(QFile::rename(m_name + u".link"_s, m_name));
+    EXPECT_TRUE(HasFailedSoon(2));
+    WaitForAttempts();
+    EXPECT_FALSE(m_file.IsOpen());
+    EXPECT_EQ(Contents(u".precious"_s), "precious\r\n");
+
+    ASSERT_TRUE(QFile::remove(m_name));
+    EXPECT_TRUE(IsOpenSoon());
+}
+
+TEST_F(DFDataFileTest, FileOfTwoNamesThatIsPutInItsPlaceIsLeftAlone) {
+    m_file.Open(m_name);
+    Put("precious\r\n", u".precious"_s);
+    MoveAway(u".first"_s);
+    ASSERT_EQ(
+        ::link(QFile::encodeName(m_name + u".precious"_s).constData(), QFile::encodeName(m_name).constData()),
+        0);
+    EXPECT_TRUE(HasFailedSoon(2));
+    WaitForAttempts();
+    EXPECT_FALSE(m_file.IsOpen());
+    EXPECT_EQ(Contents(u".precious"_s), "precious\r\n");
+}
+
 TEST_F(DFDataFileTest, FileInItsPlaceThatAnotherOutputHasOpenIsLeftAloneAndThenAppendedTo) {
     m_file.Open(m_name);
     DFDataFile other(RETRY_MS, WATCH_MS);

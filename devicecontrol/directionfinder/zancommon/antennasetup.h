@@ -12,10 +12,11 @@
 /// Works on lists alone: what the device supports is asked of a predicate, and nothing is published. So a
 /// repair can be shown before it is made (`ZANCharacteristics::ProposeAntennaSetup`,
 /// `ZANCharacteristics::MakeAntennaSetupValid`). Messages are sentences for the user, translated with the
-/// context "ZANCharacteristics", with frequencies in MHz.
+/// context "ZANCharacteristics", with frequencies in MHz. Ranges are taken as they are: what is not a number
+/// comes out as such.
 class ZANCOMMON_EXPORT AntennaSetup {
 public:
-    /// Whether the device can work with an antenna in the range in which it is used.
+    /// Whether the device can work with an antenna in the range in which it is used. Must not be empty.
     using IsSupported = std::function<bool(const AntennaData&)>;
 
     /// What is thought of a setup.

@@ -44,6 +44,7 @@ void DFDataFile::Open(const QString& name) {
     m_name = name;
     m_isStandardOutput = false;
     m_isPreviousKept = false;
+    m_isReplaced = false;
     OpenOrRetry();
 }
 
@@ -72,7 +73,8 @@ void DFDataFile::OnTimer() {
         OpenOrRetry();
     } else if (!m_file.HasName(m_name)) {
         Close();
-        m_isPreviousKept = true; // what stands there now is somebody else's, or of this run
+        m_isPreviousKept = true; // what is there now is somebody else's, or of this run
+        m_isReplaced = true;
         OpenOrRetry();
     }
 }
@@ -85,6 +87,7 @@ void DFDataFile::OpenOrRetry() {
     }
     const QString reason = error == EWOULDBLOCK
                                ? tr("another output writes to it, or it is read as a recording")
+                           : error == EMLINK ? tr("it is a link, or a file that has another name as well")
                            : error == ENXIO && OutputFile::IsFifo(m_name) ? tr("no program reads from it")
                                                                           : qt_error_string(error);
     Fail(tr("Could not open file %1: %2").arg(m_name, reason));
@@ -93,6 +96,9 @@ void DFDataFile::OpenOrRetry() {
 
 /// Returns 0, or the number of the error.
 int DFDataFile::TryToOpen() {
+    if (m_isReplaced && OutputFile::HasOtherNames(m_name)) {
+        return EMLINK;
+    }
     OutputFile previous; // locked until the new file is there
     const bool isThere = previous.OpenExisting(m_name);
     if (!isThere && previous.GetError() != ENOENT) {

@@ -40,8 +40,9 @@ public:
     /// A program that is killed after the one has been moved and before the other is there leaves the
     /// previous file as "<name>.bak" only, which the next opening then takes for an earlier one.
     ///
-    /// What is opened anew after it was removed, moved or replaced is created or appended to; nothing is
-    /// moved.
+    /// What is opened again after it was removed, moved or replaced is created or appended to; nothing is
+    /// moved. A link that was put in its place, or a file that has another name as well, is left alone: it
+    /// may lead to anything.
     void Open(const QString& name);
     /// The same with what the program's standard output is. It is not tried again when its reader has gone.
     void OpenStandardOutput();
@@ -77,6 +78,7 @@ private:
     OutputFile m_file;
     QString m_name;
     bool m_isPreviousKept = false; // so that a further attempt to open moves nothing
+    bool m_isReplaced = false;     // what was open went away while it was open
     bool m_isStandardOutput = false;
     int m_retryMs;
     int m_watchMs;

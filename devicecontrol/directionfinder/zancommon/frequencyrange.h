@@ -21,7 +21,7 @@ struct FrequencyRange {
     [[nodiscard]] constexpr bool Contains(double frequency) const {
         return low <= frequency && frequency <= high;
     }
-    /// Whether both ends of the other range lie within this one.
+    /// Whether the other range begins and ends within this one; one whose ends are reversed may seem to.
     [[nodiscard]] constexpr bool Contains(const FrequencyRange& other) const {
         return low <= other.low && other.high <= high;
     }

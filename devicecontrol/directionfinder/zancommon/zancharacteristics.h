@@ -274,8 +274,9 @@ public:
     /// mode
     [[nodiscard]] FrequencyAdjustment AdjustFrequency(EOperationMode mode, double frequency,
                                                       std::optional<double> bandwidth = std::nullopt);
-    /// What becomes of a frequency range that is asked for, and why. Nothing is changed.
-    /// \param realtimeBandwidth that the sample mode must have; below 1 Hz it restricts nothing
+    /// What becomes of a frequency range that is asked for, and why. Nothing is changed. The range is taken
+    /// as it is: whether its low end is below its high end is for the caller to check. \param
+    /// realtimeBandwidth that the sample mode must have; below 1 Hz it restricts nothing
     [[nodiscard]] RangeAdjustment AdjustFrequencyRange(EOperationMode mode, const FrequencyRange& asked,
                                                        double realtimeBandwidth, EAdjustMode adjustMode);
     /// Whether the device supports an antenna over the range in which it is used, and if not, why: decided by

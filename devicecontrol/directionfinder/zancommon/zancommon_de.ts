@@ -67,6 +67,10 @@
         <translation>eine andere Ausgabe schreibt darin, oder sie wird als Aufzeichnung gelesen</translation>
     </message>
     <message>
+        <source>it is a link, or a file that has another name as well</source>
+        <translation>sie ist eine Verknüpfung oder eine Datei, die noch einen anderen Namen hat</translation>
+    </message>
+    <message>
         <source>no program reads from it</source>
         <translation>kein Programm liest daraus</translation>
     </message>
