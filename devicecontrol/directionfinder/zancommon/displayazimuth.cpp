@@ -3,21 +3,13 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
 #include "valueframework/valuetypes.h"
-#include "zancommon/zanvaluenames.h"
+#include "zancommon/zanpath.h"
 
 using namespace StdDeviceDefinition;
 
-namespace {
-
-QString ServerPath(const ValueDescriptor& descriptor) {
-    return ZANPath::SERVER.toString() + descriptor.PathName();
-}
-
-} // namespace
-
 bool DisplayAzimuth::Adjust(unsigned short& azimuth, int displayMode) {
-    static const QString declinationPath = ServerPath(g_vdDeclination);
-    static const QString headingSourcePath = ServerPath(g_vdHeaSource);
+    static const QString declinationPath = ZANPath::Server(g_vdDeclination);
+    static const QString headingSourcePath = ZANPath::Server(g_vdHeaSource);
     const auto* const declinationValue = Tree::Instance()->Find<ValueNumericInt>(declinationPath);
     // Which source the heading comes from makes no difference; that there is none does.
     if (!declinationValue || !Tree::Instance()->Find<ValueSelection>(headingSourcePath)) {

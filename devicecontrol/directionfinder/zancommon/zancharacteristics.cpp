@@ -18,7 +18,7 @@
 #include "zancommon/selectionfiller.h"
 #include "zancommon/truncation.h"
 #include "zancommon/zancharacteristicstools.h"
-#include "zancommon/zanvaluenames.h"
+#include "zancommon/zanpath.h"
 
 #include <QDateTime>
 
@@ -34,10 +34,6 @@ namespace {
 const QString& TraceOrigin() {
     static const QString origin = u"devicecontrol\\directionfinder\\zancommon\\zancharacteristics"_s;
     return origin;
-}
-
-QString ServerPath(const ValueDescriptor& descriptor) {
-    return ZANPath::SERVER.toString() + descriptor.PathName();
 }
 
 /// The values of a list of resolution bandwidths, which ends at the first value that is not above 0.
@@ -117,7 +113,7 @@ bool ZANCharacteristics::ConnectToValues() {
     m_pDevMaxChannelCount =
         attach(tree.Find<ValueNumericInt>(m_baseValuePath + g_vdDevMaxChannelCount.PathName()));
     m_pCfgModifyTime = attach(tree.Find<ValueString>(m_baseValuePath + g_vdCfgModifyTime.PathName()));
-    m_pPolarisation = attach(tree.Find<ValueString>(ServerPath(g_vdPolarisation)));
+    m_pPolarisation = attach(tree.Find<ValueString>(ZANPath::Server(g_vdPolarisation)));
     return m_pCfgNode && m_pDevType && m_pDevMaxChannelCount && m_pCfgModifyTime;
 }
 
