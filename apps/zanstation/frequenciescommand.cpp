@@ -20,6 +20,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
+using ZANPlatform::GetOrCreateValue;
 
 namespace {
 

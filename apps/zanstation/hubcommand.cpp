@@ -12,6 +12,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
+using ZANPlatform::GetOrCreateValue;
 
 namespace {
 

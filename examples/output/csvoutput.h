@@ -39,7 +39,7 @@ private:
     void Write(const BearingResult& bearing);
     void Fail(const QString& error);
 
-    ValuePtr<ValueBearing> m_bearing;
+    ZANPlatform::ValuePtr<ValueBearing> m_bearing;
     QFile m_file;
     QPointer<QLineEdit> m_addressEdit;
     quint64 m_lineCount = 0;

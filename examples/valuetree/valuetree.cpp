@@ -8,6 +8,8 @@
 
 #include <cstdio>
 
+using ZANPlatform::ValuePtr;
+
 namespace {
 
 class HeadingDisplay : public IObserver {

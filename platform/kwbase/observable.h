@@ -11,6 +11,11 @@
 
 class Observable;
 
+namespace ZANPlatform {
+template <class T>
+class ObservablePtr;
+} // namespace ZANPlatform
+
 /// Receives the changes of the subjects that it has been added to.
 ///
 /// An observer that is destroyed detaches itself from all its subjects; a subject that is destroyed forgets
@@ -85,7 +90,7 @@ protected:
 private:
     friend class IObserver;
     template <class T>
-    friend class ObservablePtr;
+    friend class ZANPlatform::ObservablePtr;
 
     struct Pass;
     void NotifyAll(TChangeCode code, IObserver* originator);
@@ -104,6 +109,8 @@ inline void Observable::NotifyObservers(TChangeCode code, IObserver* originator)
         NotifyAll(code, originator);
     }
 }
+
+namespace ZANPlatform {
 
 /// A pointer to an observable object that becomes null when the object is destroyed.
 ///
@@ -128,3 +135,5 @@ private:
     T* m_pObject = nullptr;
     std::shared_ptr<Observable*> m_pSelf;
 };
+
+} // namespace ZANPlatform

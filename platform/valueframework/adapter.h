@@ -31,5 +31,5 @@ public:
 private:
     static void TraceMissing(const ValueDescriptor& descriptor);
 
-    ObservablePtr<Node> m_pNode;
+    ZANPlatform::ObservablePtr<Node> m_pNode;
 };

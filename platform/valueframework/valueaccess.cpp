@@ -11,6 +11,8 @@ constexpr TraceSource TRACE(u"valueframework\\valueclasses\\valueobservermacros"
 
 } // namespace
 
+namespace ZANPlatform {
+
 namespace ValueAccess {
 
 void TraceRefusedValue(const QString& path) {
@@ -37,3 +39,5 @@ Node* CreateNode(const ValueDescriptor& descriptor, IObserver* originator) {
     throw KWException(u"Could not create node according to value descriptor %1."_s.arg(descriptor.PathName()),
                       TRACE.GetPath(), {}, u"CreateNode"_s, 175, KWException::NO_CODE);
 }
+
+} // namespace ZANPlatform

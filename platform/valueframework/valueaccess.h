@@ -13,7 +13,9 @@
 /// The ways in which the library gets at its values. Everything belongs to the thread of the value tree, and
 /// what is returned is owned by the tree.
 
-/// What the templates below stand on.
+namespace ZANPlatform {
+
+/// What the templates below call.
 namespace ValueAccess {
 
 /// Traces that the tree has refused a new value at this path.
@@ -63,3 +65,5 @@ T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator = nullpt
 /// Creates the node of a descriptor, or returns the one that stands at its place already. Throws
 /// `KWException` when it could not be made. Never null.
 ZANPLATFORM_EXPORT Node* CreateNode(const ValueDescriptor& descriptor, IObserver* originator = nullptr);
+
+} // namespace ZANPlatform

@@ -13,6 +13,8 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::ObservablePtr;
+using ZANPlatform::ReadInteger;
 
 /// The time-driven delivery of a value's changes.
 struct ValueBase::Timing {

@@ -128,7 +128,7 @@ private:
     TValueState m_state = TValueState::Valid;
     int m_transactions = 0;
     std::unique_ptr<Timing> m_pTiming; // null while changes are delivered at once
-    ObservablePtr<ITreeItem> m_pDeleteObserver;
+    ZANPlatform::ObservablePtr<ITreeItem> m_pDeleteObserver;
 };
 
 /// A group of changes of one value; its end tells the observers. It may outlive the value and the originator.
@@ -144,7 +144,7 @@ public:
     ~ValueTransaction();
 
 private:
-    ObservablePtr<ValueBase> m_pValue;
+    ZANPlatform::ObservablePtr<ValueBase> m_pValue;
     std::vector<TChangeCode> m_codes;
     ObserverPtr m_pOriginator;
 };

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+using ZANPlatform::ReadInteger;
+
 namespace {
 
 QString Number(double number) {

@@ -22,6 +22,8 @@
 ///
 /// Formats know nothing of languages: numbers stand in them as in the "C" locale. From any thread.
 
+namespace ZANPlatform {
+
 /// Reads a whole decimal number. False, with the number unchanged, when the text is none or does not fit.
 template <class T>
 bool ReadInteger(const QString& text, T& number) {
@@ -40,6 +42,8 @@ bool ReadInteger(const QString& text, T& number) {
     number = static_cast<T>(wide);
     return true;
 }
+
+} // namespace ZANPlatform
 
 /// "0" and "1"; reads "true" and "false", in any case, as well.
 template <class T>
@@ -62,7 +66,9 @@ template <class T>
 struct FormatInt {
     static constexpr ValueType TYPE = ValueType::Int;
     static QString ToString(const T& content) { return QString::number(content); }
-    static bool FromString(const QString& text, T& content) { return ReadInteger(text, content); }
+    static bool FromString(const QString& text, T& content) {
+        return ZANPlatform::ReadInteger(text, content);
+    }
     static bool IsChange(const T& before, const T& after) { return before != after; }
 };
 
@@ -102,7 +108,9 @@ template <class T>
 struct FormatTimeStamp {
     static constexpr ValueType TYPE = ValueType::TimeStamp;
     static QString ToString(const T& content) { return QString::number(content); }
-    static bool FromString(const QString& text, T& content) { return ReadInteger(text, content); }
+    static bool FromString(const QString& text, T& content) {
+        return ZANPlatform::ReadInteger(text, content);
+    }
     static bool IsChange(const T& before, const T& after) { return before != after; }
 };
 

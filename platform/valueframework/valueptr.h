@@ -7,6 +7,8 @@
 
 #include <type_traits>
 
+namespace ZANPlatform {
+
 /// A value (or node) of the tree that somebody works with: found by its path, observed if that is wanted, let
 /// go when it goes away. Null before and afterwards, also when the value was destroyed without a notice.
 ///
@@ -91,3 +93,5 @@ private:
     ObservablePtr<T> m_value;
     ObserverPtr m_observer;
 };
+
+} // namespace ZANPlatform

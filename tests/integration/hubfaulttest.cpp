@@ -18,6 +18,8 @@
 
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
+using ZANPlatform::CreateValue;
+using ZANPlatform::GetOrCreateValue;
 
 // What survives when the message hub is gone, with a client that talks to it over TCP.
 

@@ -17,6 +17,8 @@
 
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
+using ZANPlatform::CreateValue;
+using ZANPlatform::GetOrCreateValue;
 
 // The manager with a client that is loaded at run time, as the application's is.
 

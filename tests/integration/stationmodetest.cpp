@@ -12,6 +12,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
+using ZANPlatform::GetOrCreateValue;
 
 TEST(StationMode, IsScanWhereverThatStandsInTheList) {
     const QTemporaryDir directory;

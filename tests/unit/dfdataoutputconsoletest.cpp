@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::GetOrCreateValue;
 
 TEST(DFDataOutputConsole, WithoutAQApplicationThereIsNoPanelAndTheOutputWorks) {
     const QTemporaryDir directory;

@@ -36,6 +36,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::GetOrCreateValue;
 
 namespace {
 

@@ -21,6 +21,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::GetOrCreateValue;
 
 void PrintTo(const QuadFloat& entry, std::ostream* out) {
     *out << '(' << entry.first << ' ' << entry.second << ' ' << entry.third << ' ' << entry.fourth << ')';

@@ -7,6 +7,8 @@
 #include <memory>
 #include <type_traits>
 
+using ZANPlatform::ObservablePtr;
+
 namespace {
 
 using Log = std::vector<std::string>;

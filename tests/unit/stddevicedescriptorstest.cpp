@@ -13,6 +13,7 @@
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
 using StdDeviceTree::Ant;
+using ZANPlatform::GetOrCreateValue;
 
 namespace {
 

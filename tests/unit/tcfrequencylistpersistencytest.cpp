@@ -17,6 +17,7 @@
 using namespace Qt::StringLiterals;
 using KvZANCommon::TCFrequencyListPersistency;
 using List = ValueTrafficControlFrequencyList;
+using ZANPlatform::GetOrCreateValue;
 
 void PrintTo(const TrafficControlFrequency& entry, std::ostream* out) {
     *out << entry.GetChannelID() << ' ' << std::fixed << entry.GetFrequency() << ' '

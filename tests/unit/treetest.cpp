@@ -16,6 +16,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::ObservablePtr;
 
 namespace {
 

@@ -8,6 +8,9 @@
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::CreateNode;
+using ZANPlatform::CreateValue;
+using ZANPlatform::GetOrCreateValue;
 
 namespace {
 

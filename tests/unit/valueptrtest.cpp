@@ -9,6 +9,8 @@
 #include <memory>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::GetOrCreateValue;
+using ZANPlatform::ValuePtr;
 
 namespace {
 

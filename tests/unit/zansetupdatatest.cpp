@@ -20,6 +20,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
+using ZANPlatform::GetOrCreateValue;
 
 namespace {
 

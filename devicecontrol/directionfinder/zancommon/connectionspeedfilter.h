@@ -25,7 +25,7 @@ public:
     void Apply(unsigned count, Bearing* bearings) const;
 
 private:
-    ValuePtr<ValueInt> m_pConnectionSpeed;
+    ZANPlatform::ValuePtr<ValueInt> m_pConnectionSpeed;
 };
 
 } // namespace KvZANCommon

@@ -1,6 +1,7 @@
 #include "zancommon/dfdatavalues.h"
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::ValuePtr;
 
 namespace {
 

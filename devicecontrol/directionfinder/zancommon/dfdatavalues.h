@@ -39,16 +39,16 @@ public:
 private:
     using DoubleValue = Value<double, FormatFloat<double>>;
 
-    ValuePtr<ValueBearing> m_bearing;
-    ValuePtr<ValueInt> m_heading;
-    ValuePtr<DoubleValue> m_altitude;
-    ValuePtr<DoubleValue> m_roll;
-    ValuePtr<DoubleValue> m_pitch;
-    ValuePtr<ValueTimeStamp> m_positionTime;
-    ValuePtr<DoubleValue> m_latitude;
-    ValuePtr<DoubleValue> m_longitude;
-    ValuePtr<ValueBearingList> m_emitters;
-    ValuePtr<ValueSelection> m_superResolution;
-    ValuePtr<ValueBase> m_emitterCount; // no part of a sentence
-    ValuePtr<ValueSelection> m_operationMode;
+    ZANPlatform::ValuePtr<ValueBearing> m_bearing;
+    ZANPlatform::ValuePtr<ValueInt> m_heading;
+    ZANPlatform::ValuePtr<DoubleValue> m_altitude;
+    ZANPlatform::ValuePtr<DoubleValue> m_roll;
+    ZANPlatform::ValuePtr<DoubleValue> m_pitch;
+    ZANPlatform::ValuePtr<ValueTimeStamp> m_positionTime;
+    ZANPlatform::ValuePtr<DoubleValue> m_latitude;
+    ZANPlatform::ValuePtr<DoubleValue> m_longitude;
+    ZANPlatform::ValuePtr<ValueBearingList> m_emitters;
+    ZANPlatform::ValuePtr<ValueSelection> m_superResolution;
+    ZANPlatform::ValuePtr<ValueBase> m_emitterCount; // no part of a sentence
+    ZANPlatform::ValuePtr<ValueSelection> m_operationMode;
 };

@@ -7,6 +7,7 @@
 #include <cmath>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::GetOrCreateValue;
 
 namespace {
 

@@ -41,5 +41,5 @@ public:
     void Publish();
 
 private:
-    ObservablePtr<ValueQuadFloatList> m_pFilterRangesForDisplay;
+    ZANPlatform::ObservablePtr<ValueQuadFloatList> m_pFilterRangesForDisplay;
 };

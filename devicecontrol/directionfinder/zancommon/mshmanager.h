@@ -58,8 +58,8 @@ private:
     static void CommonMshInit(IMshClientDll* pMshClientDll, const QString& name);
     void UpdateMshReceiverRange();
 
-    IDllInstance* m_pSender = nullptr;            // made and destroyed by CfgCenter
-    IMshClientDll* m_pReceiver = nullptr;         // made and destroyed by CfgCenter
-    ValuePtr<ValueNumericDouble> m_pMinFrequency; // Hz
-    ValuePtr<ValueNumericDouble> m_pMaxFrequency; // Hz
+    IDllInstance* m_pSender = nullptr;                         // made and destroyed by CfgCenter
+    IMshClientDll* m_pReceiver = nullptr;                      // made and destroyed by CfgCenter
+    ZANPlatform::ValuePtr<ValueNumericDouble> m_pMinFrequency; // Hz
+    ZANPlatform::ValuePtr<ValueNumericDouble> m_pMaxFrequency; // Hz
 };

@@ -1,5 +1,7 @@
 #include "zancommon/ohpparamssynchronizer.h"
 
+using ZANPlatform::ObservablePtr;
+
 namespace KvZANCommon {
 
 namespace {

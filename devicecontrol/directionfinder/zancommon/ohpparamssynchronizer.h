@@ -23,8 +23,8 @@ public:
     void Update(Observable* subject, TChangeCode code) override;
 
 private:
-    ObservablePtr<OverheadPassParams> m_pFirst;
-    ObservablePtr<OverheadPassParams> m_pSecond;
+    ZANPlatform::ObservablePtr<OverheadPassParams> m_pFirst;
+    ZANPlatform::ObservablePtr<OverheadPassParams> m_pSecond;
 };
 
 } // namespace KvZANCommon

@@ -7,6 +7,8 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::GetOrCreateValue;
+using ZANPlatform::ValuePtr;
 
 namespace KvZANCommon {
 

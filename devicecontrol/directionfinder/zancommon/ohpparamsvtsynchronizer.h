@@ -41,9 +41,9 @@ private:
     void WriteThreshold();
     void WriteToTree();
 
-    ObservablePtr<OverheadPassParams> m_pParams;
-    ValuePtr<ValueNumericInt> m_pThreshold;
-    ValuePtr<ValueBool> m_pValid;
+    ZANPlatform::ObservablePtr<OverheadPassParams> m_pParams;
+    ZANPlatform::ValuePtr<ValueNumericInt> m_pThreshold;
+    ZANPlatform::ValuePtr<ValueBool> m_pValid;
 };
 
 } // namespace KvZANCommon

@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+using ZANPlatform::ValuePtr;
+
 namespace KvZANCommon {
 
 namespace {

@@ -49,12 +49,12 @@ private:
     [[nodiscard]] bool RollThresholdExceeded() const;
     void ReportRejection() const;
 
-    ValuePtr<ValueNumericDouble> m_pPitch;
-    ValuePtr<ValueNumericDouble> m_pRoll;
-    ValuePtr<ValueNumericDouble> m_pPitchThreshold;
-    ValuePtr<ValueNumericDouble> m_pRollThreshold;
-    ValuePtr<ValueBool> m_pDataValid;
-    ValuePtr<ValueString> m_pDataStateInfo;
+    ZANPlatform::ValuePtr<ValueNumericDouble> m_pPitch;
+    ZANPlatform::ValuePtr<ValueNumericDouble> m_pRoll;
+    ZANPlatform::ValuePtr<ValueNumericDouble> m_pPitchThreshold;
+    ZANPlatform::ValuePtr<ValueNumericDouble> m_pRollThreshold;
+    ZANPlatform::ValuePtr<ValueBool> m_pDataValid;
+    ZANPlatform::ValuePtr<ValueString> m_pDataStateInfo;
 };
 
 } // namespace KvZANCommon

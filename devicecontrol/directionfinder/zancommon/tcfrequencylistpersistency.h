@@ -39,7 +39,7 @@ public:
     [[nodiscard]] QStringList GetEntryNames() const;
 
 private:
-    ObservablePtr<ValueTrafficControlFrequencyList> m_pList;
+    ZANPlatform::ObservablePtr<ValueTrafficControlFrequencyList> m_pList;
     QString m_name;
     ICfg::View m_view;
 };

@@ -9,7 +9,7 @@ namespace ZANServer {
 /// throws the `KWException` of `CreateValue`.
 template <class T>
 T* ServerValue(const ValueDescriptor& descriptor) {
-    return CreateValue<T>(ZANPath::SERVER.toString(), descriptor, nullptr);
+    return ZANPlatform::CreateValue<T>(ZANPath::SERVER.toString(), descriptor, nullptr);
 }
 
 } // namespace ZANServer

@@ -26,6 +26,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::ReadInteger;
 
 namespace ZANServer {
 

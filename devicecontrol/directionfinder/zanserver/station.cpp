@@ -20,6 +20,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using ZANPlatform::GetOrCreateValue;
 
 namespace ZANServer {
 using StdDeviceDefinition::EBranch;
