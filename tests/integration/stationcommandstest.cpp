@@ -1012,6 +1012,8 @@ TEST_F(StationCommands, BashCompletesCommandsOptionsValuesAndFiles) {
     EXPECT_EQ(Complete({u"tune"_s, u"--mode"_s, u"s"_s}, here), (QStringList{u"scan"_s, u"search"_s}));
     EXPECT_EQ(Complete({u"antennas"_s, u""_s}, here),
               (QStringList{u"check"_s, u"disable"_s, u"enable"_s, u"list"_s, u"range"_s, u"repair"_s}));
+    EXPECT_EQ(Complete({u"antennas"_s, u"--json"_s, u"--config=settings"_s, u"c"_s}, here),
+              QStringList{u"check"_s});
     EXPECT_EQ(Complete({u"antennas"_s, u"repair"_s, u"--d"_s}, here), QStringList{u"--dry-run"_s});
     EXPECT_EQ(Complete({u"run"_s, u"--recording"_s, u"two"_s}, here), QStringList{u"two words.csv"_s});
     EXPECT_EQ(Complete({u"device"_s, u"--config"_s, u"s"_s}, here), QStringList{u"settings"_s});
@@ -1044,4 +1046,8 @@ TEST_F(StationCommands, BashCompletesTheAntennasOfTheStation) {
               QStringList{u"PX110"_s});
     EXPECT_EQ(Complete({u"antennas"_s, u"--config"_s, u"config"_s, u"range"_s, u"PX110"_s, u""_s}, here),
               QStringList());
+    EXPECT_EQ(
+        Complete({u"antennas"_s, u"enable"_s, u"--json"_s, u"--config"_s, u"config"_s, u"PX11"_s}, here),
+        QStringList{u"PX110"_s})
+        << "options may come between";
 }
