@@ -22,7 +22,7 @@ public:
 };
 
 /// The log of the commands that the application exchanges with one DF device: a text file
-/// "ZANControl/commandlog-<address>.txt" below the current directory.
+/// "ZANControl/commandlog-ADDRESS.txt" below the current directory.
 ///
 /// Lines begin with the local time of day. A start, and a file that has grown beyond its limit, move the log
 /// into a backup beside it that is named after date and time in UTC, with milliseconds without leading zeros:

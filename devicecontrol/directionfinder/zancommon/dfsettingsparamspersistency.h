@@ -9,9 +9,9 @@ namespace KvZANCommon {
 
 class DFSettingsParams;
 
-/// Keeps DF settings in a settings file of their own, in the sub-configuration "DFSettings" under the integer
-/// keys "DFBandwidthKey", "DFModeKey", "UpdateIntervalKey" and "LevelThreshold" (dB). Belongs to the
-/// application's main thread.
+/// Keeps DF settings in a separate settings file. They are in the sub-configuration "DFSettings" under
+/// the integer keys "DFBandwidthKey", "DFModeKey", "UpdateIntervalKey" and "LevelThreshold" (dB). Belongs to
+/// the application's main thread.
 class ZANCOMMON_EXPORT DFSettingsParamsPersistency {
 public:
     /// \param params is not owned and must outlive this object.

@@ -6,9 +6,9 @@ namespace KvZANCommon {
 
 class OverheadPassParams;
 
-/// Keeps overhead-pass parameters in the application's settings, in the sub-configuration "OverheadPass"
-/// under the keys "Threshold" (integer, tenths of a degree) and "Valid" (boolean). Belongs to the
-/// application's main thread.
+/// Keeps overhead-pass parameters in the application's settings. They are in the sub-configuration
+/// "OverheadPass" under the keys "Threshold" (integer, tenths of a degree) and "Valid" (boolean). Belongs to
+/// the application's main thread.
 class ZANCOMMON_EXPORT OHPParamsPersistency {
 public:
     /// \param params is not owned and must outlive this object.

@@ -5,9 +5,9 @@
 
 #include <QString>
 
-/// The settings of each DF device that the application has been connected to, found by the device's address:
-/// the sections "ZANStations/ZANStation0", "ZANStation1" and so on of the application's settings. Belongs to
-/// the application's main thread.
+/// The settings of each DF device that the application has been connected to, found by the device's address.
+/// They are the sections "ZANStations/ZANStation0", "ZANStation1" and so on of the application's settings.
+/// Belongs to the application's main thread.
 class ZANCOMMON_EXPORT StationCfg {
 public:
     /// The section of the device with this address; "Default" stands for an empty address. Addresses are

@@ -10,8 +10,8 @@
 
 namespace KvZANCommon {
 
-/// Keeps a list of traffic-control frequencies in a settings file, in the sub-configuration
-/// "TrafficControlFrequencies": the number of entries under "TCFrequencyCount", and for each of them a
+/// Keeps a list of traffic-control frequencies in a settings file. The sub-configuration
+/// "TrafficControlFrequencies" has the number of entries under "TCFrequencyCount", and for each of them a
 /// sub-configuration "TCFrequency_0", "TCFrequency_1" and so on with "ChannelID", "Frequency" (Hz) and
 /// "Alarm" (1 or 0). Belongs to the application's main thread.
 class ZANCOMMON_EXPORT TCFrequencyListPersistency {

@@ -12,9 +12,10 @@
 
 namespace ZANServer {
 
-/// Writes a bearing recording that `RecordingReader` reads back, at the precision of the columns: positions
-/// to 7 decimals, the level to 2, azimuth, elevation, attitude and altitude to 1, the quality to 0, time and
-/// frequency in full.
+/// Writes a bearing recording that `RecordingReader` reads back.
+///
+/// Each column has its precision: positions 7 decimals, the level 2, azimuth, elevation, attitude and
+/// altitude 1, the quality 0; time and frequency are written in full.
 ///
 /// The file appears under its name with `Commit` only; until then, and when anything goes wrong, what stood
 /// there before stays.
