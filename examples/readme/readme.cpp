@@ -1,15 +1,9 @@
-// The shortest ways from a bearing to a sentence and from a wanted range to a valid one. Its settings and its
-// sentences stand below the current directory.
+// The shortest way from a bearing to a sentence. Settings and sentences are below the current directory.
 
 #include <stddevicedefinition/stddevicedescriptors.h>
 #include <tolmappstartup/cfgcenter.h>
 #include <valueframework/tree.h>
 #include <zancommon/dfdataoutput.h>
-
-#include <zancommon/zaninformationcenter.h>
-#include <zancommon/zanoptions.h>
-
-#include <zancommon/antennadatalist.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -49,35 +43,6 @@ void SendBearing() {
     azimuth->SetValue(bearing); // writes one sentence
 }
 
-/// What the device connection does.
-void PublishDevice() {
-    const QString path = QStringLiteral("/DEVICES/ZANServer");
-    StdDeviceDefinition::CreateBranch(StdDeviceDefinition::EBranch::DEVICE, path);
-    AntennaDataList antennas(path, {});
-    AntennaData antenna;
-    antenna.name = QStringLiteral("PX106");
-    antenna.converterTypeName = QStringLiteral("RCV03");
-    antenna.minFreq = antenna.minRange = 30e6; // Hz
-    antenna.maxFreq = antenna.maxRange = 1300e6;
-    antennas.AddAntenna(antenna);
-    antennas.WriteAntennasToValueTree({});
-}
-
-void FindRange() {
-    // The device connection has published type, options and antennas below "/DEVICES/ZANServer".
-    ZANOptions::Instance()->ReadFromValueTree(QStringLiteral("/DEVICES/ZANServer/DevAttr/DevOptions"));
-    ZANCharacteristics& device = ZANInformationCenter::Instance()->GetZANCharacteristics();
-    device.SetBase_ValuePath(QStringLiteral("/DEVICES/ZANServer"), true);
-
-    double start = 25e6, stop = 35e6, bandwidth = ZANCharacteristics::fBANDWIDTH_ANY, unused = 0.0; // Hz
-    const AntennaData* antenna = device.ToNextValidFrequencyRange(OPMODE_SCAN, start, stop, bandwidth, unused,
-                                                                  ZANCharacteristics::ADJUST_UP);
-    if (antenna) { // start and stop are valid now
-        const EZANSampleMode mode = device.GetBestSampleMode(OPMODE_SCAN, start, stop, bandwidth);
-        std::printf("%.0f Hz to %.0f Hz, sample mode %d\n", start, stop, static_cast<int>(mode));
-    }
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -85,9 +50,5 @@ int main(int argc, char** argv) {
     WriteSettings();
     SendBearing();
     PrintSentences();
-    PublishDevice();
-    FindRange();
-    ZANInformationCenter::Finalise();
-    ZANOptions::Finalise();
     return CfgCenter::Close() ? 0 : 1;
 }
