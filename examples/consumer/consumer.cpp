@@ -1,6 +1,6 @@
 // A small application on the library: it publishes a device with two antennas, moves a wanted range to a
-// valid one, rejects a bearing from overhead, and writes the sentences of the others. It knows neither its
-// heading nor its position, and says so.
+// valid one, rejects a bearing from overhead, and writes the sentences of the others. It declares its heading
+// and position as not measured.
 
 #include <stddevicedefinition/stddevicedescriptors.h>
 #include <tolmappstartup/cfgcenter.h>
@@ -47,8 +47,8 @@ void PublishDevice() {
     ZANInformationCenter::Instance()->GetZANCharacteristics().SetBase_ValuePath(DEVICE, true);
 }
 
-/// A new value counts as measured: what nobody measures would pass as a heading of 0 degrees and a place on
-/// the equator.
+/// A new value counts as measured: without this call, values that nobody measures would pass as a heading of
+/// 0 degrees and a position on the equator.
 void DeclareNotMeasured() {
     using namespace StdDeviceDefinition;
     for (const ValueDescriptor* each : {&g_vdTrueHeading, &g_vdPitch, &g_vdRoll, &g_vdAltitude,

@@ -16,7 +16,7 @@ namespace {
 const QString SERVER = u"/ZANServer"_s;
 const QString DEVICE = u"/DEVICES/ZANServer"_s;
 
-/// An antenna that covers what lies between two frequencies (Hz), and is used from a third one on.
+/// An antenna that covers the range between two frequencies (Hz) and is used from a third one on.
 AntennaData MakeAntenna(const QString& name, const QString& converter, EZANMethod method, double low,
                         double high, double usedFrom) {
     AntennaData antenna;
@@ -122,7 +122,7 @@ void PrintBandwidths(const ZANCharacteristics& device, double frequency) {
     std::printf("\n");
 }
 
-/// Told when the answers are other ones.
+/// Notified when the answers change.
 class Watcher final : public IObserver {
 public:
     explicit Watcher(ZANCharacteristics& device)
@@ -165,7 +165,7 @@ int main() {
     PrintSupport(device, MakeAntenna(u"PX120"_s, u"RCV07"_s, METHOD_WAT, 9e3, 1e6, 9e3));
 
     const Watcher watcher(device);
-    ZANOptions::Instance()->RemoveOption(OPTION_ZAN_HFR); // tells nobody; the next question counts
+    ZANOptions::Instance()->RemoveOption(OPTION_ZAN_HFR); // notifies nobody; the next query uses it
     PrintBandwidths(device, 100e6);
     const Tree& tree = *Tree::Instance();
     tree.Find<ValueString>(DEVICE + u"/DevAttr/DevType"_s)->SetValue(u"ZANMOSS"_s);

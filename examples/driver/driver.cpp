@@ -40,7 +40,7 @@ BearingResult ToResult(const Block& block, const Bearing& bearing) {
     return result;
 }
 
-/// The device of this example tells its heading only, and that with each block.
+/// The device of this example reports only its heading, with each block.
 void DeclareNotMeasured() {
     using namespace StdDeviceDefinition;
     for (const ValueDescriptor* each :
@@ -51,7 +51,7 @@ void DeclareNotMeasured() {
     }
 }
 
-/// Lets the driver measure until it has no more.
+/// Lets the driver measure until it has no more data.
 void Run(KvZANCommon::IDriver& device) {
     for (std::string address : {"nowhere", "demo"}) {
         if (device.Initialize(address, false) == 0) {
@@ -102,7 +102,8 @@ int main(int argc, char** argv) {
     {
         const DFDataOutput output(u"DF data"_s);
         ExampleDriver driver;
-        KvZANCommon::LegacyDriverAdapter adapter; // behind its partners: it goes first
+        KvZANCommon::LegacyDriverAdapter
+            adapter; // declared after its partners, so that it is destroyed first
         driver.SetCallback(&adapter);
         adapter.SetLegacyDriver(&driver);
         adapter.SetCallback(&receiver);

@@ -20,15 +20,15 @@ public:
     ExampleDriver& operator=(const ExampleDriver&) = delete;
     ~ExampleDriver();
 
-    /// Told of everything, mostly on the driver's own thread; not owned. To be set before `Initialize`.
+    /// Gets all notifications, mostly on the driver's own thread; not owned. Set it before `Initialize`.
     void SetCallback(KvZANCommon::ILegacyDriverCallback* callback) { m_callback = callback; }
 
     int Initialize(std::string& address, bool simulation) override;
     QString GetLastError() override { return m_lastError; }
     void ClearLastError() override { m_lastError.clear(); }
-    /// Standby stops the measurement, each other mode starts it anew.
+    /// Standby stops the measurement, every other mode starts it again.
     long SetMode(EMode mode) override;
-    /// Hz; from the next start on.
+    /// Hz; used from the next start on.
     long SetFrequency(double frequency) override;
     long GetFrequency(double& frequency) override;
     /// Blocks since the start. From any thread.

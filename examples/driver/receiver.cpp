@@ -4,7 +4,7 @@ using namespace Qt::StringLiterals;
 
 void Receiver::fillScanBuffer(long /*range*/, unsigned long long& time, unsigned /*firstChannel*/,
                               unsigned count, Bearing* bearings, KvZANCommon::StatusStruct& status) {
-    // Good during this call only, so all of it is copied.
+    // Valid only during this call, so all of it is copied.
     Block block{time, status, std::vector<Bearing>(bearings, bearings + count)};
     QMetaObject::invokeMethod(
         this, [this, block = std::move(block)] { onBlock(block); }, Qt::QueuedConnection);

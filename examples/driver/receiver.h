@@ -19,7 +19,7 @@ struct Block {
 /// functions below on the thread that this object lives on, in the same order.
 class Receiver final : public QObject, public KvZANCommon::NullDriverCallback {
 public:
-    // All are to be set before the driver is started.
+    // Set all of them before the driver is started.
     std::function<void(const Block&)> onBlock;
     std::function<void(const QString&)> onMessage;
     std::function<void()> onLinkClosed;

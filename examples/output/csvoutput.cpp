@@ -21,11 +21,11 @@ constexpr TraceSource TRACE(u"csvoutput");
 
 CsvOutput::~CsvOutput() {
     CsvOutput::SetEnabled(false);
-    delete m_pConfigWidget; // null when whoever showed it has deleted it
+    delete m_pConfigWidget; // null when the window that showed it has deleted it
 }
 
 void CsvOutput::SetConfigPath(const QString& path) {
-    SetEnabled(false); // what was set before ends here
+    SetEnabled(false); // what was set before no longer applies
     ZANAbstractInterface::SetConfigPath(path);
     ICfg& settings = CfgCenter::GetAppCfg(ICfg::View::Outputs);
     SetAddress(ReadOrCreateString(settings, path + u"Address"_s, {}));
@@ -39,7 +39,7 @@ void CsvOutput::SetEnabled(bool on) {
     }
     m_bEnabled = on;
     if (on) {
-        // It may not be there yet: then it is looked up when the output is switched on the next time.
+        // It may not exist yet: then it is looked up when the output is switched on again.
         m_bearing.Find(u"/ZANServer/Res/DfR/Azimuth"_s, this);
         OpenFile();
         return;
@@ -59,7 +59,7 @@ void CsvOutput::Update(Observable* subject, TChangeCode code) {
 }
 
 void CsvOutput::OpenFile() {
-    // Without a buffer a line is out when the write returns, and a failure is seen at once.
+    // Without a buffer a line is written when the call returns, and a failure is noticed at once.
     constexpr QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Unbuffered;
     m_file.setFileName(GetAddress());
     if (!(GetAddress().isEmpty() ? m_file.open(stdout, mode) : m_file.open(mode | QIODevice::Append))) {
@@ -91,7 +91,7 @@ void CsvOutput::Write(const BearingResult& bearing) {
     Fail(m_file.errorString());
 }
 
-/// Tells the operator once, not with each bearing.
+/// Reports to the operator once, not with each bearing.
 void CsvOutput::Fail(const QString& error) {
     const QString text = GetName() + u": "_s + error;
     if (text != m_lastError) {

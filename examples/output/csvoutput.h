@@ -8,10 +8,10 @@
 #include <QLineEdit>
 #include <QPointer>
 
-/// Writes one line a bearing, "time,MHz,degrees", to a file or, without a file name, to standard output.
+/// Writes one line per bearing, "time,MHz,degrees", to a file or, without a file name, to standard output.
 ///
-/// `SetConfigPath` reads the settings "<path>Enabled" and "<path>Address" from the configuration store; two
-/// outputs with different paths have settings of their own. Rejected bearings have no line.
+/// `SetConfigPath` reads the settings "<path>Enabled" and "<path>Address" from the configuration store;
+/// outputs with different paths have separate settings. No line is written for a rejected bearing.
 class CsvOutput final : public ZANAbstractInterface, public IObserver {
     Q_OBJECT
 
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] quint64 GetLineCount() const { return m_lineCount; }
     /// Lines that could not be written.
     [[nodiscard]] quint64 GetDropCount() const { return m_dropCount; }
-    /// The latest failure, in words for the operator; empty when there was none.
+    /// The latest failure, as a text for the operator; empty when there was none.
     [[nodiscard]] QString GetLastError() const { return m_lastError; }
 
 public Q_SLOTS:

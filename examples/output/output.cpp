@@ -71,13 +71,13 @@ int main(int argc, char** argv) {
     PrintCounters(*output);
     std::printf("%s\n", qUtf8Printable(output->GetLastError()));
 
-    // The window that shows the widget takes it over, and is closed before the output goes.
+    // The window that shows the widget takes it over, and is closed before the output is destroyed.
     auto window = std::make_unique<QWidget>();
     output->GetConfigWidget()->setParent(window.get());
     window.reset();
     std::printf("the widget is %s\n", output->GetConfigWidget() ? "there" : "gone");
 
-    // A value that goes away takes its bearings with it, not the output.
+    // When the value goes away, the output stays; it just gets no more bearings.
     Tree::Instance()->Clear();
     PrintCounters(*output);
     outputs.Remove(u"CSV"_s);

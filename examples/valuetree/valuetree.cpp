@@ -1,4 +1,4 @@
-// What an observer of a value hears, and what it does not.
+// Which changes an observer of a value is notified of, and which not.
 
 #include <stddevicedefinition/stddevicedescriptors.h>
 #include <valueframework/tree.h>

@@ -1,7 +1,7 @@
 #include "connections/baudrate.h"
 
 #include <asm/ioctls.h>
-#include <asm/termbits.h> // has the rate as a number; <termios.h> may not stand beside it
+#include <asm/termbits.h> // has the rate as a number; cannot be included together with <termios.h>
 #include <sys/ioctl.h>
 
 quint32 GetBaudRate(int descriptor) {

@@ -12,18 +12,17 @@ public:
     IInterfaceCallback(const IInterfaceCallback&) = default;
     IInterfaceCallback& operator=(const IInterfaceCallback&) = default;
 
-    /// The interface is open: once, first of all.
+    /// The interface is open. Called once, before all other notifications.
     virtual void OnOpen() = 0;
-    /// The other side ended the connection in an orderly way. A serial line knows no such end and never calls
-    /// it.
+    /// The other side closed the connection in an orderly way. A serial line never calls this.
     virtual void OnClose() = 0;
     /// Data came in. It has been discarded.
     virtual void OnRead() = 0;
-    /// The interface has failed, for example because its port was unplugged: once, last of all. It sends
-    /// nothing any more; a new one has to be opened.
+    /// The interface has failed, for example because its port was unplugged. Called once, after all other
+    /// notifications. The interface sends nothing any more; a new one has to be opened.
     virtual void OnError() = 0;
-    /// Everything that was written is with the operating system; there is room for the most that the
-    /// interface takes.
+    /// Everything that was written has been passed to the operating system; the whole buffer of the interface
+    /// is free.
     virtual void OnWritten() {}
 
 protected:

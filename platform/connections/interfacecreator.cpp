@@ -55,7 +55,8 @@ struct SerialAddress {
     QSerialPort::StopBits stopBits = QSerialPort::OneStop;
 };
 
-// The number that a text of decimal digits stands for; none when it is no such text or not from 1 to a limit.
+// Reads a number from 1 to a limit; nothing when the text has other characters than decimal digits or the
+// number is out of range.
 std::optional<qint32> ParseNumber(QStringView text, qint32 limit) {
     const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
     bool isNumber = false;
@@ -79,7 +80,7 @@ std::optional<QString> ParsePort(QStringView text) {
     return text.toString();
 }
 
-// Leaves the value as it is when the text is empty. False when the text is none of the notations.
+// Leaves the value as it is when the text is empty. False when the text is not one of the notations.
 template <class T, std::size_t N>
 bool ParsePart(QStringView text, const std::array<Notation<T>, N>& notations, T& value) {
     if (text.isEmpty()) {
@@ -95,7 +96,7 @@ bool ParsePart(QStringView text, const std::array<Notation<T>, N>& notations, T&
     return true;
 }
 
-// None when the address is malformed; the reason then names the part.
+// Nothing when the address is malformed; the reason then names the part.
 std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) {
     const qsizetype colon = text.lastIndexOf(u':');
     const QStringView whole(text);
@@ -135,7 +136,7 @@ std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) 
         reason = u"the stop bits are none of 1, 1.5, 2"_s;
         return std::nullopt;
     }
-    // What the hardware does: two stop bits last for one and a half when a character has 5 bits.
+    // The hardware sends 1.5 stop bits instead of 2 when a character has 5 bits.
     const bool hasFiveBits = address.dataBits == QSerialPort::Data5;
     if (address.stopBits == (hasFiveBits ? QSerialPort::TwoStop : QSerialPort::OneAndHalfStop)) {
         reason = u"the stop bits cannot be had with these data bits: 1.5 needs 5, and 2 needs 6 to 8"_s;
@@ -144,14 +145,14 @@ std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) 
     return address;
 }
 
-/// Whether a rate is what was wished, as far as clocks and dividers of serial lines go.
+/// Whether a rate is the requested one within the precision of the clock dividers of serial lines.
 bool IsNear(quint32 rate, qint32 wished) {
     constexpr double TOLERANCE = 0.03;
     return std::abs(rate - static_cast<double>(wished)) <= TOLERANCE * wished;
 }
 
-/// Why a port could not be opened. Qt first makes a lock file, and says that it lacks the permission when in
-/// truth there is no descriptor left for it, or no room.
+/// Why a port could not be opened. Qt first creates a lock file, and reports a missing permission when in
+/// fact there is no file descriptor or no disk space left for it.
 QString OpeningProblem(const QSerialPort& port) {
     constexpr std::array SHORTAGES{EMFILE, ENFILE, ENOSPC, EDQUOT, EFBIG};
     if (port.error() == QSerialPort::PermissionError) {
@@ -191,7 +192,7 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     port.setBaudRate(serial->baudRate);
     port.setParity(serial->parity);
     port.setDataBits(serial->dataBits);
-    // Qt would send one stop bit instead of one and a half; with 5 data bits the flag for two gives it.
+    // Qt would send one stop bit instead of 1.5; with 5 data bits the flag for two sends 1.5.
     port.setStopBits(serial->stopBits == QSerialPort::OneStop ? QSerialPort::OneStop : QSerialPort::TwoStop);
     if (!pInterface->Open()) {
         return refuse(serial->port + u": "_s + OpeningProblem(port));

@@ -16,11 +16,12 @@ public:
     ///        "/dev/ttyS0" to "/dev/ttyS255", or a path below "/dev/" without "..". The baud rate is any
     ///        number above 0 that the port can do. The parity is n(one), e(ven), o(dd), m(ark) or s(pace), in
     ///        either case; the data bits are 5 to 8; the stop bits are 1, 1.5 (with 5 data bits only) or 2
-    ///        (not with 5). A part that is missing or empty is, in this order, 9600, n, 8, 1; a port path
-    ///        that holds a ":" itself needs one behind it in any case.
-    /// \param callback is told of the interface's events, and has to live as long as it; null is refused
-    /// \param context the caller's number for the interface; a serial line has no use for it
-    /// \param unused false in every use; has no effect
+    ///        (not with 5). The defaults for missing or empty parts are, in this order, 9600, n, 8, 1. A port
+    ///        path that itself holds a ":" must be followed by another ":".
+    /// \param callback is notified of the interface's events, and must live as long as the interface; null is
+    ///        refused
+    /// \param context the caller's number for the interface; not used for a serial line
+    /// \param unused has no effect; callers pass false
     /// \return the open interface, which the caller deletes; null when it cannot be opened. The reason is
     ///         traced.
     static IInterface* CreateInterface(const QString& address, IInterfaceCallback* callback, quint64 context,

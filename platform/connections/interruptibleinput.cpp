@@ -22,7 +22,7 @@ bool InterruptibleInput::IsStream(const QString& name) {
 
 bool InterruptibleInput::Open(const QString& name) {
     close();
-    // Without O_NONBLOCK opening a FIFO would wait for its writer, where nobody could interrupt it.
+    // Without O_NONBLOCK, opening a FIFO would wait for its writer and could not be interrupted.
     m_stream = name == STANDARD_INPUT ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                       : ::open(QFile::encodeName(name).constData(),
                                                O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
@@ -33,7 +33,7 @@ bool InterruptibleInput::Open(const QString& name) {
         setErrorString(reason);
         return false;
     }
-    ::flock(m_stream, LOCK_SH | LOCK_NB); // standard input may be a file: no output writes to it
+    ::flock(m_stream, LOCK_SH | LOCK_NB); // standard input may be a file: keeps outputs from writing to it
     return open(ReadOnly | Unbuffered);
 }
 

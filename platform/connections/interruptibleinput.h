@@ -5,9 +5,9 @@
 #include <QIODevice>
 #include <QString>
 
-/// A recording that is still being written: standard input, a FIFO, or whatever else is no file that stands
-/// still. It is opened without waiting for a writer; reading takes what has come, and waits while that is
-/// nothing. The end is where the last writer has gone.
+/// A recording that is still being written: standard input, a FIFO, or anything else that is not a regular
+/// file. It is opened without waiting for a writer. Reading takes what has arrived, and waits while nothing
+/// has. The end is reached when the last writer has closed it.
 ///
 /// Belongs to the thread that reads, but for `Interrupt`.
 class ZANPLATFORM_EXPORT InterruptibleInput final : public QIODevice {
@@ -20,19 +20,20 @@ public:
     InterruptibleInput& operator=(const InterruptibleInput&) = delete;
     ~InterruptibleInput() override;
 
-    /// Whether a name is that of a stream, not of a file that can be read from end to end at once.
+    /// Whether a name is that of a stream, not of a regular file.
     [[nodiscard]] static bool IsStream(const QString& name);
 
-    /// Closes what was open and opens another one. False with `errorString` when it cannot be had.
+    /// Closes what was open and opens another stream. False, with the reason in `errorString`, when it cannot
+    /// be opened.
     bool Open(const QString& name);
     void close() override;
-    /// From any thread: whoever reads finds the end, now and until `Resume`.
+    /// From any thread: readers get the end of the stream, now and until `Resume`.
     void Interrupt() const;
     void Resume() const;
 
     [[nodiscard]] bool isSequential() const override { return true; }
-    /// Whether something can be read, or the end be found, within so many milliseconds; below 0: however long
-    /// it takes.
+    /// Waits until something, or the end, can be read, for at most this many milliseconds; below 0: without a
+    /// limit. Returns whether that came in time.
     bool waitForReadyRead(int milliseconds) override;
 
 protected:
@@ -41,5 +42,5 @@ protected:
 
 private:
     int m_stream = -1;
-    int m_interrupt = -1; // readable once somebody interrupts
+    int m_interrupt = -1; // becomes readable with `Interrupt`
 };

@@ -23,15 +23,15 @@ namespace {
 
 constexpr int PATIENCE_MS = 1000;
 constexpr int FLAGS = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-constexpr mode_t MODE = 0666; // less the process's mask
+constexpr mode_t MODE = 0666; // reduced by the process's umask
 
-/// The name as the system takes it; empty when it is none.
+/// The name in the system's encoding; empty when it is not a valid name.
 QByteArray SystemName(const QString& name) {
     return name.contains(QChar::Null) ? QByteArray() : QFile::encodeName(name);
 }
 
-/// A file is made without a name, and gets it when it is locked: a second program that begins at the same
-/// moment must not take it for a previous one.
+/// The file is created without a name and gets its name when it is locked, so that a second program that
+/// starts at the same moment does not take it for an older file.
 int CreateLocked(const QByteArray& name) {
     const QByteArray directory = QFile::encodeName(QFileInfo(QFile::decodeName(name)).path());
     const int descriptor = open(directory.constData(), O_TMPFILE | FLAGS, MODE);
@@ -47,8 +47,8 @@ int CreateLocked(const QByteArray& name) {
     return -1;
 }
 
-/// The process that has locked a file, by the system's list of locks; 0 when that does not tell, as for a
-/// process of another container.
+/// The process that has locked a file, from the system's list of locks; 0 when it is not in the list, as for
+/// a process of another container.
 int FindLocker(const struct stat& file) {
     constexpr qint64 MOST_READ = qint64{1} << 20;
     const QByteArray place = QString::asprintf("%02x:%02x:%llu", major(file.st_dev), minor(file.st_dev),
@@ -77,7 +77,7 @@ bool IsSame(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-/// Where a file will stand that is made under a name, without links; nobody has made it yet.
+/// Where a file that does not exist yet would be created under a name, with links resolved.
 std::filesystem::path PlaceOf(const QString& name) {
     constexpr int MOST_LINKS = 40;
     QFileInfo file(name);
@@ -95,15 +95,15 @@ bool IsNameOf(const struct stat& file, const QByteArray& name) {
     return named && IsSame(file, *named);
 }
 
-/// What a pipe takes as a whole, or a part of a longer line.
+/// As many whole lines as a pipe takes in one piece, or a part of a longer line.
 std::string_view WholeLines(std::string_view lines) {
     const std::string_view most = lines.substr(0, PIPE_BUF);
     const std::size_t end = most.rfind('\n');
     return end == std::string_view::npos ? most : most.substr(0, end + 1);
 }
 
-/// Writes as `write` does, but a reader that is gone ends no program: the signal is held back and taken away,
-/// unless one was on its way already.
+/// Writes as `write` does, but a reader that is gone does not end the program: SIGPIPE is blocked and
+/// removed, unless one was pending before.
 ssize_t WriteWithoutSignal(int descriptor, std::string_view bytes) {
     sigset_t pipe{};
     sigset_t before{};
@@ -172,7 +172,7 @@ bool OutputFile::OpenOrCreate(const QString& name) {
 }
 
 bool OutputFile::OpenStandardOutput() {
-    // A terminal is opened again, so that only this program writes to it without waiting.
+    // A terminal is opened again, so that O_NONBLOCK does not apply to other programs that use it.
     const int terminal = isatty(STDOUT_FILENO) != 0 ? open("/proc/self/fd/1", FLAGS) : -1;
     return Take(terminal >= 0 ? terminal : fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
@@ -199,12 +199,13 @@ bool OutputFile::Take(int descriptor) {
 bool OutputFile::Lock(const QByteArray& name) {
     struct stat opened {};
     fstat(m_descriptor, &opened);
-    // Whoever held the lock until now may have given the name to another file.
+    // The program that held the lock until now may have given the name to another file.
     if ((m_isRegular || S_ISFIFO(opened.st_mode)) &&
         ((flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) || !IsNameOf(opened, name))) {
         return FailAndClose(EWOULDBLOCK);
     }
-    // Opening has not waited. Writing does, as far as there is room; of a terminal that says little.
+    // O_NONBLOCK was for opening only: before each write `WaitForRoom` asks whether there is room. For a
+    // terminal that answer is not reliable.
     fcntl(m_descriptor, F_SETFL, isatty(m_descriptor) != 0 ? O_APPEND | O_NONBLOCK : O_APPEND);
     return true;
 }
@@ -225,7 +226,7 @@ std::size_t OutputFile::Write(std::string_view lines) {
             }
             next = WholeLines(next);
         }
-        errno = EIO; // for a device that takes nothing and gives no reason
+        errno = EIO; // for a device that takes nothing without an error
         const ssize_t taken = m_isRegular ? write(m_descriptor, next.data(), next.size())
                                           : WriteWithoutSignal(m_descriptor, next);
         if (taken > 0) {
@@ -258,7 +259,7 @@ bool OutputFile::TakeBack(std::size_t count) {
     struct stat status {};
     const off_t position = lseek(m_descriptor, 0, SEEK_CUR);
     const off_t end = position - static_cast<off_t>(count);
-    // Standard output may be shared, and somebody else's bytes stand behind ours.
+    // Standard output may be shared, and other programs' bytes may follow ours.
     return m_isRegular && end >= 0 && fstat(m_descriptor, &status) == 0 && status.st_size == position &&
            ftruncate(m_descriptor, end) == 0 && lseek(m_descriptor, end, SEEK_SET) == end;
 }
@@ -298,7 +299,7 @@ QString OutputFile::FindWriter(const QString& name) {
     if (!status || !(S_ISREG(status->st_mode) || S_ISFIFO(status->st_mode))) {
         return {};
     }
-    // For reading: a reader of the FIFO would take the coming and going of a writer for the end.
+    // For reading: a reader of the FIFO would take a writer that opens and closes it for the end.
     const int descriptor = open(systemName.constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (descriptor < 0) {
         return {};

@@ -15,7 +15,7 @@ public:
     [[nodiscard]] unsigned long long GetTimeStamp() const { return m_timeStamp; }
 
     /// Formats the time in UTC with the format letters of `QDateTime::toString` ("hhmmss"). UTC, because
-    /// bearings of several stations are compared. Empty for a time beyond what a calendar can show.
+    /// bearings of several stations are compared. Empty for a time that a calendar cannot show.
     [[nodiscard]] QString toString(const QString& format) const;
 
 private:

@@ -23,12 +23,12 @@ public:
     /// The one handler of the process, from any thread.
     static ErrorHandler& Instance();
 
-    /// The mask in force. It is read anew for each message, from any thread. At start-up both bits are set.
+    /// The mask in force. It is read again for each message, from any thread. At start-up both bits are set.
     [[nodiscard]] unsigned GetTraceMask() const;
     void SetTraceMask(unsigned mask);
 
     /// Replaces the sink; an empty one brings back the default, Qt's logging in the category "zan.trace".
-    /// Set it while one thread runs.
+    /// Call it while only one thread runs.
     void SetSink(Sink sink);
     /// Hands a finished line to the sink, whatever the mask. From any thread.
     void Write(const QString& line) const;
@@ -51,7 +51,7 @@ ZANPLATFORM_EXPORT void _Q_assert(const wchar_t* expression, const wchar_t* sour
 /// \param makeMessage makes the QString; it is called only when the line is written, so that nothing is
 ///        formatted for a line that nobody reads
 /// \param sourceFile path below the source root without extension, with backslashes
-/// \param line       of which the lowest 16 bits are written
+/// \param line       only the lowest 16 bits are written
 template <class MakeMessage>
 void TraceInformation(MakeMessage makeMessage, const QString& sourceFile, unsigned line) {
     if (ErrorHandler::Instance().GetTraceMask() & TraceBit::INFORMATION) {

@@ -10,11 +10,11 @@
 /// The platform's exception, thrown where a value or node could not be created from its descriptor.
 class ZANPLATFORM_EXPORT KWException : public std::exception {
 public:
-    /// The code of an exception that has no code of its own.
+    /// The code of an exception that has no specific code.
     static constexpr unsigned NO_CODE = 0xFFFFFFFFU;
 
     /// \param sourceFile path below the source root without extension
-    /// \param detail     a further text; empty in every use so far
+    /// \param detail     additional text; empty in every use so far
     /// \param code       `NO_CODE` in every use so far
     KWException(QString message, QString sourceFile, QString detail, QString functionName,
                 unsigned sourceLine, unsigned code);
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] const QString& GetFunctionName() const { return m_functionName; }
     [[nodiscard]] unsigned GetSourceLine() const { return m_sourceLine; }
     [[nodiscard]] unsigned GetCode() const { return m_code; }
-    /// The message in UTF-8; good as long as the exception.
+    /// The message in UTF-8; valid as long as the exception.
     [[nodiscard]] const char* what() const noexcept override;
 
 private:

@@ -39,7 +39,7 @@ struct Observable::Pass {
     Observable& subject;
     Pass* pOuter;
     bool subjectGone = false;
-    std::vector<IObserver*> toFront; // what MakeFirstObserver was asked for while it ran
+    std::vector<IObserver*> toFront; // observers that MakeFirstObserver was called with while it ran
 };
 
 Observable::Observable(const Observable& other) {

@@ -38,12 +38,12 @@ private:
     friend class ObserverPtr;
 
     QSet<Observable*> m_subjects;
-    std::shared_ptr<const void> m_life; // made when an ObserverPtr first asks for it
+    std::shared_ptr<const void> m_life; // created when the first ObserverPtr needs it
 };
 
-/// A pointer to an observer that becomes null when the observer is destroyed, also when another one comes to
-/// its address. Does not own. For holders of an originator beyond the call that named it. Belongs to the
-/// thread of the observer.
+/// A pointer to an observer that becomes null when the observer is destroyed, even when another observer is
+/// created at the same address. Does not own. For code that keeps an originator after the call that passed
+/// it. Belongs to the thread of the observer.
 class ZANPLATFORM_EXPORT ObserverPtr {
 public:
     ObserverPtr() = default;
@@ -58,33 +58,33 @@ private:
     std::weak_ptr<const void> m_life;
 };
 
-/// Keeps an ordered list of observers and tells them of changes.
+/// Keeps an ordered list of observers and notifies them of changes.
 ///
-/// Observers are told in the order in which they were added. One that is added during a notification is not
-/// called in it; one that is removed during a notification is not called any more. All operations belong to
+/// Observers are notified in the order in which they were added. One that is added during a notification is
+/// not called in it; one that is removed during a notification is no longer called. All operations belong to
 /// one thread, the application's main thread.
 class ZANPLATFORM_EXPORT Observable {
 public:
     Observable() = default;
-    /// A copy is observed by the observers of its source; one that is assigned to, by those only. Nobody is
-    /// told.
+    /// A copy is observed by the observers of its source. An assignment replaces the observers by those of
+    /// the source. Nobody is notified.
     Observable(const Observable& other);
     Observable& operator=(const Observable& other);
     virtual ~Observable();
 
-    /// Appends an observer. False for null and for one that observes this subject already.
+    /// Appends an observer. False for null and for an observer that is already in the list.
     bool AddObserver(IObserver* observer);
     /// False for null and when the observer does not observe this subject.
     bool DeleteObserver(IObserver* observer);
     void DeleteObservers();
-    /// Makes an observer of this subject the first to be told, from the next notification on (those that run
-    /// end first). False for null and when it does not observe this subject.
+    /// Makes an observer of this subject the first to be notified, from the next notification on (those in
+    /// progress end first). False for null and when it does not observe this subject.
     bool MakeFirstObserver(IObserver* observer);
     [[nodiscard]] std::size_t GetObserverCount() const;
 
 protected:
     /// Calls `Update` of every observer but the originator (null: of every observer). An observer may destroy
-    /// this object during the call: nothing of it may be touched afterwards.
+    /// this object during the call: do not use the object afterwards.
     void NotifyObservers(TChangeCode code, IObserver* originator = nullptr);
 
 private:
@@ -99,8 +99,8 @@ private:
     void MoveToFront(IObserver* observer);
     [[nodiscard]] std::shared_ptr<Observable*> Self() const;
 
-    std::vector<IObserver*> m_observers; // null where one was removed while a notification runs
-    Pass* m_pPass = nullptr;             // the innermost notification that runs
+    std::vector<IObserver*> m_observers; // null where one was removed during a notification
+    Pass* m_pPass = nullptr;             // the innermost notification in progress
     mutable std::shared_ptr<Observable*> m_pSelf;
 };
 
@@ -114,8 +114,8 @@ namespace ZANPlatform {
 
 /// A pointer to an observable object that becomes null when the object is destroyed.
 ///
-/// Does not own. For holders of tree values that are no observers themselves. Belongs to the thread of the
-/// object.
+/// Does not own. For code that keeps a pointer to a tree value without observing it. Belongs to the thread of
+/// the object.
 template <class T>
 class ObservablePtr {
 public:
@@ -125,7 +125,7 @@ public:
         : m_pObject(object)
         , m_pSelf(object ? static_cast<const Observable*>(object)->Self() : nullptr) {}
 
-    /// Null for a pointer to nothing, and once the object is gone. What is null may not be dereferenced.
+    /// Null for a pointer to nothing, and once the object is gone. Do not dereference a null pointer.
     [[nodiscard]] T* get() const { return m_pSelf && *m_pSelf ? m_pObject : nullptr; }
     T* operator->() const { return get(); }
     T& operator*() const { return *get(); }

@@ -35,9 +35,9 @@ std::size_t StandardStream::Write(std::string_view text, std::chrono::millisecon
             m_error = EWOULDBLOCK;
             break;
         }
-        // What a pipe that has room takes without waiting.
+        // A pipe that has room takes this many bytes without waiting.
         const std::string_view next = text.substr(written, PIPE_BUF);
-        errno = EIO; // for a device that takes nothing and gives no reason
+        errno = EIO; // for a device that takes nothing without an error
         const ssize_t taken = write(m_descriptor, next.data(), next.size());
         if (taken > 0) {
             written += static_cast<std::size_t>(taken);

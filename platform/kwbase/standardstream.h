@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <string_view>
 
-/// Standard output or standard error of the program, written to by system calls of their own, so that a
-/// reader that takes nothing (a pipe, a terminal) holds the program up as long as the caller wants, and not
-/// for ever. For one thread. It leaves SIGPIPE to the program, which ignores it.
+/// Standard output or standard error of the program, written with direct system calls, so that a reader that
+/// takes nothing (a pipe, a terminal) blocks the program only for as long as the caller allows. For one
+/// thread. SIGPIPE is left to the program, which must ignore it.
 class ZANPLATFORM_EXPORT StandardStream {
 public:
     static constexpr std::chrono::milliseconds FOREVER{-1};
@@ -18,9 +18,9 @@ public:
     ///        the system allows it, so that they can be written to without waiting while others share them.
     explicit StandardStream(int descriptor);
 
-    /// Writes text. Waits for room so long in all.
-    /// \return the number of bytes that were taken. When these are not all, `GetError` says why: EWOULDBLOCK
-    ///         when the reader takes nothing, EPIPE when it is gone.
+    /// Writes text. Waits for room, in total no longer than `patience`.
+    /// \return the number of bytes that were taken. When some were not, `GetError` gives the reason:
+    ///         EWOULDBLOCK when the reader takes nothing, EPIPE when it is gone.
     std::size_t Write(std::string_view text, std::chrono::milliseconds patience);
     [[nodiscard]] int GetError() const { return m_error; }
 

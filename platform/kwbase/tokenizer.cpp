@@ -8,7 +8,8 @@ Tokenizer::Tokenizer(QString separators)
     : m_separators(std::move(separators)) {}
 
 QString Tokenizer::operator()(const QString& text) {
-    // Mostly the caller hands over the same string: comparing it each time would take longer than cutting it.
+    // Callers mostly pass the same string object: comparing the texts each time would take longer than
+    // cutting.
     if (m_position < 0 || !(text.isSharedWith(m_text) || text == m_text)) {
         m_text = text;
         m_position = 0;

@@ -6,7 +6,7 @@
 
 namespace Tolm {
 
-/// Cuts a text at any of a set of separator characters, one token a call. Without separators the whole text
+/// Cuts a text at any of a set of separator characters, one token per call. Without separators the whole text
 /// is one token.
 ///
 /// \code
@@ -18,8 +18,8 @@ public:
     explicit Tokenizer(QString separators);
 
     /// The next token of the text; a null string when there are no more. The empty text between two
-    /// separators is an empty token that is not null, and so is an empty text. A text other than that of
-    /// the call before, or the first call after the last token, begins from the front.
+    /// separators is an empty token that is not null, and so is an empty text. A call with another text than
+    /// the call before, and the first call after the last token, begin at the front.
     QString operator()(const QString& text);
 
 private:

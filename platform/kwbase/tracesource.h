@@ -4,12 +4,13 @@
 
 #include <QStringView>
 
-/// The origin of the lines that one source file traces. A file has one:
+/// The origin of the lines that a source file traces. Each source file has one:
 ///
 ///     constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\stationcfg");
 ///
-/// The line number is that of the call. Where readers of the trace know a message by a number of its own, the
-/// call gives that one. From any thread. (`std::source_location` would do, but clang 14 does not have it.)
+/// The line number is that of the call. Where the number of a message is fixed, because readers of the trace
+/// know the message by it, the call passes it. From any thread. (`std::source_location` would do, but clang
+/// 14 does not have it.)
 class TraceSource {
 public:
     /// \param path below the source root without extension, with backslashes; a literal
@@ -22,7 +23,7 @@ public:
     /// Traces information or a warning under `TraceBit::INFORMATION`.
     /// \param makeMessage makes the QString; it is called only when the line is written, so that nothing is
     ///        formatted for a line that nobody reads
-    /// \param line of which the lowest 16 bits are written
+    /// \param line only the lowest 16 bits are written
     template <class MakeMessage>
     void Information(MakeMessage makeMessage, unsigned line = __builtin_LINE()) const {
         if (ErrorHandler::Instance().GetTraceMask() & TraceBit::INFORMATION) {

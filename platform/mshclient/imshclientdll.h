@@ -11,9 +11,9 @@ class QToolBar;
 /// ("MshClient.dll") that is loaded at run time.
 ///
 /// The receiver's client sets values of the tree from what the hub sends; the sender's client offers values
-/// of the tree to the hub. Values are named by their full paths in the value tree, and need not be there; a
-/// tag names a parameter at the hub. No operation tells of a failure to its caller. Everything is called on
-/// the application's main thread, before `Start` unless said otherwise.
+/// of the tree to the hub. Values are named by their full paths in the value tree and need not exist; a tag
+/// names a parameter at the hub. No operation reports a failure to its caller. Everything is called on the
+/// application's main thread, before `Start` unless said otherwise.
 class ZANPLATFORM_EXPORT IMshClientDll : public IDllInstance {
 public:
     ~IMshClientDll() override;
@@ -21,7 +21,7 @@ public:
     // The order of the operations is part of the interface.
 
     /// Couples a parameter to a value.
-    /// \param algorithm how a received value is fitted to the tree's; empty: as it is
+    /// \param algorithm how a received value is adapted to the tree's; empty: it is taken as it is
     virtual void MapValue(const QString& tag, const QString& path, const QString& algorithm) = 0;
     /// Names the value that a sender hands over (Hz).
     virtual void SetHandoverValue(const QString& path) = 0;
@@ -38,11 +38,11 @@ public:
     virtual void SetApplicationId(const QString& id) = 0;
     /// The range that the device receives, "lowest,highest" in Hz without a fraction. Also after `Start`.
     virtual void SetFrequencyRange(const QString& range) = 0;
-    /// The address of the device as it stands in the tree; empty when there is none. Receivers only.
+    /// The address of the device, as it is in the tree; empty when there is none. Receivers only.
     virtual void SetDeviceAddress(const QString& address) = 0;
-    /// Where the hub is: host name or address, and port, as they stand in the settings.
+    /// Where the hub is: host name or address, and port, as they are in the settings.
     virtual void SetCentralAddress(const QString& address, int port) = 0;
-    /// The clients to couple to without being asked, as they stand in the settings; empty for none.
+    /// The clients to couple to automatically, as they are in the settings; empty for none.
     virtual void SetAutoCoupleTargets(const QString& targets) = 0;
     /// Joins the hub.
     virtual void Start() = 0;

@@ -27,7 +27,7 @@ Node* AntBuilder::InsertChild(Node* parent) {
     if (antenna) {
         CreateBranch(EBranch::ANTENNA, antenna->GetPath());
     } else {
-        // Place and line are those that a node which cannot be made has everywhere.
+        // Source and line are fixed: every node that cannot be created is traced with them.
         constexpr TraceSource TRACE(u"valueframework\\valueclasses\\valueobservermacros");
         TRACE.Information(
             [] {

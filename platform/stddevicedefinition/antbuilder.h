@@ -19,13 +19,13 @@ public:
 
 } // namespace StdDeviceTree
 
-/// Makes antenna nodes. Belongs to the thread of the value tree.
+/// Creates antenna nodes. Belongs to the thread of the value tree.
 class ZANPLATFORM_EXPORT AntBuilder {
 public:
-    /// Makes a node of the antenna type with all its values at their defaults, as the last child of a node.
-    /// Its name is "Ant" and the first number from 0 that is free there. Owned by the tree. Null, with
-    /// a trace line, for a null parent, one that is being removed, and one below which there is no room;
-    /// where there is room for the node only, its values are missing.
+    /// Creates a node of the antenna type with all its values at their defaults, as the last child of a node.
+    /// Its name is "Ant" and the first free number from 0 on. Owned by the tree. Null, with a trace line, for
+    /// a null parent, for one that is being removed, and where the tree may not become deeper
+    /// (`Tree::MAX_LEVELS`). Where only the values would be too deep, the node is created without them.
     static Node* InsertChild(Node* parent);
 };
 

@@ -11,7 +11,7 @@ namespace StdDeviceDefinition {
 
 namespace {
 
-// What the selections of the table offer. The keys are those that programs use.
+// The items of the selections in the table. Programs use the keys.
 using Items = std::initializer_list<SelItemDesc>;
 const Items OPERATION_MODES = {{u"Standby"_s, 0, 0}, {u"FFM"_s, 0, 1},    {u"WidebandFFM"_s, 0, 2},
                                {u"Scan"_s, 0, 3},    {u"Search"_s, 0, 4}, {u"TDMA"_s, 0, 6}};

@@ -4,7 +4,7 @@
 
 #include <span>
 
-/// The standard device values. The rows, with paths, types, ranges, defaults and units, stand in
+/// The standard device values. The rows, with paths, types, ranges, defaults and units, are in
 /// stddevicedescriptors.def.
 namespace StdDeviceDefinition {
 
@@ -17,14 +17,14 @@ enum class EBranch {
     DEVICE,  ///< below the device node, "/DEVICES/ZANServer"
     SERVER,  ///< below "/ZANServer"
     ANTENNA, ///< below one antenna node
-    BUILDER  ///< node types that only a builder makes
+    BUILDER  ///< node types that only a builder creates
 };
 
-/// The descriptors of one branch in the order of the table; good for the whole run. From any thread.
+/// The descriptors of one branch in the order of the table; valid for the whole run. From any thread.
 ZANPLATFORM_EXPORT std::span<const ValueDescriptor* const> GetDescriptors(EBranch branch);
 
-/// Creates every value and node of a branch below a base path; what stands there already stays as it is, and
-/// what cannot be made is left out without a word. The process-wide base path of the descriptors is as before
+/// Creates every value and node of a branch below a base path. What exists already stays as it is; what
+/// cannot be created is left out without a report. The process-wide base path of the descriptors is unchanged
 /// afterwards. Belongs to the thread of the value tree.
 ZANPLATFORM_EXPORT void CreateBranch(EBranch branch, const QString& basePath);
 

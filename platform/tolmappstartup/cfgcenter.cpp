@@ -20,7 +20,7 @@ void Report(const QString& problem, unsigned line) {
     ReportProblem(problem, u"tolmappstartup\\cfgcenter"_s, line);
 }
 
-// How numbers and booleans stand in a settings file.
+// How numbers and booleans are written in a settings file.
 QString TextOf(qint64 value) {
     return QString::number(value);
 }
@@ -61,14 +61,14 @@ private:
     QString m_prefix; // with the "/" at its end; empty for a whole file
 };
 
-constexpr std::chrono::seconds CLOSE_PATIENCE(10); // with a settings file that another process has locked
+constexpr std::chrono::seconds CLOSE_PATIENCE(10); // for a settings file that another process has locked
 
 struct State {
-    // There before the files, and so until after them: they may report something to the very end.
+    // Created before the files and so destroyed after them: they may report problems to the very end.
     ErrorHandler& errorHandler = ErrorHandler::Instance();
     QString configDirectory;
     Cfg appCfg{SettingsFile::Open({}), {}};
-    // Keeps the files open that nobody holds just now: what could not be saved is not lost.
+    // Keeps files open that nobody holds at the moment, so that what could not be saved is not lost.
     QHash<QString, std::shared_ptr<SettingsFile>> files;
 
     ComponentLoader components;

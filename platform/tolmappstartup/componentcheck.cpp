@@ -27,8 +27,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Why others could have put something of theirs into a file or a directory; empty when they could not. The
-/// bits of the group cover what an access control list grants.
+/// Why other users could have changed a file or a directory; empty when they could not. The bits of the group
+/// cover what an access control list grants.
 QString FindOtherWriter(const struct stat& status) {
     if (status.st_uid != 0 && status.st_uid != geteuid()) {
         return u"belongs to the user "_s + QString::number(status.st_uid);
@@ -36,9 +36,10 @@ QString FindOtherWriter(const struct stat& status) {
     return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 ? u"can be written to by others"_s : QString();
 }
 
-/// Examines a directory and all above it, from the root downwards: nobody else can change what is below one
-/// that has passed. In a sticky one nobody else can move away what is below it and passes, too; the directory
-/// itself may not be such a one, for another file could come into it.
+/// Examines a directory and all above it, from the root downwards: in a directory that has passed, other
+/// users can replace nothing. One above it may be sticky instead: other users then cannot move away its
+/// entries, which are examined in turn. The directory itself may not be sticky, because others could add
+/// files to it.
 QString FindOtherWriterOfDirectories(const QString& canonicalDirectory) {
     QString directory = u"/"_s;
     const auto examine = [&]() -> QString {
@@ -62,13 +63,13 @@ QString FindOtherWriterOfDirectories(const QString& canonicalDirectory) {
     return fault.isEmpty() ? QString() : u"its directory "_s + directory + u' ' + fault;
 }
 
-/// Whether a range of bytes ends within a file, whatever numbers stand for it.
+/// Whether a table of bytes ends within a file; takes any numbers, also those that would overflow.
 bool IsWithin(quint64 fileSize, quint64 offset, quint64 count, quint64 size) {
     return offset <= fileSize && (size == 0 || count <= (fileSize - offset) / size);
 }
 
-/// Whether a file lacks something of what its tables say that it holds. What is no shared object of this
-/// machine is left to the loader.
+/// Whether a file lacks parts that its tables name. A file that is not a shared object of this machine is
+/// left to the loader.
 bool IsTruncated(QFile& file) {
     ElfW(Ehdr) header{};
     const auto fileSize = static_cast<quint64>(file.size());
@@ -98,17 +99,17 @@ bool IsTruncated(QFile& file) {
     return false;
 }
 
-/// Loads a library, and says in a pipe how that went: one line for the initialisers, one for the version
-/// function, each with the reason that speaks against the library, or empty. Never returns, and leaves out
-/// what the process, whose copy this is, has prepared for its end.
+/// Loads a library and writes the results to a pipe: one line for the initialisers, one for the version
+/// function, each with the reason not to use the library, or empty. Never returns; runs none of the handlers
+/// that the parent process has registered for its end.
 [[noreturn]] void LoadAndTell(const QString& path, int pipe) {
     const rlimit noCore{0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
-    // What the library prints is printed when it runs in earnest.
+    // What the library prints is shown when it is really loaded.
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     dup2(nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
-    qInstallMessageHandler(nullptr); // the program's own may write elsewhere
+    qInstallMessageHandler(nullptr); // the program's own handler may write elsewhere
     const auto tell = [pipe](const QString& reason) {
         const QByteArray line = reason.toUtf8().left(PIPE_BUF - 1).replace('\n', ' ') + '\n';
         static_cast<void>(!write(pipe, line.constData(), static_cast<std::size_t>(line.size())));
@@ -129,8 +130,8 @@ bool IsTruncated(QFile& file) {
     _exit(0);
 }
 
-/// What a child tells that loads a library, until it has told all, has ended, or has taken too long. It is
-/// gone then. Copies that it has made of itself may hold the pipe longer.
+/// Reads the lines of a child that loads a library until it has written all, has ended, or has taken too
+/// long. The child has ended then; processes that it has forked may hold the pipe longer.
 QByteArray WaitForLines(pid_t child, int pipe, bool& isInTime) {
     constexpr int PATIENCE_MS = 5000;
     const QDeadlineTimer deadline(PATIENCE_MS);
@@ -169,7 +170,7 @@ QString FindFault(const QString& place, const QString& canonicalPath) {
             return fault;
         }
     }
-    // Nobody but those who are trusted can put another file into its place from here on.
+    // From here on only trusted users can replace the file.
     QFile file(canonicalPath);
     struct stat status {};
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || fstat(file.handle(), &status) != 0) {
@@ -197,7 +198,7 @@ QString FindFaultInTrial(const QString& canonicalPath) {
     } else {
         bool isInTime = false;
         const QByteArray lines = WaitForLines(child, ends[0], isInTime);
-        const QList<QByteArray> reasons = lines.split('\n'); // behind the last line nothing
+        const QList<QByteArray> reasons = lines.split('\n'); // the part after the last line is empty
         if (reasons.size() > 2 || !reasons.constFirst().isEmpty()) {
             reason = QString::fromUtf8(reasons.at(reasons.size() > 2 ? 1 : 0));
         } else {
@@ -210,12 +211,12 @@ QString FindFaultInTrial(const QString& canonicalPath) {
 }
 
 QString Load(QLibrary& library) {
-    // A function that is missing shall show now, and not end the program when it is first called.
+    // A missing function must be found now; otherwise it would end the program when it is first called.
     library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
     const pid_t process = getpid();
     const bool isLoaded = library.load();
     if (getpid() != process) {
-        _exit(0); // an initialiser has made a copy of the program, and there shall be one
+        _exit(0); // an initialiser has forked: this is the child, which must not go on
     }
     return isLoaded ? QString()
                     : u"it is no shared object that can be loaded here ("_s + library.errorString() + u')';

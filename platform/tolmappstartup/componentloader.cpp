@@ -19,7 +19,7 @@ void Report(const QString& problem, unsigned line) {
     ReportProblem(problem, u"tolmappstartup\\componentloader"_s, line);
 }
 
-// "MshClient.dll" is the name that all systems share; this is what the file is called on this one.
+// Programs use the name "MshClient.dll" on all systems; on this one the file is named differently.
 QString LocalLibraryName(const QString& fileName) {
     QString name = fileName.toLower();
     if (name.endsWith(u".dll")) {
@@ -28,8 +28,8 @@ QString LocalLibraryName(const QString& fileName) {
     return u"lib"_s + name + u".so"_s;
 }
 
-// Loads a library and makes an instance. Whatever code of the library is run throws in here. On failure null,
-// and a reason.
+// Loads a library and creates an instance. Catches what the library's code throws. Null, with a reason, on
+// failure.
 IDllInstance* LoadInstance(QLibrary& library, QString& reason) {
     using CreateFunction = IDllInstance* (*)();
     try {
@@ -88,7 +88,7 @@ IDllInstance* ComponentLoader::Create(const QString& fileName) {
     if (!QFileInfo(path).isFile()) {
         return refuse(u"there is no file "_s + path, __LINE__);
     }
-    // From here on the file is this one, whatever becomes of a link.
+    // From here on this file is used, even if a link to it changes.
     const QString canonicalPath = QFileInfo(path).canonicalFilePath();
     const std::shared_ptr<QLibrary> pLibrary = GetLibrary(canonicalPath);
     QString reason;
@@ -101,8 +101,8 @@ IDllInstance* ComponentLoader::Create(const QString& fileName) {
             return refuse(path + u": "_s + reason, __LINE__);
         }
     }
-    // A library that is refused from here on stays loaded: its initialisers have run, and what they have
-    // started may still run.
+    // A library that is refused from here on stays loaded: its initialisers have run, and threads that they
+    // have started may still run.
     IDllInstance* const instance = LoadInstance(*pLibrary, reason);
     if (!instance) {
         return refuse(path + u": "_s + reason, __LINE__);

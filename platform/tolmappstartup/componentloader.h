@@ -8,21 +8,20 @@
 class IDllInstance;
 class QLibrary;
 
-/// Loads component libraries from one directory, and unloads each with its last instance; one that makes none
-/// stays loaded. Main thread.
+/// Loads component libraries from one directory, and unloads each with its last instance; a library that did
+/// not create an instance stays loaded. Main thread.
 class ComponentLoader {
 public:
     /// False for a path that is not absolute; then no directory is set.
     bool SetDirectory(const QString& directory);
-    /// A new instance from a library of the directory; null when there is none to be had, which is reported.
+    /// A new instance from a library of the directory; null, with a report, when that is not possible.
     IDllInstance* Create(const QString& fileName);
     /// Destroys an instance of `Create`; null and other pointers are refused and reported.
     void Destroy(IDllInstance* instance);
 
 private:
-    /// The library that instances already come from, or a new object for it. The instances of a library share
-    /// one object: those that QLibrary makes for the same file do not count each other, and any of them
-    /// unloads it.
+    /// The object of a library, which all of its instances share; a new one when there are no instances. With
+    /// several QLibrary objects for one file, any of them would unload it.
     [[nodiscard]] std::shared_ptr<QLibrary> GetLibrary(const QString& path) const;
 
     QString m_directory;

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A path that can be used: absolute, and not the root directory. Else empty.
+/// The path when it can be used (absolute, and not the root directory), else empty.
 QString Usable(const QString& path) {
     const QString clean = QDir::cleanPath(path);
     return QDir::isAbsolutePath(clean) && !QDir(clean).isRoot() ? clean : QString();
@@ -20,7 +20,7 @@ QString FromEnvironment(const char* variable) {
     return Usable(QFile::decodeName(qgetenv(variable)));
 }
 
-/// A service manager names several directories with ":" between them; the first is as good as any.
+/// A service manager may name several directories, separated by ":"; the first one is used.
 QString FromServiceManager(const char* variable) {
     return Usable(QFile::decodeName(qgetenv(variable)).section(u':', 0, 0));
 }

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The process that has locked the file: the number that it holds, as far as there is such a process.
+/// The process that has locked the file: the number in the file, if a process with it is running.
 QString DescribeHolder(QFile& file) {
     constexpr qint64 LONGEST_NUMBER = 20;
     bool isNumber = false;
@@ -34,7 +34,7 @@ bool DirectoryLock::Take(const QString& directory) {
         m_file.close();
         return false;
     }
-    // For the second one to read; without it the lock holds all the same.
+    // For the message of a second station; the lock holds without it.
     m_file.resize(0);
     m_file.write(QByteArray::number(static_cast<qint64>(::getpid())) + '\n');
     m_file.flush();

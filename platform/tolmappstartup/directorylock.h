@@ -5,12 +5,12 @@
 #include <QFile>
 #include <QString>
 
-/// Holds the settings directory for one station, so that no two of them work on it at once. The lock belongs
-/// to the process: the system takes it away when the process ends, however it ends.
+/// Reserves the settings directory for one station, so that no two stations work on it at once. The lock
+/// belongs to the process: the system releases it when the process ends, however it ends.
 class ZANPLATFORM_EXPORT DirectoryLock {
 public:
-    /// Takes the lock of a directory that is there. False when another process has it, which `GetErrorText`
-    /// names then, or when it cannot be had.
+    /// Takes the lock of an existing directory. False when another process has it, which `GetErrorText` then
+    /// names, or when it cannot be taken.
     bool Take(const QString& directory);
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
 

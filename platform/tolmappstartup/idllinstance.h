@@ -6,8 +6,8 @@
 
 #include <QtGlobal>
 
-/// An object that a component library brings: the base of every component's own interface, which its users
-/// reach by `dynamic_cast`.
+/// An object that a component library creates: the base of every component's own interface, which callers get
+/// by `dynamic_cast`.
 ///
 /// A component library is a shared object in the component directory. It exports two functions with C names:
 /// \code
@@ -16,18 +16,18 @@
 /// \endcode
 /// `ZAN_DEFINE_COMPONENT(MyComponent)` in one of its sources defines both.
 ///
-/// Each time that a library is loaded, its initialisers (the constructors of its static objects) run twice:
-/// first on trial, in a child process that is ended when they are done, then in earnest. They must not leave
-/// anything behind in files, come to their end within 5 s, and throw nothing; what can fail belongs into the
+/// Each time a library is loaded, its initialisers (the constructors of its static objects) run twice: first
+/// as a test in a child process, which ends when they are done, then in the program. They must not leave
+/// anything behind in files, must end within 5 s, and must not throw; what can fail belongs into the
 /// constructor of the instance.
 ///
 /// Destroying the last instance unloads the library, and with it the library's code and constants: a string
 /// literal (`u"..."_s`, `QStringLiteral`) that it left in the value tree would dangle. What outlives the
-/// instance has to be a copy on the heap. Instances are made and destroyed on the application's main thread.
+/// instance must be a copy on the heap. Instances are created and destroyed on the application's main thread.
 class ZANPLATFORM_EXPORT IDllInstance {
 public:
-    /// Changes with every change of this interface or of the platform that a built component would not
-    /// survive.
+    /// Changes with every change of this interface or of the platform that breaks components that are already
+    /// built.
     static constexpr quint32 INTERFACE_VERSION = 1;
 
     IDllInstance() = default;

@@ -2,5 +2,5 @@
 
 #include <QStringView>
 
-/// Whether a name stands for a file of the directory that it is put behind, and for no other place.
+/// Whether a name, appended to a directory, always names a file in that directory.
 [[nodiscard]] bool IsPlainFileName(QStringView name);

@@ -28,29 +28,29 @@ constexpr qsizetype MAX_LINES_NAMED = 10; // of a damaged file, which may be dam
 constexpr qsizetype MAX_KEYS_NAMED = 10;
 constexpr qsizetype MAX_TEXT_SHOWN = 80; // of a value that cannot be read
 constexpr QStringView TOO_LARGE = u"it is larger than 8 MiB";
-constexpr auto PATIENCE = 1s;   // the longest that the main thread stands still
-constexpr auto ABSENCE = 250ms; // for so long an editor has no file when it has moved the old one away
+constexpr auto PATIENCE = 1s;   // the longest time that the main thread waits
+constexpr auto ABSENCE = 250ms; // how long a file may be missing while an editor replaces it
 constexpr unsigned long POLL_MS = 2;
 constexpr mode_t ALL_PERMISSIONS = 07777;
 constexpr QStringView MOUNTED = u"it is mounted by itself; mount its folder";
 constexpr QStringView BEING_WRITTEN = u"other programs go on writing it";
 constexpr int RETRY_MS = 1000;
-constexpr QChar BEHIND_SLASH(u'/' + 1); // the next character in the order of the keys
+constexpr QChar BEHIND_SLASH(u'/' + 1); // the next character after "/" in the order of the keys
 
 constexpr QStringView CANNOT_WRITE =
     u"the file or its folder cannot be written (read-only, or the disk is full)";
 
-// The files that are open, so that all who open one share it.
+// The files that are open, so that all callers that open one share it.
 QHash<QString, SettingsFile*> openFiles;
 
 void ReportHere(const QString& problem, unsigned line) {
     ReportProblem(problem, u"tolmappstartup\\settingsfile"_s, line);
 }
 
-// Whether somebody has a file open for writing. A file that belongs to another user does not tell.
+// Whether a process has a file open for writing. Not known, and so false, for a file of another user.
 bool IsBeingWritten(int handle) {
-    // Who opens the file while this process has the lease makes the kernel send a signal, by default a deadly
-    // one.
+    // When another process opens the file while this one has the lease, the kernel sends a signal; the
+    // default one would end this process.
     fcntl(handle, F_SETSIG, SIGURG);
     if (fcntl(handle, F_SETLEASE, F_RDLCK) != 0) {
         return errno == EAGAIN;
@@ -72,7 +72,7 @@ FileStamp Stamp(const struct stat& status) {
     return {status.st_dev, status.st_ino, status.st_size, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
 }
 
-// Of the file that has a name by now; of none when there is none.
+// The stamp of the file that has this name now; all 0 when there is none.
 FileStamp Stamp(const QString& path) {
     struct stat status {};
     return stat(QFile::encodeName(path).constData(), &status) == 0 ? Stamp(status) : FileStamp();
@@ -87,7 +87,8 @@ struct Content {
     [[nodiscard]] bool IsAbsent() const { return problem.isEmpty() && stamp == FileStamp(); }
 };
 
-// What a file holds; nothing when there is none. Whatever else stands in its place is not waited for.
+// What a file holds; nothing when there is none. Anything but a regular file is refused without waiting for
+// it.
 Content ReadFile(const QString& path) {
     const int handle = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (handle < 0) {
@@ -110,7 +111,7 @@ Content ReadFile(const QString& path) {
     return {bytes, {}, Stamp(status), IsBeingWritten(handle) || Stamp(path) != Stamp(status)};
 }
 
-// The file that is meant by the name of a link to it.
+// The file that a chain of links leads to.
 QString FollowLinks(QString path) {
     constexpr int MAX_LINKS = 40;
     for (int i = 0; i < MAX_LINKS && QFileInfo(path).isSymLink(); ++i) {
@@ -124,9 +125,9 @@ QString SavingName(const QString& path) {
     return path + u".saving"_s;
 }
 
-// Writes a new file beside the old one, whose place it shall take, under the lock of that. It has a name of
-// its own, so that what a process leaves behind that is killed meanwhile is known, and gone with the next
-// save. The reason when that fails; then nothing is left of it.
+// Writes the new file beside the old one, which it is to replace; the caller has the lock. Its name is always
+// the same, so that the next save removes what a killed process left behind. Returns the reason on failure;
+// nothing is left of the new file then.
 QString WriteBeside(const QString& path, const QByteArray& bytes) {
     QFile file(SavingName(path));
     struct stat old {};
@@ -136,7 +137,7 @@ QString WriteBeside(const QString& path, const QByteArray& bytes) {
         return CANNOT_WRITE.toString();
     }
     if (isThere) {
-        // It stays its owner's, also when root or somebody of the owner's group saves it.
+        // The file keeps its owner, also when root or a member of the owner's group saves it.
         if (fchown(file.handle(), old.st_uid, old.st_gid) != 0) {
             static_cast<void>(fchown(file.handle(), static_cast<uid_t>(-1), old.st_gid) == 0);
         }
@@ -150,8 +151,8 @@ QString WriteBeside(const QString& path, const QByteArray& bytes) {
     return reason;
 }
 
-// Puts the file that was written beside into the place of the old one. The reason when that fails; then the
-// old file is unchanged.
+// Replaces the old file by the one that was written beside it. Returns the reason on failure; the old file is
+// unchanged then.
 QString PutInPlace(const QString& path) {
     const QString name = SavingName(path);
     if (std::rename(QFile::encodeName(name).constData(), QFile::encodeName(path).constData()) == 0) {
@@ -162,7 +163,7 @@ QString PutInPlace(const QString& path) {
     return u"the new file cannot take the place of the old one ("_s + problem + u')';
 }
 
-// Whether the texts are the same number, however it is spelled.
+// Whether the texts are the same number in different notations.
 bool AreSameNumber(const QString& a, const QString& b) {
     bool isNumberA = false;
     bool isNumberB = false;
@@ -174,7 +175,7 @@ bool AreSameNumber(const QString& a, const QString& b) {
 } // namespace
 
 std::shared_ptr<SettingsFile> SettingsFile::Open(const QString& path) {
-    // All names of a file are one, also for other processes: it is locked and replaced where it really is.
+    // A file with several names is locked and replaced where it really is, by other processes as well.
     const QString place = FollowLinks(path);
     SettingsFile* const openFile = openFiles.value(place);
     return openFile ? openFile->shared_from_this() : std::make_shared<SettingsFile>(path);
@@ -199,7 +200,7 @@ SettingsFile::~SettingsFile() {
     }
 }
 
-// Where the file really is. That changes when an editor puts a file into the place of a link.
+// Finds where the file really is. That changes when an editor replaces a link by a file.
 void SettingsFile::FindPlace() {
     const QString place = FollowLinks(m_name);
     if (place != m_path) {
@@ -231,7 +232,7 @@ QStringList SettingsFile::GetNames(const QString& prefix, bool areSections) cons
             if ((slash >= 0) == areSections) {
                 names += key.sliced(prefix.size(), (slash < 0 ? key.size() : slash) - prefix.size());
             }
-            // A section is passed over as a whole, however much it holds.
+            // A whole section is skipped in one step.
             text = slash < 0 ? std::next(text) : texts.lowerBound(key.first(slash) + BEHIND_SLASH);
         }
     };
@@ -253,7 +254,8 @@ void SettingsFile::SetText(const QString& key, const QString& text) {
     }
     const auto pending = m_pending.find(key);
     if (m_writeBacks == 0) {
-        // Half a file may lack what is on its way, for which a default is set then.
+        // In a file that is half written the key may be missing only for now, and what is set here is a
+        // default for it.
         m_pending.insert(key, {text, std::nullopt, m_isHalf && !m_texts.contains(key)});
     } else if (pending != m_pending.end()) {
         pending->text = text;
@@ -326,7 +328,7 @@ bool SettingsFile::Save(QDeadlineTimer deadline) {
     return false;
 }
 
-// Who holds up a file once is not waited for again.
+// While another program keeps the file busy, only the first save waits.
 QDeadlineTimer SettingsFile::GetDeadline() const {
     return {IsBusy() ? 0ms : PATIENCE};
 }
@@ -339,10 +341,10 @@ SettingsLock::Result SettingsFile::Lock(QDeadlineTimer deadline) {
     return result;
 }
 
-// The reason when the file cannot be written.
+// Returns the reason when the file cannot be written.
 QString SettingsFile::WriteUnderLock(QDeadlineTimer deadline) {
-    QFile::remove(SavingName(m_path)); // of a process that was killed while it saved
-    // Programs that know nothing of the lock may write the file meanwhile. What they wrote is read then.
+    QFile::remove(SavingName(m_path)); // left by a process that was killed while it saved
+    // Programs that do not use the lock may write the file meanwhile; then it is read again.
     do {
         QString reason = ReadForSave(deadline);
         const SettingsTexts changes = GetChanges();
@@ -379,17 +381,17 @@ QString SettingsFile::WriteUnderLock(QDeadlineTimer deadline) {
     return m_busyReason;
 }
 
-// The reason when the file cannot be saved because it cannot be read.
+// Returns the reason when the file cannot be saved because it cannot be read.
 QString SettingsFile::ReadForSave(QDeadlineTimer deadline) {
     const QString problem = Read(deadline);
     return problem.isEmpty() ? QString() : u"it cannot be read ("_s + problem + u')';
 }
 
-// Takes in what the file holds now. The reason when it cannot be read.
+// Reads the file again. Returns the reason when that is not possible.
 QString SettingsFile::Read(QDeadlineTimer deadline) {
     const QDeadlineTimer absence = std::min(deadline, QDeadlineTimer(ABSENCE));
     Content content = ReadFile(m_path);
-    // Half a file is none, and so is one that an editor has moved away to save a new one.
+    // A file that is half written, or that an editor has moved away to save a new one, is waited for.
     while ((content.isBeingWritten && !deadline.hasExpired()) ||
            (content.IsAbsent() && !m_bytes.isEmpty() && !absence.hasExpired())) {
         QThread::msleep(POLL_MS);
@@ -402,7 +404,7 @@ QString SettingsFile::Read(QDeadlineTimer deadline) {
         m_busyReason = BEING_WRITTEN.toString();
         return m_busyReason;
     }
-    m_isHalf = content.isBeingWritten; // at the start that is better than nothing
+    m_isHalf = content.isBeingWritten; // when the program starts, half a file is better than nothing
     m_stamp = content.stamp;
     if (content.bytes != m_bytes) {
         m_bytes = std::move(content.bytes);
@@ -425,7 +427,7 @@ SettingsTexts SettingsFile::GetChanges() const {
     return changes;
 }
 
-// Whether a text goes into the file in the place of the one that stands there.
+// Whether a text that was set replaces the one that is in the file.
 bool SettingsFile::IsChange(const Pending& pending, const QString& theirs) {
     if (pending.givesWay) {
         return false;
@@ -433,7 +435,7 @@ bool SettingsFile::IsChange(const Pending& pending, const QString& theirs) {
     if (!pending.known) {
         return true;
     }
-    // A number that this process spells in its own way is not changed by that.
+    // The same number in another notation is not a change.
     return pending.text != *pending.known &&
            (theirs == *pending.known || !AreSameNumber(pending.text, *pending.known));
 }
@@ -458,7 +460,8 @@ void SettingsFile::EndWriteBack() {
     m_textsBefore.clear();
 }
 
-// What this process knows of a key: what the file was read with, if nobody has asked for it.
+// The value that this process last read or set for a key, else the one that was in the file before the
+// write-back.
 std::optional<QString> SettingsFile::GetKnown(const QString& key) const {
     const auto known = m_known.constFind(key);
     if (known != m_known.constEnd()) {
@@ -468,7 +471,8 @@ std::optional<QString> SettingsFile::GetKnown(const QString& key) const {
     return before == m_textsBefore.constEnd() ? std::nullopt : std::optional(*before);
 }
 
-// Says what was set while another program was writing the file, and what that program wrote instead.
+// Reports the keys that were set while another program was writing the file, and to which that program gave
+// another value.
 void SettingsFile::ReportWhatGaveWay() {
     QStringList keys;
     for (auto pending = m_pending.constBegin(); pending != m_pending.constEnd(); ++pending) {
@@ -484,7 +488,7 @@ void SettingsFile::ReportWhatGaveWay() {
     }
 }
 
-// Says once why the file cannot be saved, and what becomes of what was set.
+// Reports once why the file cannot be saved, and what happens to the values that were set.
 void SettingsFile::Report(const QString& reason, const QString& fate) {
     if (reason == m_reportedReason) {
         return;
@@ -501,7 +505,7 @@ void SettingsFile::Report(const QString& reason, const QString& fate) {
                __LINE__);
 }
 
-// The file is saved from the event loop when nobody commits.
+// Has the event loop save the file when nobody commits.
 void SettingsFile::PostSave() {
     if (!m_path.isEmpty() && !m_isSavePosted) {
         m_isSavePosted = true;
@@ -535,8 +539,8 @@ void SettingsFile::TakeDamage(const QList<DamagedLine>& damage) {
     ReportHere(problem + u". The other lines stay in force."_s, __LINE__);
 }
 
-// Keeps what the file holds beside under another name. A copy that was made before is not repeated. The
-// reason when that fails; then it is still due.
+// Copies the file to another name beside it, unless there is an equal copy already. Returns the reason on
+// failure; the copy is still due then.
 QString SettingsFile::KeepCopy() {
     m_isCopyDue = true;
     bool isKept = false;
@@ -550,7 +554,7 @@ QString SettingsFile::KeepCopy() {
     }
     if (!isKept) {
         QSaveFile copy(m_copyPath);
-        // A commit tells nothing of what could not be flushed.
+        // `commit` does not report data that could not be flushed.
         if (!copy.open(QFile::WriteOnly) || copy.write(m_bytes) != m_bytes.size() || !copy.flush() ||
             !copy.commit()) {
             return u"a copy of it cannot be kept as "_s + m_copyPath + u" ("_s + copy.errorString() + u')';

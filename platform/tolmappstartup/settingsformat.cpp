@@ -10,18 +10,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A letter after a backslash, and what both stand for.
+// A letter after a backslash, and the character that the escape means.
 using Escape = std::pair<char16_t, char16_t>;
 
 constexpr auto ESCAPES =
     std::to_array<Escape>({{u'\\', u'\\'}, {u'"', u'"'}, {u'n', u'\n'}, {u'r', u'\r'}, {u't', u'\t'}});
-// What QSettings has besides.
+// Further escapes that QSettings writes.
 constexpr auto FOREIGN_ESCAPES =
     std::to_array<Escape>({{u'a', u'\a'}, {u'b', u'\b'}, {u'f', u'\f'}, {u'v', u'\v'}, {u'0', u'\0'}});
 
 constexpr int HEXADECIMAL = 16;
-constexpr qsizetype CODE_UNIT_DIGITS = 4; // of \uXXXX and %UXXXX
-constexpr qsizetype BYTE_DIGITS = 2;      // of %XX, and at least so many of \xXX
+constexpr qsizetype CODE_UNIT_DIGITS = 4; // in \uXXXX and %UXXXX
+constexpr qsizetype BYTE_DIGITS = 2;      // in %XX, and the minimum in \xXX
 
 constexpr QStringView GENERAL = u"General"; // the section of the keys without a section
 
@@ -37,7 +37,7 @@ bool IsHexDigit(QChar c) {
     return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
 }
 
-// What stands in all names and in all formats for itself.
+// Characters that need no escape, in any name and any format.
 bool IsPlain(QChar c) {
     return c.unicode() < 0x80 && (c.isLetterOrNumber() || c == u'_' || c == u'-' || c == u'.');
 }
@@ -57,7 +57,7 @@ bool IsLoneSurrogate(QStringView text, qsizetype i) {
     return text[i].isLowSurrogate() && (i == 0 || !text[i - 1].isHighSurrogate());
 }
 
-// The number at a place of a text, which has so many hexadecimal digits; nothing when there are fewer.
+// Reads a number of this many hexadecimal digits at a position of a text; nothing when there are fewer.
 std::optional<char16_t> ReadCodeUnit(QStringView text, qsizetype at, qsizetype digits) {
     if (at + digits > text.size() ||
         !std::all_of(text.begin() + at, text.begin() + at + digits, IsHexDigit)) {
@@ -74,7 +74,7 @@ struct NameEscape {
     qsizetype length;
 };
 
-// The escape at a place of a section name or key, if there is one.
+// The escape at a position of a section name or key, if there is one.
 std::optional<NameEscape> ReadNameEscape(QStringView name, qsizetype at) {
     if (name[at] == u'\\') {
         return NameEscape{u'/', 1};
@@ -102,7 +102,7 @@ QString UnescapeName(QStringView name) {
     return result;
 }
 
-// The characters that a section name or key has to have as escapes, wherever they stand.
+// Characters that must be escaped everywhere in a section name or key.
 bool IsSpecialInName(QChar c) {
     return QStringView(u"=[]:;\"").contains(c) || c == QChar::ByteOrderMark || IsControl(c);
 }
@@ -141,7 +141,7 @@ QString EscapeName(QStringView name) {
     return names.join(u'/');
 }
 
-// Whether a section name or key can stand in a file, escapes and all.
+// Whether a section name or key, with its escapes, is valid in a file.
 bool IsWrittenName(QStringView text) {
     const auto isUsable = [](QStringView name) {
         return !name.isEmpty() && name == name.trimmed() && !IsComment(name);
@@ -154,7 +154,7 @@ bool IsWrittenName(QStringView text) {
            std::all_of(names.begin(), names.end(), isUsable);
 }
 
-// The name that is written in a file; nothing when it is none.
+// Decodes a name from a file; nothing when it is not valid.
 std::optional<QString> ReadName(QStringView text) {
     QString name = UnescapeName(text);
     const bool hasAllNames = !name.startsWith(u'/') && !name.endsWith(u'/') && !name.contains(u"//");
@@ -167,7 +167,7 @@ std::optional<QString> ReadName(QStringView text) {
 // Values
 // ------------------------------------------------------------------------------------------------------
 
-// Reads the escape at a place of a value, behind its backslash. False when there is none.
+// Reads the escape at a position of a value, after its backslash. False when there is none.
 template <std::size_t N>
 bool ReadLetter(const std::array<Escape, N>& escapes, QStringView text, qsizetype& i, QString& result) {
     const auto* const escape =
@@ -186,7 +186,7 @@ bool ReadNumber(QStringView text, qsizetype& i, QString& result) {
     if (text[i] != u'x' || count == 0) {
         return false;
     }
-    // QSettings lets the digits run over, too.
+    // Extra digits overflow, as in QSettings.
     result +=
         QChar(digits.first(count).last(std::min(count, CODE_UNIT_DIGITS)).toUShort(nullptr, HEXADECIMAL));
     i += 1 + count;
@@ -219,7 +219,7 @@ bool IsEscaped(QStringView text, qsizetype i) {
 
 QString Quote(QStringView text) {
     QString result = text.startsWith(u'@') ? u"\"@"_s : u"\""_s;
-    bool isBehindNumber = false; // which a digit would belong to
+    bool isBehindNumber = false; // a digit that follows would become part of it
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text[i];
         const auto* const escape =
@@ -266,7 +266,7 @@ qsizetype FindClosingQuote(QStringView text) {
 // What QSettings writes
 // ---------------------------------------------------------------------------------------
 
-// One text of a list; nothing when QSettings does not write it so.
+// One text of a list; nothing when QSettings does not write it like this.
 std::optional<QString> ReadForeignText(QStringView value, qsizetype& i) {
     const bool isQuoted = i < value.size() && value[i] == u'"';
     const QChar end = isQuoted ? u'"' : u',';
@@ -297,7 +297,7 @@ std::optional<QString> ReadForeignText(QStringView value, qsizetype& i) {
     return text;
 }
 
-// The text that QSettings stands for by one of its forms: it marks what is no plain text with an "@".
+// The text of a value in one of QSettings' typed forms, which begin with "@".
 QString ReadForeignType(const QString& text) {
     constexpr QStringView TEXT = u"@String(";
     if (text == u"@Invalid()") {
@@ -309,7 +309,7 @@ QString ReadForeignType(const QString& text) {
     return text.startsWith(u"@@") ? text.sliced(1) : text;
 }
 
-// A value as QSettings writes it; nothing when it does not write it so.
+// Reads a value as QSettings writes it; nothing when QSettings does not write it like this.
 std::optional<QString> ReadForeignValue(QStringView value) {
     QStringList texts;
     for (qsizetype i = 0;; i += 2) {
@@ -393,9 +393,9 @@ private:
     void ReportDamage(const QString& reason) { m_result.damage.append({m_lineNumber, reason}); }
 
     ParsedSettings m_result;
-    bool m_isForeign; // all of it is as QSettings writes it
+    bool m_isForeign; // the whole file is as QSettings writes it
     int m_lineNumber = 0;
-    std::optional<QString> m_section = QString(); // the prefix of the keys; none: it could not be read
+    std::optional<QString> m_section = QString(); // the prefix of the keys; nothing when it could not be read
 };
 
 void Parser::ReadLine(QByteArrayView line) {
@@ -403,7 +403,7 @@ void Parser::ReadLine(QByteArrayView line) {
     const auto [text, isUtf8] = DecodeLine(line);
     const QStringView trimmed = QStringView(text).trimmed();
     if (trimmed.startsWith(u'[')) {
-        m_section.reset(); // until its name is read
+        m_section.reset(); // until the name has been read
     }
     if (!isUtf8) {
         ReportDamage(u"is no UTF-8 text"_s);
@@ -427,7 +427,7 @@ void Parser::ReadSection(QStringView text) {
         ReportDamage(u"has no usable section name"_s);
         return;
     }
-    // The name is certain enough to go on with, so that the keys below it are not lost.
+    // The name can be used in spite of the damage, so that the keys below it are not lost.
     m_section = IsGeneral(written) ? QString() : *name + u'/';
     if (end < 0) {
         ReportDamage(u"opens a section name and does not close it with \"]\""_s);
@@ -489,7 +489,7 @@ ParsedSettings ParseSettings(QByteArrayView bytes) {
 
 QByteArray FormatSettings(const SettingsTexts& texts) {
     QMap<QString, QString> linesOfSection; // keys without a section come first
-    QString* lines = nullptr;              // of the section before, which is most often this one, too
+    QString* lines = nullptr;              // those of the section of the key before, mostly the same section
     QStringView section;
     for (auto text = texts.constBegin(); text != texts.constEnd(); ++text) {
         const QStringView sectionBefore = std::exchange(section, SectionOf(text.key()));

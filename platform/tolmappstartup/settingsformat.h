@@ -17,27 +17,28 @@
 //   DevOptions="WB;SR;\"HF\""
 //   Note="two lines:\nthis is the second"
 //
-// Keys that belong to no section stand under [General], or before the first section. A line is split at its
-// first "=", and blanks around key and value are cut off. In section names and keys "\" stands for "/", and
-// %XX and %UXXXX for the character of that number.
+// Keys without a section are under [General], or before the first section. A line is split at its first "=",
+// and blanks around key and value are removed. In section names and keys "\" means "/", and %XX and %UXXXX
+// mean the character of that number.
 //
-// A value reads as the text that stands there, with its commas, semicolons and backslashes. Only a value that
-// is enclosed in double quotes as a whole is unescaped: \\ \" \n \r \t, \xH.. (as many hexadecimal digits as
-// there are) and \uXXXX, both a UTF-16 code unit; a backslash before any other character stands for itself.
-// An "@" in front of another one at the front of it is left out.
+// A value is read as it is written, with its commas, semicolons and backslashes. Only a value that is
+// enclosed in double quotes as a whole is unescaped: \\ \" \n \r \t, \xH.. (as many hexadecimal digits as
+// there are) and \uXXXX, both a UTF-16 code unit; a backslash before any other character is kept. Of two "@"
+// at the beginning the first is removed.
 //
-// What is written is read in the same way by QSettings (QSettings::IniFormat), which sees more in a value: it
-// is quoted when it holds a comma, a semicolon, a backslash, a quote or a control character, has blanks
-// around it, or begins with "@", which is doubled then.
+// Files are written so that QSettings (QSettings::IniFormat), which interprets more characters, reads the
+// same values: a value is quoted when it holds a comma, a semicolon, a backslash, a quote or a control
+// character, has blanks around it, or begins with "@", which is doubled then.
 //
-// QSettings itself escapes values without quoting them. So a file whose lines are all as QSettings writes
-// them (section names of letters, digits and escapes; no key before the first one; no blanks around "=") has
-// values with its escapes; lists in it read as their texts joined by commas.
+// QSettings itself escapes values without quoting them. Therefore a file in which all lines are as QSettings
+// writes them (section names of letters, digits and escapes; no key before the first section; no blanks
+// around "=") is read with the escapes of QSettings; a list is read as its texts joined by commas.
 
-/// The texts of settings by their whole key, in its order: what stands in a section stands together.
+/// The texts of settings by their full keys, in the order of the keys, so that those of a section follow one
+/// another.
 using SettingsTexts = QMap<QString, QString>;
 
-/// A line of a settings file that could not be taken as it stands.
+/// A line of a settings file that could not be read, or not completely.
 struct DamagedLine {
     int number; ///< counted from 1
     QString reason;
@@ -51,10 +52,10 @@ struct ParsedSettings {
 
 /// Reads a settings file. Damaged lines are left out and named; the others are read.
 [[nodiscard]] ParsedSettings ParseSettings(QByteArrayView bytes);
-/// Writes a settings file that `ParseSettings` reads back as the same keys and texts.
+/// The bytes of a settings file that `ParseSettings` reads back as the same keys and texts.
 [[nodiscard]] QByteArray FormatSettings(const SettingsTexts& texts);
-/// Whether a setting can be stored under a key, or a section have that name, and every reader of the file
-/// sees the same key.
+/// Whether a text can be a key, or the name of a section, that every reader of the file reads in the same
+/// way.
 [[nodiscard]] bool IsSettingsKey(QStringView key);
-/// The boolean that a text stands for: "true" and "false" in any case, "1" and "0".
+/// Reads a boolean: "true" and "false" in any case, "1" and "0".
 [[nodiscard]] std::optional<bool> ParseBoolean(QStringView text);

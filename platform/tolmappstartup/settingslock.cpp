@@ -16,7 +16,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// A lock file is locked itself (flock) as long as its maker lives, but for a moment after it was made.
+// The process that creates a lock file also locks it (flock) as long as it lives, but a moment after creating
+// it.
 constexpr auto GRACE = 500ms;
 constexpr unsigned long POLL_MS = 2;
 
@@ -32,8 +33,8 @@ bool IsSameFile(int handle, const QString& path) {
            held.st_dev == named.st_dev && held.st_ino == named.st_ino;
 }
 
-// QLockFile sees that the process whose number stands in a lock file is gone. It sees neither that the maker
-// died before it wrote its number, nor that another process has that number by now.
+// QLockFile notices when the process whose number is in a lock file is gone. It notices neither that the
+// process died before it wrote its number, nor that another process has that number now.
 void RemoveAbandoned(const QString& path) {
     if (!IsOlderThanGrace(path)) {
         return;
@@ -45,8 +46,9 @@ void RemoveAbandoned(const QString& path) {
     }
 }
 
-// Only one at a time removes a lock file: the other one might remove that of the next process. QLockFile
-// makes one of its own when it removes one (".rmlock"), which may be left behind as well.
+// Only one process at a time may remove a lock file: a second one might remove the lock file of the next
+// process. QLockFile creates another lock file (".rmlock") when it removes one, which may be left behind as
+// well.
 void RemoveAbandonedInTurn(const QString& path) {
     const int directory =
         open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -69,7 +71,7 @@ SettingsLock::SettingsLock(const QString& settingsPath)
     , m_file(m_path) {}
 
 SettingsLock::Result SettingsLock::Lock(std::chrono::milliseconds patience) {
-    // QLockFile waits too coarsely for locks that are held for a few milliseconds.
+    // QLockFile's own waiting is too coarse for locks that are held for a few milliseconds.
     const QDeadlineTimer deadline(patience);
     while (!m_file.isLocked() && !m_file.tryLock(0)) {
         if (m_file.error() != QLockFile::LockFailedError) {

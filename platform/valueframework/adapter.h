@@ -3,8 +3,8 @@
 #include "valueframework/node.h"
 #include "valueframework/valuedescriptor.h"
 
-/// The base of typed accessors over one node. Does not own the node; when the node is gone, there are no
-/// values. Belongs to the thread of the value tree.
+/// The base of typed accessors to the values of one node. Does not own the node; when the node is gone, every
+/// value is null. Belongs to the thread of the value tree.
 class ZANPLATFORM_EXPORT Adapter {
 public:
     explicit Adapter(Node* node)
@@ -16,8 +16,8 @@ public:
     /// Null when there is none, or when it is gone.
     [[nodiscard]] Node* GetNode() const { return m_pNode.get(); }
 
-    /// The child value that a descriptor names; owned by the tree. Null, with a trace line, when it is absent
-    /// or not of type T.
+    /// The child value that a descriptor names; owned by the tree. Null, with a trace line, when it is
+    /// missing or not of type T.
     template <class T>
     [[nodiscard]] T* GetValue(const ValueDescriptor& descriptor) const {
         const Node* node = GetNode();

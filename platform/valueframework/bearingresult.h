@@ -5,7 +5,7 @@
 /// One processed bearing as the value tree carries it. Azimuths count clockwise from north.
 ///
 /// A member holds a value only after it has been set; until then it reads as 0 and `IsValueValid` is false.
-/// The setters take any number: the ranges are those that other parts rely on.
+/// The setters check nothing; the ranges stated here are those that the users of a bearing rely on.
 class BearingResult {
 public:
     /// The members by index, as `IsValueValid` takes them.

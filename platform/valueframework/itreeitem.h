@@ -7,12 +7,12 @@
 class Node;
 class ValueDescriptor;
 
-/// What stands in the value tree: a node or a value. It has a name and, once inserted, a place; the tree then
-/// owns it. Belongs to the application's main thread.
+/// An item of the value tree: a node or a value. It has a name and, once inserted, a path; the tree then owns
+/// it. Belongs to the application's main thread.
 class ZANPLATFORM_EXPORT ITreeItem : public Observable {
 public:
     ITreeItem() = default;
-    /// A copy has the name of its source, but no place in the tree and no observers.
+    /// A copy has the name of its source, but is not in the tree and has no observers.
     ITreeItem(const ITreeItem& other)
         : ITreeItem() {
         m_name = other.m_name;
@@ -23,16 +23,16 @@ public:
     [[nodiscard]] const QString& GetName() const { return m_name; }
     /// The full path, such as "/ZANServer/Res/DfR/Azimuth"; empty while the item is not in the tree.
     [[nodiscard]] const QString& GetPath() const { return m_path; }
-    /// The node that the item stands in; null while it is not in the tree.
+    /// The node that holds the item; null while it is not in the tree.
     [[nodiscard]] Node* GetParent() const { return m_pParent; }
-    /// The descriptor that the item was made from, or null. Not owned; it outlives the item.
+    /// The descriptor that the item was created from, or null. Not owned; it outlives the item.
     [[nodiscard]] const ValueDescriptor* GetDescriptor() const { return m_pDescriptor; }
     void SetDescriptor(const ValueDescriptor* descriptor) { m_pDescriptor = descriptor; }
     /// The type in words, for people.
     [[nodiscard]] virtual QString GetTypeName() const = 0;
 
-    /// Told to the delete observer of a value (`ValueBase::SetDeleteObserver`) when the tree takes that value
-    /// out to destroy it; its path still reads as it was.
+    /// Called for the delete observer of a value (`ValueBase::SetDeleteObserver`) when the tree takes that
+    /// value out to destroy it; the path of the value is still what it was.
     virtual void OnItemDeleted(ITreeItem* /*item*/) {}
 
 protected:
@@ -43,7 +43,7 @@ private:
     friend class Tree;
     friend class ValueBase;
 
-    /// Tells the observers that the item is going away.
+    /// Notifies the observers that the item is going away.
     virtual void AnnounceRemoval() = 0;
 
     QString m_path;

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Stricter than reading a number: that takes signs, blanks and "0x" as well.
+/// Stricter than Qt's number reading, which accepts signs, blanks and "0x" as well.
 bool IsHexDigit(QChar c) {
     return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f');
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-/// A channel of traffic control that the operator watches. The setters take any number.
+/// A channel of traffic control that the operator watches. The setters check nothing.
 class TrafficControlFrequency {
 public:
     [[nodiscard]] int GetChannelID() const { return m_channelID; }

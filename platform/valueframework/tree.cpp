@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The path without one slash at its end; the root's is empty.
+/// The path without a slash at its end; that of the root is empty.
 QString WithoutTrailingSlash(const QString& path) {
     return path.endsWith(u'/') ? path.chopped(1) : path;
 }
@@ -36,7 +36,7 @@ std::vector<ITreeItem*> Subtree(ITreeItem* top) {
 Tree* Tree::s_pInstance = nullptr;
 
 Tree* Tree::Instance() {
-    // The pointer outlives the tree: whoever comes during the teardown of the process gets null.
+    // The pointer outlives the tree, so that calls during the teardown of the process get null.
     struct Owner {
         Owner() { s_pInstance = new Tree; }
         Owner(const Owner&) = delete;
@@ -48,7 +48,7 @@ Tree* Tree::Instance() {
 }
 
 Tree::~Tree() {
-    // Nobody is told any more; level by level, so that a deep tree needs no deep recursion.
+    // Nobody is notified any more. Level by level, so that a deep tree needs no deep recursion.
     const std::vector<ITreeItem*> items = Subtree(&m_root);
     for (std::size_t i = 1; i < items.size(); ++i) {
         delete items[i];
@@ -152,7 +152,7 @@ bool Tree::Remove(ITreeItem* item) {
 }
 
 void Tree::RemoveAll(std::vector<ITreeItem*> items) {
-    // What a call of Remove further out is working on is left to it.
+    // Items that an outer call of Remove is working on are left to that call.
     std::erase_if(items, [](const ITreeItem* each) { return each->m_isBeingRemoved; });
     for (ITreeItem* each : items) {
         each->m_isBeingRemoved = true;

@@ -6,7 +6,8 @@
 #include <limits>
 #include <utility>
 
-/// A value with a content of type T. `Format` says how the content reads as text and when it has changed.
+/// A value with a content of type T. `Format` defines how the content is written as text and when it has
+/// changed.
 template <class T, class Format, class Stream = StreamFormat<T, Format>>
 class Value : public ValueBase {
 public:
@@ -14,9 +15,9 @@ public:
     explicit Value(T content)
         : m_content(std::move(content)) {}
 
-    /// Good until the content is set again or the value is gone.
+    /// Valid until the content is set again or the value is gone.
     [[nodiscard]] const T& GetValue() const { return m_content; }
-    /// Sets the content and tells the observers when it has changed. False, with nothing changed, when the
+    /// Sets the content and notifies the observers when it has changed. False, with nothing changed, when the
     /// value does not accept the content (see `ValueNumeric`).
     bool SetValue(const T& content, IObserver* originator = nullptr) {
         if (!Accepts(content)) {
@@ -64,18 +65,19 @@ private:
     T m_content{};
 };
 
-/// A number with a range, bounds included, and a step for those who change it by hand. Without `SetMinMax`
-/// the range is that of the type.
+/// A number with a range, bounds included, and a step for displays in which it is changed by hand. Without
+/// `SetMinMax` the range is that of the type.
 ///
 /// A content outside the range is refused, never clipped: the value stays as it was and the setter returns
-/// false. Not-a-number is outside every range. Only `SetMinMax` moves the content.
+/// false. NaN is outside every range. Only `SetMinMax` moves the content.
 template <class T, class Format, class Stream = StreamFormat<T, Format>>
 class ValueNumeric final : public Value<T, Format, Stream> {
 public:
     using Base = Value<T, Format, Stream>;
 
     ValueNumeric() = default;
-    /// Nothing is checked: the content lies from `min` to `max`, and the step is not negative.
+    /// Nothing is checked: the caller sees to it that the content is from `min` to `max` and the step is not
+    /// negative.
     ValueNumeric(T content, T min, T max, T step)
         : Base(content)
         , m_min(min)
@@ -85,15 +87,15 @@ public:
     [[nodiscard]] T GetMin() const { return m_min; }
     [[nodiscard]] T GetMax() const { return m_max; }
     [[nodiscard]] T GetStep() const { return m_step; }
-    /// These three are `SetMinMax` with the other two as they are.
+    /// These three call `SetMinMax` and leave the other two as they are.
     bool SetMin(T min, IObserver* originator = nullptr) { return SetMinMax(min, m_max, m_step, originator); }
     bool SetMax(T max, IObserver* originator = nullptr) { return SetMinMax(m_min, max, m_step, originator); }
     bool SetStep(T step, IObserver* originator = nullptr) {
         return SetMinMax(m_min, m_max, step, originator);
     }
-    /// Sets the range. A content that lies outside it moves to the nearer bound. Observers are told once.
-    /// False, with nothing changed, when the minimum is above the maximum, the step is negative, or one of
-    /// them is not a number.
+    /// Sets the range. A content outside it moves to the nearer bound. Observers are notified once. False,
+    /// with nothing changed, when the minimum is above the maximum, the step is negative, or one of them is
+    /// not a number.
     bool SetMinMax(T min, T max, T step, IObserver* originator = nullptr) {
         if (!(min <= max) || !(step >= T{})) {
             return false;

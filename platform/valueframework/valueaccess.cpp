@@ -6,7 +6,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Place and numbers of lines are those by which readers of the trace know these failures.
+// Source and line numbers are fixed: readers of the trace know these failures by them.
 constexpr TraceSource TRACE(u"valueframework\\valueclasses\\valueobservermacros");
 
 } // namespace

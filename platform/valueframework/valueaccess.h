@@ -9,9 +9,8 @@
 
 #include <memory>
 
-/// \file
-/// The ways in which the library gets at its values. Everything belongs to the thread of the value tree, and
-/// what is returned is owned by the tree.
+/// \file How the library finds and creates its values. Everything belongs to the thread of the value tree,
+/// and what is returned is owned by the tree.
 
 namespace ZANPlatform {
 
@@ -25,8 +24,8 @@ ZANPLATFORM_EXPORT void TraceRefusedValue(const QString& path);
 
 } // namespace ValueAccess
 
-/// The value of type T at a path, made there when it is missing. Null, with a trace line, when a value of
-/// another type has that name already (it stays as it is), or when the path is not valid.
+/// The value of type T at a path, created when it is missing. Null, with a trace line, when a value of
+/// another type has that path already (it stays as it is), or when the path is not valid.
 template <class T>
 T* GetOrCreateValue(const QString& path) {
     Tree& tree = *Tree::Instance();
@@ -46,8 +45,8 @@ T* GetOrCreateValue(const QString& path) {
     return nullptr;
 }
 
-/// Creates the value of a descriptor, of type T, below a path, or returns the one that is there already.
-/// Throws `KWException` when that is of another type, or none could be made. Never null.
+/// Creates the value of a descriptor, of type T, below a path, or returns the one that exists already. Throws
+/// `KWException` when that is of another type, or none could be created. Never null.
 template <class T>
 T* CreateValue(const QString& base, const ValueDescriptor& descriptor, IObserver* originator = nullptr) {
     if (T* value = dynamic_cast<T*>(descriptor.CreateBelow(base, originator))) {
@@ -62,8 +61,8 @@ T* CreateValue(const ValueDescriptor& descriptor, IObserver* originator = nullpt
     return CreateValue<T>(ValueDescriptor::GetBasePath(), descriptor, originator);
 }
 
-/// Creates the node of a descriptor, or returns the one that stands at its place already. Throws
-/// `KWException` when it could not be made. Never null.
+/// Creates the node of a descriptor, or returns the one that exists already at its path. Throws `KWException`
+/// when it could not be created. Never null.
 ZANPLATFORM_EXPORT Node* CreateNode(const ValueDescriptor& descriptor, IObserver* originator = nullptr);
 
 } // namespace ZANPlatform

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 using ZANPlatform::ObservablePtr;
 using ZANPlatform::ReadInteger;
 
-/// The time-driven delivery of a value's changes.
+/// Delivers the changes of a value at intervals.
 struct ValueBase::Timing {
     struct Override {
         int identifier;
@@ -24,7 +24,7 @@ struct ValueBase::Timing {
     };
     struct Notice {
         TChangeCode code;
-        ObserverPtr originator; // it may be gone before the delivery
+        ObserverPtr originator; // it may be destroyed before the delivery
     };
 
     [[nodiscard]] unsigned Interval() const {
@@ -35,14 +35,14 @@ struct ValueBase::Timing {
         return shortest == overrides.end() ? updateTime : shortest->milliseconds;
     }
 
-    /// Starts the timer for what is left of the interval since the first waiting notice came.
+    /// Starts the timer for the rest of the interval that began with the first waiting notice.
     void Start() {
         constexpr qint64 LONGEST = std::numeric_limits<int>::max();
         timer.start(static_cast<int>(std::clamp<qint64>(Interval() - waitingSince.elapsed(), 0, LONGEST)));
     }
 
-    /// Notes a notice for the next delivery. One of the same code is told once; when two originators caused
-    /// it, both of them are told, because each has not seen the other's change.
+    /// Adds a notice to the next delivery. Notices of one code are delivered once; when two originators
+    /// caused them, both are notified, because neither has seen the other's change.
     void Note(TChangeCode code, IObserver* originator) {
         if (waiting.empty()) {
             waitingSince.start();
@@ -115,7 +115,7 @@ bool ValueBase::EndTransaction(TChangeCode code, IObserver* originator) {
 
 void ValueBase::EndTransaction(const std::vector<TChangeCode>& codes, const ObserverPtr& originator) {
     if (m_transactions == 0) {
-        return; // ended already by a call that had no start of its own
+        return; // already ended by a call without a matching start
     }
     const ObservablePtr<ValueBase> self(this);
     --m_transactions;
@@ -125,7 +125,7 @@ void ValueBase::EndTransaction(const std::vector<TChangeCode>& codes, const Obse
         }
     }
     if (self && m_pTiming) {
-        Schedule(); // a group without a code still ends the waiting of what came before it
+        Schedule(); // also without a code: what waited for the end of the group is delivered
     }
 }
 
@@ -230,7 +230,7 @@ QString ValueBase::GetCommandStringForRecording(unsigned timeMs) const {
 }
 
 QString ValueBase::GetCommandStringForTransmission(unsigned sequence) const {
-    // One form for both, so that a recording can be replayed to another process.
+    // One form for both, so that a recording can be sent to another process.
     return GetCommandStringForRecording(sequence);
 }
 
@@ -239,7 +239,7 @@ bool ValueBase::SetCommandString(const QString& command, IObserver* originator) 
     if (fields.size() != 3) {
         return false;
     }
-    unsigned timeOrSequence = 0; // for whoever replays; the value takes the content whenever it comes
+    unsigned timeOrSequence = 0; // for the program that replays; the value takes the content at any time
     QString path;
     QString text;
     return ReadInteger(fields[0].toString(), timeOrSequence) && TakeEscaped(path, fields[1]) &&

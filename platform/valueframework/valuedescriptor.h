@@ -8,11 +8,11 @@
 #include <initializer_list>
 #include <memory>
 
-/// A static description of one value or node: where it stands below the base path, of what type it is, and
-/// what it holds at first. It outlives what is made from it. Belongs to the thread of the value tree.
+/// A static description of one value or node: its path below the base path, its type, and its first content.
+/// It must outlive what is created from it. Belongs to the thread of the value tree.
 class ZANPLATFORM_EXPORT ValueDescriptor {
 public:
-    /// Makes the value that the descriptor describes, without a name; empty for the descriptor of a node.
+    /// Creates the value that the descriptor describes, without a name; empty for the descriptor of a node.
     using Maker = std::function<std::unique_ptr<ValueBase>()>;
 
     /// \param pathName path below the base path, with its slash in front ("/DevAttr/OperationMode")
@@ -27,18 +27,17 @@ public:
     /// A new value as the descriptor describes it, outside the tree; null for the descriptor of a node.
     [[nodiscard]] std::unique_ptr<ValueBase> MakeValue() const;
 
-    /// Makes the value or node at the base path plus the path name. A value that stands there already is
-    /// returned as it is, whatever its type. Null for a node, and for what could not be made. Owned by the
-    /// tree, which keeps the address of the descriptor. Nobody observes a value that is new, so that the
-    /// originator makes no difference.
+    /// Creates the value or node at the base path plus the path name. A value that exists there already is
+    /// returned as it is, whatever its type. Null for a node, and when nothing could be created. Owned by the
+    /// tree, which keeps the address of the descriptor. Nobody observes a new value, so the originator makes
+    /// no difference.
     ValueBase* Create(IObserver* originator = nullptr) const;
-    /// The same below a path that the caller names instead of the base path, with or without a slash at its
-    /// end.
+    /// The same below a given path instead of the base path, with or without a slash at its end.
     ValueBase* CreateBelow(const QString& base, IObserver* originator = nullptr) const;
 
-    /// The process-wide base path against which `Create` resolves descriptors; empty at first. It may be set
-    /// with a slash at its end, and is kept without. Nothing else is checked. New code names its path, with
-    /// `CreateBelow`, and so does not depend on who has set this one before.
+    /// The process-wide base path against which `Create` resolves descriptors; empty at first. A slash at its
+    /// end is removed. Nothing else is checked. New code uses `CreateBelow` with a path, so that it does not
+    /// depend on who set this one last.
     static void SetBasePath(const QString& path);
     [[nodiscard]] static QString GetBasePath();
 
@@ -63,7 +62,7 @@ ZANPLATFORM_EXPORT ValueDescriptor::Maker Text(const QString& content = {});
 ZANPLATFORM_EXPORT ValueDescriptor::Maker TimeStamp();
 /// A selection with the first item current; the items are copied.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Selection(std::initializer_list<SelItemDesc> items);
-/// A bearing none of whose members holds a value.
+/// A bearing in which no member holds a value.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Bearing();
 ZANPLATFORM_EXPORT ValueDescriptor::Maker BearingList();
 /// A node.

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-/// Makes values whose type only the given value knows.
+/// Creates values of the type of a given value.
 class ZANPLATFORM_EXPORT ValueFactory {
 public:
     /// The one factory of the process; never null, never destroyed before the end of the program.

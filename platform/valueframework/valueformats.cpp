@@ -10,8 +10,8 @@ QString Number(double number) {
     return FormatFloat<double>::ToString(number);
 }
 
-/// Reads a number of the member's type into one member of a bearing; an empty text is a member without a
-/// value.
+/// Reads a number of the member's type into one member of a bearing; an empty text leaves the member without
+/// a value.
 template <class T>
 bool ReadMember(const QString& text, BearingResult& bearing, void (BearingResult::*set)(T)) {
     if (text.isEmpty()) {

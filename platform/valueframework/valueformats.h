@@ -11,20 +11,20 @@
 #include <type_traits>
 #include <utility>
 
-/// \file
-/// A format says how a content type reads as text and when it has changed:
+/// \file A format defines how a content type is written as text and when it has changed:
 /// - `TYPE`: the type of a value with this content
 /// - `ToString`: the text of a content
-/// - `FromString`: reads a content; false, with the content unchanged, when the text is none
-/// - `IsChange`: whether setting the second over the first is a change that observers hear of
+/// - `FromString`: reads a content; false, with the content unchanged, when the text is not valid
+/// - `IsChange`: whether replacing the first by the second is a change that observers are notified of
 ///
 /// The elements of a list need `ToString` and `FromString` only.
 ///
-/// Formats know nothing of languages: numbers stand in them as in the "C" locale. From any thread.
+/// Formats do not depend on the language: numbers are written as in the "C" locale. From any thread.
 
 namespace ZANPlatform {
 
-/// Reads a whole decimal number. False, with the number unchanged, when the text is none or does not fit.
+/// Reads a decimal integer. False, with the number unchanged, when the text is not one or does not fit the
+/// type.
 template <class T>
 bool ReadInteger(const QString& text, T& number) {
     bool isNumber = false;
@@ -35,7 +35,7 @@ bool ReadInteger(const QString& text, T& number) {
             return text.toULongLong(&isNumber);
         }
     }();
-    // Reading ends at a NUL, whatever follows it.
+    // Qt stops reading at a NUL and ignores what follows.
     if (!isNumber || text.contains(QChar::Null) || !std::in_range<T>(wide)) {
         return false;
     }
@@ -45,7 +45,7 @@ bool ReadInteger(const QString& text, T& number) {
 
 } // namespace ZANPlatform
 
-/// "0" and "1"; reads "true" and "false", in any case, as well.
+/// Written as "0" and "1"; "true" and "false", in any case, are read as well.
 template <class T>
 struct FormatBool {
     static constexpr ValueType TYPE = ValueType::Bool;
@@ -91,7 +91,7 @@ struct FormatFloat {
     static bool IsChange(const T& before, const T& after) { return before != after; }
 };
 
-/// A text as it stands.
+/// A text, unchanged.
 template <class T>
 struct FormatString {
     static constexpr ValueType TYPE = ValueType::String;

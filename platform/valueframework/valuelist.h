@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-/// An ordered list of elements as one value. As text, the elements stand one after the other in the form of
+/// An ordered list of elements as one value. As text, the elements follow one another in the form of
 /// `StreamFormat`.
 template <class T, class Format, class Stream = StreamFormat<T, Format>>
 class ValueList final : public ValueBase {
@@ -21,7 +21,7 @@ public:
         m_elements.push_back(element);
         Changed(originator);
     }
-    /// Removes all elements. Nobody is told when there are none.
+    /// Removes all elements. Nobody is notified when there are none.
     void Clear(IObserver* originator = nullptr) {
         m_cursor = 0;
         if (!m_elements.empty()) {
@@ -31,18 +31,19 @@ public:
     }
     [[nodiscard]] bool Empty() const { return m_elements.empty(); }
     [[nodiscard]] std::size_t GetCount() const { return m_elements.size(); }
-    /// The elements in their order; good until the list is changed.
+    /// The elements in their order; valid until the list is changed.
     [[nodiscard]] const std::vector<T>& GetElements() const { return m_elements; }
 
-    /// Begins a walk: the next call of `Next` returns the first element. There is one walk at a time.
+    /// Begins an iteration: the next call of `Next` returns the first element. There is only one iteration at
+    /// a time.
     void ToBegin() { m_cursor = 0; }
-    /// The next element of the walk, good until the list is changed. Who changes it says so by `HasChanged`.
-    /// Only while `IsLast` is false; a debug build stops otherwise.
+    /// The next element of the iteration, valid until the list is changed. A caller that changes the element
+    /// calls `HasChanged`. Call it only while `IsLast` is false; a debug build stops otherwise.
     T& Next() {
         Q_ASSERT_X(m_cursor < m_elements.size(), "ValueList::Next", "the walk has passed the last element");
         return m_elements[m_cursor++];
     }
-    /// Whether the walk has passed the last element.
+    /// Whether the iteration has passed the last element.
     [[nodiscard]] bool IsLast() const { return m_cursor >= m_elements.size(); }
 
     [[nodiscard]] ValueType GetType() const override { return ValueType::List; }
@@ -87,7 +88,7 @@ public:
 private:
     ValueList(const ValueList&) = default;
 
-    /// Replaces the elements without telling anybody. Whether they were others.
+    /// Replaces the elements without notifying anybody. Returns whether they were different.
     bool Replace(std::vector<T> elements) {
         m_cursor = 0;
         m_elements.swap(elements);

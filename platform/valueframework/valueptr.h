@@ -9,8 +9,8 @@
 
 namespace ZANPlatform {
 
-/// A value (or node) of the tree that somebody works with: found by its path, observed if that is wanted, let
-/// go when it goes away. Null before and afterwards, also when the value was destroyed without a notice.
+/// A pointer to a value (or node) of the tree: it is found by its path, observed if an observer is given, and
+/// let go when it goes away. Null before and afterwards, also when the value was destroyed without a notice.
 ///
 /// An observer holds one for each value that drives it, and begins its `Update` with `LetGoIfGoing`:
 ///
@@ -21,8 +21,8 @@ namespace ZANPlatform {
 ///             return;
 ///         }
 ///
-/// The end of a `ValuePtr` is the end of the observation; that of the observer is, too. A copy points to the
-/// same value and observes nothing. Does not own. Belongs to the thread of the value tree.
+/// The observation ends with the `ValuePtr` or with the observer, whichever is destroyed first. A copy points
+/// to the same value and observes nothing. Does not own. Belongs to the thread of the value tree.
 template <class T>
 class ValuePtr {
 public:
@@ -37,8 +37,9 @@ public:
     }
     ~ValuePtr() { LetGo(); }
 
-    /// Looks for the value at a path, unless one is held already: that one stays, and is observed as it was.
-    /// \param observer is notified of its changes from now on; null: the value is only read
+    /// Looks for the value at a path. A value that is held already stays, and its observation does not
+    /// change.
+    /// \param observer is notified of changes from now on; null: the value is not observed
     /// \return whether a value is held now
     bool Find(const QString& path, IObserver* observer = nullptr) {
         if (!m_value) {
@@ -50,11 +51,11 @@ public:
         }
         return bool(m_value);
     }
-    /// Lets go of what is held, and takes a value that the caller has found or made; null for none.
+    /// Lets go of what is held and takes a value that the caller has found or created; null for none.
     void Hold(T* value, IObserver* observer = nullptr) {
         LetGo();
         m_value = value;
-        // One who observes it already, by other means, is not taken off it by this pointer.
+        // An observer that was added elsewhere is not removed by this pointer.
         if (value && value->AddObserver(observer)) {
             m_observer = observer;
         }
@@ -67,7 +68,7 @@ public:
         m_value = {};
         m_observer = {};
     }
-    /// Lets go when a notice says that what is held goes away (code 2 of a value, 18 of a node).
+    /// Lets go when a notice announces that what is held is going away (code 2 for a value, 18 for a node).
     /// \return whether it did
     bool LetGoIfGoing(const Observable* subject, TChangeCode code) {
         const bool isGoing = Is(subject) && code == GOING_AWAY;
@@ -80,7 +81,7 @@ public:
     /// Whether a notice is from what is held.
     [[nodiscard]] bool Is(const Observable* subject) const { return subject && subject == get(); }
 
-    /// Null when none is held. What is null may not be dereferenced.
+    /// Null when none is held. Do not dereference a null pointer.
     [[nodiscard]] T* get() const { return m_value.get(); }
     T* operator->() const { return get(); }
     T& operator*() const { return *get(); }

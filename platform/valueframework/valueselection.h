@@ -37,7 +37,7 @@ struct ZANPLATFORM_EXPORT SelItemDesc {
         , value(itemValue)
         , key(itemKey) {}
 
-    /// Appends copies of `count` items to a selection; its observers are told once. Null arguments, and a
+    /// Appends copies of `count` items to a selection; its observers are notified once. Null arguments, and a
     /// count below 1, add nothing.
     static void AddItems(const SelItemDesc* items, int count, ValueSelection* target);
 
@@ -52,11 +52,11 @@ class ZANPLATFORM_EXPORT ValueSelection final : public ValueBase {
 public:
     ValueSelection() = default;
 
-    /// Appends an item, which is always a change. Names and keys may stand in several items.
+    /// Appends an item, which is always a change. Several items may have the same name or key.
     void AddItem(SelectionItem item, IObserver* originator = nullptr);
-    /// Removes all items. Nobody is told when there are none.
+    /// Removes all items. Nobody is notified when there are none.
     void Clear(IObserver* originator = nullptr);
-    /// The items in their order; good until the selection is changed.
+    /// The items in their order; valid until the selection is changed.
     [[nodiscard]] const std::vector<SelectionItem>& GetItems() const { return m_items; }
 
     /// The key of the current item; 0 without items.
@@ -73,9 +73,9 @@ public:
     [[nodiscard]] QString GetStringValue() const override;
     /// Makes the first item with this name the current one. False when no item has it.
     bool SetStringValue(const QString& name, IObserver* originator = nullptr) override;
-    /// Takes over items, choice and state.
+    /// Takes over items, current item and state.
     bool Assign(const ValueBase& other) override;
-    /// Whether items and choice are the same.
+    /// Whether the items and the current item are the same.
     [[nodiscard]] bool Compare(const ValueBase* other) const override;
     [[nodiscard]] std::unique_ptr<ValueBase> Clone() const override;
 

@@ -15,7 +15,7 @@ using ValueInt = Value<int, FormatInt<int>>;
 using ValueString = Value<QString, FormatString<QString>>;
 /// Milliseconds since 1970-01-01 00:00:00 UTC.
 using ValueTimeStamp = Value<quint64, FormatTimeStamp<quint64>>;
-/// Every bearing that is set is told, also when it equals the one before.
+/// Observers are notified of every bearing that is set, also when it equals the one before.
 using ValueBearing = Value<BearingResult, FormatBearingResult>;
 using ValueNumericInt = ValueNumeric<int, FormatInt<int>>;
 using ValueNumericDouble = ValueNumeric<double, FormatFloat<double>>;
