@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-// The functions of the C library that stand behind operator new and behind Qt's containers alike.
+// The functions of the C library that both operator new and Qt's containers use.
 extern "C" {
 void* __libc_malloc(std::size_t size);                // NOLINT(bugprone-reserved-identifier)
 void* __libc_calloc(std::size_t n, std::size_t size); // NOLINT(bugprone-reserved-identifier)

@@ -4,10 +4,10 @@
 
 #include <cstddef>
 
-/// The number of times that the process has taken memory so far, by whichever function.
+/// The number of allocations of the process so far, by any function.
 std::size_t GetAllocationCount();
 
-/// Reports the allocations since it was made, per iteration.
+/// Reports the allocations since its construction, per iteration.
 class AllocationCounter {
 public:
     explicit AllocationCounter(benchmark::State& state)

@@ -1,6 +1,6 @@
 // The way of a bearing from the driver's thread to the flushed sentence: adapter, queue between the threads,
-// filters, value tree, output, file. Beside it what no way can do without as long as every sentence is handed
-// to the system by itself: the write of the ready line. Processor time of both threads, per bearing.
+// filters, value tree, output, file. The yardstick is the part that cannot be avoided while every sentence is
+// passed to the system separately: writing the finished line. Processor time of both threads, per bearing.
 
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
@@ -26,7 +26,7 @@ namespace {
 
 constexpr std::size_t BEARINGS = 16384; // of one run
 
-/// A directory for the run of the program, with the settings and the file of the sentences.
+/// A directory for the duration of the program, with the settings and the file of the sentences.
 const QTemporaryDir& Directory() {
     static const QTemporaryDir directory;
     return directory;
@@ -36,7 +36,7 @@ QString SentencesName() {
     return Directory().filePath(u"sentences.txt"_s);
 }
 
-/// What a driver does on its thread: delivers all bearings, in blocks of a size.
+/// What a driver does in its thread: delivers all bearings in blocks of this size.
 void Deliver(KvZANCommon::ILegacyDriverCallback& callback, std::size_t blockSize) {
     std::vector<Bearing> block(blockSize);
     KvZANCommon::StatusStruct status;
@@ -50,7 +50,8 @@ void Deliver(KvZANCommon::ILegacyDriverCallback& callback, std::size_t blockSize
     for (std::size_t sent = 0; sent < BEARINGS; sent += blockSize) {
         unsigned long long time = 1767268800000 + sent * 10;
         for (std::size_t i = 0; i < blockSize; ++i) {
-            const std::size_t n = sent + i; // so that no number is predicted from the one before
+            const std::size_t n =
+                sent + i; // varied, so that branches cannot be predicted from the bearing before
             block[i].azimuth = static_cast<quint16>(n * 37 % 3600);
             block[i].elevation = static_cast<qint16>(n * 7 % 500);
             block[i].level = static_cast<qint16>(-static_cast<int>(n * 13 % 10000));
@@ -87,7 +88,7 @@ void BearingWay(benchmark::State& state) {
 }
 BENCHMARK(BearingWay)->Arg(1)->Arg(64)->MeasureProcessCPUTime();
 
-/// The same lines, ready made.
+/// Writes the same lines, already finished.
 void WriteOnly(benchmark::State& state) {
     QFile file(Directory().filePath(u"ready.txt"_s));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {

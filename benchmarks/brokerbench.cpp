@@ -1,5 +1,5 @@
-// A call to a server in another process, over loopback TCP, through the broker and beside it the same call
-// through an ORB that the program has initialised by itself.
+// A call to a server in another process over loopback TCP, through the broker. The yardstick is the same call
+// through an ORB that the program has initialised itself.
 
 #include "echo.hh"
 #include "zancommon/zanserverorb.h"
@@ -32,7 +32,7 @@ int GetFreePort() {
     return ntohs(address.sin_port);
 }
 
-/// The server process; it ends with this object.
+/// The server process. It is ended by the destructor.
 class EchoServer {
 public:
     EchoServer() {

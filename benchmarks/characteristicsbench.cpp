@@ -1,5 +1,6 @@
-// The questions to the device model beside the barest loops over the same tables and antennas that give the
-// same answers: what an application would write by hand if it knew its device, its options and its antennas.
+// Queries of the device model. The yardsticks are minimal loops over the same tables and antennas that give
+// the same answers: what an application would write by hand if it knew its device, its options and its
+// antennas.
 
 #include "allocationcounter.h"
 
@@ -33,7 +34,7 @@ struct Row {
     double high;
 };
 
-// Twelve antennas whose ranges adjoin.
+// Twelve antennas with adjacent ranges.
 constexpr std::array<Row, 12> ANTENNAS{{
     {u"PX120", u"RCV07", 9e3, 300e3},
     {u"PX101", u"RCV01", 300001, 5e6},
@@ -49,7 +50,7 @@ constexpr std::array<Row, 12> ANTENNAS{{
     {u"PX118", u"RCV03", 2000000001, 3000e6},
 }};
 
-/// What the hand-written loops work on: of the same antennas only what they need.
+/// The data of the hand-written loops: only the members of the same antennas that they need.
 struct PlainAntenna {
     bool enabled;
     EZANPolarisation polarisation;
@@ -58,7 +59,7 @@ struct PlainAntenna {
     double high;
 };
 
-/// The device of the benchmark in the tree, and the plain copy of what it is.
+/// The device of the benchmark in the tree, and a plain copy of its data.
 class Device {
 public:
     Device() {
@@ -245,7 +246,7 @@ bool PlainIsValid() {
     return high > 0.0;
 }
 
-/// Frequencies all over the range of the device, one after the other.
+/// Frequencies over the whole range of the device, one after the other.
 class Frequencies {
 public:
     double Next() {
@@ -388,8 +389,7 @@ BENCHMARK(SetupValidity);
 BENCHMARK(RebuildPlain);
 BENCHMARK(Rebuild);
 
-/// Whether the hand-written loops answer as the library does; a yardstick that answers otherwise measures
-/// nothing.
+/// Whether the hand-written loops give the answers of the library; a yardstick with other answers is useless.
 bool AgreeWithTheLibrary() {
     ZANCharacteristics& device = GetDevice().characteristics;
     Frequencies frequencies;

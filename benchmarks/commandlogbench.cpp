@@ -1,6 +1,6 @@
-// The command log beside a rotating file sink of spdlog that is flushed at each line, on the same file
-// system: both have a line on its way to the disk when they return. The limit for either is one system call a
-// line.
+// The command log. The yardstick is a rotating file sink of spdlog that is flushed after each line, on the
+// same file system: in both cases a line has been passed to the system when the call returns. The limit for
+// both is one system call per line.
 
 #include "zancommon/commandprotocol.h"
 
@@ -25,7 +25,7 @@ namespace {
 constexpr std::size_t MAX_BYTES = 20000000;
 const std::string LINE = "SetFrequency 145500000 Bandwidth 100000 Antenna PX106 Polarisation Vertical";
 
-/// The directory that both write into, made current as the command log wants it.
+/// The directory that both write into; it is made the current directory, which the command log uses.
 class LogDirectory {
 public:
     LogDirectory() { QDir::setCurrent(m_directory.path()); }

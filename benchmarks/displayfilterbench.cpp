@@ -1,4 +1,5 @@
-// The sectors that a device filters away, beside a bare sweep over the same boundaries that only counts them.
+// The sectors that a device filters out. The yardstick is a simple sweep over the same boundaries that only
+// counts them.
 
 #include "zancommon/displayfilterrange.h"
 

@@ -1,4 +1,4 @@
-// The block filters beside memset of the same bytes: what writing the block costs at least.
+// The block filters. The yardstick is memset of the same bytes: the lowest cost of writing the block.
 
 #include "valueframework/tree.h"
 #include "zancommon/bearing.h"
@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A block in which half of the bearings are rejected, in no order.
+/// A block in which half of the bearings are rejected, in random order.
 std::vector<Bearing> RandomBlock(std::size_t count) {
     std::mt19937 random(20240229);
     std::vector<Bearing> block(count);
@@ -28,8 +28,8 @@ std::vector<Bearing> RandomBlock(std::size_t count) {
     return block;
 }
 
-/// Runs `filter(count, bearings)` on a block again and again. Neither filter changes what the next run of it
-/// has to do, so the block is not restored in between.
+/// Runs `filter(count, bearings)` on a block repeatedly. A filter has the same work in every run, so the
+/// block is not restored in between.
 template <class Filter>
 void Run(benchmark::State& state, Filter filter) {
     const auto count = static_cast<unsigned>(state.range(0));

@@ -7,15 +7,15 @@
 #include <algorithm>
 #include <array>
 
-// What a driver call costs through the adapter. The yardstick of each operation is the direct virtual call of
-// the same operation on the same partner: what an application without a legacy driver pays.
+// The cost of a driver call through the adapter. The yardstick of each operation is the direct virtual call
+// of the same operation on the same object: the cost in an application without a legacy driver.
 
 namespace KvZANCommon {
 namespace {
 
 constexpr unsigned BLOCK = 64;
 
-/// Does with a block what an application does: takes a copy of it.
+/// Copies each block, as an application does.
 class CopyingCallback final : public StubCallback {
 public:
     void fillScanBuffer(long /*range*/, unsigned long long& /*time*/, unsigned /*firstChannel*/,
@@ -37,7 +37,7 @@ public:
         m_adapter.SetCallback(&m_callback);
     }
 
-    // The compiler must not learn what stands behind the interfaces.
+    // The compiler must not know the classes behind the interfaces.
     template <class Interface>
     static Interface* Hidden(Interface* object) {
         benchmark::DoNotOptimize(object);

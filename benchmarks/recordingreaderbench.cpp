@@ -1,5 +1,5 @@
-// Reads a recording of 100000 rows with RecordingReader, beside the barest loop that cuts the same bytes with
-// memchr and makes numbers of them with from_chars, checks nothing and keeps nothing.
+// Reads a recording of 100000 rows with RecordingReader. The yardstick is a minimal loop that splits the same
+// bytes with memchr and converts them with from_chars, without checking or keeping anything.
 
 #include "zanserver/passsimulator.h"
 #include "zanserver/recordingreader.h"
@@ -21,7 +21,7 @@ namespace {
 
 constexpr quint64 ROW_COUNT = 100000;
 
-/// A recording on disk for the run of the program.
+/// A recording on disk for the duration of the program.
 const QString& RecordingName() {
     static const QTemporaryDir directory;
     static const QString name = [] {
@@ -37,7 +37,7 @@ const QString& RecordingName() {
     return name;
 }
 
-/// The bytes of the recording, read from the file anew: both sides pay for that.
+/// The bytes of the recording, read from the file again each time, because the reader does that, too.
 QByteArray ReadBytes() {
     QFile file(RecordingName());
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();

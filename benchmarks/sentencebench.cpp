@@ -1,5 +1,5 @@
-// Builds the whole line of one bearing, head and tail, with DFDataSentence, beside the same line built with
-// snprintf and with chained QString::arg. Wanted: half the time of snprintf.
+// Builds the whole line of one bearing, head and tail, with DFDataSentence. The yardsticks build the same
+// line with snprintf and with chained QString::arg. The goal is half the time of snprintf.
 
 #include "zancommon/dfdatasentence.h"
 
@@ -22,7 +22,7 @@ struct Fields {
 };
 
 constexpr quint64 FIRST_TIME = 1527695886000;
-constexpr std::size_t COUNT = 1024; // so that no number is predicted from the one before
+constexpr std::size_t COUNT = 1024; // varied, so that branches cannot be predicted from the sentence before
 
 const std::array<Fields, COUNT>& Bearings() {
     static const std::array<Fields, COUNT> bearings = [] {
@@ -118,7 +118,7 @@ BENCHMARK(QStringArg);
 void Sentence(benchmark::State& state) {
     DFDataSentence sentence;
     std::array<char, 4096> buffer{};
-    std::size_t different = 0; // the halves, which the C library rounds to the even digit
+    std::size_t different = 0; // exact halves, which the C library rounds to the even digit
     for (const Fields& bearing : Bearings()) {
         different += WithSentence(bearing, sentence).size() != WithSnprintf(bearing, buffer).size();
     }

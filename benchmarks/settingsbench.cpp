@@ -1,4 +1,4 @@
-// Reading settings through the store, beside QSettings with the same keys in its own INI format.
+// Reading settings through the store. The yardstick is QSettings with the same keys in its own INI format.
 
 #include "tolmappstartup/cfgcenter.h"
 
@@ -19,8 +19,8 @@ namespace {
 constexpr int FEW = 10;
 constexpr int MANY = 10000;
 
-// A settings file with as many keys as asked for, half of them numbers and half of them texts, at the top and
-// in a section. Each reader has a file of its own with the same content.
+// A settings file with a given number of keys, half of them numbers and half of them texts, at the top and in
+// a section. Each reader has its own file with the same content.
 class SettingsFiles {
 public:
     explicit SettingsFiles(qint64 count) {

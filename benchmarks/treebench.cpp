@@ -1,5 +1,5 @@
-// The value tree beside what its users would write without it: a path look-up beside a plain hash of the same
-// keys, and a change that observers are told of beside a Qt signal with as many receivers.
+// The value tree. The yardsticks are what its users would write without it: a plain hash of the same keys for
+// a path look-up, and a Qt signal with as many receivers for a change that observers are notified of.
 
 #include "allocationcounter.h"
 
@@ -26,7 +26,7 @@ QString Path(int number) {
     return u"/ZANServer/Res/Branch%1/Value%2"_s.arg(number % 16).arg(number);
 }
 
-/// The paths of all values in a shuffled order, as strings that share nothing with the keys of the tables.
+/// The paths of all values in a shuffled order, as strings that share no data with the keys of the tables.
 std::vector<QString> ShuffledPaths(int count) {
     std::vector<QString> paths;
     for (int i = 0; i < count; ++i) {
@@ -37,7 +37,7 @@ std::vector<QString> ShuffledPaths(int count) {
     return paths;
 }
 
-/// A tree with as many values as the benchmark asks for.
+/// A tree with the number of values that the benchmark wants.
 class FilledTree {
 public:
     explicit FilledTree(int count) {
@@ -59,7 +59,7 @@ private:
     Tree& m_tree = *Tree::Instance();
 };
 
-/// Looks up the paths one after the other, over and over.
+/// Looks up the paths one after the other, repeatedly.
 template <class LookUp>
 void LookUpAll(benchmark::State& state, LookUp lookUp) {
     const std::vector<QString> paths = ShuffledPaths(static_cast<int>(state.range(0)));
@@ -81,7 +81,7 @@ void PlainHashFind(benchmark::State& state) {
     LookUpAll(state, [&hash](const QString& path) { return hash.find(path).value(); });
 }
 
-/// The yardstick of the typed look-up: it has to touch the value itself, too.
+/// The yardstick of the typed look-up: it must access the value itself, too.
 void PlainHashFindTyped(benchmark::State& state) {
     std::vector<std::unique_ptr<ValueBase>> values;
     QHash<QString, ValueBase*> hash;
@@ -108,9 +108,9 @@ BENCHMARK(TreeGetValue)->Arg(10)->Arg(1'000)->Arg(100'000);
 BENCHMARK(PlainHashFindTyped)->Arg(10)->Arg(1'000)->Arg(100'000);
 BENCHMARK(TreeFindTyped)->Arg(10)->Arg(1'000)->Arg(100'000);
 
-// --- telling of a change ---
+// --- notification of a change ---
 
-/// A number that tells of its changes by a signal.
+/// A number that emits a signal when it changes.
 class SignallingNumber : public QObject {
     Q_OBJECT
 
@@ -165,7 +165,7 @@ void QtSignal(benchmark::State& state) {
     }
 }
 
-/// A value with as many observers as the benchmark asks for.
+/// A value with the number of observers that the benchmark wants.
 struct ObservedValue {
     explicit ObservedValue(std::int64_t observerCount) {
         for (std::int64_t i = 0; i < observerCount; ++i) {
@@ -186,7 +186,7 @@ void ValueSet(benchmark::State& state) {
     }
 }
 
-/// The least that telling the observers can cost: a loop of virtual calls.
+/// The lowest cost of notifying the observers: a loop of virtual calls.
 void BareVirtualCalls(benchmark::State& state) {
     const ObservedValue observed(state.range(0));
     Observable* subject = nullptr;

@@ -22,7 +22,7 @@ install(FILES ${PROJECT_BINARY_DIR}/zancommon.pc ${PROJECT_BINARY_DIR}/zancommon
 install(EXPORT ZANCommonBrokerTargets NAMESPACE ZANCommon:: DESTINATION ${ZAN_PACKAGE_DIR} COMPONENT broker)
 install(FILES ${PROJECT_BINARY_DIR}/zancommon-broker.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT broker)
 
-# The guides and what they quote, with the links between them as they are in the sources.
+# The guides and the files that they quote, in the folders of the sources, so that the links between them work.
 set(ZAN_DOC_DIR ${CMAKE_INSTALL_DATADIR}/doc/libzancommon-dev)
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${ZAN_DOC_DIR})
 install(DIRECTORY docs DESTINATION ${ZAN_DOC_DIR} FILES_MATCHING PATTERN "*.md")

@@ -4,10 +4,11 @@
 
 #include <QJsonObject>
 
-/// An antenna as programs read it.
+/// Describes antennas in JSON.
 namespace AntennaJson {
 
-/// Its name, whether it is used, the range that it is used for in Hz, and its converter, where it has one.
+/// Name, whether the antenna is enabled, the range in which it is used in Hz, and its converter, if it has
+/// one.
 QJsonObject Describe(const AntennaData& antenna);
 
 } // namespace AntennaJson

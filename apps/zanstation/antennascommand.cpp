@@ -21,7 +21,7 @@ using namespace ZANServer;
 
 namespace {
 
-/// What can be done: an action, and the number of its arguments.
+/// An action of the command, and the number of its arguments.
 struct Action {
     QString name;
     int argumentCount;
@@ -35,7 +35,7 @@ bool IsSameEntry(const AntennaData& a, const AntennaData& b) {
     return a.name == b.name && CoverageOf(a) == CoverageOf(b);
 }
 
-/// The setup in the settings of the station.
+/// The antenna setup in the settings of the station.
 class StoredSetup {
 public:
     explicit StoredSetup(bool asJson)
@@ -46,7 +46,7 @@ public:
 
     void Print() const {
         if (m_asJson) {
-            return; // the document lists them in any case
+            return; // the JSON document always lists them
         }
         Table table({u"antenna"_s, u"enabled"_s, u"range"_s, u"covers"_s, u"converter"_s});
         for (const auto& antenna : m_list.GetAntennas()) {
@@ -58,7 +58,7 @@ public:
         table.Print();
     }
 
-    /// Says whether the setup is valid; returns the exit code.
+    /// Prints whether the setup is valid; returns the exit code.
     [[nodiscard]] int Check() {
         QString verdict;
         const bool isValid = Station::GetCharacteristics().CheckAntennaSetupValidity(&m_list, verdict);
@@ -67,7 +67,7 @@ public:
         return isValid ? EXIT_OK : EXIT_FAILED;
     }
 
-    /// Makes the setup valid, or only shows how that would be done; returns the exit code.
+    /// Makes the setup valid, or only shows what would be changed; returns the exit code.
     int Repair(bool isDryRun) {
         ZANCharacteristics& characteristics = Station::GetCharacteristics();
         const AntennaSetup::Proposal proposal = characteristics.ProposeAntennaSetup();
@@ -85,7 +85,8 @@ public:
         if (!isDryRun) {
             Save();
         }
-        // An antenna that is supported as it was used may not be so over all that it covers.
+        // The repaired setup may still not be valid: an antenna that is supported in its old range may not be
+        // supported over its whole coverage.
         QString verdict;
         const bool isValid =
             proposal.isPossible && characteristics.CheckAntennaSetupValidity(&m_list, verdict);
@@ -96,8 +97,8 @@ public:
         return isValid ? EXIT_OK : EXIT_FAILED;
     }
 
-    /// Enables or disables all entries of an antenna. One whose range was collapsed when it was disabled is
-    /// used for all that it covers.
+    /// Enables or disables all entries of an antenna. An entry without a range is used for its whole
+    /// coverage.
     int SetEnabled(const QString& name, bool enabled) {
         bool isFound = false;
         for (const auto& antenna : m_list.GetAntennas()) {
@@ -152,7 +153,7 @@ private:
         return EXIT_FAILED;
     }
 
-    /// Takes over how an antenna is used, and tells what is changed by that.
+    /// Takes over range and enabling of a repaired antenna, and prints the change.
     void TakeOver(const AntennaData& repaired) {
         for (const auto& antenna : m_list.GetAntennas()) {
             if (!IsSameEntry(*antenna, repaired)) {
@@ -174,7 +175,7 @@ private:
         }
     }
 
-    /// For programs: the setup as it is now, the verdict on it, and the antennas that a repair has changed.
+    /// For programs: the current setup, the result of its check, and the antennas that a repair has changed.
     void PrintDocument(bool isValid, const QString& verdict) const {
         if (!m_asJson) {
             return;
@@ -192,7 +193,7 @@ private:
                                                      {u"repaired"_s, m_changes}}));
     }
 
-    /// All of the setup is written. What others changed since it was read stays.
+    /// Writes the whole setup; changes by other programs since it was read are kept.
     void Save() {
         const CfgWriteBack writeBack = CfgCenter::GetAppCfg(ICfg::View::Stations).BeginWriteBack();
         m_list.WriteAntennaSetupToCfg(m_address);
@@ -207,10 +208,10 @@ private:
     bool m_asJson;
     QString m_address;
     AntennaDataList m_list;
-    QJsonArray m_changes; // by a repair
+    QJsonArray m_changes; // made by a repair
 };
 
-/// The action of a name; null when there is none.
+/// The action with this name; null when there is none.
 const Action* FindAction(const QString& name) {
     static const std::array<Action, 6> actions{{
         {u"list"_s, 0},
@@ -224,8 +225,8 @@ const Action* FindAction(const QString& name) {
     return action == actions.end() ? nullptr : action;
 }
 
-/// Carries out an action on the station that was started. Returns the exit code: failed when the setup is not
-/// valid afterwards, or when nothing could be done; wrong usage for a range that is none.
+/// Carries out an action on the running station. Returns the exit code: failed when the setup is not valid
+/// afterwards, or when nothing could be done; wrong usage for an invalid range.
 int CarryOut(const QStringList& actionAndArguments, bool isDryRun, bool asJson) {
     const QString& action = actionAndArguments.at(0);
     StoredSetup setup(asJson);

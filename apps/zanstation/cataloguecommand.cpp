@@ -21,7 +21,7 @@ using namespace ZANServer;
 
 namespace {
 
-// How a cell reads for people.
+// The texts of cells for people.
 
 QString AsText(const QJsonValue& cell) {
     return cell.isNull() ? u"-"_s : cell.toVariant().toString();
@@ -45,7 +45,7 @@ QString AsList(const QJsonValue& cell) {
 }
 
 struct Column {
-    QString key; // in JSON; with blanks instead of "_" and without the unit also the title for people
+    QString key; // in JSON; the title for people is the key with blanks instead of "_" and without the unit
     QString (*format)(const QJsonValue& cell);
 };
 
@@ -112,7 +112,7 @@ QJsonValue OptionName(EZANOptions option) {
                      ->name.toString();
 }
 
-/// The elements of a list up to the one that ends it, as `toText` names them.
+/// The elements of a list up to its closing one, converted by `toText`.
 template <class List, class End, class ToText>
 QJsonArray Elements(const List& list, End end, ToText toText) {
     QJsonArray elements;

@@ -62,7 +62,7 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
     if (m_parser.isSet(u"quiet"_s)) {
         Console::BeQuiet();
     }
-    // An empty name is something to the output only: it switches that off.
+    // Only for the output an empty name has a meaning: it switches the output off.
     for (const auto& [name, kind] : {std::pair{u"config"_s, u"directory"_s},
                                      {u"components"_s, u"directory"_s},
                                      {u"recording"_s, u"file"_s},
@@ -145,7 +145,7 @@ bool CommandLine::AsJson() const {
 }
 
 QCommandLineOption CommandLine::ComponentsOption() {
-    // Those that are installed with the program.
+    // The components that are installed with the program.
     const QString directory =
         QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/" ZAN_COMPONENT_DIR));
     return {u"components"_s, u"Directory of the component libraries."_s, u"DIR"_s, directory};

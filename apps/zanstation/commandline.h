@@ -10,50 +10,49 @@
 #include <optional>
 #include <type_traits>
 
-/// Reads the options and arguments of one command. Ends the program's work for a wrong command line, and for
-/// --help.
+/// Reads the options and arguments of one command. Handles wrong command lines and --help.
 class CommandLine {
 public:
-    /// \param positional the arguments that are no options, for the usage line, such as "TABLE"
+    /// \param positional the arguments that are not options, for the usage line, such as "TABLE"
     CommandLine(const QString& command, const QString& description, const QList<QCommandLineOption>& options,
                 const QString& positional = {});
 
-    /// The exit code when there is nothing more to do.
+    /// Parses the arguments. Returns the exit code when the command must not go on.
     std::optional<int> Parse(const QStringList& arguments);
 
-    /// Says why the command line is wrong; returns the exit code for it.
+    /// Prints why the command line is wrong; returns the exit code for that.
     static int Refuse(const QString& why);
-    /// An argument as a message quotes it: in quotes, and of a long one the beginning.
+    /// An argument for a message: in quotes; a long one is shortened.
     static QString Quote(const QString& argument);
 
     [[nodiscard]] bool IsSet(const QString& name) const { return m_parser.isSet(name); }
-    /// The text of an option: the one given, its default, or nothing.
+    /// The text of an option: the given one, its default, or nothing.
     [[nodiscard]] std::optional<QString> Text(const QString& name) const;
     [[nodiscard]] QStringList Positional() const { return m_parser.positionalArguments(); }
 
-    /// Reads a number into a variable when the option is given. False, with a message, when it is none, or
-    /// not between the bounds.
+    /// Reads a number into a variable when the option is given. False, with a message, when it is not a
+    /// number or out of bounds.
     template <class T>
     bool Number(const QString& name, T minimum, T maximum, std::optional<T>& number) const;
     /// Reads a frequency in Hz ("145.5M") into a variable when the option is given. False, with a message,
-    /// when it is none.
+    /// when it is not a frequency.
     bool Frequency(const QString& name, std::optional<double>& frequency) const;
 
     /// The directory of the settings: an absolute path, or empty when there is none.
     [[nodiscard]] QString GetConfigDirectory() const;
-    /// Opens the settings. False, with a message, when they cannot be had.
+    /// Opens the settings. False, with a message, when they cannot be opened.
     [[nodiscard]] bool OpenStore() const;
-    /// Does something with the station that the settings describe. Returns the exit code.
+    /// Runs a function while the station of the settings exists. Returns the exit code.
     [[nodiscard]] int WithStation(const std::function<int()>& work) const;
 
-    /// For the commands that have something for programs.
+    /// The option of commands that can print JSON.
     static QCommandLineOption JsonOption();
-    /// Whether that option is given.
+    /// Whether the option for JSON is given.
     [[nodiscard]] bool AsJson() const;
 
-    /// For the commands that load components.
+    /// The option of commands that load components.
     static QCommandLineOption ComponentsOption();
-    /// Has components loaded from where that option says.
+    /// Sets the directory of components from that option.
     void TakeComponentDirectory() const;
 
 private:

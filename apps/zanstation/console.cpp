@@ -14,10 +14,10 @@ namespace {
 bool isProgressShown = false;
 bool isQuiet = false;
 bool isStandardOutputTaken = false;
-QByteArray unprinted; // of the results
-int printError = 0;   // the number of the error for which they cannot be printed
+QByteArray unprinted; // results that have not been printed yet
+int printError = 0;   // the `errno` of why they cannot be printed
 
-/// Texts from recordings and settings may hold anything: control characters must not reach the terminal.
+/// Texts from recordings and settings may contain anything: control characters must not reach the terminal.
 QByteArray Printable(QString text) {
     for (QChar& c : text) {
         if (c.category() == QChar::Other_Control) {
@@ -109,7 +109,7 @@ void ShowProgress(double fraction, const QString& text) {
     constexpr int WIDTH = 20;
     const int filled = static_cast<int>(std::clamp(fraction, 0.0, 1.0) * WIDTH);
     const QString bar = QString(filled, u'#') + QString(WIDTH - filled, u'.');
-    // The escape sequence clears what a longer line left.
+    // The escape sequence clears the rest of a longer line.
     const QString line =
         u"\r[%1] %2%  "_s.arg(bar, QString::number(fraction * 100.0, 'f', 0).rightJustified(3));
     StandardError::Draw(View(line.toLatin1() + Printable(text) + "\033[K"));

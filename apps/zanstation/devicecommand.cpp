@@ -94,7 +94,7 @@ void PrintLimits(const ZANCharacteristics& characteristics) {
     table.Print();
 }
 
-/// What the device of the station is, apart from its antennas and modes.
+/// The device of the station, without its antennas and modes.
 struct DeviceSummary {
     explicit DeviceSummary(const ZANCharacteristics& characteristics)
         : type(Tree::Instance()
@@ -108,7 +108,7 @@ struct DeviceSummary {
     QString name = StationCfg::GetStationName();
     QString type;
     int channelCount;
-    QString verdict; // on the antenna setup
+    QString verdict; // result of the check of the antenna setup
     bool isSetupValid;
     double vuhfStart = 0.0;
     double hfEnd = 0.0;

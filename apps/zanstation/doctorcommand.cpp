@@ -28,7 +28,7 @@ namespace {
 
 using Severity = Finding::Severity;
 
-/// A finding, and what it is about.
+/// A finding, and the name of what was checked.
 struct NamedFinding {
     QString name;
     Finding finding;
@@ -62,11 +62,11 @@ Finding ExamineHubClient() {
     return {Severity::Ok, u"found"_s};
 }
 
-/// Whether the recording can be read, and an antenna serves each of its frequencies.
+/// Checks whether the recording can be read and an antenna serves each of its frequencies.
 Finding ExamineRecording(const QString& fileName) {
     RecordingReader reader;
     if (reader.Open(fileName)) {
-        double frequency = 0.0; // of the row before
+        double frequency = 0.0; // of the previous row
         while (const std::optional<RecordedBearing> row = reader.Next()) {
             if (row->frequency == frequency) {
                 continue;
@@ -87,7 +87,7 @@ Finding ExamineRecording(const QString& fileName) {
                 fileName};
 }
 
-/// What works on this machine: settings, device, recording, serial ports, broker and hub client.
+/// Checks settings, device, recording, serial ports, broker and hub client.
 std::vector<NamedFinding> Examine(const QString& configDirectory, const std::optional<QString>& recording) {
     std::vector<NamedFinding> findings{{u"settings"_s, ExamineSettings(configDirectory)}};
     const QString address = Station::ADDRESS.toString();
@@ -138,7 +138,7 @@ void PrintAsJson(const std::vector<NamedFinding>& findings) {
     Console::PrintJson(QJsonDocument(QJsonObject{{u"findings"_s, array}}));
 }
 
-/// Returns the exit code: failed when something is broken; what is merely absent or odd does not count.
+/// Returns the exit code: failed when something is broken; what is only missing or unusual does not count.
 int GetExitCode(const std::vector<NamedFinding>& findings) {
     const bool isBroken = std::ranges::any_of(
         findings, [](const NamedFinding& each) { return each.finding.severity == Severity::Error; });

@@ -34,14 +34,14 @@ KvZANCommon::TCFrequencyListPersistency GetPersistency(ValueTrafficControlFreque
     return {list, STORE, ICfg::View::Outputs};
 }
 
-/// Names are the station's own addition to the entries of the list.
+/// The key that the station adds to the entries of the list.
 const QString NAME_KEY = u"/Name"_s;
 
 CfgPtr OpenStore() {
     return CfgPtr(CfgCenter::CreateCfg(STORE, ICfg::View::Outputs, {}));
 }
 
-/// Replaces the list and its names in the file, all at once: the names wait for the commit of the list.
+/// Replaces the list and its names in the file, all at once: the names are saved with the commit of the list.
 void Store(ValueTrafficControlFrequencyList* list, const std::vector<NamedChannel>& channels) {
     const CfgPtr store = OpenStore();
     if (!store) {
@@ -54,8 +54,7 @@ void Store(ValueTrafficControlFrequencyList* list, const std::vector<NamedChanne
     GetPersistency(list).MakePersistent();
 }
 
-/// Warns of channel numbers that stand in several rows: nothing decides between those, the list holds them
-/// all.
+/// Warns about channel numbers that are in several rows. The list gets all of these rows.
 void WarnOfRepeatedNumbers(const std::vector<NamedChannel>& channels) {
     constexpr qsizetype MOST_NAMED = 10;
     std::map<int, quint64> rows;
@@ -76,8 +75,8 @@ void WarnOfRepeatedNumbers(const std::vector<NamedChannel>& channels) {
     }
 }
 
-/// Replaces the list by the channels of a CSV file. A file without one row that can be used leaves the list
-/// alone. Returns the exit code.
+/// Replaces the list by the channels of a CSV file. A file without a usable row does not change the list.
+/// Returns the exit code.
 int Import(const QString& fileName, ChannelReader& reader) {
     if (!reader.Read(fileName)) {
         Console::Error(reader.GetErrorText());
@@ -104,7 +103,7 @@ int Import(const QString& fileName, ChannelReader& reader) {
     return EXIT_OK;
 }
 
-/// What has been imported, and the rows that were left out.
+/// Prints what was imported, and the rows that were left out.
 void TellImported(const ChannelReader& reader, bool asJson) {
     const std::size_t count = reader.GetChannels().size();
     if (asJson) {
@@ -117,8 +116,8 @@ void TellImported(const ChannelReader& reader, bool asJson) {
     }
 }
 
-/// Whether the list can be restored without losing anything: a count that is no number would get the
-/// default in its place, and is left for the operator to correct.
+/// Whether the list can be restored without losing anything: `Restore` would replace an invalid count by the
+/// default, but the operator is to correct it.
 bool CanRestore(const ICfg& store) {
     const QString key = u"TrafficControlFrequencies/TCFrequencyCount"_s;
     return store.GetString(key, {}).isNull() || store.GetInt(key, 0) == store.GetInt(key, 1);
@@ -200,7 +199,7 @@ int Frequencies(const QStringList& arguments) {
         }
         ChannelReader reader;
         const int exitCode = line.WithStation([&] { return Import(words.at(1), reader); });
-        if (exitCode == EXIT_OK) { // and so it is saved
+        if (exitCode == EXIT_OK) { // so it has been saved
             TellImported(reader, line.AsJson());
         }
         return exitCode;

@@ -37,8 +37,8 @@ QJsonObject DescribeForPrograms(const QString& component, HwStatusTester::HwComp
             {u"found"_s, state != H::RequiredMissing && state != H::OptionalMissing}};
 }
 
-/// Prints the hardware components of the station's device: what is required and optional, found, missing and
-/// unknown. Returns the exit code: failed when a required component is missing.
+/// Prints the hardware components of the station's device: required and optional, found, missing and unknown
+/// ones. Returns the exit code: failed when a required component is missing.
 int PrintHardware(bool asJson) {
     HwStatusTester hardware(ZANPath::SERVER.toString());
     hardware.ReadHwRequirementsFromTree();

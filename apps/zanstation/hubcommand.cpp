@@ -16,15 +16,16 @@ using ZANPlatform::GetOrCreateValue;
 
 namespace {
 
-/// A frequency of the control application, which the hub's client uses.
+/// Publishes a frequency of the control application for the hub's client.
 void Publish(QStringView name, double frequency) {
     if (auto* value = GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(name))) {
         value->SetValue(frequency, nullptr);
     }
 }
 
-/// Joins the message hub as a receiver or a sender, until a signal ends the program. Returns the exit code:
-/// that of the signal, or failed when there is no client component; the message says where it was looked for.
+/// Joins the message hub as a receiver or a sender until a signal ends the program. Returns the exit code:
+/// that of the signal, or failed when there is no client component; a message then says where it was looked
+/// for.
 int JoinHub(bool asReceiver, const QString& name) {
     const ZANCharacteristics& characteristics = Station::GetCharacteristics();
     Publish(ZANValueName::SYSMINFREQ, characteristics.GetMinFreq(OPMODE_FFM));
@@ -45,7 +46,7 @@ int JoinHub(bool asReceiver, const QString& name) {
         return EXIT_FAILED;
     }
     Console::Tell(asReceiver ? u"joined the hub as a receiver"_s : u"joined the hub as a sender"_s);
-    Console::Flush(std::chrono::milliseconds(0)); // whoever reads a pipe or a file waits for it
+    Console::Flush(std::chrono::milliseconds(0)); // readers of a pipe or file may wait for this line
     return QCoreApplication::exec();
 }
 

@@ -74,7 +74,8 @@ QString GetUsage() {
                    "zanstation --version tells the version.\n"_s;
 }
 
-/// "help COMMAND" is "COMMAND --help", and "help" the program's own help. Nothing when it is asked otherwise.
+/// Turns "help COMMAND" into "COMMAND --help", and "help" into the program's own help. Nothing for other
+/// arguments.
 std::optional<QStringList> ReadHelp(const QStringList& topics) {
     if (topics.isEmpty() || topics == QStringList{u"--help"_s} || topics == QStringList{u"-h"_s}) {
         return QStringList{u"--help"_s};
@@ -84,7 +85,7 @@ std::optional<QStringList> ReadHelp(const QStringList& topics) {
                : std::nullopt;
 }
 
-/// Does what the command line says. Returns the exit code.
+/// Carries out the command line. Returns the exit code.
 int Work(QStringList arguments) {
     if (arguments.value(0) == u"--version" || arguments.value(0) == u"-v") {
         Console::PrintText(u"zanstation "_s + QCoreApplication::applicationVersion() + u'\n');
@@ -116,12 +117,11 @@ int Work(QStringList arguments) {
     return EXIT_USAGE;
 }
 
-/// Prints what the work has left to be printed, and says why when that is not possible. Returns the exit
-/// code.
+/// Prints the remaining results, or a message when that is not possible. Returns the exit code.
 int Finish(int exitCode) {
     constexpr std::chrono::seconds PATIENCE(1);
     int error = Console::Flush(PATIENCE);
-    if (error == EWOULDBLOCK && exitCode < ExitCodeOf(SIGHUP)) { // else a signal has ended the work
+    if (error == EWOULDBLOCK && exitCode < ExitCodeOf(SIGHUP)) { // not when a signal has ended the work
         SignalWatcher::LetSignalsEndTheProgram();
         error = Console::Flush(StandardStream::FOREVER);
     }
@@ -132,24 +132,24 @@ int Finish(int exitCode) {
     if (error == 0 || exitCode != EXIT_OK) {
         return exitCode;
     }
-    return error == EPIPE ? ExitCodeOf(SIGPIPE) : EXIT_FAILED; // a reader may go away when it has enough
+    return error == EPIPE ? ExitCodeOf(SIGPIPE) : EXIT_FAILED; // a reader may stop when it has read enough
 }
 
-/// Qt's own messages and the trace go the way of all others.
+/// Qt's messages and the trace go to standard error like all others.
 void WriteQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     StandardError::Write(qFormatLogMessage(type, context, message).toStdString() + '\n');
 }
 
-/// Whether the program's arguments are what the user has given, to the letter: text that is not UTF-8 would
-/// be another file's name.
+/// Whether Qt has decoded the program's arguments without loss: a name that is not UTF-8 would become another
+/// name.
 bool AreArgumentsText(int argc, char** argv) {
     return std::all_of(argv + std::min(argc, 1), argv + argc, [](const char* argument) {
         return QFile::encodeName(QFile::decodeName(argument)) == argument;
     });
 }
 
-/// A standard descriptor that is closed would be given to the next file or pipe that is opened, which some
-/// libraries do before `main`. What takes its place holds nothing, and takes nothing: what is printed there
+/// Opens standard descriptors that are closed: otherwise the next file or pipe would get their numbers, and
+/// some libraries open one before `main`. Reading from the replacement gives nothing, and writing to it
 /// fails.
 __attribute__((no_sanitize("address", "undefined", "thread"))) void KeepStandardDescriptors() {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
@@ -159,22 +159,22 @@ __attribute__((no_sanitize("address", "undefined", "thread"))) void KeepStandard
     }
 }
 
-// Runs before the libraries are initialised.
+// Called before the libraries are initialised.
 [[gnu::section(".preinit_array"),
   gnu::used]] void (*const keepStandardDescriptors)() = KeepStandardDescriptors;
 
 } // namespace
 
 int main(int argc, char** argv) {
-    // Beyond a limit of its size a file cannot be written, as on a full disk, and that ends no program.
+    // Reaching the limit of the file size is an error, as on a full disk, and must not end the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    // Nor does a reader that goes away.
+    // Nor must a reader that goes away.
     std::signal(SIGPIPE, SIG_IGN);
     qInstallMessageHandler(WriteQtMessage);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"zanstation"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(ZAN_VERSION));
-    // The program speaks English, so the system's reasons within its sentences are English, too.
+    // The program's messages are English, so the system's error texts in them must be English, too.
     std::setlocale(LC_MESSAGES, "C");
 
     if (!AreArgumentsText(argc, argv)) {

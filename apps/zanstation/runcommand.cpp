@@ -35,15 +35,15 @@ namespace {
 constexpr int PROGRESS_INTERVAL_MS = 200;
 constexpr int WATCH_INTERVAL_MS = 1000;
 
-/// What standard input and standard output are called on the command line.
+/// The name of standard input and standard output on the command line.
 constexpr QStringView STANDARD_STREAM = InterruptibleInput::STANDARD_INPUT;
 
-/// A file by its name; a standard stream by the name that the system has for it.
+/// The name of a file; for "-" the system's name of the standard stream.
 QString StreamFile(const QString& name, const QString& stream) {
     return name == STANDARD_STREAM ? stream : name;
 }
 
-/// The file that the sentences will go to; empty for none.
+/// The file for the sentences; empty for none.
 QString GetOutputFile(const RunOptions& options) {
     const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
     const QString stored =
@@ -51,11 +51,11 @@ QString GetOutputFile(const RunOptions& options) {
     return options.output.value_or(stored);
 }
 
-/// The files that the station has in the directory of its settings, or will have there.
+/// The station's files in the directory of its settings, also those that it will create.
 QStringList FindOwnFiles(const QString& directory) {
     QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(Station::ADDRESS)};
     for (const QString& name : {u"/Application.ini"_s, u"/TrafficControl.ini"_s}) {
-        // A link is saved where it leads to.
+        // A settings file that is a link is saved where the link leads to.
         const QString place = QFileInfo(directory + name).canonicalFilePath();
         for (const QString& settings : {directory + name, place.isEmpty() ? directory + name : place}) {
             files += {settings, settings + u".lock"_s, settings + u".saving"_s};
@@ -114,7 +114,7 @@ int RunCommand::Run() {
     QCoreApplication::exec();
 
     m_receiver->Stop(m_device);
-    m_station->GetOutput().SetEnabled(false); // what waits is written, or counted as dropped
+    m_station->GetOutput().SetEnabled(false); // waiting sentences are written, or counted as dropped
     ReportOutputProblem();
     if (progress.isActive()) {
         ShowProgress();
@@ -125,7 +125,7 @@ int RunCommand::Run() {
         Console::Warn(silence);
     }
     PrintSummary();
-    QCoreApplication::processEvents(); // a signal that has come since the end began
+    QCoreApplication::processEvents(); // handles a signal that has arrived meanwhile
     if (m_signal != 0) {
         return ExitCodeOf(m_signal);
     }
@@ -146,7 +146,7 @@ bool RunCommand::CanBegin(const RunOptions& options) {
     }
     const QString output = GetOutputFile(options);
     const QString recording = StreamFile(options.recording, u"/dev/stdin"_s);
-    // A terminal may well be both.
+    // A terminal may be both.
     const bool canBeSame = options.recording != STANDARD_STREAM || QFileInfo(recording).isFile();
     if (!output.isEmpty() && canBeSame &&
         DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), recording)) {
@@ -178,7 +178,7 @@ void RunCommand::WarnOfStation() {
     }
 }
 
-/// Warns of the first frequencies that the recording holds and no antenna serves.
+/// Warns about the first frequencies of the recording that no antenna serves.
 void RunCommand::WarnOfFrequency(double frequency) {
     constexpr std::size_t MOST_WARNINGS = 10;
     if (frequency == m_lastFrequency || m_unservedFrequencies.size() == MOST_WARNINGS) {
@@ -208,7 +208,7 @@ void RunCommand::SetParameters() {
 
 void RunCommand::StoreOutputSettings() const {
     ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
-    if (m_options.output && m_options.output != STANDARD_STREAM) { // that holds for this run only
+    if (m_options.output && m_options.output != STANDARD_STREAM) { // standard output is for this run only
         cfg.SetBool(u"FileOutput_Enabled"_s, !m_options.output->isEmpty());
         if (!m_options.output->isEmpty()) {
             cfg.SetString(u"FileOutput_Address"_s, *m_options.output);
@@ -225,10 +225,10 @@ void RunCommand::StoreOutputSettings() const {
     }
 }
 
-/// Opens the recording, but reads on only when the output is there.
+/// Opens the recording. Its rows are read only when the output exists.
 bool RunCommand::OpenRecording() {
     m_receiver.emplace(m_station->GetDeviceAddress());
-    // What has been waiting since the last time is written together.
+    // Deliveries that have waited together are written together.
     connect(&*m_receiver, &DriverReceiver::PassingOnBegins, this,
             [this] { m_burst.emplace(m_station->GetOutput()); });
     connect(&*m_receiver, &DriverReceiver::PassingOnEnds, this, [this] { m_burst.reset(); });
@@ -278,7 +278,7 @@ void RunCommand::LogCommand(const QString& command) {
 }
 
 void RunCommand::ReportCommandLogProblem() {
-    m_isCommandLogBroken = true; // once is enough
+    m_isCommandLogBroken = true; // report it only once
     Console::Warn(u"no command log: "_s + m_commandLog->GetLastError());
 }
 
@@ -293,7 +293,7 @@ void RunCommand::ReportOutputProblem() {
     }
 }
 
-/// Tells while the run goes on what would otherwise come as a surprise at its end.
+/// Reports problems during the run that would otherwise only be noticed at its end.
 void RunCommand::Watch() {
     ReportOutputProblem();
     const QString silence = m_isSilenceTold ? QString() : DescribeSilence(false);
@@ -303,7 +303,7 @@ void RunCommand::Watch() {
     }
 }
 
-/// That bearings are published and no sentence is written, and why; empty while it is not so.
+/// Why bearings are published but no sentence is written; empty when sentences are written.
 QString RunCommand::DescribeSilence(bool isAtEnd) const {
     const quint64 published = m_station->GetCounts().published;
     const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
@@ -374,7 +374,8 @@ void RunCommand::PrintSummary() const {
     }
 }
 
-/// The same names, as programs write them: "rejected: pitch/roll" is "rejected_pitch_roll".
+/// The member names are those of the summary in the usual form: "rejected: pitch/roll" is
+/// "rejected_pitch_roll".
 void RunCommand::PrintSummaryAsJson() const {
     static const QRegularExpression betweenWords(u"[^a-z]+"_s);
     QJsonObject summary;
@@ -475,8 +476,8 @@ int Run(const QStringList& arguments) {
     options.asJson = line.AsJson();
     const std::optional<QString> recording = line.Text(u"recording"_s);
     options.recording = recording ? AbsolutePath(*recording) : options.configDirectory + u"/example.csv"_s;
-    // The command log is kept below the current directory, and a relative name in the settings counts from
-    // there: with the settings.
+    // The command log is below the current directory, and relative names in the settings refer to it; so make
+    // it the directory of the settings.
     QDir::setCurrent(options.configDirectory);
     if (!RunCommand::CanBegin(options)) {
         return EXIT_FAILED;
@@ -485,7 +486,7 @@ int Run(const QStringList& arguments) {
         !WriteSimulation(1, PassSimulator::DEFAULT_ROW_COUNT, options.recording)) {
         return EXIT_FAILED;
     }
-    // A signal that comes while the settings are saved does not end that.
+    // A signal does not interrupt the saving of the settings.
     const SignalWatcher signals;
     const int exitCode = RunCommand(options, signals).Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;

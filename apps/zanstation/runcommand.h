@@ -15,12 +15,13 @@
 
 class SignalWatcher;
 
-/// What `zanstation run` is asked to do. What is not set stays as it is in the settings.
+/// The options of `zanstation run`. For those that are not set the settings are used.
 struct RunOptions {
     QString configDirectory; ///< absolute path
     QString recording;       ///< absolute path, or "-" for standard input
     double pace = 1.0;       ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
-    /// Absolute path, for a later run may be started elsewhere; "-": standard output, for this run only.
+    /// Absolute path, because a later run may be started in another directory; "-": standard output, for this
+    /// run only.
     std::optional<QString> output;
     std::optional<QString> serial;
     std::optional<int> interval; ///< milliseconds
@@ -28,27 +29,27 @@ struct RunOptions {
     std::optional<double> rollThreshold;
     std::optional<double> overheadThreshold;
     std::optional<int> connectionSpeed;
-    bool asJson = false; ///< the summary is for programs
+    bool asJson = false; ///< the summary is printed as JSON
 };
 
-/// Replays a recording through the station and reports what became of it.
+/// Replays a recording through the station and reports the results.
 class RunCommand final : public QObject {
     Q_OBJECT
 
 public:
-    /// \param signals made before, and to outlive what is done after the run
+    /// \param signals created before the run; must outlive it and the saving of the settings
     RunCommand(RunOptions options, const SignalWatcher& signals);
 
-    /// Whether the run can begin: refuses, with messages, settings that cannot be used, an output that would
-    /// overwrite the recording or a file of the station, and one that another process writes to. Nothing is
-    /// written.
+    /// Whether the run can begin. Refuses, with messages, settings that cannot be used, an output that would
+    /// overwrite the recording or a file of the station, and one that another process writes to. Writes
+    /// nothing.
     [[nodiscard]] static bool CanBegin(const RunOptions& options);
 
     /// Runs until the recording has ended or the program is interrupted; returns the exit code.
     int Run();
 
 private:
-    /// What is counted, and how often.
+    /// A count of the summary, and its name.
     struct SummaryLine {
         QString name;
         quint64 count = 0;
@@ -77,15 +78,15 @@ private:
     std::optional<DFDataOutput::Burst> m_burst;
     std::optional<ZANServer::DriverReceiver> m_receiver;
     std::optional<CommandProtocol> m_commandLog;
-    std::optional<ZANServer::ReplayDriver> m_driver; // outlives the adapter, which it is given
+    std::optional<ZANServer::ReplayDriver> m_driver; // must outlive the adapter, which uses it
     KvZANCommon::LegacyDriverAdapter m_adapter;
-    KvZANCommon::IDriver& m_device = m_adapter; // what the application knows of the driver
+    KvZANCommon::IDriver& m_device = m_adapter; // the driver as the application sees it
     QString m_reportedProblem;
-    double m_lastFrequency = 0.0; // of the latest block
+    double m_lastFrequency = 0.0; // of the last block
     std::set<double> m_unservedFrequencies;
     bool m_isOutputOn = false; // when the driver was started
     bool m_isSilenceTold = false;
     bool m_isCommandLogBroken = false;
     bool m_hasFailed = false;
-    int m_signal = 0; // that has ended the run
+    int m_signal = 0; // the one that has ended the run; 0: none
 };

@@ -10,10 +10,10 @@ namespace {
 
 constexpr std::array SIGNALS{SIGINT, SIGTERM, SIGHUP};
 
-// A signal handler may do little more than write to a descriptor; the event loop waits at the other end.
+// A signal handler may do little more than write to a descriptor; the event loop reads from the other end.
 std::array<int, 2> sockets{-1, -1};
 
-sigset_t watched{}; // those that were not ignored
+sigset_t watched{}; // the signals that were not ignored
 
 void OnSignal(int signal) {
     const int savedErrno = errno;
@@ -22,7 +22,7 @@ void OnSignal(int signal) {
     errno = savedErrno;
 }
 
-/// Whether the program was started so that it outlives its terminal, as by nohup.
+/// Whether the program was started to survive the end of its terminal, as by nohup.
 bool IsHangupIgnored() {
     struct sigaction action {};
     return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
@@ -53,7 +53,7 @@ SignalWatcher::SignalWatcher()
 }
 
 SignalWatcher::~SignalWatcher() {
-    m_notifier.setEnabled(false); // what the handler writes from here on waits
+    m_notifier.setEnabled(false); // signals are kept in the socket from here on
 }
 
 void SignalWatcher::LetSignalsEndTheProgram() {

@@ -3,8 +3,8 @@
 #include <QObject>
 #include <QSocketNotifier>
 
-/// Turns the signals that end a program (SIGINT, SIGTERM, SIGHUP) into a Qt signal on the event loop, so
-/// that the program can end in its own order. A SIGHUP that is ignored stays ignored. One in a program.
+/// Turns the signals that end a program (SIGINT, SIGTERM, SIGHUP) into a Qt signal in the event loop, so that
+/// the program can end in an orderly way. A SIGHUP that is ignored stays ignored. One object per program.
 class SignalWatcher final : public QObject {
     Q_OBJECT
 
@@ -12,10 +12,10 @@ public:
     SignalWatcher();
     SignalWatcher(const SignalWatcher&) = delete;
     SignalWatcher& operator=(const SignalWatcher&) = delete;
-    /// From here on the signals wait: the program is at its end, which nothing shall cut short.
+    /// From here on the signals wait, so that they do not interrupt the end of the program.
     ~SignalWatcher() override;
-    /// From here on they end the program again, also those that have waited. To be called when there is
-    /// nothing left that must not be cut short; without a watcher before it does nothing.
+    /// From here on signals end the program again, also those that have waited. Call it when nothing is left
+    /// that must not be interrupted. Does nothing when there was no watcher.
     static void LetSignalsEndTheProgram();
 
 Q_SIGNALS:

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Lines that say that all is well, or what the commands say in their own words.
+/// Lines about normal events, or about failures that the commands report themselves.
 constexpr std::array<QStringView, 7> USUAL{
     u"No sample mode matching",        u"CommandProtocol: Going to delete the oldest backup file.",
     u"SerialInterface::OnOpen",        u"SerialInterface::OnClose",
@@ -23,12 +23,10 @@ constexpr std::array<QStringView, 7> USUAL{
     u"The configuration directory \"",
 };
 
-/// Where the lines come from that tell what became of a settings file: what could not be saved, and what of
-/// it could not be read.
+/// The origin of lines about settings files: what could not be saved, and what could not be read.
 constexpr QStringView SETTINGS_ORIGIN = u"tolmappstartup\\settingsfile(";
 
-/// The bandwidth that restricts nothing is a number of 309 digits, and cut off to an integer the least of
-/// them.
+/// Names the bandwidth that restricts nothing: as a number it has 309 digits, or it is the lowest integer.
 QString NameAnyBandwidth(QString line) {
     static const QString number = QString::asprintf("fRealtimeBw=%f", ZANCharacteristics::fBANDWIDTH_ANY);
     return line.replace(number, u"fRealtimeBw=any"_s)
@@ -37,7 +35,7 @@ QString NameAnyBandwidth(QString line) {
 
 bool IsShown(const QString& line) {
     if (line.startsWith(SETTINGS_ORIGIN)) {
-        return true; // that settings are lost is an error, which is told in any case
+        return true; // lost settings are an error, which is always shown
     }
     const bool isUsual =
         std::ranges::any_of(USUAL, [&line](QStringView usual) { return line.contains(usual); });

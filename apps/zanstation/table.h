@@ -5,16 +5,16 @@
 
 #include <vector>
 
-/// A table that is printed with its columns aligned.
+/// A table that is printed with aligned columns.
 class Table {
 public:
     explicit Table(QStringList titles);
 
-    /// Adds a row of as many cells as there are titles.
+    /// Adds a row with as many cells as there are titles.
     void Add(QStringList row);
     /// Prints titles and rows on standard output.
     void Print() const;
 
 private:
-    std::vector<QStringList> m_rows; // the titles first
+    std::vector<QStringList> m_rows; // the titles are the first row
 };

@@ -24,26 +24,26 @@ using FrequencyText::FormatRange;
 
 namespace {
 
-/// What `zanstation tune` is asked: a frequency, or a range.
+/// The request of `zanstation tune`: a frequency or a range.
 struct TuneRequest {
     EOperationMode mode = OPMODE_FFM;
     std::optional<double> frequency; ///< Hz
     std::optional<double>
-        bandwidth;      ///< Hz; realtime bandwidth wanted, which wideband FFM fits into the range
-    double start = 0.0; ///< Hz, without a frequency
-    double stop = 0.0;  ///< Hz, without a frequency
+        bandwidth;      ///< Hz; the wanted realtime bandwidth, which wideband FFM fits into the range
+    double start = 0.0; ///< Hz, when there is no frequency
+    double stop = 0.0;  ///< Hz, when there is no frequency
     ZANCharacteristics::EAdjustMode adjustMode = ZANCharacteristics::ADJUST_DOWN;
     QString adjustName; ///< of the adjust mode
 };
 
-/// A change of what was wished.
+/// A change of the request.
 struct Change {
     QString what;
     double move = 0.0; // Hz
     QString why;
 };
 
-/// What becomes of a request.
+/// The result of a request.
 struct Tuning {
     explicit Tuning(const TuneRequest& wish)
         : request(wish)
@@ -52,15 +52,15 @@ struct Tuning {
 
     TuneRequest request;
     bool isValid = false;
-    double start; // what is valid, in Hz; of a frequency both are the same
+    double start; // the valid range in Hz; for a frequency both are the same
     double stop;
     std::vector<Change> changes;
-    const AntennaData* antenna = nullptr; // that serves it
+    const AntennaData* antenna = nullptr; // serves the request
     EZANSampleMode sampleMode = SAMPLEMODE_END;
     double realtimeBandwidth = 0.0;
-    std::set<double> realtimeBandwidths; // that there are
+    std::set<double> realtimeBandwidths; // all that the device has there
     std::set<double> resolutionBandwidths;
-    QString problem; // why nothing serves it
+    QString problem; // why the request is not served
 
     [[nodiscard]] int GetExitCode() const {
         if (!isValid || sampleMode == SAMPLEMODE_END) {
@@ -92,7 +92,7 @@ QString DescribeLimits(const FrequencyRange& limits) {
                              : u"the device serves no range in this mode"_s;
 }
 
-/// A move of what was wished, when there was one.
+/// Adds a move of the request, if there was one.
 void AddChange(Tuning& tuning, const QString& what, double move, const QString& why) {
     if (move != 0.0) {
         tuning.changes.push_back({what, move, why});
@@ -111,7 +111,7 @@ QString DescribeProblem(const FrequencyAdjustment& adjustment) {
                                         : limits;
 }
 
-/// Finds what receives the valid range: sample mode and bandwidths.
+/// Finds sample mode and bandwidths for the valid range.
 void FindReception(const ZANCharacteristics& characteristics, Tuning& tuning, double realtimeBandwidth) {
     const EOperationMode mode = tuning.request.mode;
     tuning.sampleMode = characteristics.GetBestSampleMode(mode, tuning.start, tuning.stop, realtimeBandwidth);
@@ -121,7 +121,7 @@ void FindReception(const ZANCharacteristics& characteristics, Tuning& tuning, do
             u"there are the realtime bandwidths "_s + FormatBandwidths(tuning.realtimeBandwidths);
         return;
     }
-    // One that is wanted is met to the letter.
+    // A wanted realtime bandwidth must be met exactly.
     tuning.realtimeBandwidth =
         tuning.realtimeBandwidths.contains(realtimeBandwidth)
             ? realtimeBandwidth
@@ -239,7 +239,7 @@ void SetFrequencies(QJsonObject& object, bool isFrequency, double start, double 
     }
 }
 
-/// For programs. What there is none of is absent.
+/// For programs. Members without a value are left out.
 QJsonObject Describe(const Tuning& tuning) {
     const TuneRequest& request = tuning.request;
     const bool isFrequency = request.frequency.has_value();
@@ -275,9 +275,9 @@ QJsonObject Describe(const Tuning& tuning) {
     return object;
 }
 
-/// Moves what was asked for to the nearest valid frequency or range, and prints what was changed and why, the
-/// antenna that serves it, its converter, the best sample mode and its resolution bandwidths.
-/// Returns the exit code: failed when nothing serves it, moved when it is not served as it was asked for.
+/// Moves the request to the nearest valid frequency or range, and prints what was changed and why, the
+/// antenna that serves it, its converter, the best sample mode and its resolution bandwidths. Returns the
+/// exit code: failed when nothing serves the request, moved when it is not served unchanged.
 int TuneTo(ZANCharacteristics& characteristics, const TuneRequest& request, bool asJson) {
     const Tuning tuning =
         request.frequency ? TuneFrequency(characteristics, request) : TuneRange(characteristics, request);
@@ -289,7 +289,7 @@ int TuneTo(ZANCharacteristics& characteristics, const TuneRequest& request, bool
     return tuning.GetExitCode();
 }
 
-/// Reads how a range shall be moved off the border of two antennas.
+/// Reads how a range is to be moved off the border of two antennas.
 std::optional<ZANCharacteristics::EAdjustMode> ReadAdjustMode(const QString& text) {
     constexpr auto LEAVE = static_cast<ZANCharacteristics::EAdjustMode>(2);
     if (text == u"down") {

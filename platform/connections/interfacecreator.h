@@ -22,8 +22,8 @@ public:
     ///        refused
     /// \param context the caller's number for the interface; not used for a serial line
     /// \param unused has no effect; callers pass false
-    /// \return the open interface, which the caller deletes; null when it cannot be opened. The reason is
-    ///         traced.
+    /// \return the open interface, which the caller deletes; null, with the reason traced, when it cannot be
+    ///         opened
     static IInterface* CreateInterface(const QString& address, IInterfaceCallback* callback, quint64 context,
                                        bool unused);
 };

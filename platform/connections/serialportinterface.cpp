@@ -25,8 +25,8 @@ SerialPortInterface::~SerialPortInterface() {
 }
 
 void SerialPortInterface::Finish() {
-    // Closing the port would throw away what its owner was told is taken. The most that can wait takes 4.3 s
-    // at 9600 baud; a line that stands still, or crawls, does not hold up the program's end.
+    // Closing the port would discard data that `Write` has accepted. The most that can wait takes 4.3 s at
+    // 9600 baud; a line that has stopped, or is very slow, must not delay the program's end.
     constexpr int STALLED_MS = 1000;
     constexpr int AT_MOST_MS = 5000;
     const QDeadlineTimer deadline(AT_MOST_MS);
@@ -47,10 +47,11 @@ qint64 SerialPortInterface::GetUnsentCount() const {
     return m_port.isOpen() ? m_port.bytesToWrite() : m_lost;
 }
 
-// The callbacks are the last thing that their functions do, for they may delete this object. They are queued,
-// so that none of the port's own functions is running then.
+// Each function calls its callback last, because it may delete this object. The calls are queued, so that
+// none of the port's own functions is running then.
 bool SerialPortInterface::Open() {
-    // Opened for reading too: without it a port that is unplugged while nothing is sent would go unnoticed.
+    // Opened for reading, too: otherwise it would go unnoticed that the port is unplugged while nothing is
+    // sent.
     if (!m_port.open(QIODevice::ReadWrite)) {
         return false;
     }
@@ -84,7 +85,7 @@ void SerialPortInterface::TellWritten() {
 }
 
 void SerialPortInterface::Fail() {
-    // Several errors may be on their way. A port that stays open after its device has gone reports them
+    // Several errors may have been queued. A port that stays open after its device has gone reports errors
     // without end.
     if (!m_port.isOpen()) {
         return;

@@ -7,14 +7,14 @@
 
 class IInterfaceCallback;
 
-/// A serial line that is set up but not yet open, and then an interface that sends on it.
+/// A serial line: first its port is set up, then it is opened and sends.
 class SerialPortInterface : public QObject, public IInterface {
 public:
     /// At most this many bytes wait to be sent.
     static constexpr qint64 MAX_WAITING_BYTES = 4096;
 
     explicit SerialPortInterface(IInterfaceCallback& callback);
-    /// Sends what still waits, for 5 s at most and only as long as the line goes on taking it.
+    /// Sends what still waits, for 5 s at most and only while the line takes it.
     ~SerialPortInterface() override;
 
     /// The port, for setting it up before it is opened.
@@ -35,5 +35,5 @@ private:
 
     IInterfaceCallback& m_callback;
     QSerialPort m_port;
-    qint64 m_lost = 0; // bytes that still waited when the port was closed
+    qint64 m_lost = 0; // bytes that were waiting when the port was closed
 };

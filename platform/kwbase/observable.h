@@ -47,7 +47,7 @@ private:
 class ZANPLATFORM_EXPORT ObserverPtr {
 public:
     ObserverPtr() = default;
-    // NOLINTNEXTLINE(google-explicit-constructor): it stands wherever a plain pointer stood
+    // NOLINTNEXTLINE(google-explicit-constructor): converts from a plain pointer
     ObserverPtr(IObserver* observer);
 
     /// Null for a pointer to nothing, and once the observer is gone.
@@ -120,7 +120,7 @@ template <class T>
 class ObservablePtr {
 public:
     ObservablePtr() = default;
-    // NOLINTNEXTLINE(google-explicit-constructor): it stands wherever a plain pointer stood
+    // NOLINTNEXTLINE(google-explicit-constructor): converts from a plain pointer
     ObservablePtr(T* object)
         : m_pObject(object)
         , m_pSelf(object ? static_cast<const Observable*>(object)->Self() : nullptr) {}

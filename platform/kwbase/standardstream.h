@@ -14,8 +14,8 @@ public:
     static constexpr std::chrono::milliseconds FOREVER{-1};
 
     /// \param descriptor STDOUT_FILENO or STDERR_FILENO. A pipe and a terminal are opened a second time,
-    /// where
-    ///        the system allows it, so that they can be written to without waiting while others share them.
+    /// where the system allows it, so that writing does not wait and other programs that use them are not
+    /// affected.
     explicit StandardStream(int descriptor);
 
     /// Writes text. Waits for room, in total no longer than `patience`.

@@ -35,7 +35,7 @@ public:
     double bandwidthMax = 0.0;    ///< Hz
     double durationMin = 0.0;     ///< seconds
     double durationMax = 0.0;     ///< seconds
-    double holdTime = 0.0;        ///< seconds for which the alarm stands after the signal has gone
+    double holdTime = 0.0;        ///< seconds for which the alarm continues after the signal has gone
     std::list<Sector> sectors;    ///< azimuths that raise the alarm; empty: all
     quint64 actions = 0;          ///< one bit per action of the application
 };

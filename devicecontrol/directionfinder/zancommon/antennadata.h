@@ -57,7 +57,7 @@ public:
     return {antenna.minRange, antenna.maxRange};
 }
 
-/// Has the entry used in a range. Nothing is checked.
+/// Sets the range in which the entry is used. Nothing is checked.
 inline void SetRange(AntennaData& antenna, const FrequencyRange& range) {
     antenna.minRange = range.low;
     antenna.maxRange = range.high;

@@ -26,7 +26,8 @@ const QString& TraceOrigin() {
     return origin;
 }
 
-/// Whether the first antenna stands before the second one. Not transitive for coverages within one another.
+/// Whether the first antenna is sorted before the second one. Not transitive for coverages within one
+/// another.
 bool IsBefore(const AntennaData& a, const AntennaData& b) {
     if (b.minFreq > a.minFreq && b.maxFreq >= a.maxFreq) {
         return true;
@@ -57,7 +58,8 @@ void AntennaDataList::Clear() {
 }
 
 void AntennaDataList::CopyFrom(const AntennaDataList& other) {
-    std::vector<std::shared_ptr<AntennaData>> antennas; // beside the old ones: the other list may be this one
+    std::vector<std::shared_ptr<AntennaData>>
+        antennas; // a new vector, because the other list may be this one
     for (const auto& antenna : other.m_antennas) {
         antennas.push_back(std::make_shared<AntennaData>(*antenna));
     }
@@ -179,8 +181,8 @@ bool AntennaDataList::GetCommonAntennaByHandle(long h, AntennaData& out) const {
 }
 
 void AntennaDataList::SortAntennasByFrequencyRanges() {
-    // An insertion sort stays within the list even though the comparison is not transitive, which the
-    // standard sorts do not promise; and there are a dozen antennas.
+    // An insertion sort stays within the list although the comparison is not transitive; the standard sorts
+    // do not guarantee that. There are only about a dozen antennas.
     for (auto entry = m_antennas.begin(); entry != m_antennas.end(); ++entry) {
         auto place = entry;
         while (place != m_antennas.begin() && IsBefore(**entry, **std::prev(place))) {
@@ -225,7 +227,7 @@ void AntennaDataList::SetStartupDefaults(bool compassA, bool compassB) {
             }
         }
         setCompass(*antenna);
-        previous = antenna.get(); // the first entry too when it is disabled, and one that was just disabled
+        previous = antenna.get(); // also a disabled first entry, and one that was just disabled
     }
 }
 
@@ -287,7 +289,7 @@ bool AntennaDataList::ReadAntennaSetupFromCfg(const QString& station) {
         if (antenna->minRange == previousMaxFreq) {
             antenna->minRange += FrequencyRange::STEP;
         }
-        previousMaxFreq = antenna->maxFreq; // what it covers, not what it is used for
+        previousMaxFreq = antenna->maxFreq; // its coverage, not the range in which it is used
     }
     MakeAntennaRangesDisjoint();
     return true;
@@ -359,7 +361,7 @@ void AntennaDataList::WriteAntennasToValueTree(const QString& path) {
 }
 
 void AntennaDataList::DeleteAllAntennasFromValueTree(const QString& path) {
-    // An observer that is told of a removal may change the tree, so the nodes are kept by their paths.
+    // Observers may change the tree when a node is removed, so the nodes are remembered by their paths.
     QStringList paths;
     for (const Node* node : GetAntennaNodes(path)) {
         paths.append(node->GetPath());

@@ -11,7 +11,7 @@ using StdDeviceTree::Ant;
 
 namespace {
 
-/// With what a field is read, beside reading all.
+/// With which part a field is read when not all are.
 enum class EPart { IDENTITY, EDITABLE, OTHER };
 
 struct Field {

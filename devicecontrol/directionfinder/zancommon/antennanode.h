@@ -12,7 +12,7 @@ public:
     /// Which values are read. A value that the node lacks leaves the field as it is.
     enum class EValues {
         IDENTITY, ///< what the antenna is: name, handle, coverage
-        EDITABLE, ///< what an operator edits, and what the device tells together with it
+        EDITABLE, ///< what an operator edits, and what the device reports together with it
         ALL
     };
 

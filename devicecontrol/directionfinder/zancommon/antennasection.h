@@ -12,15 +12,15 @@ class AntennaSection {
 public:
     /// Which keys are read.
     enum class EKeys {
-        ALL,   ///< all but the polarisation, which is for device and value tree to decide
+        ALL,   ///< all but the polarisation, which the device and the value tree decide
         CHOICE ///< what an operator chooses: range, enabled, compass, mounting
     };
 
-    /// Null, with an assertion, when the section cannot be opened.
+    /// Null, with a traced assertion, when the section cannot be opened.
     static CfgPtr Open(ICfg& station, int index);
     static QString ReadName(const ICfg& section);
-    /// Reads what the settings hold; a key that is missing reads as "", 0 or false. A range that does not lie
-    /// within the coverage becomes the coverage. `dfMethods` is left alone.
+    /// Reads the keys; a missing key is read as "", 0 or false. A range that does not lie within the coverage
+    /// becomes the coverage. `dfMethods` is not changed.
     static void Read(const ICfg& section, EKeys keys, AntennaData& antenna);
     /// Writes all keys.
     static void Write(ICfg& section, const AntennaData& antenna);

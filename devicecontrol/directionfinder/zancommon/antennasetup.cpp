@@ -15,7 +15,7 @@ QString ToMHz(double frequency) {
     return QString::number(frequency / 1e6, 'g', 6);
 }
 
-/// Records of its own in the same order; `CopyFrom` sorts.
+/// Copies the records in their order (`CopyFrom` would sort them).
 AntennaDataList CopyOf(const AntennaDataList& list) {
     AntennaDataList copy;
     for (const auto& antenna : list.GetAntennas()) {
@@ -24,7 +24,8 @@ AntennaDataList CopyOf(const AntennaDataList& list) {
     return copy;
 }
 
-/// Enables the antennas that are supported as they are used, all for what they cover. Whether there is one.
+/// Enables the antennas that are supported in their range of use, and extends all ranges to the coverage.
+/// Returns whether there is a supported one.
 bool EnableSupported(const AntennaDataList& list, const AntennaSetup::IsSupported& isSupported) {
     bool isAnySupported = false;
     for (const auto& antenna : list.GetAntennas()) {
@@ -35,10 +36,11 @@ bool EnableSupported(const AntennaDataList& list, const AntennaSetup::IsSupporte
     return isAnySupported;
 }
 
-/// Lets an antenna begin where the span below it ends; disables it where it adds nothing or leaves a gap.
+/// Moves the beginning of an antenna's range to the end of the span below it; disables the antenna when it
+/// adds nothing or leaves a gap.
 void FitOnto(const FrequencyRange& span, AntennaData& antenna) {
     if (span.high >= antenna.maxRange) {
-        // Left and right half of this antenna cover the same range, and stay side by side.
+        // The left and the right half of this antenna cover the same range, and both stay.
         antenna.enabled = antenna.name == "PX104_R"_L1;
     } else if (antenna.minRange > span.high + FrequencyRange::STEP) {
         antenna.enabled = false;
@@ -73,7 +75,7 @@ AntennaSetup::Verdict AntennaSetup::Check(const AntennaDataList& list, const IsS
     if (list.GetAntennas().empty()) {
         return refuse(Translate("No antennas connected to device."));
     }
-    FrequencyRange span{-1.0, -1.0}; // that is covered so far
+    FrequencyRange span{-1.0, -1.0}; // covered so far
     int count = 0;
     for (const auto& antenna : list.GetAntennas()) {
         if (!antenna->enabled) {
@@ -97,7 +99,7 @@ AntennaSetup::Verdict AntennaSetup::Check(const AntennaDataList& list, const IsS
         } else if ((range.high != span.high && range.low != span.low) || !IsOneOfPair(antenna->name)) {
             return refuse(Translate("Frequency ranges are overlapping."));
         }
-        // An antenna of a pair that shares an edge leaves the span as it is, also when it reaches beyond it.
+        // An antenna of a pair that shares an edge does not change the span, even when it reaches beyond it.
         ++count;
     }
     return count > 0 ? Verdict{true, Translate("Antenna setup is valid.")}

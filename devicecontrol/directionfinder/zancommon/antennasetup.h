@@ -9,42 +9,42 @@
 
 /// Judges and repairs an antenna setup: which antennas are enabled, and in which ranges they are used.
 ///
-/// Works on lists alone: what the device supports is asked of a predicate, and nothing is published. So a
-/// repair can be shown before it is made (`ZANCharacteristics::ProposeAntennaSetup`,
+/// Works on lists only: a predicate says what the device supports, and nothing is published. So a repair can
+/// be shown before it is made (`ZANCharacteristics::ProposeAntennaSetup`,
 /// `ZANCharacteristics::MakeAntennaSetupValid`). Messages are sentences for the user, translated with the
-/// context "ZANCharacteristics", with frequencies in MHz. Ranges are taken as they are: what is not a number
-/// comes out as such.
+/// context "ZANCharacteristics", with frequencies in MHz. Ranges are not checked: NaN stays NaN.
 class ZANCOMMON_EXPORT AntennaSetup {
 public:
     /// Whether the device can work with an antenna in the range in which it is used. Must not be empty.
     using IsSupported = std::function<bool(const AntennaData&)>;
 
-    /// What is thought of a setup.
+    /// The result of a check.
     struct Verdict {
         bool isValid = false;
         QString message;
     };
 
-    /// A setup in the place of another one.
+    /// A setup that is to replace another one.
     struct Proposal {
-        bool isPossible = false;  ///< there is an antenna to work with
-        bool isRepair = false;    ///< the antennas are not those that there were
-        AntennaDataList antennas; ///< records of its own; those that there were, unless it is a repair
-        QString message;          ///< what is changed, or why nothing is
+        bool isPossible = false;  ///< the device supports at least one antenna
+        bool isRepair = false;    ///< the antennas differ from those before
+        AntennaDataList antennas; ///< copies; without a repair equal to those before
+        QString message;          ///< what was changed, or why nothing was
     };
 
     /// Every enabled antenna must be supported, and the ranges in the order of the list must join into one
     /// span without gaps and overlaps. Antennas of a pair may share a range.
     [[nodiscard]] static Verdict Check(const AntennaDataList& list, const IsSupported& isSupported);
 
-    /// Enables what is supported as it is used, for all that it covers, and then cuts or disables what
-    /// overlaps or leaves a gap. What comes out is sorted, and not checked again. The list is not changed.
+    /// Enables the antennas that are supported in their range of use, extends their ranges to the coverage,
+    /// and then cuts or disables those that overlap or leave a gap. The result is sorted, and not checked
+    /// again. The list is not changed.
     [[nodiscard]] static Proposal Repair(const AntennaDataList& list, const IsSupported& isSupported);
 
-    /// The setup as it is, for one that is valid already.
+    /// The same setup, for one that is valid already.
     [[nodiscard]] static Proposal Keep(const AntennaDataList& list);
 
-    /// Whether an antenna of this name is one of a pair that differs by polarisation or side only: the name
+    /// Whether an antenna of this name is one of a pair that differs only in polarisation or side: the name
     /// ends in "_H", "_V", "_L" or "_R".
     [[nodiscard]] static bool IsOneOfPair(const QString& name);
 };

@@ -4,12 +4,12 @@
 
 #include <vector>
 
-/// Whether the device supports an antenna in an operation mode, and what is in the way when it does not.
+/// Whether the device supports an antenna in an operation mode, and the reason when it does not.
 ///
-/// The device supports an antenna when a row of the sample-mode table fits. When none does, the reason is the
-/// test that the rows which come furthest fail.
+/// The device supports an antenna when a row of the sample-mode table passes all tests. When none does, the
+/// reason is the first test that no row gets beyond.
 struct AntennaSupport {
-    /// The tests of a row, in their order. Each value says which test is failed.
+    /// The tests of a row in their order. Each value names the test that failed.
     enum class EReason : int {
         UNKNOWN_CONVERTER, ///< the antenna has no converter, or one of an unknown type
         CONVERTER,         ///< no row is for the antenna's converter
@@ -22,8 +22,8 @@ struct AntennaSupport {
     };
 
     EReason reason = EReason::UNKNOWN_CONVERTER;
-    /// For OPTION_MISSING those of which each one would do, for OPTION_EXCLUDES those that are in the way: in
-    /// the order of the table, each once.
+    /// OPTION_MISSING: options of which any one would be enough. OPTION_EXCLUDES: the options that exclude.
+    /// In the order of the table, each once.
     std::vector<EZANOptions> options;
 
     [[nodiscard]] bool IsSupported() const { return reason == EReason::SUPPORTED; }

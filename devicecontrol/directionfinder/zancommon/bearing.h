@@ -13,13 +13,13 @@ struct Bearing {
     /// Elevation or level of a bearing without such a measurement.
     static constexpr qint16 NOT_MEASURED = std::numeric_limits<qint16>::min();
 
-    quint16 channel = 0;             ///< number of the channel, as the device counts; carried along
+    quint16 channel = 0;             ///< number of the channel, as the device counts; not used by the library
     quint16 azimuth = 0;             ///< tenths of a degree, 0 to 3599, clockwise from north
     qint16 elevation = NOT_MEASURED; ///< tenths of a degree
     qint16 level = NOT_MEASURED;     ///< hundredths of a dB
     qint16 marker = 0;               ///< 0: usable, -4000: unusable
     quint16 azimuthSpread = 0;       ///< tenths of a degree
-    quint16 averageCount = 0;        ///< measurements that the bearing is the mean of
+    quint16 averageCount = 0;        ///< number of averaged measurements
     quint16 quality = 0;             ///< 0 to 100, 0: rejected
 
     bool operator==(const Bearing&) const = default;

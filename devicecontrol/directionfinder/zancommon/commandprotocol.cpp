@@ -21,19 +21,19 @@ namespace {
 
 constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\commandprotocol");
 
-// Of XML in the log: blanks a level, and the most characters of an entry.
+// For XML in the log: blanks per level, and the largest number of characters of an entry.
 constexpr int INDENTATION = 4;
 constexpr qsizetype MAX_RENDERED_SIZE = qsizetype{1024} * 1024;
 
-/// Date and time of day, with the milliseconds as a plain number (Qt's own format pads them).
+/// Date and time of day, with the milliseconds without leading zeros (Qt's format adds them).
 QString GetBackupDate() {
     constexpr unsigned MS_PER_SECOND = 1000;
     const unsigned long long now = TolmOS::Create().GetCurrentTime();
     return Tolm::DateTime(now).toString(u"yyyy-MM-dd_hh-mm-ss-"_s) + QString::number(now % MS_PER_SECOND);
 }
 
-/// Whether a tag of XML has more attributes than so many: equals signs outside quotes. Comments, CDATA
-/// sections and processing instructions hold no tags.
+/// Whether an XML tag has more attributes than `most`, counted by the equals signs outside quotes. Comments,
+/// CDATA sections and processing instructions are skipped.
 bool HasTagOfMoreAttributes(QByteArrayView text, qsizetype most) {
     static constexpr std::array<std::pair<QByteArrayView, QByteArrayView>, 3> WITHOUT_TAGS{
         {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}}};
@@ -45,7 +45,7 @@ bool HasTagOfMoreAttributes(QByteArrayView text, qsizetype most) {
         if (span != WITHOUT_TAGS.end()) {
             i = text.indexOf(span->second, i + span->first.size());
             if (i < 0) {
-                return false; // it is not closed, and so no XML
+                return false; // it is not closed, so the text is not XML
             }
             continue;
         }
@@ -67,7 +67,7 @@ bool HasTagOfMoreAttributes(QByteArrayView text, qsizetype most) {
     return false;
 }
 
-/// Whether markup in an encoding has one byte a character, those of ASCII. None is declared: it is UTF-8.
+/// Whether the markup consists of ASCII bytes in this encoding. Empty: none is declared, which means UTF-8.
 bool IsLikeAscii(QStringView encoding) {
     static constexpr std::array<QStringView, 4> PREFIXES{u"UTF-8", u"US-ASCII", u"ISO-8859-", u"windows-"};
     return encoding.isEmpty() ||
@@ -76,12 +76,12 @@ bool IsLikeAscii(QStringView encoding) {
            });
 }
 
-/// Whether XML may be read into a document and rendered: it is well-formed, and neither its depth (the
-/// document is built, written and destroyed recursively), nor what indentation makes of it, nor the time that
-/// reading takes (which grows with the square of an element's attributes) goes beyond what a log has use for.
+/// Whether XML may be read into a document and rendered: it is well-formed, and its depth (the document is
+/// built, written and destroyed recursively), its size when indented and its attributes per tag (the time of
+/// reading grows with their square) are within the bounds of a log.
 bool IsRenderable(const QByteArray& text) {
     constexpr qsizetype MAX_BYTES = qsizetype{256} * 1024;
-    // What a document type declares makes a text grow: entities, default attributes, one inside the other.
+    // Declarations of a document type (entities, default attributes, nested) make a text grow.
     constexpr qsizetype MAX_BYTES_WITH_DECLARATIONS = 1024;
     constexpr qsizetype MAX_ATTRIBUTES = 256;
     constexpr qsizetype MAX_DEPTH = 100;
@@ -115,8 +115,8 @@ bool IsRenderable(const QByteArray& text) {
     return !reader.hasError();
 }
 
-/// An entry as it is written: XML with four blanks a level; everything else, XML that cannot be read, and XML
-/// beyond the bounds, as it is.
+/// The bytes of an entry: XML is indented by four blanks per level; other text, XML that cannot be read and
+/// XML beyond the bounds are not changed.
 QByteArray ToEightBitText(const QString& entry) {
     QByteArray text = entry.toLatin1();
     if (text.contains('?') && text.contains("?xml version=") && IsRenderable(text)) {
@@ -153,7 +153,7 @@ bool CommandProtocol::Add(const QString& text) {
         m_strLastError = u"CommandProtocol::Add: m_pCurrentFile == NULL"_s;
         return false;
     }
-    // What the file holds on disk: another program may have cut it short.
+    // The size on disk, because another program may have truncated the file.
     if (m_pCurrentFile->size() > m_nMaxBytes) {
         const bool isContinued =
             PerformBackup() &&
@@ -223,7 +223,7 @@ void CommandProtocol::EnsureConstantNumberOfBackups() {
     if (backups.size() <= MOST_BEFORE_A_BACKUP) {
         return;
     }
-    // Backups of one moment are as old as the date in their names.
+    // Backups with the same time of modification are ordered by the date in their names.
     const auto oldest =
         std::min_element(backups.begin(), backups.end(), [](const QFileInfo& a, const QFileInfo& b) {
             return std::make_tuple(a.lastModified(), a.fileName()) <
@@ -244,7 +244,7 @@ bool CommandProtocol::Write(const QString& text) {
         if (written == line.size()) {
             return true;
         }
-        if (written > 0) { // no half a line where the disk is full
+        if (written > 0) { // no partial line when the disk is full
             m_pCurrentFile->resize(m_pCurrentFile->size() - written);
         }
     }
@@ -256,7 +256,7 @@ QByteArrayView CommandProtocol::GetTimeOfDay() {
     constexpr qint64 MS_PER_SECOND = 1000;
     const auto now = static_cast<qint64>(TolmOS::Create().GetCurrentTime());
     if (const qint64 second = now / MS_PER_SECOND; second != m_second || m_timeOfDay.isEmpty()) {
-        // Turning a time into a local one takes longer than writing a line.
+        // Conversion to local time takes longer than writing a line, so it is done once per second.
         m_second = second;
         m_timeOfDay = QDateTime::fromSecsSinceEpoch(second).toString(u"hh:mm:ss:zzz:\t"_s).toLatin1();
     }

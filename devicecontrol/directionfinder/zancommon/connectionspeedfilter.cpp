@@ -8,9 +8,8 @@ namespace {
 
 constexpr qint16 UNUSABLE = -4000;
 
-/// Sets the marker where the quality is 0. Qualities of 0 come in no order that a branch prediction could
-/// learn, and compilers turn a selection back into a branch: so it is done by arithmetic, at eight times the
-/// rate.
+/// Sets the marker where the quality is 0. Branch prediction cannot learn where qualities are 0, and
+/// compilers turn a conditional expression into a branch; arithmetic is eight times as fast.
 void MarkIfRejected(Bearing& bearing) {
     // 0 where the quality is 0, else 0xFFFF.
     const auto kept = static_cast<quint16>((0U - bearing.quality) >> 16U);
@@ -28,7 +27,7 @@ void ConnectionSpeedFilter::Apply(unsigned count, Bearing* bearings) const {
     if (!m_pConnectionSpeed || m_pConnectionSpeed->GetValue() < 1) {
         return;
     }
-    // Without unrolling the loop's own instructions cost a fourth of the rate.
+    // Without unrolling, the loop overhead costs a quarter of the speed.
 #pragma GCC unroll 8
     for (unsigned i = 0; i < count; ++i) {
         MarkIfRejected(bearings[i]);

@@ -12,14 +12,14 @@ namespace KvZANCommon {
 
 /// Marks the rejected bearings of a block as unusable while the connection runs.
 ///
-/// The connection speed is bound by path, as in `PitchRollFilter`: the first binding that succeeds holds
-/// until the tree destroys the value, which it owns. All operations belong to the thread of the value tree.
+/// The connection speed is found by its path, as in `PitchRollFilter`: the first value that is found is kept
+/// until the tree, which owns it, destroys it. All operations belong to the thread of the value tree.
 class ZANCOMMON_EXPORT ConnectionSpeedFilter {
 public:
     /// The connection runs while this integer value is 1 or more.
     void SetConnectionSpeedValuePath(const QString& path);
 
-    /// Of `count` bearings, marks those whose quality is 0 as unusable (marker -4000). Nothing while the
+    /// Marks those of `count` bearings whose quality is 0 as unusable (marker -4000). Does nothing while the
     /// connection does not run or its speed is not known.
     /// \param bearings may be null when `count` is 0.
     void Apply(unsigned count, Bearing* bearings) const;

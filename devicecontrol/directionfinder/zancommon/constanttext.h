@@ -6,10 +6,10 @@
 #include <concepts>
 #include <cstddef>
 
-/// A text of a constant table: it is there before anything runs, as the table is, and becomes a `QString`
-/// wherever one is wanted (`QString name = row.name;`).
+/// A text of a constant table. It is a compile-time constant, as the table is, and converts to a `QString`
+/// (`QString name = row.name;`).
 ///
-/// Made of a literal only, so that it is good for the whole run. From any thread.
+/// Can only be created from a literal, and so is valid for the whole run. From any thread.
 class ConstantText : public QStringView {
 public:
     constexpr ConstantText() = default;
@@ -18,10 +18,10 @@ public:
     consteval ConstantText(const char16_t (&literal)[SIZE])
         : QStringView(literal) {}
 
-    // NOLINTNEXTLINE(google-explicit-constructor): it stands wherever a text stood
+    // NOLINTNEXTLINE(google-explicit-constructor): converts wherever a QString is wanted
     operator QString() const { return toString(); }
 
-    /// Case-sensitively, with texts of any kind; nothing is copied.
+    /// Compares case-sensitively with texts of any kind; nothing is copied.
     template <std::convertible_to<QStringView> Text>
     friend bool operator==(const ConstantText& text, const Text& other) {
         return static_cast<const QStringView&>(text) == QStringView(other);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t MOST_WAITING = 65536; // bytes, some four hundred sentences
 
-/// The number of sentences in lines: each has one dollar sign, the line that closes a group none.
+/// The number of sentences in lines: each has one dollar sign; the line that closes a group has none.
 quint64 CountSentences(std::string_view lines) {
     return static_cast<quint64>(std::count(lines.begin(), lines.end(), '$'));
 }
@@ -73,7 +73,7 @@ void DFDataFile::OnTimer() {
         OpenOrRetry();
     } else if (!m_file.HasName(m_name)) {
         Close();
-        m_isPreviousKept = true; // what is there now is somebody else's, or of this run
+        m_isPreviousKept = true; // what is there now belongs to another program or to this run
         m_isReplaced = true;
         OpenOrRetry();
     }
@@ -94,12 +94,12 @@ void DFDataFile::OpenOrRetry() {
     m_timer.start(m_retryMs);
 }
 
-/// Returns 0, or the number of the error.
+/// Returns 0, or the `errno` of the failure.
 int DFDataFile::TryToOpen() {
     if (m_isReplaced && OutputFile::HasOtherNames(m_name)) {
         return EMLINK;
     }
-    OutputFile previous; // locked until the new file is there
+    OutputFile previous; // locked until the new file exists
     const bool isThere = previous.OpenExisting(m_name);
     if (!isThere && previous.GetError() != ENOENT) {
         return previous.GetError();
@@ -123,7 +123,7 @@ int DFDataFile::TryToOpen() {
     if (m_file.OpenOrCreate(m_name)) {
         return 0;
     }
-    if (isMoved) { // there is no new file that it would make room for
+    if (isMoved) { // there is no new file, so it goes back to its name
         m_isPreviousKept = std::rename(QFile::encodeName(BackupName(m_name)).constData(),
                                        QFile::encodeName(m_name).constData()) != 0;
     }
@@ -142,7 +142,7 @@ bool DFDataFile::MovePrevious() {
 
 void DFDataFile::WriteLine(std::string_view line) {
     if (!IsOpen()) {
-        m_droppedCount += CountSentences(line); // that it could not be opened has been told
+        m_droppedCount += CountSentences(line); // the failed opening has been reported
         return;
     }
     m_waiting += line;
@@ -160,7 +160,8 @@ void DFDataFile::Release() {
 void DFDataFile::Flush() {
     std::string_view lines = m_waiting;
     while (!lines.empty()) {
-        // When there is room for a part only, the system takes that and gives the reason with the next try.
+        // When there is room for only a part, the system takes that part and reports the error at the next
+        // attempt.
         const std::size_t written = m_file.Write(lines);
         const std::size_t whole = lines.substr(0, written).rfind('\n') + 1; // none: 0
         if (whole > 0) {
@@ -179,8 +180,8 @@ void DFDataFile::Flush() {
     m_waiting.clear();
 }
 
-/// Tells why lines could not be written, and takes back the begun one.
-/// \return whether the next ones can do without an attempt
+/// Reports why lines could not be written, and removes the partial line.
+/// \return whether the remaining lines need not be tried
 bool DFDataFile::HandleFailure(std::size_t begun) {
     const int error = m_file.GetError();
     Fail(tr("Writing to %1 failed: %2")

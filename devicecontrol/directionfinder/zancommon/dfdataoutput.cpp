@@ -36,7 +36,7 @@ const QString KEY_FILE_ENABLED = u"FileOutput_Enabled"_s;
 const QString KEY_FILE_NAME = u"FileOutput_Address"_s;
 
 constexpr unsigned short RETRY_MS = 5000;
-constexpr int WATCH_MS = 1000; // from look to look whether the file is still there
+constexpr int WATCH_MS = 1000; // between two checks whether the file is still there
 constexpr unsigned short SECOND = 10;
 constexpr int NO_TIMER = -1;
 constexpr QStringView STANDARD_OUTPUT = u"-";
@@ -51,10 +51,10 @@ void AddCounts(DFDataOutput::Counters& counters, const SerialInterface::Counts& 
 struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
     explicit Private(QString runFile);
 
-    /// Notes a failure of a sink, and traces it.
+    /// Remembers a failure of a sink, and traces it.
     void Fail(const QString& text);
     [[nodiscard]] bool IsFileOn() const { return fileEnabled || !fileOfThisRun.isEmpty(); }
-    /// What is in force, with the address that the base keeps.
+    /// The current settings, with the address, which the base class keeps.
     [[nodiscard]] DFDataOutputPanel::Settings GetSettings(const QString& address) const {
         return {serialEnabled, address, fileEnabled, fileName, interval};
     }
@@ -71,13 +71,13 @@ struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
     bool serialEnabled = false;
     bool fileEnabled = false;
     QString fileName;
-    QString fileOfThisRun; // not in the settings; empty: the one that is
+    QString fileOfThisRun; // replaces the file of the settings; empty: that one is used
     int interval = 0;      // milliseconds; 0: no timer
     int timerId = NO_TIMER;
 
     QPointer<DFDataOutputPanel> panel;
 
-    Counters counters; // without those of the file, and of the serial line that is open
+    Counters counters; // without those of the file, and those of the open serial line
     QString lastError;
     FailureRun serialFailures;
 };
@@ -329,7 +329,7 @@ void DFDataOutput::Private::SendNormal(const BearingResult& current) {
     }
     sentence.Begin(head);
     if (file.IsOpen()) {
-        // The serial line takes this too: what it gets depends on whether the file is open.
+        // The serial line gets the tail, too, when the file is open.
         sentence.AddTail(values.MakeTail(current));
     }
     sentence.EndLine();

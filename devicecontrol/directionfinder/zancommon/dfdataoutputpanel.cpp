@@ -5,7 +5,7 @@
 #include <QGridLayout>
 #include <QLabel>
 
-// The texts are translated as those of the output.
+// The texts have the translation context of the output.
 DFDataOutputPanel::DFDataOutputPanel()
     : m_serialCheck(new QCheckBox(DFDataOutput::tr("RS232")))
     , m_addressEdit(new QLineEdit)
@@ -38,7 +38,7 @@ void DFDataOutputPanel::Show(const Settings& settings) {
     m_fileCheck->setChecked(settings.fileEnabled);
     m_fileNameEdit->setText(settings.fileName);
     m_intervalSpin->setValue(settings.interval);
-    EnableFields(); // also for the boxes that stay as they were made
+    EnableFields(); // also for boxes that have kept their initial state
 }
 
 std::optional<DFDataOutputPanel::Settings> DFDataOutputPanel::GetEntered() const {

@@ -11,8 +11,8 @@
 
 /// The configuration widget of the DF data output: where the sentences go, and how often.
 ///
-/// Whoever shows it may take it over, and also take it apart. Belongs to the main thread of a program with a
-/// display.
+/// The window that shows it may take it over, and may even delete parts of it. Belongs to the main thread of
+/// a program with a display.
 class DFDataOutputPanel : public QWidget {
     Q_OBJECT
 
@@ -30,13 +30,13 @@ public:
     DFDataOutputPanel();
 
     void Show(const Settings& settings);
-    /// What the user has entered; none when a part of the panel is gone.
+    /// What the user has entered; nothing when a part of the panel is gone.
     [[nodiscard]] std::optional<Settings> GetEntered() const;
-    /// Fields of what is not checked cannot be edited. Nothing when a part of the panel is gone.
+    /// Disables the fields of sinks that are not checked. Does nothing when a part of the panel is gone.
     void EnableFields();
 
 Q_SIGNALS:
-    /// One of the boxes was checked or unchecked.
+    /// Emitted when one of the boxes was checked or unchecked.
     void StateChanged();
 
 private:

@@ -33,7 +33,7 @@ void DFDataSentence::AddTail(const Tail& tail) {
     AddTime(tail.positionTime);
     Add(",LAT,");
     AddNumber(tail.latitude, 9, 5);
-    // More decimals than the latitude: readers of the line rely on both.
+    // Two more decimals than the latitude: readers of the line rely on both.
     Add(",LON,");
     AddNumber(tail.longitude, 9, 7);
 }
@@ -67,7 +67,7 @@ void DFDataSentence::AddNumber(double value, std::size_t width, int precision) {
 }
 
 void DFDataSentence::AddTime(Time time) {
-    // What a calendar cannot show leaves the field empty, as Tolm::DateTime does.
+    // A time that a calendar cannot show leaves the field empty, as with Tolm::DateTime.
     if (!time || *time > static_cast<quint64>(std::numeric_limits<qint64>::max())) {
         return;
     }

@@ -9,15 +9,15 @@
 #include <optional>
 #include <string_view>
 
-/// Builds the line of text that the DF data output sends for one bearing: fields in, bytes out. Every number
-/// is printed as QString::arg prints it in fixed-point notation. The operations are called in the order in
-/// which they are declared, each at most once a sentence, and what they add then always fits.
+/// Builds the line of text that the DF data output sends for one bearing. Every number is printed as
+/// QString::arg prints it in fixed-point notation. Call the operations in the order in which they are
+/// declared, each at most once per sentence; the buffer is then always large enough.
 class DFDataSentence {
 public:
-    /// Milliseconds since 1970-01-01 00:00:00 UTC; none: the field is empty.
+    /// Milliseconds since 1970-01-01 00:00:00 UTC; without a value the field is empty.
     using Time = std::optional<quint64>;
 
-    /// What every sentence has. The defaults mark missing data.
+    /// The part that every sentence has. The defaults mark missing data.
     struct Head {
         int azimuth = -10;      ///< tenths of a degree
         double frequency = 0.0; ///< Hz
@@ -26,7 +26,7 @@ public:
         int level = -50; ///< hundredths
         Time time = {};
     };
-    /// What follows it in a file. The defaults mark missing data.
+    /// The part that follows while the file is open. The defaults mark missing data.
     struct Tail {
         int elevation = 0;  ///< tenths of a degree
         double pitch = 0.0; ///< degrees
@@ -37,13 +37,13 @@ public:
         double longitude = 0.0; ///< degrees
     };
 
-    /// Drops what there was and begins with the head.
+    /// Begins a new sentence with the head.
     void Begin(const Head& head);
     void AddTail(const Tail& tail);
-    /// Adds the number of the element when a sentence is one of several of the same time.
+    /// Adds the number of the element to a sentence that is one of several of the same time.
     void AddElementNumber(unsigned number);
     void EndLine();
-    /// Good until the next change.
+    /// Valid until the next change.
     [[nodiscard]] std::string_view GetText() const { return {m_buffer.data(), m_length}; }
 
 private:
@@ -52,7 +52,7 @@ private:
     void AddTime(Time time);
 
     static constexpr std::size_t NUMBER_COUNT = 11;
-    // All that stands between and behind the numbers takes less than this.
+    // All texts between and after the numbers are shorter than this.
     static constexpr std::size_t WIDEST_REST = 128;
 
     std::array<char, NUMBER_COUNT * FixedPoint::WIDEST + WIDEST_REST> m_buffer{};

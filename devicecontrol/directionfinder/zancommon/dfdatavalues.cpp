@@ -7,13 +7,13 @@ namespace {
 
 constexpr long SUPER_RESOLUTION_ACTIVE = 1; // index of the super-resolution status
 
-/// The value when its content holds.
+/// The value when its content is valid, else null.
 template <class T>
 T* Current(const ValuePtr<T>& value) {
     return value && value->GetState() == TValueState::Valid ? value.get() : nullptr;
 }
 
-/// Sets a field from a value; a field whose value is absent keeps its marker.
+/// Sets a field from a value; when the value is missing, the field keeps its marker.
 template <class Field, class T>
 void Take(Field& field, const ValuePtr<T>& value) {
     if (const T* current = Current(value)) {
@@ -83,7 +83,7 @@ DFDataSentence::Tail DFDataValues::MakeTail(const BearingResult& bearing) const 
     Take(tail.pitch, m_pitch);
     Take(tail.roll, m_roll);
     Take(tail.altitude, m_altitude);
-    // Half a position is none, and the time of one that is lost would pass it off as current.
+    // Latitude and longitude count only together; the time of a lost position would make it look current.
     if (Current(m_latitude) && Current(m_longitude)) {
         Take(tail.positionTime, m_positionTime);
         Take(tail.latitude, m_latitude);

@@ -5,8 +5,8 @@
 namespace KvZANCommon {
 
 /// The DF settings that a user chooses once: bandwidth, mode and update interval as the keys of entries in
-/// the selections of the application, and the level threshold. A plain record: nothing is checked. Keys
-/// beyond the highest `long` read as negative numbers.
+/// the selections of the application, and the level threshold. A plain record: nothing is checked. Keys above
+/// the highest `long` become negative numbers.
 class ZANCOMMON_EXPORT DFSettingsParams {
 public:
     /// The keys at first.

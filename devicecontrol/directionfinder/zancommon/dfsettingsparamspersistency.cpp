@@ -13,7 +13,7 @@ namespace KvZANCommon {
 
 namespace {
 
-/// The sub-configuration of the settings in a file; null when it cannot be had.
+/// The sub-configuration of the settings in a file; null when it cannot be opened.
 CfgPtr OpenSettings(const QString& name, ICfg::View view) {
     const CfgPtr store(CfgCenter::CreateCfg(name, view, {}));
     return CfgPtr(store ? store->GetSubCfg(u"DFSettings"_s) : nullptr);

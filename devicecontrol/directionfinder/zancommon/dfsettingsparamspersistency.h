@@ -19,12 +19,12 @@ public:
     /// \param view   likewise
     DFSettingsParamsPersistency(DFSettingsParams& params, QString name, ICfg::View view);
 
-    /// Writes the settings and saves them; the level threshold loses its fraction. Nothing when the file
-    /// cannot be had, which `CfgCenter` reports.
+    /// Writes the settings and saves them; the level threshold loses its fraction. Does nothing when the file
+    /// cannot be opened, which `CfgCenter` reports.
     void MakePersistent();
     /// Sets the settings from the file. A key that is missing or unreadable is written with its default, so
-    /// that all are there after the first run. Nothing when the file cannot be had, which `CfgCenter`
-    /// reports.
+    /// that all keys exist after the first run. Does nothing when the file cannot be opened, which
+    /// `CfgCenter` reports.
     void Restore();
 
 private:

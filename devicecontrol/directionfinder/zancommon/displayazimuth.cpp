@@ -11,13 +11,13 @@ bool DisplayAzimuth::Adjust(unsigned short& azimuth, int displayMode) {
     static const QString declinationPath = ZANPath::Server(g_vdDeclination);
     static const QString headingSourcePath = ZANPath::Server(g_vdHeaSource);
     const auto* const declinationValue = Tree::Instance()->Find<ValueNumericInt>(declinationPath);
-    // Which source the heading comes from makes no difference; that there is none does.
+    // The source of the heading makes no difference, but there must be such a selection.
     if (!declinationValue || !Tree::Instance()->Find<ValueSelection>(headingSourcePath)) {
         return false;
     }
     constexpr int HALF_CIRCLE = 1800;
     const int declination = static_cast<qint16>(declinationValue->GetValue());
-    int adjusted = azimuth; // cut to 16 bits, as angles are kept, when it is brought into range
+    int adjusted = azimuth; // narrowed to 16 bits, as angles are stored, when it is brought into range
     switch (displayMode) {
     case 0:
         break;

@@ -21,7 +21,7 @@ using Sector = std::pair<double, double>;
 
 /// Splits the sectors that go through north in two.
 void SplitAtNorth(std::vector<Sector>& sectors) {
-    const std::size_t count = sectors.size(); // the second halves are appended, and need no split
+    const std::size_t count = sectors.size(); // the second halves are appended and need not be split
     for (std::size_t i = 0; i < count; ++i) {
         if (sectors[i].first > sectors[i].second) {
             sectors.emplace_back(NORTH, sectors[i].second);
@@ -37,7 +37,7 @@ std::vector<double> GetBoundaries(const std::vector<Sector>& sectors) {
         boundaries.push_back(from);
         boundaries.push_back(to);
     }
-    // What lies off the circle is no boundary on it.
+    // Azimuths outside the circle are not boundaries.
     std::erase_if(boundaries, [](double azimuth) { return azimuth < NORTH || azimuth > CIRCLE_END; });
     std::ranges::sort(boundaries);
     boundaries.erase(std::unique(boundaries.begin(), boundaries.end()), boundaries.end());
@@ -82,7 +82,7 @@ void DisplayFilterRange::AddDeviceFilterRange(DeviceFilterRange range) {
     const std::vector<double> boundaries = GetBoundaries(sectors);
     std::ranges::sort(sectors);
     auto next = sectors.begin();
-    double acceptedTo = NORTH; // the furthest that a sector reaches which begins at or before the boundary
+    double acceptedTo = NORTH; // the highest end of the sectors that begin at or before the boundary
     for (std::size_t j = 0; m_pFilterRangesForDisplay && j + 1 < boundaries.size(); ++j) {
         for (; next != sectors.end() && next->first <= boundaries[j]; ++next) {
             acceptedTo = std::max(acceptedTo, next->second);

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-// The settings records are laid out as the drivers were built to find them.
+// Existing drivers rely on the layout of the settings records.
 
 namespace KvZANCommon {
 

@@ -1,10 +1,9 @@
 #pragma once
 
-/// \file
-/// The records that cross the driver interfaces: plain values, compared by content. Drivers are built apart
-/// from the application, so the order and the widths of the fields stay as they are. Times are milliseconds
-/// since 1970-01-01 00:00:00 UTC, angles clockwise from north, positions WGS84. Handles are the device's own;
-/// -1: none. Nothing is checked here.
+/// \file The records that cross the driver interfaces: plain values, compared by content. Drivers are built
+/// separately from the application, so the order and the widths of the fields must not change. Times are
+/// milliseconds since 1970-01-01 00:00:00 UTC, angles clockwise from north, positions WGS84. Handles are the
+/// device's own; -1: none. Nothing is checked here.
 
 #include "zancommon/bearing.h"
 #include "zancommon/zandomain.h"
@@ -40,9 +39,9 @@ struct DFSettingsStruct {
     double averageTime = -1.0;      ///< seconds
     double measurementTime = -1.0;  ///< seconds
     qint32 levelThreshold = -1;     ///< dB
-    bool relativeThreshold = false; ///< the threshold counts from the noise floor
+    bool relativeThreshold = false; ///< the threshold is relative to the noise floor
     qint32 polarisation = -1;       ///< EZANPolarisation
-    quint64 userData = 0;           ///< the application's own, carried along
+    quint64 userData = 0;           ///< for the application; not interpreted
 
     bool operator==(const DFSettingsStruct&) const = default;
 };
@@ -96,7 +95,7 @@ struct ConverterSetupStruct {
     bool operator==(const ConverterSetupStruct&) const = default;
 };
 
-/// Part of an antenna's frequency range with methods of its own.
+/// Part of an antenna's frequency range with its own methods.
 struct AntennaSubRangeStruct {
     double minFrequency = 0.0;              ///< Hz
     double maxFrequency = 0.0;              ///< Hz
@@ -153,7 +152,7 @@ struct GPSStruct {
     bool operator==(const GPSStruct&) const = default;
 };
 
-/// What of a GSM cell is measured.
+/// What is measured of a GSM cell.
 struct GSMSettingsStruct {
     qint32 channel = -1;  ///< radio channel number, -1: any
     qint32 timeSlot = -1; ///< 0 to 7, -1: all
@@ -195,8 +194,8 @@ struct ErrorStruct {
 struct StatusStruct {
     double frequency = 0.0; ///< Hz, receive frequency of the block
     bool levelOverflow = false;
-    bool magneticHeading = false;    ///< the heading counts from magnetic north, not from true north
-    bool withoutMechOffset = false;  ///< the antenna's mechanical offset is still to be added to the azimuths
+    bool magneticHeading = false;    ///< the heading refers to magnetic north, not to true north
+    bool withoutMechOffset = false;  ///< the antenna's mechanical offset must still be added to the azimuths
     std::optional<double> heading;   ///< degrees
     std::optional<double> pitch;     ///< degrees
     std::optional<double> roll;      ///< degrees
@@ -216,7 +215,7 @@ struct FFMData {
     qint16 elevation = Bearing::NOT_MEASURED; ///< tenths of a degree
     qint16 level = Bearing::NOT_MEASURED;     ///< hundredths of a dB
     quint16 azimuthSpread = 0;                ///< tenths of a degree
-    quint16 averageCount = 0;                 ///< measurements that the result is the mean of
+    quint16 averageCount = 0;                 ///< number of averaged measurements
     quint16 quality = 0;                      ///< 0 to 100, 0: rejected
 
     bool operator==(const FFMData&) const = default;

@@ -4,11 +4,11 @@
 
 #include <utility>
 
-/// A run of equal failures of something that is used again and again. Only its begin and its end are told, so
-/// that a full disk does not flood the trace.
+/// A run of equal failures of something that is used repeatedly. Only its beginning and its end are reported,
+/// so that a full disk does not flood the trace.
 class FailureRun {
 public:
-    /// True when the failure is another one than the last time.
+    /// Notes a failure. True when it is not the same as the one before.
     bool Add(const QString& text) { return std::exchange(m_text, text) != text; }
     /// Notes a success. True when there were failures before it.
     bool End() { return !std::exchange(m_text, {}).isEmpty(); }

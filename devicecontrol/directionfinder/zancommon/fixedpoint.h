@@ -8,21 +8,20 @@
 #include <cmath>
 #include <cstddef>
 
-/// \file
-/// Numbers in fixed-point notation as `QString::arg` prints them, to the last digit, without its cost.
+/// \file Prints numbers in fixed-point notation exactly as `QString::arg` does, but faster.
 
 namespace FixedPoint {
 
 inline constexpr int MOST_DECIMALS = 7;
-/// The characters that a number takes at most: sign, all digits of the largest double, point and decimals.
+/// The largest number of characters: sign, all digits of the largest double, point and decimals.
 inline constexpr std::size_t WIDEST = 1 + 309 + 1 + MOST_DECIMALS;
 
-/// Prints a number whose last digit is beyond doubt, with integers. Null, with nothing printed, when it is
-/// too large or too near to the middle of two digits. Parameters as for `Print`.
+/// Prints a number by integer arithmetic if its last digit is certain. Null, with nothing printed, when the
+/// number is too large or too close to the middle between two digits. Parameters as for `Print`.
 inline char* PrintCertain(char* begin, double value, int decimals) {
     constexpr std::array<quint64, MOST_DECIMALS + 1> UNITS{1,      10,      100,       1'000,
                                                            10'000, 100'000, 1'000'000, 10'000'000};
-    // Below the bound the product is off by less than the margin.
+    // Below the bound the rounding error of the product is less than the margin.
     constexpr double BOUND = 1e12;
     constexpr double MARGIN = 1e-3;
     const quint64 unit = UNITS[static_cast<std::size_t>(decimals)];
@@ -53,9 +52,9 @@ inline char* PrintCertain(char* begin, double value, int decimals) {
 }
 
 /// Prints a number.
-/// \param begin    where `WIDEST` characters have room
+/// \param begin    a buffer of `WIDEST` characters
 /// \param decimals 0 to `MOST_DECIMALS`
-/// \return behind the last character
+/// \return the position after the last character
 inline char* Print(char* begin, double value, int decimals) {
     if (char* const end = PrintCertain(begin, value, decimals)) {
         return end;

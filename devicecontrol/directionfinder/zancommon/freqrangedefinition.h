@@ -10,16 +10,16 @@ namespace KvZANCommon {
 
 /// One frequency range (scan or channel range) of a measurement with the settings that apply inside it.
 ///
-/// A value record: the application fills it and hands a pointer to the driver; it stays the application's.
-/// Nothing is checked here, and nothing is locked.
+/// A plain record: the application fills it and passes a pointer to the driver; the application keeps it.
+/// Nothing is checked or locked here.
 class ZANCOMMON_EXPORT FreqRangeDefinition {
 public:
     FreqRangeDefinition() = default;
     /// A range with the frequencies, channels and settings of the source, but without its name and its alarm
-    /// settings: those belong to the one range that the user made. Null gives a default range.
+    /// settings: those belong only to the range that the user has created. Null gives a default range.
     explicit FreqRangeDefinition(const FreqRangeDefinition* source);
 
-    /// Place in the list of ranges; -1: in none.
+    /// Position in the list of ranges; -1: in no list.
     [[nodiscard]] int GetIndex() const { return m_index; }
     void SetIndex(int index) { m_index = index; }
 
@@ -64,12 +64,12 @@ public:
     void SetGainSettings(const GainControlStruct& settings) { m_gainSettings = settings; }
     /// @}
 
-    /// Average time in milliseconds; 0 at first. Not the one of the DF settings, which is in seconds.
+    /// Average time in milliseconds; 0 at first. Not that of the DF settings, which is in seconds.
     [[nodiscard]] long GetAverageTime() const { return m_averageTime; }
     void SetAverageTime(int time) { m_averageTime = time; }
 
-    /// The level threshold of the DF settings (dB; -1: not set): one value under two names. It is 32 bits
-    /// wide and wraps.
+    /// The level threshold of the DF settings (dB; -1: not set): one value with two names. Only the lowest 32
+    /// bits are kept.
     [[nodiscard]] long GetThreshold() const { return m_dfSettings.levelThreshold; }
     void SetThreshold(long threshold) { m_dfSettings.levelThreshold = static_cast<qint32>(threshold); }
 

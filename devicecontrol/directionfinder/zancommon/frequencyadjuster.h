@@ -7,14 +7,14 @@
 
 #include <optional>
 
-/// Moves what is asked for to what the device can serve, and says why: the work behind
+/// Moves a frequency or range to one that the device can serve, and says why: does the work of
 /// `ZANCharacteristics::AdjustFrequency` and `ZANCharacteristics::AdjustFrequencyRange`.
 ///
-/// Inline, so that the compiler sees the operations of the characteristics that are asked, which takes a
-/// fifth off the time.
+/// Inline, so that the compiler sees the operations of the characteristics that it calls, which saves a fifth
+/// of the time.
 class FrequencyAdjuster {
 public:
-    /// \param device is asked through its virtual operations; outlives this object
+    /// \param device is used through its virtual operations; must outlive this object
     explicit FrequencyAdjuster(ZANCharacteristics& device)
         : m_device(device) {}
 
@@ -27,9 +27,10 @@ public:
                                          ZANCharacteristics::EAdjustMode adjustMode) const;
 
 private:
-    /// Whether a mode is about one frequency.
+    /// Whether a mode serves single frequencies.
     [[nodiscard]] static bool ServesFrequencies(EOperationMode mode);
-    /// The frequency whose band lies in a range; of a band that is wider, one end is that of the range.
+    /// Moves a frequency so that its band lies in a range. When the band is wider than the range, one end of
+    /// the band is moved to the end of the range.
     [[nodiscard]] static double PushBandInto(const FrequencyRange& range, double frequency, double bandwidth);
 
     ZANCharacteristics& m_device;
@@ -103,7 +104,7 @@ inline RangeAdjustment FrequencyAdjuster::Adjust(EOperationMode mode, const Freq
 
     const AntennaData* const below = m_device.GetAntennaForFrequency(inLimits.low, false);
     const AntennaData* const above = m_device.GetAntennaForFrequency(inLimits.high, false);
-    const AntennaData* next = below; // to which the range is moved
+    const AntennaData* next = below; // the antenna to which the range is moved
     if (below && above && below != above) {
         const double border = adjustMode == ZANCharacteristics::ADJUST_UP ? above->minRange : below->maxRange;
         adjustment.border = {border, below, above};

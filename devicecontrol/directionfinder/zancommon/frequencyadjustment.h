@@ -3,11 +3,11 @@
 #include "zancommon/antennadata.h"
 #include "zancommon/frequencyrange.h"
 
-/// What becomes of a frequency that is asked for, and why (`ZANCharacteristics::AdjustFrequency`). All in Hz.
+/// How a requested frequency is adjusted, and why (`ZANCharacteristics::AdjustFrequency`). All in Hz.
 ///
-/// The antenna belongs to the characteristics, and is good until their antennas are read again.
+/// The antenna belongs to the characteristics, and is valid until their antennas are read again.
 struct FrequencyAdjustment {
-    /// What a frequency that is not served lacks.
+    /// What is missing when a frequency is not served.
     enum class EMissing : int {
         NOTHING, ///< it is served
         MODE,    ///< an operation mode that serves a frequency
@@ -16,14 +16,14 @@ struct FrequencyAdjustment {
     };
 
     double asked = 0.0;
-    /// The lowest and highest frequency of the operation mode, which are equal or crossed where no antenna
-    /// serves the mode.
+    /// The lowest and highest frequency of the operation mode; equal or reversed when no antenna serves the
+    /// mode.
     FrequencyRange limits;
     double bandwidth = 0.0;  ///< of the band around the frequency, in wideband FFM
     double intoLimits = 0.0; ///< the first move: into the limits; negative: downwards
     double intoRange = 0.0;  ///< the second move: so that the band lies in the range of the antenna
-    double frequency = 0.0;  ///< what has become of it: asked + intoLimits + intoRange
-    /// Serves the frequency; without `WIDTH` not with the whole band. Null when nothing serves it.
+    double frequency = 0.0;  ///< the result: asked + intoLimits + intoRange
+    /// Serves the frequency, though with `EMissing::WIDTH` not the whole band. Null when nothing serves it.
     const AntennaData* antenna = nullptr;
     EMissing missing = EMissing::NOTHING;
 

@@ -20,7 +20,7 @@ namespace {
 
 constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\hwstatustester");
 
-/// The component that a line of device information tells of, if any.
+/// The component that a line of the device information names, if any.
 std::optional<QString> ComponentOf(const QString& line) {
     constexpr qsizetype COMPONENT_FIELD = 3;
     if (line.startsWith(">>"_L1) || line.startsWith("Option"_L1)) {

@@ -10,15 +10,14 @@ class ICfg;
 class ValueDescriptor;
 class ValueSelection;
 
-/// Compares the hardware components that a DF device reports with those that this station requires, and those
-/// that it may have.
+/// Compares the hardware components that a DF device reports with those that are required and optional at
+/// this station.
 ///
-/// Names are case-sensitive. In texts, names stand with ";" between them. The requirements stand in the value
-/// tree while the device runs, and in the station's settings between runs. Belongs to the application's main
-/// thread.
+/// Names are case-sensitive. In texts they are separated by ";". The requirements are in the value tree while
+/// the device runs, and in the station's settings between runs. Belongs to the application's main thread.
 class ZANCOMMON_EXPORT HwStatusTester {
 public:
-    /// How a component stands to the requirements.
+    /// The state of a component with respect to the requirements.
     enum HwComponentState : int {
         RequiredMissing = 0,   ///< required, not installed
         RequiredInstalled = 1, ///< required and installed
@@ -27,37 +26,37 @@ public:
         NotRequired = 4        ///< neither required nor optional, installed or not
     };
 
-    /// \param path the node below which the device's values stand, such as "/ZANServer"
+    /// \param path the node of the device's values, such as "/ZANServer"
     explicit HwStatusTester(QString path);
-    /// A copy tests the device of its source, and knows no components yet.
+    /// A copy tests the device of its source, but has no components yet.
     HwStatusTester(const HwStatusTester& other);
     HwStatusTester& operator=(const HwStatusTester& other);
 
     // The order of the virtual operations, their arguments and their constness are part of the interface.
 
     virtual ~HwStatusTester();
-    /// Takes the requirements from the tree. A value that is missing there counts as empty and false.
+    /// Takes the requirements from the tree. A value that is missing there counts as empty or false.
     virtual void ReadHwRequirementsFromTree();
-    /// Writes the requirements to the tree, whose observers are told. A value that is missing there is left
-    /// out.
+    /// Writes the requirements to the tree, whose observers are notified. Values that are missing there are
+    /// not created.
     virtual void WriteHwRequirementsToTree() const;
-    /// Takes the requirements from the settings of a station, which stay the caller's; null changes nothing.
-    /// What is missing there counts as empty and false.
+    /// Takes the requirements from the settings of a station, which the caller keeps; null changes nothing.
+    /// What is missing there counts as empty or false.
     virtual void ReadHwRequirementsFromCfg(ICfg* cfg);
-    /// Writes the requirements to the settings of a station, which stay the caller's to save and release;
-    /// null writes nothing.
+    /// Writes the requirements to the settings of a station, which the caller saves and releases; null writes
+    /// nothing.
     virtual void WriteHwRequirementsToCfg(ICfg* cfg) const;
-    /// Adds the components of the device information in the tree to those known as installed. An assertion is
-    /// reported when it is missing.
+    /// Adds the components in the tree's device information to those known as installed. An assertion is
+    /// reported when that value is missing.
     virtual void ReadHwListFromTree();
-    /// Adds the components of a device information: of each line the fourth of its fields, which ";"
-    /// separates. Lines that begin with ">>" or "Option", and those of fewer fields, tell of no component.
-    /// Null adds nothing.
+    /// Adds the components in a device information: of each line the fourth of the fields, which are
+    /// separated by ";". Lines that begin with ">>" or "Option", and those with fewer fields, name no
+    /// component. Null adds nothing.
     virtual void ReadHwListFromValue(ValueSelection* info);
-    /// Whether the operator may change the requirements; at first not.
+    /// Whether the operator may change the requirements; false at first.
     [[nodiscard]] virtual bool AreRequirementsEditable();
     virtual void SetRequirementsEditable(bool editable);
-    /// Whether the operator is to be warned of missing components; at first not.
+    /// Whether the operator is to be warned about missing components; false at first.
     [[nodiscard]] virtual bool GetCheckRequirements();
     virtual void SetCheckRequirements(bool check);
     /// Required components that are not installed.
@@ -66,7 +65,7 @@ public:
     [[nodiscard]] virtual std::set<QString> FindUnknownHardware() const;
     /// Installed, required and optional components together.
     [[nodiscard]] virtual std::set<QString> GetAllComponents() const;
-    /// These two replace the components; what is there in tree and settings stays.
+    /// These two replace the components; tree and settings are not changed.
     virtual void SetRequiredComponents(std::set<QString> components);
     virtual void SetOptionalComponents(std::set<QString> components);
 

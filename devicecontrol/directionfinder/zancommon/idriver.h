@@ -17,40 +17,41 @@ class IDriverCallback;
 /// Driver of a direction-finding device: what the application calls.
 ///
 /// Order of use: create, `SetCallback`, `Initialize`, settings, measurement. Results arrive through the
-/// callback. A `long` result is the driver's own code and is not interpreted. Records passed by value are the
-/// driver's to keep; records passed by reference are filled in by the driver. What is passed by pointer stays
-/// the caller's.
+/// callback. A `long` result is the driver's own code and is not interpreted. Records passed by value may be
+/// kept by the driver; records passed by reference are filled in by the driver. Objects passed by pointer
+/// still belong to the caller.
 ///
 /// Frequencies are in Hz, 64-bit times in milliseconds since 1970-01-01 00:00:00 UTC. Converters, antennas,
-/// compasses and channels are numbered by the device. What has no unit here has the one that driver and
-/// application agree on.
+/// compasses and channels are numbered by the device. Where no unit is stated, driver and application agree
+/// on one.
 ///
 /// An application calls its driver on one thread, its main thread; results arrive on whatever thread the
-/// driver delivers on (`IDriverCallback`). Nothing is thrown across the interface: a failure is a code, and
-/// its text stays in `GetLastError`.
+/// driver delivers on (`IDriverCallback`). Nothing is thrown across the interface: a failure is a result
+/// code, and its text is returned by `GetLastError`.
 ///
-/// Drivers are built apart from the application: the order of the operations is part of the interface. There
-/// is no Q_OBJECT, because it would put operations of its own before them. Operations with a body are
-/// optional features: a driver without them answers no (false), nothing buffered (0) or not supported (-1).
+/// Drivers are built separately from the application: the order of the operations is part of the interface.
+/// There is no Q_OBJECT, because it would add virtual operations before them. Operations with a body are
+/// optional features; their defaults answer false, 0 (nothing buffered) or -1 (not supported).
 class ZANCOMMON_EXPORT IDriver : public QObject {
 public:
     ~IDriver() override;
 
-    /// The callback outlives the driver's work. To be set before `Initialize`.
+    /// The callback must outlive the work of the driver. Set it before `Initialize`.
     virtual void SetCallback(IDriverCallback* callback) = 0;
-    /// Opens the device at an address in the driver's own notation, which the driver may change. The result
-    /// is the driver's own code too; 0 is success by custom.
+    /// Opens the device at an address in the driver's notation; the driver may change the text. The result is
+    /// the driver's own code, too; 0 usually means success.
     virtual int Initialize(std::string& address, bool simulation) = 0;
     /// The last position fix.
     virtual void GetGPSBuffer(GPSStruct& buffer) = 0;
-    /// The text of the last failure, which stays until `ClearLastError`.
+    /// The text of the last failure, which is kept until `ClearLastError`.
     virtual QString GetLastError() = 0;
     virtual void ClearLastError() = 0;
-    /// Begins to deliver in a mode. Standby ends it: when that returns, nothing more is delivered.
+    /// Starts delivering results in a mode. Standby stops it: when that call returns, nothing more is
+    /// delivered.
     virtual long SetMode(EMode mode) = 0;
     virtual long Reset() = 0;
     virtual long Calibrate(unsigned long converter) = 0;
-    /// Built-in test, the short or the full one, once or again and again. Results come through
+    /// Built-in test, short or full, once or repeatedly. Results come through
     /// `IDriverCallback::ReportBITResult` too.
     virtual long BIT(long& result, bool full, bool repeat) = 0;
     /// A test command of the driver's own.
@@ -60,13 +61,13 @@ public:
     virtual long SetFrequency(double frequency) = 0;
     virtual long SetGainControl(GainControlStruct settings) = 0;
     virtual long SetFilterSettings(FilterSettingsStruct settings) = 0;
-    /// The same with the filter settings that stand in a range.
+    /// The same with the filter settings of a range.
     virtual long SetFilterSettings(FreqRangeDefinition* range) = 0;
     /// Seconds (the average time of a `FreqRangeDefinition` is in milliseconds).
     virtual long SetAverageTime(double time) = 0;
-    /// Begins to average anew.
+    /// Starts the averaging again.
     virtual long ResetAverage() = 0;
-    /// Adds a frequency range to those that are measured.
+    /// Adds a frequency range to the measurement.
     virtual long AddFreqRange(FreqRangeDefinition* range) = 0;
     /// Whether the device takes its time from GPS.
     virtual long SetGPSTimeUsage(bool use) = 0;
@@ -79,9 +80,9 @@ public:
     virtual long SetExternalReference(bool use) = 0;
     /// Milliseconds.
     virtual long SetHoldTime(int holdTime, int signalTime, int pauseTime) = 0;
-    /// Holds the search where it stands.
+    /// Holds the search at the current channel.
     virtual long SearchHold() = 0;
-    /// Goes on with the search at a channel.
+    /// Continues the search at a channel.
     virtual long SearchContinue(unsigned long channel) = 0;
     /// Keeps a place in the order; does nothing.
     virtual void ReservedAfterSearch();
@@ -105,14 +106,14 @@ public:
     /// Changes the settings for a frequency range that is measured.
     virtual long AlterMeasureSetting(FreqRangeDefinition* range) = 0;
     virtual long DeleteAllChannels() = 0;
-    /// Leaves the channels from the first to the last out of the measurement, or takes them in again.
+    /// Excludes the channels from the first to the last from the measurement, or includes them again.
     virtual long SetSkip(long firstChannel, long lastChannel, bool skip) = 0;
     /// \param ranges `rangeCount` of them
     virtual void SetSimulationScan(unsigned range, unsigned firstChannel, unsigned lastChannel, int azimuth,
                                    int level, unsigned rangeCount, ChannelRangeStruct* ranges) = 0;
     /// \param sampleRate samples per second
     virtual void SetAudioFormat(int sampleRate, int sampleBits, int channelCount);
-    /// The most channels that the device measures in a mode.
+    /// The largest number of channels that the device measures in a mode.
     virtual long GetMaxChannelCount(EMode mode) = 0;
     virtual bool StartDRData(bool start, int channel);
     /// Number of emitters for super resolution; `automatic`: the driver finds it.
@@ -123,7 +124,7 @@ public:
     /// Number of blocks that wait to be delivered.
     virtual long GetBufferCount();
     virtual long RestartMassData();
-    /// Appends the components that the driver knows; they become the caller's to delete. Not null.
+    /// Appends the components that the driver knows; the caller deletes them. Not null.
     virtual long RequestHWStatus(QList<ComponentInfo*>* components) = 0;
     /// Milliseconds.
     virtual long GetSweepTime(long& time) = 0;
@@ -133,11 +134,11 @@ public:
     virtual long SetGSMSetting(double frequency, FreqRangeDefinition* range, GSMSettingsStruct& settings) = 0;
     virtual long FcbSynch() = 0;
     virtual void EnableTimeSync(bool enable) = 0;
-    /// Sends a command to a compass, in the compass's own language, and fills in the answer.
+    /// Sends a command to a compass, in the notation of the compass, and fills in the answer.
     virtual long SendCompassCommand(unsigned long compass, const QString& command, QString& answer) = 0;
     virtual long SetSyncTrigger(bool on);
     virtual long SetCompassValue(unsigned long value) = 0;
-    /// How many synchronisations were missed.
+    /// The number of missed synchronisations.
     [[nodiscard]] virtual long GetSyncMissedCount() const;
     /// Keeps a place in the order; does nothing.
     virtual void ReservedAtEnd();

@@ -12,13 +12,13 @@ namespace KvZANCommon {
 
 class FreqRangeDefinition;
 
-/// Driver written against the older interface. The operations mean what those of the same name in IDriver
-/// mean, with the same units, owners, threads and defaults; their order differs, and it is part of the
-/// interface. A LegacyDriverAdapter makes such a driver usable as IDriver. There is no `SetCallback`: a
-/// driver is given its `ILegacyDriverCallback` in a way of its own.
+/// A driver of the older interface. The operations mean what those of the same name in IDriver mean, with the
+/// same units, owners, threads and defaults; their order differs, and it is part of the interface. A
+/// LegacyDriverAdapter makes such a driver usable as IDriver. There is no `SetCallback`: each driver class
+/// has its own way to set its `ILegacyDriverCallback`.
 ///
-/// There is no virtual destructor: it would take places in the order. A legacy driver is destroyed by whoever
-/// created it, through its own type, after the adapter that it was given to.
+/// There is no virtual destructor: it would take places in the order. The code that created a legacy driver
+/// destroys it, through its own type, after the adapter that uses it.
 class ZANCOMMON_EXPORT ILegacyDriver {
 public:
     /// Keep two places in the order; do nothing.
@@ -85,7 +85,7 @@ public:
     virtual long GetReadCount() = 0;
     virtual long GetBufferCount();
     virtual long RestartMassData();
-    /// Appends the components that the driver knows; they become the caller's to delete. Not null.
+    /// Appends the components that the driver knows; the caller deletes them. Not null.
     virtual long RequestHWStatus(QList<ComponentInfo*>* components) = 0;
     /// Milliseconds.
     virtual long GetSweepTime(long& time) = 0;

@@ -8,9 +8,9 @@
 
 namespace KvZANCommon {
 
-/// What a legacy driver calls back with. The operations, their order, units, threads and lifetimes are those
-/// of IDriverCallback; only the type differs, so that a driver of one kind is never given the other's
-/// callback. Never destroyed by the driver, hence the protected destructor.
+/// What a legacy driver calls. The operations, their order, units, threads and lifetimes are those of
+/// IDriverCallback; only the type differs, so that a driver of one kind cannot get the callback of the other.
+/// Never destroyed by the driver, hence the protected destructor.
 class ZANCOMMON_EXPORT ILegacyDriverCallback {
 public:
     virtual void fillTDMABuffer(long range, unsigned long long& time, unsigned firstChannel, unsigned count,

@@ -15,7 +15,7 @@ ILegacyDriver& Required(ILegacyDriver* driver, [[maybe_unused]] const char* oper
 } // namespace
 
 LegacyDriverAdapter::~LegacyDriverAdapter() {
-    // Driver and callback belong to others, who may have destroyed them before: they are forgotten, not used.
+    // Driver and callback may have been destroyed already by their owners: they are not used here.
     m_pCallback = nullptr;
     m_pLegacyDriver = nullptr;
 }

@@ -10,18 +10,18 @@ class ILegacyDriver;
 
 /// Lets a driver of the older interface be used where the application expects an IDriver.
 ///
-/// Every operation goes to the operation of the same name on the other side, arguments and results unchanged.
-/// Whoever wires the two together gives the adapter the legacy driver (`SetLegacyDriver`) and the legacy
-/// driver the adapter as its callback. Neither partner is owned: both must outlive the adapter.
+/// Every operation calls the operation of the same name on the other side, with arguments and results
+/// unchanged. The application gives the adapter the legacy driver (`SetLegacyDriver`), and gives the legacy
+/// driver the adapter as its callback. Driver and callback are not owned and must outlive the adapter.
 ///
-/// Without a legacy driver the operations without result do nothing (what they would fill in stays as it
-/// was), and without a callback the data of the driver is dropped. An operation with a result needs its
-/// partner, because there is no answer to give in its place: calling one before is an error of the caller. A
-/// debug build stops with the name of the operation; a build with QT_NO_DEBUG (RelWithDebInfo too) checks
-/// nothing and goes through the null pointer.
+/// Without a legacy driver, operations without a result do nothing (their output arguments stay as they
+/// were); without a callback the data of the driver is dropped. Operations with a result need the driver or
+/// callback, because the adapter has no answer of its own: calling one without it is an error of the caller.
+/// A debug build stops with the name of the operation; a build with QT_NO_DEBUG (also RelWithDebInfo) does
+/// not check and uses the null pointer.
 ///
-/// No locks: a callback passes on the thread on which the driver delivers it. The partners are set before the
-/// driver starts and stay while it runs.
+/// No locks: a callback is passed on in the thread in which the driver calls it. Set driver and callback
+/// before the driver starts, and do not change them while it runs.
 class ZANCOMMON_EXPORT LegacyDriverAdapter : public IDriver, public ILegacyDriverCallback {
 public:
     LegacyDriverAdapter() = default;

@@ -21,8 +21,8 @@ public:
     /// Gives a mode the limits of another one.
     void Copy(EOperationMode from, EOperationMode to) { m_limits[static_cast<std::size_t>(to)] = Get(from); }
 
-    /// The frequencies of a mode as the device of a type reports them: a ZANFERN stays within 100 MHz to 450
-    /// MHz; for any other one a limit that is missing or outside 9 kHz to 3.6 GHz is 25 MHz.
+    /// The lowest frequency of a mode as a device of this type reports it: that of a ZANFERN is within 100
+    /// MHz to 450 MHz; for other types a limit that is missing or outside 9 kHz to 3.6 GHz becomes 25 MHz.
     [[nodiscard]] double GetLowest(EOperationMode mode, EZANType type) const {
         return ToPlausible(Get(mode).low, type);
     }

@@ -18,7 +18,7 @@ ICfg& GetCfg() {
     return CfgCenter::GetAppCfg(ICfg::View::Outputs);
 }
 
-/// The hub's client; null when it cannot be had.
+/// The hub's client; null when it cannot be loaded.
 IMshClientDll* LoadClient() {
     IDllInstance* const instance =
         CfgCenter::CreateDllInstanceByFileName(u"MshClient.dll"_s, {}, false, false);
@@ -31,7 +31,7 @@ IMshClientDll* LoadClient() {
     return client;
 }
 
-/// The port of the hub. A number that is none is told, and the default taken.
+/// The port of the hub. An invalid number is traced, and the default is used.
 int ReadPort(const ICfg& cfg) {
     constexpr int DEFAULT_PORT = 4500;
     constexpr qint64 HIGHEST_PORT = 65535;
@@ -46,7 +46,7 @@ int ReadPort(const ICfg& cfg) {
     return DEFAULT_PORT;
 }
 
-/// A received bandwidth that the device does not have becomes the next larger one.
+/// The algorithm that replaces a received bandwidth which the device does not have by the next larger one.
 const QString& BandwidthAlgorithm() {
     static const QString name = u"AdAlgSelectEqualOrBiggerValue"_s;
     return name;

@@ -4,14 +4,14 @@
 
 namespace KvZANCommon {
 
-/// A driver whose device can do nothing: each operation answers as that of a device without the feature. A
-/// driver derives from it and overrides what its device can do.
+/// A driver whose device can do nothing: each operation answers as for a device without the feature. Derive a
+/// driver from it and override what its device can do.
 ///
-/// A request returns `NOT_SUPPORTED` and leaves what it was to fill in as it is; there are no channels and no
-/// blocks, there is no position and no failure to tell of, and the callback is not used.
+/// A request returns `NOT_SUPPORTED` and leaves its output arguments unchanged. There are no channels, no
+/// blocks, no position and no failures, and the callback is not used.
 class NullDriver : public IDriver {
 public:
-    /// As the optional operations of `IDriver` answer.
+    /// The answer of the optional operations of `IDriver`.
     static constexpr long NOT_SUPPORTED = -1;
 
     void SetCallback(IDriverCallback*) override {}

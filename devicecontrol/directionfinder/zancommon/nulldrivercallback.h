@@ -4,8 +4,8 @@
 
 namespace KvZANCommon {
 
-/// A callback that has no use for anything: what a driver delivers is dropped, there is no device address,
-/// and the application is in standby. A receiver derives from it and overrides what it takes.
+/// A callback that uses nothing: what a driver delivers is dropped, there is no device address, and the
+/// application is in standby. Derive a receiver from it and override what it takes.
 class NullDriverCallback : public IDriverCallback {
 public:
     void fillTDMABuffer(long, unsigned long long&, unsigned, unsigned, Bearing*, StatusStruct&) override {}

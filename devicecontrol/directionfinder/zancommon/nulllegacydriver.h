@@ -4,11 +4,11 @@
 
 namespace KvZANCommon {
 
-/// A driver of the older kind whose device can do nothing: as `NullDriver`. A driver derives from it and
-/// overrides what its device can do.
+/// A driver of the older interface whose device can do nothing, like `NullDriver`. Derive a driver from it
+/// and override what its device can do.
 class NullLegacyDriver : public ILegacyDriver {
 public:
-    /// As the optional operations of `ILegacyDriver` answer.
+    /// The answer of the optional operations of `ILegacyDriver`.
     static constexpr long NOT_SUPPORTED = -1;
 
     int Initialize(std::string&, bool) override { return NOT_SUPPORTED; }
@@ -70,7 +70,7 @@ public:
     long SetCompassValue(unsigned long) override { return NOT_SUPPORTED; }
 
 protected:
-    ~NullLegacyDriver() = default; // destroyed through its own type only
+    ~NullLegacyDriver() = default; // destroyed only through its own type
 };
 
 } // namespace KvZANCommon

@@ -25,7 +25,7 @@ const QString& ValidKey() {
     return key;
 }
 
-/// Null when the sub-configuration cannot be had.
+/// Null when the sub-configuration cannot be opened.
 CfgPtr OpenCfg() {
     return CfgPtr(CfgCenter::GetAppCfg(ICfg::View::OverheadPass).GetSubCfg(u"OverheadPass"_s));
 }

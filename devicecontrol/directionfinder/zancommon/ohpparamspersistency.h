@@ -17,9 +17,9 @@ public:
     /// Writes the parameters to the settings and saves them.
     void MakePersistent();
     /// Sets the parameters from the settings. A key that is missing or unreadable is written with its default
-    /// (600 and false), so that both are there after the first run. A threshold that no `int` holds counts as
-    /// the default; it stays in the settings as it stands, and is traced. Observers of the parameters are
-    /// told.
+    /// (600 and false), so that both exist after the first run. A threshold that does not fit an `int` is
+    /// traced and counts as the default; the settings are not changed. Observers of the parameters are
+    /// notified.
     void Restore();
 
 private:

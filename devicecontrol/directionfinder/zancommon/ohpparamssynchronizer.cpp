@@ -8,8 +8,8 @@ namespace {
 
 using Params = ObservablePtr<OverheadPassParams>;
 
-// By value: an observer of the target may destroy the synchroniser, or one of the sets, after the first step.
-// Each content is read when it is its turn, so that what such an observer changes is not overwritten.
+// By value: an observer of the target may destroy the synchroniser or one of the sets after the first step.
+// Each content is read just before it is copied, so that changes by such an observer are not overwritten.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void Copy(const Params source, const Params target, IObserver* originator) {
     if (source && target) {
@@ -30,7 +30,7 @@ OHPParamsSynchronizer::OHPParamsSynchronizer(OverheadPassParams& first, Overhead
     second.AddObserver(this);
 }
 
-// The base class takes the synchroniser off both sets.
+// The base class removes the synchroniser from the observers of both sets.
 OHPParamsSynchronizer::~OHPParamsSynchronizer() = default;
 
 void OHPParamsSynchronizer::Update(Observable* subject, TChangeCode code) {

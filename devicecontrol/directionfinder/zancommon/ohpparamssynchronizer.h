@@ -8,18 +8,17 @@ namespace KvZANCommon {
 
 /// Keeps two sets of overhead-pass parameters equal, whichever of them is changed.
 ///
-/// Lives as long as the two shall be equal; on destruction it leaves both. The sets are not owned and should
-/// outlive it. Once one of them is gone the synchroniser does nothing more. Belongs to the thread of the
-/// sets.
+/// The sets are kept equal for as long as the synchroniser exists. They are not owned and should outlive it;
+/// once one of them is destroyed, the synchroniser does nothing more. Belongs to the thread of the sets.
 class ZANCOMMON_EXPORT OHPParamsSynchronizer : public IObserver {
 public:
-    /// Copies the first set into the second one, whose observers are told.
+    /// Copies the first set into the second one, whose observers are notified.
     OHPParamsSynchronizer(OverheadPassParams& first, OverheadPassParams& second);
     OHPParamsSynchronizer(const OHPParamsSynchronizer&) = delete;
     OHPParamsSynchronizer& operator=(const OHPParamsSynchronizer&) = delete;
     ~OHPParamsSynchronizer() override;
 
-    /// Called by the sets.
+    /// Called when one of the sets has changed.
     void Update(Observable* subject, TChangeCode code) override;
 
 private:

@@ -20,7 +20,7 @@ constexpr int MIN_THRESHOLD = 0;
 constexpr int MAX_THRESHOLD = 900;
 constexpr int THRESHOLD_STEP = 1;
 
-/// Lets go of a value that announces that it goes away, when it is being removed indeed.
+/// Lets go of a value that announces its removal, if it is really being removed.
 template <class T>
 void LetGoIfRemoved(ValuePtr<T>& value, const Observable* subject, IObserver* observer) {
     if (value.Is(subject) && value->QueryRemoval(observer) == 1) {
@@ -40,7 +40,7 @@ OHPParamsVtSynchronizer::OHPParamsVtSynchronizer(OverheadPassParams& params, QSt
     params.AddObserver(this);
 }
 
-// The base class takes the synchroniser off all that it observes.
+// The base class removes the synchroniser from the observers of all its subjects.
 OHPParamsVtSynchronizer::~OHPParamsVtSynchronizer() = default;
 
 void OHPParamsVtSynchronizer::BindThreshold(const QString& path) {

@@ -13,25 +13,27 @@ namespace KvZANCommon {
 /// Keeps a set of overhead-pass parameters and two values of the tree equal: "OverheadPass/Threshold" and
 /// "OverheadPass/Valid" below a base path.
 ///
-/// What stands in the tree already goes into the parameters; what is missing is made from the parameters. A
-/// new threshold value accepts 0 to 900 (tenths of a degree). Where the value cannot take the threshold of
-/// the parameters it takes the nearest one that it can, the parameters keep theirs, and a trace line says so.
+/// Values that exist already are copied into the parameters; missing ones are created from the parameters. A
+/// new threshold value accepts 0 to 900 (tenths of a degree). When the value cannot take the threshold of the
+/// parameters, it takes the nearest one that it can; the parameters keep theirs, and the difference is
+/// traced.
 ///
-/// A value that cannot be made, because something else has its name, is left out; so is a value from the time
-/// on when it is removed from the tree, also when another one is inserted at its path later. The other value
-/// stays synchronised.
+/// A value that cannot be created because something else has its name is left out. A value that is removed
+/// from the tree is no longer synchronised, even if another one is inserted at its path later. The other
+/// value stays synchronised.
 ///
-/// Lives as long as both shall be equal. The parameters are not owned and should outlive it; once they are
-/// gone the synchroniser does nothing more. All operations belong to the thread of the value tree.
+/// Both are kept equal for as long as the synchroniser exists. The parameters are not owned and should
+/// outlive it; once they are destroyed, the synchroniser does nothing more. All operations belong to the
+/// thread of the value tree.
 class ZANCOMMON_EXPORT OHPParamsVtSynchronizer : public IObserver {
 public:
-    /// \param basePath empty stands for "/ZANServer"
+    /// \param basePath empty means "/ZANServer"
     OHPParamsVtSynchronizer(OverheadPassParams& params, QString basePath);
     OHPParamsVtSynchronizer(const OHPParamsVtSynchronizer&) = delete;
     OHPParamsVtSynchronizer& operator=(const OHPParamsVtSynchronizer&) = delete;
     ~OHPParamsVtSynchronizer() override;
 
-    /// Called by the parameters and the values.
+    /// Called when the parameters or one of the values have changed.
     void Update(Observable* subject, TChangeCode code) override;
 
 private:

@@ -5,12 +5,12 @@
 
 namespace KvZANCommon {
 
-/// When bearings count as taken during an overhead pass: from which elevation on, and whether that is watched
-/// at all.
+/// The parameters of the overhead-pass filter: the elevation from which bearings are rejected, and whether
+/// the filter is on.
 ///
-/// Observers are told `TChangeCode::Changed` by each setter that changes something, except for the
-/// originator. They may destroy the parameters meanwhile. A copy takes over the content and, as with every
-/// `Observable`, the observers; assigning tells nobody.
+/// Each setter that changes something notifies the observers, except the originator, with
+/// `TChangeCode::Changed`. They may destroy the parameters meanwhile. A copy takes over the content and, as
+/// with every `Observable`, the observers; an assignment notifies nobody.
 class ZANCOMMON_EXPORT OverheadPassParams : public Observable {
 public:
     static constexpr int DEFAULT_THRESHOLD = 600; ///< tenths of a degree
@@ -21,7 +21,7 @@ public:
     OverheadPassParams& operator=(const OverheadPassParams&) = default;
     ~OverheadPassParams() override;
 
-    /// Elevation in tenths of a degree; any integer is taken.
+    /// Elevation in tenths of a degree; any integer is accepted.
     [[nodiscard]] int GetThreshold() const { return m_threshold; }
     void SetThreshold(int threshold, IObserver* originator = nullptr);
 

@@ -56,7 +56,7 @@ bool PitchRollFilter::RollThresholdExceeded() const {
 }
 
 void PitchRollFilter::Apply(unsigned count, Bearing* bearings) const {
-    // Without unrolling the loop's own branch, not the store, sets the pace.
+    // Without unrolling, the loop's branch limits the speed, not the store.
 #pragma GCC unroll 8
     for (unsigned i = 0; i < count; ++i) {
         bearings[i].quality = 0;

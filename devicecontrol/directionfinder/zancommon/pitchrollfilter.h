@@ -10,38 +10,37 @@ struct Bearing;
 
 namespace KvZANCommon {
 
-/// Rejects bearings while the platform that carries the antenna is tilted beyond its pitch or roll limit, and
-/// says so in the value tree.
+/// Rejects bearings while the vehicle or ship that carries the antenna is tilted beyond its pitch or roll
+/// limit, and publishes that in the value tree.
 ///
-/// The inputs and the status values are bound by path. The first binding that succeeds holds: a path that
-/// names no value, or one of another type, leaves the member unbound, and a call for a bound member does
-/// nothing. A member whose value the tree has destroyed is unbound again. The values belong to the tree;
-/// copies of the filter are bound to the same ones. Angles and thresholds are `ValueNumericDouble`, the flag
-/// is a `ValueBool`, the text a `ValueString`.
+/// The inputs and the status values are found by their paths (bound). A path without a value, or with one of
+/// another type, leaves the member unbound; a call for a bound member does nothing. A member is unbound again
+/// when the tree destroys its value. The values belong to the tree; copies of the filter use the same ones.
+/// Angles and thresholds are `ValueNumericDouble`, the flag is a `ValueBool`, the text a `ValueString`.
 ///
 /// All operations belong to the thread of the value tree.
 class ZANCOMMON_EXPORT PitchRollFilter {
 public:
-    /// Angles and their thresholds are compared as they stand: any unit that both share will do.
+    /// Angles and thresholds are compared without conversion: both must be in the same unit, which may be
+    /// any.
     void SetPitchValuePath(const QString& path);
     void SetRollValuePath(const QString& path);
     void SetPitchThresholdValuePath(const QString& path);
     void SetRollThresholdValuePath(const QString& path);
-    /// The flag that becomes false when bearings are rejected.
+    /// The flag that is set to false when bearings are rejected.
     void SetZANDataValidValuePath(const QString& path);
     /// The text that says why bearings are rejected.
     void SetZANDataStateInfoValuePath(const QString& path);
 
-    /// Whether pitch or roll has reached its threshold. Signs do not count, neither that of the angle nor
-    /// that of the threshold. A limit is not exceeded while its angle or its threshold is unbound or not a
-    /// number.
+    /// Whether pitch or roll has reached its threshold. The signs of angle and threshold are ignored. A
+    /// threshold is never reached while it or its angle is unbound or NaN.
     [[nodiscard]] bool IsFilterConditionMet() const;
 
     /// Sets the quality of `count` bearings to 0, the data-valid value to false, and the state information to
-    /// the reason. It does not ask `IsFilterConditionMet`: the caller does.
+    /// the reason. It does not check `IsFilterConditionMet`: the caller does.
     /// \param bearings may be null when `count` is 0.
     void Apply(unsigned count, Bearing* bearings) const;
-    /// The same for one result; nothing at all when the result holds no azimuth.
+    /// The same for one result; does nothing when the result holds no azimuth.
     void Apply(BearingResult& result) const;
 
 private:

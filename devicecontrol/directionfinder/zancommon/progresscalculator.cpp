@@ -19,7 +19,7 @@ ProgressCalculator::ProgressCalculator(QObject* parent, Clock clock)
     : QObject(parent)
     , m_pTimer(new QTimer(this))
     , m_clock(clock ? std::move(clock) : MonotonicMilliseconds) {
-    // A coarse tick comes up to 50 ms early, and then tells 99 where 100 is due, and never 100.
+    // A coarse timer fires up to 50 ms early; the last tick would then be 99, and 100 would never be emitted.
     m_pTimer->setTimerType(Qt::PreciseTimer);
     connect(m_pTimer, &QTimer::timeout, this, &ProgressCalculator::SlotCalculateProgress);
 }
@@ -50,7 +50,7 @@ void ProgressCalculator::SlotCalculateProgress() {
     if (m_duration == 0) {
         return;
     }
-    // 32 bits throughout: the product wraps.
+    // Computed in 32 bits: the product overflows after 11.9 hours.
     const auto elapsed = static_cast<quint32>(m_clock() - m_start);
     const quint32 percent = elapsed * 100U / m_duration;
     if (static_cast<qint32>(percent) > 100) {

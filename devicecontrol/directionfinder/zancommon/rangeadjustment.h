@@ -5,12 +5,12 @@
 
 #include <optional>
 
-/// What becomes of a frequency range that is asked for, and why (`ZANCharacteristics::AdjustFrequencyRange`).
-/// All in Hz.
+/// How a requested frequency range is adjusted, and why (`ZANCharacteristics::AdjustFrequencyRange`). All in
+/// Hz.
 ///
-/// Antennas belong to the characteristics, and are good until their antennas are read again.
+/// Antennas belong to the characteristics, and are valid until their antennas are read again.
 struct RangeAdjustment {
-    /// What a range that is not served lacks.
+    /// What is missing when a range is not served.
     enum class EMissing : int {
         NOTHING,    ///< it is served
         ANTENNA,    ///< an enabled antenna whose range contains the whole range
@@ -25,17 +25,18 @@ struct RangeAdjustment {
     };
 
     FrequencyRange asked;
-    /// The lowest and highest frequency of the operation mode, which are equal or crossed where no antenna
-    /// serves the mode.
+    /// The lowest and highest frequency of the operation mode; equal or reversed when no antenna serves the
+    /// mode.
     FrequencyRange limits;
     double intoLimits = 0.0; ///< the first move: into the limits; negative: downwards
-    /// That the range straddles after the first move: the one that it is moved to by the second move.
+    /// Set when the range straddles the border of two antennas after the first move. The second move, if any,
+    /// moves the range to this border.
     std::optional<Border> border;
-    double offBorder = 0.0; ///< the second move; 0, too, when a range on a border shall stay where it is
-    FrequencyRange range;   ///< what has become of it: asked, moved by intoLimits and offBorder
+    double offBorder = 0.0; ///< the second move; 0 as well when a range on a border is to stay there
+    FrequencyRange range;   ///< the result: asked, moved by intoLimits and offBorder
     /// Serves the whole range; null when nothing serves it.
     const AntennaData* antenna = nullptr;
-    /// Serves the start between the two moves, whether the range is served or not; null for none.
+    /// Serves the start after the first move, whether or not the range is served; null for none.
     const AntennaData* antennaOfStart = nullptr;
     EMissing missing = EMissing::NOTHING;
 

@@ -27,7 +27,7 @@ AntennaSupport::EReason SampleModeQuery::Test(const Row& row) const {
     if (!ZANCharacteristics::LimitsHold(row.minFrequency, row.maxFrequency, start, stop)) {
         return EReason::FREQUENCY_RANGE;
     }
-    // The searches for options cost most and come last.
+    // Looking up options is the most expensive test and comes last.
     const ZANOptions& options = *ZANOptions::Instance();
     if (!options.HasOption(row.requiredOption)) {
         return EReason::OPTION_MISSING;
@@ -37,7 +37,7 @@ AntennaSupport::EReason SampleModeQuery::Test(const Row& row) const {
 }
 
 bool SampleModeQuery::Fits(const Row& row) const {
-    // What costs least comes first: most rows are for another converter or other frequencies.
+    // The cheapest tests come first: most rows are for another converter or other frequencies.
     return (converter == row.firstConverter || converter == row.secondConverter) &&
            ZANCharacteristics::LimitsHold(row.minFrequency, row.maxFrequency, start, stop) &&
            (realtimeBandwidth == ZANCharacteristics::fBANDWIDTH_ANY ||

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-/// A question to the sample-mode table: everything that a row has to fit.
+/// A query of the sample-mode table: the conditions that a row must meet.
 struct SampleModeQuery {
     using Row = ZANCharacteristics::SampleModeDescription;
 
@@ -16,14 +16,14 @@ struct SampleModeQuery {
     double stop = ZANCharacteristics::fFREQUENCY_ANY;              ///< Hz
     double realtimeBandwidth = ZANCharacteristics::fBANDWIDTH_ANY; ///< Hz
 
-    /// The first test that the row fails; whatever its bandwidth is.
+    /// The first test that the row fails; the bandwidth is not tested.
     [[nodiscard]] AntennaSupport::EReason Test(const Row& row) const;
     /// Whether the row passes all tests and has the bandwidth.
     [[nodiscard]] bool Fits(const Row& row) const;
-    /// Of the rows that fit, the first one of the highest priority; null when none fits.
+    /// The first row of the highest priority among those that fit; null when none fits.
     [[nodiscard]] const Row* FindBest() const;
     /// All rows that fit, in the order of the table.
     [[nodiscard]] std::vector<const Row*> FindAll() const;
-    /// How far the rows come that come furthest.
+    /// The result of the rows that pass the most tests.
     [[nodiscard]] AntennaSupport Explain() const;
 };

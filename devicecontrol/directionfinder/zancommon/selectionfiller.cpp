@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// `toItem` makes the item of an element and its position.
+/// `toItem` creates the item for an element and its position.
 template <class Elements, class ToItem>
 void Fill(ValueSelection& selection, const Elements& elements, IObserver* observer, ToItem toItem) {
     const ValueTransaction transaction = selection.CreateTransaction({TChangeCode::Changed}, observer);

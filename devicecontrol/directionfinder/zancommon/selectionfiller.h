@@ -6,7 +6,7 @@
 #include <list>
 #include <set>
 
-/// Replaces the items of selections; their observers are notified once, without the one given.
+/// Replaces the items of selections; their observers are notified once, except the given one.
 class SelectionFiller {
 public:
     /// An item for each method: its name, 0.0, and as key its position from 0.
@@ -15,11 +15,11 @@ public:
     /// An item for each polarisation: its name, 0.0, and as key its position from 0.
     static void FillWithPolarisations(ValueSelection& selection, const std::list<EZANPolarisation>& modes,
                                       IObserver* observer);
-    /// An item for each bandwidth (Hz): text for people, the bandwidth, and as key its position from 0. Null
-    /// and a selection for which there are no bandwidths stay as they are.
+    /// An item for each bandwidth (Hz): its text, the bandwidth, and as key its position from 0. Does nothing
+    /// for null, and when there are no bandwidths.
     static void FillWithBandwidths(ValueSelection* selection, const std::set<double>& bandwidths,
                                    IObserver* observer);
-    /// An item for each attenuation, number and key being dB: two for 0 and 2 as `count`, else all four. Null
-    /// is left alone.
+    /// An item for each attenuation, with number and key in dB: two for a `count` of 0 or 2, else all four.
+    /// Does nothing for null.
     static void FillWithAttenuations(ValueSelection* selection, int count, IObserver* observer);
 };

@@ -15,7 +15,7 @@ namespace {
 /// The context under which the interfaces of the outputs are opened.
 constexpr quint64 CONTEXT = 10000;
 
-// The line numbers of the notices are what readers of the trace look for: they do not follow the source.
+// The line numbers of the notices are fixed: readers of the trace look for them.
 constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\serialinterface");
 
 } // namespace

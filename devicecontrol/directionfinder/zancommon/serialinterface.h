@@ -10,17 +10,17 @@
 class IInterface;
 class QTimer;
 
-/// Sends on a serial line that may come and go: while the line cannot be opened it is tried again and again,
-/// and what is to be sent meanwhile is dropped. Needs an event loop; belongs to one thread.
+/// Sends on a serial line that may come and go: while the line cannot be opened, it is tried again
+/// periodically, and data to be sent is dropped. Needs an event loop; belongs to one thread.
 class SerialInterface : public QObject, public IInterfaceCallback {
     Q_OBJECT
 
 public:
-    /// What has become of the data that `WriteToInterface` took. What is in neither waits in the line's
+    /// The number of data blocks that `WriteToInterface` took. Blocks in neither count wait in the line's
     /// buffer.
     struct Counts {
-        quint64 sent = 0; ///< have left the buffer as a whole
-        quint64 lost = 0; ///< have not, when the line failed or was closed
+        quint64 sent = 0; ///< completely sent from the buffer
+        quint64 lost = 0; ///< not completely sent when the line failed or was closed
     };
 
     /// Opens at once.
@@ -30,14 +30,14 @@ public:
     SerialInterface(QString address, unsigned short retryMs, unsigned short second);
     ~SerialInterface() override;
 
-    /// True when the line is open. On failure false, and the next attempt follows by itself.
+    /// True when the line is open. False on failure; the next attempt follows automatically.
     bool Open();
     /// Sends the data as a whole. False when it is dropped: the line is closed or not ready, or the write
     /// failed; only the last of these is traced.
     bool WriteToInterface(const char* data, int length);
     [[nodiscard]] Counts GetCounts();
     [[nodiscard]] const QString& GetAddress() const { return m_address; }
-    /// Sends what waits, which holds up the thread for a few seconds at most, and closes the line for good.
+    /// Sends what waits, which blocks the thread for a few seconds at most, and closes the line finally.
     void Close();
 
     void OnOpen() override;
@@ -59,7 +59,7 @@ private:
     QString m_address;
     unsigned short m_retryMs;
     [[maybe_unused]] unsigned short m_second;
-    std::deque<int> m_unsent; // lengths of the data that have not left the buffer as a whole
+    std::deque<int> m_unsent; // lengths of the data blocks that are not completely sent
     qint64 m_unsentBytes = 0; // their sum
     Counts m_counts;
 };

@@ -25,10 +25,10 @@ QString AddressOf(const ICfg& stations, qint64 index) {
     return stations.GetString(SectionName(index) + u"/DeviceAddress"_s, {});
 }
 
-/// The number of station sections. One that cannot be true is replaced by the number of sections that stand
-/// there one after the other, so that a slip in the file neither holds up the program nor loses a station.
+/// The number of station sections. An impossible number is replaced by the number of consecutive sections, so
+/// that a mistake in the file neither delays the program nor loses a station.
 qint64 GetStationCount(const ICfg& stations) {
-    constexpr qint64 MOST_STATIONS = 10'000; // far more than anybody has devices
+    constexpr qint64 MOST_STATIONS = 10'000; // far more than any user has
     constexpr qint64 UNREADABLE = -1;
     const bool isThere = !stations.GetString(u"Count"_s, {}).isEmpty();
     const qint64 stored = stations.GetInt(u"Count"_s, isThere ? UNREADABLE : 0);
@@ -46,7 +46,7 @@ qint64 GetStationCount(const ICfg& stations) {
     return count;
 }
 
-/// The text of a value of the server; "Default" when it is missing or empty.
+/// The text of a server value; "Default" when it is missing or empty.
 QString GetServerText(const ValueDescriptor& descriptor) {
     const Tree* const tree = Tree::Instance(); // null at the end of the process
     const ValueBase* const value = tree ? tree->GetValue(ZANPath::Server(descriptor)) : nullptr;

@@ -19,7 +19,7 @@ constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\tcfrequ
 
 constexpr QStringView LIST = u"TrafficControlFrequencies";
 
-/// The sub-configuration of the list in a store; null when it cannot be had.
+/// The sub-configuration of the list in a store; null when it cannot be opened.
 CfgPtr OpenList(const CfgPtr& store) {
     return CfgPtr(store ? store->GetSubCfg(LIST.toString()) : nullptr);
 }
@@ -55,7 +55,7 @@ std::vector<qint64> GetStoredIndices(ICfg& list, qint64 count) {
     return indices;
 }
 
-/// A number that is too large for a channel number is none.
+/// The channel number; 0, with a trace line, when the stored number is too large.
 int ReadChannelID(const ICfg& entry) {
     const qint64 channelID = entry.GetInt(u"ChannelID"_s, 0);
     if (std::in_range<int>(channelID)) {

@@ -16,26 +16,26 @@ namespace KvZANCommon {
 /// "Alarm" (1 or 0). Belongs to the application's main thread.
 class ZANCOMMON_EXPORT TCFrequencyListPersistency {
 public:
-    /// \param list is not owned; null, and a list that has gone from the tree, make both operations do
+    /// \param list is not owned; when it is null, or has been removed from the tree, both operations do
     ///             nothing
     /// \param name of the settings file, as `CfgCenter::CreateCfg` takes it
     /// \param view likewise
     TCFrequencyListPersistency(ValueTrafficControlFrequencyList* list, QString name, ICfg::View view);
 
-    /// Writes the list and saves it, frequencies without their fraction. Entries of a longer list before stay
-    /// in the file, the count tells which are valid. Nothing when the file cannot be had, which `CfgCenter`
-    /// reports.
+    /// Writes the list and saves it, frequencies without their fraction. Entries of a longer earlier list
+    /// stay in the file; the count says which are valid. Does nothing when the file cannot be opened, which
+    /// `CfgCenter` reports.
     void MakePersistent();
-    /// Replaces the list by the one in the file and tells its observers once, with code 7. The list stays as
-    /// it is when the file's count is less than 1. An entry that has none of its three keys is missing and
-    /// left out; of one that has some, the others are 0. A channel number that no `int` holds is 0, and
-    /// traced. Nothing when the file cannot be had.
+    /// Replaces the list by the one in the file and notifies its observers once, with code 7. The list is not
+    /// changed when the file's count is less than 1. An entry that has none of its three keys is left out; in
+    /// one that has some, the others are 0. A channel number that does not fit an `int` becomes 0, and is
+    /// traced. Does nothing when the file cannot be opened.
     void Restore();
 
-    /// The whole name of the sub-configuration of an entry in the settings file, under which applications
-    /// keep keys of their own: "TrafficControlFrequencies/TCFrequency_0" is that of the first one.
+    /// The full name of the sub-configuration of an entry in the settings file, in which applications may
+    /// keep further keys: "TrafficControlFrequencies/TCFrequency_0" for the first one.
     [[nodiscard]] static QString GetEntryName(qint64 index);
-    /// The whole names of the entries that `Restore` takes over, in their order.
+    /// The full names of the entries that `Restore` takes over, in their order.
     [[nodiscard]] QStringList GetEntryNames() const;
 
 private:

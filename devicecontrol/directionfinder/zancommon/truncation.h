@@ -3,8 +3,8 @@
 #include <concepts>
 #include <limits>
 
-/// A number without its fraction, towards zero. What does not fit into the integer becomes its lowest or
-/// highest value, and not-a-number becomes 0.
+/// A number rounded towards zero. A number that does not fit the integer type becomes its lowest or highest
+/// value, and NaN becomes 0.
 template <std::signed_integral Integer>
 constexpr Integer Truncate(double number) {
     using Limits = std::numeric_limits<Integer>;

@@ -7,7 +7,7 @@
 
 class QWidget;
 
-/// The common base of the output interfaces: named, switchable sinks of DF results.
+/// The base of the output interfaces: named sinks of DF results that can be switched on and off.
 ///
 /// An interface may have a configuration widget, with which a user changes its settings. Everything belongs
 /// to the application's main thread.
@@ -17,10 +17,10 @@ class ZANCOMMON_EXPORT ZANAbstractInterface : public QObject {
 public:
     /// \param name the key by which `ZANInterfacesList` finds the interface; fixed from now on
     explicit ZANAbstractInterface(QString name);
-    /// Leaves the configuration widget alone: a class that makes one deletes it.
+    /// Does not delete the configuration widget: the class that creates one deletes it.
     ~ZANAbstractInterface() override;
 
-    /// As `tr`, under the name that it had when `tr` did not take UTF-8.
+    /// The same as `tr`, for sources from the time when `tr` did not take UTF-8.
     static QString trUtf8(const char* sourceText, const char* disambiguation = nullptr, int n = -1) {
         return tr(sourceText, disambiguation, n);
     }
@@ -31,23 +31,23 @@ public:
     virtual void SetConfigPath(const QString& path);
     /// Switches the output on or off; what that means is up to the interface.
     virtual void SetEnabled(bool on) = 0;
-    /// Whether the output is switched on; at first it is not.
+    /// Whether the output is switched on; false at first.
     [[nodiscard]] virtual bool IsEnabled();
-    /// The configuration widget; null when the interface made none, or when it has been destroyed. Whoever
-    /// shows it may take it over by giving it a parent.
+    /// The configuration widget; null when the interface has none, or when it has been destroyed. A window
+    /// that shows it may take it over by becoming its parent.
     [[nodiscard]] virtual QWidget* GetConfigWidget();
     [[nodiscard]] virtual const QString GetName();
 
 public Q_SLOTS:
-    /// Forgets the configuration widget, which has been destroyed. Another object is ignored. Called by the
-    /// `destroyed` signal of the widget that `AdoptConfigWidget` was given.
+    /// Forgets the configuration widget, which has been destroyed. Other objects are ignored. Connected to
+    /// the `destroyed` signal of the widget by `AdoptConfigWidget`.
     void SlotOnConfigWidgetDestroyed(QObject* pObj);
     /// Takes over the values that the user entered in the configuration widget.
     virtual void SlotUpdateConfiguration() = 0;
 
 protected:
-    /// Makes a widget the configuration widget, in place of another one, and forgets it when it is destroyed.
-    /// Null for none. Not owned: the derived class deletes what it makes.
+    /// Sets the configuration widget, instead of an earlier one, and forgets it when it is destroyed. Null
+    /// for none. Not owned: the derived class deletes the widget that it creates.
     void AdoptConfigWidget(QWidget* widget);
 
     /// Sets where the output goes, for example to a serial port or a file; empty at first.

@@ -7,8 +7,8 @@
 #include <iterator>
 #include <string_view>
 
-// The catalogue: what devices, receivers and antennas can do, one row a line. A search takes the first row
-// that fits, or among those of the highest priority the first: the order of the rows counts.
+// The catalogue: what devices, receivers and antennas can do, one row per line. The order of the rows
+// matters: a search takes the first row that fits, or the first of those with the highest priority.
 
 namespace {
 
@@ -29,19 +29,21 @@ consteval double operator""_MHz(unsigned long long value) {
 
 constexpr qint32 SUPER_RESOLUTION = METHODDETAILED_COR | METHODDETAILED_SUPR;
 
-// The devices and the operation modes that rows of the sample-mode table share.
-// clang-format off
-constexpr DeviceTypes TIDE_REEF_5_DUNE_7{ZANTYPE_ZANTIDE, ZANTYPE_ZANREEF, ZANTYPE_5, ZANTYPE_ZANDUNE, ZANTYPE_7, ZANTYPE_END};
+// Lists of devices and operation modes that several rows of the sample-mode table use. clang-format off
+constexpr DeviceTypes TIDE_REEF_5_DUNE_7{ZANTYPE_ZANTIDE, ZANTYPE_ZANREEF, ZANTYPE_5,
+                                         ZANTYPE_ZANDUNE, ZANTYPE_7,       ZANTYPE_END};
 constexpr DeviceTypes TIDE_7{ZANTYPE_ZANTIDE, ZANTYPE_7, ZANTYPE_END};
 constexpr DeviceTypes REEF_7{ZANTYPE_ZANREEF, ZANTYPE_7, ZANTYPE_END};
-constexpr DeviceTypes TIDE_REEF_FERN_5_DUNE_7{ZANTYPE_ZANTIDE, ZANTYPE_ZANREEF, ZANTYPE_ZANFERN, ZANTYPE_5, ZANTYPE_ZANDUNE, ZANTYPE_7, ZANTYPE_END};
+constexpr DeviceTypes TIDE_REEF_FERN_5_DUNE_7{ZANTYPE_ZANTIDE, ZANTYPE_ZANREEF, ZANTYPE_ZANFERN, ZANTYPE_5,
+                                              ZANTYPE_ZANDUNE, ZANTYPE_7,       ZANTYPE_END};
 constexpr DeviceTypes REEF_FERN_7{ZANTYPE_ZANREEF, ZANTYPE_ZANFERN, ZANTYPE_7, ZANTYPE_END};
 constexpr DeviceTypes TIDE_FERN_7{ZANTYPE_ZANTIDE, ZANTYPE_ZANFERN, ZANTYPE_7, ZANTYPE_END};
 constexpr DeviceTypes MOSS{ZANTYPE_ZANMOSS, ZANTYPE_END};
 
 constexpr OperationModes SCAN_SEARCH_WIDEBAND{OPMODE_SCAN, OPMODE_SEARCH, OPMODE_WIDEBAND_FFM, OPMODE_END};
 constexpr OperationModes ANY_MODE{OPMODE_ANY, OPMODE_END};
-constexpr OperationModes FFM_SCAN_SEARCH_WIDEBAND{OPMODE_FFM, OPMODE_SCAN, OPMODE_SEARCH, OPMODE_WIDEBAND_FFM, OPMODE_END};
+constexpr OperationModes FFM_SCAN_SEARCH_WIDEBAND{OPMODE_FFM, OPMODE_SCAN, OPMODE_SEARCH, OPMODE_WIDEBAND_FFM,
+                                                  OPMODE_END};
 constexpr OperationModes SEARCH_WIDEBAND{OPMODE_SEARCH, OPMODE_WIDEBAND_FFM, OPMODE_END};
 constexpr OperationModes TDMA{OPMODE_TDMA, OPMODE_END};
 constexpr OperationModes FFM_SCAN_SEARCH{OPMODE_FFM, OPMODE_SCAN, OPMODE_SEARCH, OPMODE_END};
@@ -154,7 +156,7 @@ constexpr std::array<ZANCharacteristics::SampleModeDescription, 30> ZANCharacter
     {SAMPLEMODE_ZANMOSS_RCV08,       MOSS,                    OPTION_NONE,        OPTION_NONE, CONVERTER_RCV08, CONVERTER_NONE,  200_kHz, 20_MHz,   1300_MHz,     FFM_SCAN_SEARCH,          0, s_aRESBWS_VUHF_5K_50K.data(),   0, FREQRANGE_VUHF},
     {SAMPLEMODE_ZANMOSS_RCV09,       MOSS,                    OPTION_NONE,        OPTION_NONE, CONVERTER_RCV09, CONVERTER_NONE,  25_kHz,  500_kHz,  29999990_Hz,  FFM_SCAN_SEARCH,          0, s_aRESBWS_HF_0250K_12K.data(),  0, FREQRANGE_HF},
     {SAMPLEMODE_ZANMOSS_RCV10,       MOSS,                    OPTION_NONE,        OPTION_NONE, CONVERTER_RCV10, CONVERTER_NONE,  200_kHz, 20_MHz,   999999990_Hz, FFM_SCAN_SEARCH,          0, s_aRESBWS_VUHF_5K_50K.data(),   0, FREQRANGE_VUHF},
-    {}, // its sample mode closes the table
+    {}, // the default sample mode closes the table
 }};
 
 constexpr std::array<ZANCharacteristics::DeviceTypeName, 5> ZANCharacteristics::s_aDeviceTypeNames{{
@@ -179,7 +181,7 @@ constexpr std::array<ZANCharacteristics::ConverterTypeName, 10> ZANCharacteristi
 }};
 // clang-format on
 
-// What the compiler can hold against the tables.
+// Checks of the tables by the compiler.
 
 namespace {
 
@@ -197,7 +199,7 @@ static_assert(IsClosed(ZANCharacteristics::s_aHF_CONVERTERS));
 static_assert(IsClosed(ZANCharacteristics::s_aVUHF_CONVERTERS));
 static_assert(AreDisjoint(ZANCharacteristics::s_aHF_CONVERTERS, ZANCharacteristics::s_aVUHF_CONVERTERS));
 
-/// Whether the last row closes a table, and no other one.
+/// Whether the last row closes the table, and only this one.
 template <class Table, class IsEnd>
 constexpr bool IsClosedBy(const Table& table, IsEnd isEnd) {
     return isEnd(table.back()) && std::ranges::count_if(table, isEnd) == 1;
@@ -213,7 +215,7 @@ constexpr bool IsAscendingBandwidthList(std::span<const double> list) {
            std::ranges::adjacent_find(bandwidths, std::ranges::greater_equal()) == bandwidths.end();
 }
 
-/// A name as the compiler can compare it.
+/// A name in a form that can be compared at compile time.
 constexpr std::u16string_view NameOf(const auto& row) {
     return {row.name.utf16(), static_cast<std::size_t>(row.name.size())};
 }
@@ -229,8 +231,8 @@ constexpr bool HaveUniqueNames(const auto& table) {
     return true;
 }
 
-/// Whether each row of an antenna model begins above the one before, so that the first that fits is the only
-/// one.
+/// Whether each row of an antenna model begins above the end of the one before, so that only one row fits a
+/// frequency.
 constexpr bool AreRowsOfOneModelDisjoint(std::span<const Antenna> rows) {
     for (auto row = rows.begin(); row != rows.end(); ++row) {
         if (std::any_of(rows.begin(), row, [row](const Antenna& other) {
@@ -249,7 +251,8 @@ constexpr bool HasClosedLists(const SampleMode& row) {
            modes.front() != OPMODE_END && std::ranges::find(modes, OPMODE_END) != modes.end();
 }
 
-// A list that is missing does not compile: g++ cannot compare its address under the sanitizers.
+// Does not test for a missing list: reading it would not compile, and g++ cannot compare its address under
+// the sanitizers.
 constexpr bool HasConverterAndBandwidths(const SampleMode& row) {
     return row.firstConverter != CONVERTER_NONE && row.realtimeBandwidth > 0.0 &&
            row.resolutionBandwidths[0] > 0.0;

@@ -1,6 +1,5 @@
-// Longer than other sources, because applications expect some sixty operations of this one class. Each is a
-// few lines: what takes more is done by the classes beside it (AntennaSetup, FrequencyAdjuster,
-// SampleModeQuery, ...).
+// Longer than other sources, because applications expect some sixty operations in this one class. Each has a
+// few lines; larger tasks are in separate classes (AntennaSetup, FrequencyAdjuster, SampleModeQuery, ...).
 
 #include "zancommon/zancharacteristics.h"
 
@@ -66,7 +65,7 @@ ZANCharacteristics& ZANCharacteristics::operator=(const ZANCharacteristics& othe
 
     m_zanType = other.m_zanType;
     m_maxChannelCount = other.m_maxChannelCount;
-    m_antennas = AntennaDataList(); // the records of a list are shared with its copies
+    m_antennas = AntennaDataList(); // a copy of a list would share its records
     for (const auto& antenna : other.m_antennas.GetAntennas()) {
         m_antennas.AddAntenna(*antenna);
     }
@@ -89,7 +88,7 @@ bool ZANCharacteristics::SetBase_ValuePath(const QString& path, bool autoUpdate)
         DisconnectFromValues();
         return false;
     }
-    m_baseValuePath = device->GetPath(); // without the slash that may stand at the end of a node's path
+    m_baseValuePath = device->GetPath(); // without the slash that a node's path may have at its end
     m_autoUpdate = autoUpdate;
     const bool isConnected = ConnectToValues();
     UpdateCachedDataFromValueTree();
@@ -140,7 +139,7 @@ void ZANCharacteristics::Update(Observable* subject, TChangeCode code) {
         return isGoing;
     };
     if (code == TChangeCode::GoingAway) {
-        // What was known from a value that is gone becomes its default.
+        // What was read from a value that goes away gets its default.
         if (forget(m_pDevType)) {
             UpdateZANType();
         } else if (forget(m_pDevMaxChannelCount)) {
@@ -350,7 +349,8 @@ bool ZANCharacteristics::MakeAntennaSetupValid(QString& message) {
 }
 
 void ZANCharacteristics::Publish(const AntennaDataList& antennas) {
-    // The own list comes last: observers of the nodes may have it read again meanwhile.
+    // The object's own list comes last, because observers of the nodes may cause it to be read again
+    // meanwhile.
     AntennaDataList written;
     written.CopyFrom(antennas);
     written.DeleteAllAntennasFromValueTree(m_baseValuePath);
@@ -361,7 +361,7 @@ void ZANCharacteristics::Publish(const AntennaDataList& antennas) {
             QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(TolmOS::Create().GetCurrentTime()));
         const QString text = now.toString(u"ddMMyyhhmmss"_s);
         if (m_pCfgModifyTime->GetValue() == text) {
-            // The second repair within a second is news all the same.
+            // Notify also for a second repair within a second, when the text has not changed.
             m_pCfgModifyTime->HasChanged(TChangeCode::Changed);
         } else {
             m_pCfgModifyTime->SetValue(text);

@@ -29,24 +29,24 @@ struct SampleModeQuery;
 
 /// What the attached DF device can do: its antennas, frequency limits, sample modes, bandwidths and methods.
 ///
-/// One object answers for the device of the application (`ZANInformationCenter`). `SetBase_ValuePath`
-/// connects it to the device's node in the value tree; from then on it follows the device type, the channel
-/// count, the modify time of the configuration (which has everything read anew) and the polarisation, and
-/// tells its own observers of each with code 3.
+/// The application has one object for its device (`ZANInformationCenter`). `SetBase_ValuePath` connects it to
+/// the device's node in the value tree; from then on it follows the device type, the channel count, the
+/// modify time of the configuration (a change of which makes it read everything again) and the polarisation,
+/// and notifies its own observers of each change with code 3.
 ///
-/// Frequencies and bandwidths are in Hz. A mode of OPMODE_ANY, fFREQUENCY_ANY and fBANDWIDTH_ANY restrict
-/// nothing. No query throws; what cannot be answered gives null, an empty container, 0.0, CONVERTER_NONE or
-/// -1. Antennas that are returned belong to this object, and are good until its antennas are read anew.
+/// Frequencies and bandwidths are in Hz. The arguments OPMODE_ANY, fFREQUENCY_ANY and fBANDWIDTH_ANY restrict
+/// nothing. No query throws; one without an answer returns null, an empty container, 0.0, CONVERTER_NONE or
+/// -1. Antennas that are returned belong to this object, and are valid until its antennas are read again.
 /// Everything belongs to the application's main thread.
 class ZANCOMMON_EXPORT ZANCharacteristics : public IObserver, public Observable {
 public:
-    /// How a frequency range that straddles two antennas is moved. Any other value leaves it where it is.
+    /// How a frequency range that straddles two antennas is moved. With any other value it is not moved.
     enum EAdjustMode : qint32 {
         ADJUST_DOWN = 0, ///< the range ends where the antenna of its start frequency ends
         ADJUST_UP = 1    ///< the range starts where the antenna of its stop frequency starts
     };
 
-    /// Row of the antenna library. A model has one row per frequency range with methods of its own. The
+    /// Row of the antenna library. A model has one row for each frequency range with different methods. The
     /// library ends with a row without a name.
     struct AntennaDescription {
         ConstantText name;                      ///< model name, compared case-sensitively
@@ -76,13 +76,13 @@ public:
         EFreqRange range = FREQRANGE_HF;
     };
 
-    /// What a device model is called in the value tree.
+    /// The name of a device model in the value tree.
     struct DeviceTypeName {
         ConstantText name; ///< compared case-sensitively
         EZANType type = ZANTYPE_ZANTIDE;
     };
 
-    /// What a converter is called in the value tree and in the settings.
+    /// The name of a converter in the value tree and in the settings.
     struct ConverterTypeName {
         ConstantText name; ///< compared case-sensitively
         EZANConverter converter = CONVERTER_NONE;
@@ -92,7 +92,7 @@ public:
     static constexpr double fFREQUENCY_ANY = std::numeric_limits<double>::lowest();
     /// As an argument: the bandwidth restricts nothing.
     static constexpr double fBANDWIDTH_ANY = std::numeric_limits<double>::lowest();
-    /// The number of channels of a device that does not tell it.
+    /// The number of channels of a device that does not report it.
     static constexpr int MAX_CHANNEL_COUNT_DEFAULT = 60000;
 
     /// \name The groups of converters
@@ -104,9 +104,8 @@ public:
                                                    CONVERTER_RCV08, CONVERTER_RCV10, CONVERTER_NONE};
     /// @}
 
-    /// \name The catalogue of what devices, receivers and antennas can do
-    /// Antenna library and sample-mode table are closed by a row of their own (`Rows` leaves it out).
-    /// @{
+    /// \name The catalogue of what devices, receivers and antennas can do Antenna library and sample-mode
+    /// table end with a closing row (`Rows` leaves it out). @{
     static const std::array<AntennaDescription, 49> s_aAntennaLibrary;
     static const std::array<SampleModeDescription, 30> s_aSampleModeDescription;
     static const std::array<DeviceTypeName, 5> s_aDeviceTypeNames;
@@ -138,20 +137,21 @@ public:
     /// @}
 
     ZANCharacteristics() = default;
-    /// A copy holds what its source holds, antennas included, and follows the same device by itself.
+    /// A copy has the content of its source, with copies of the antennas, and follows the same device
+    /// independently.
     ZANCharacteristics(const ZANCharacteristics& other);
     ZANCharacteristics& operator=(const ZANCharacteristics& other);
     ~ZANCharacteristics() override;
 
     // The order of the virtual operations is part of the interface.
 
-    /// Called by the values of the tree.
+    /// Called when a value of the tree has changed or goes away.
     void Update(Observable* subject, TChangeCode code) override;
-    /// Connects to the device's node, and reads all that is cached.
+    /// Connects to the device's node, and reads everything that is cached.
     /// \param path       of the node, such as "/DEVICES/ZANServer"
     /// \param autoUpdate whether changes of the tree's values are followed
-    /// \return whether node and values of the device were all found (the polarisation may be missing). With
-    ///         no node at the path the object is not connected any more; what it has cached stays.
+    /// \return whether the node and all values of the device were found (the polarisation may be missing).
+    ///         Without a node at the path the object is no longer connected; cached data stays.
     virtual bool SetBase_ValuePath(const QString& path, bool autoUpdate);
     /// Reads the antennas and everything else that is cached from the tree. Does nothing while not connected.
     virtual void UpdateCachedDataFromValueTree();
@@ -163,8 +163,8 @@ public:
     [[nodiscard]] virtual AntennaData* GetAntennaByIndex(int index) const;
     /// Handles of all antennas, or of the enabled ones, ascending.
     [[nodiscard]] virtual std::set<long> GetAntennaHandles(bool onlyEnabled) const;
-    /// The enabled antenna that serves a frequency, by preference one of the current polarisation, which is
-    /// read anew; null when there is none. fFREQUENCY_ANY is a frequency like any other here.
+    /// The enabled antenna that serves a frequency, preferably one of the current polarisation, which is read
+    /// again; null when there is none. fFREQUENCY_ANY has no special meaning here.
     /// \param preferRangeStart an antenna whose range begins at exactly this frequency comes first
     [[nodiscard]] virtual AntennaData* GetAntennaForFrequency(double frequency, bool preferRangeStart);
     /// The name without the ending for polarisation or side; empty for null.
@@ -182,27 +182,29 @@ public:
     /// on, else HF. FREQRANGE_UNKNOWN for null.
     [[nodiscard]] virtual EFreqRange GetRangeTypeOfAntenna(const AntennaData* antenna,
                                                            EOperationMode mode) const;
-    /// Judges an antenna setup: every enabled antenna must be supported, and the ranges in the order of the
-    /// list must join into one span without gaps and overlaps. Antennas whose names end in "_H", "_V", "_L"
-    /// or "_R" may share a range.
+    /// Checks an antenna setup: every enabled antenna must be supported, and the ranges in the order of the
+    /// list must form one span without gaps and overlaps. Antennas whose names end in "_H", "_V", "_L" or
+    /// "_R" may share a range.
     /// \param list    null: the device's own antennas
-    /// \param message the verdict in one translated sentence
+    /// \param message the result as one translated sentence
     [[nodiscard]] virtual bool CheckAntennaSetupValidity(const AntennaDataList* list, QString& message) const;
-    /// Repairs the device's own setup when it is not valid: enables what is supported as it is used, for all
-    /// that it covers, and then cuts or disables what overlaps or leaves a gap. The repaired antennas replace
-    /// those in the tree, and the modify time of the configuration is set (local time as ddMMyyhhmmss), so
-    /// that every observer of it reads them. Nothing is changed when no antenna is supported.
-    /// \param message what was done, in one translated sentence
+    /// Repairs the device's own setup when it is not valid: enables the antennas that are supported in their
+    /// range of use, extends their ranges to the coverage, and then cuts or disables those that overlap or
+    /// leave a gap. The repaired antennas replace those in the tree, and the modify time of the configuration
+    /// is set (local time as ddMMyyhhmmss), so that its observers read them. Nothing is changed when no
+    /// antenna is supported.
+    /// \param message what was done, as one translated sentence
     /// \return false when no antenna is supported
     virtual bool MakeAntennaSetupValid(QString& message);
     /// Polarisations that the enabled switchable antennas have at a frequency, each once, in list order.
     /// \param secondFrequency above 0: the antennas must reach it too
     [[nodiscard]] virtual std::list<EZANPolarisation>
     GetAvailablePolarisationModesForFreq(double frequency, double secondFrequency) const;
-    /// Methods that the enabled antennas have at a frequency, each once, in order of appearance. Finding
-    /// super resolution makes `IsSuperResolutionAvailable` true. The second argument has no effect.
+    /// Methods that the enabled antennas have at a frequency, each once, in the order in which they first
+    /// appear. When super resolution is among them, `IsSuperResolutionAvailable` becomes true. The second
+    /// argument has no effect.
     [[nodiscard]] virtual std::list<EZANMethod> GetAvailableDfMethodsForFreq(double frequency, double unused);
-    /// Mask of EZANMethodDetailed from the antenna library; of a model that the library does not have at the
+    /// Mask of EZANMethodDetailed from the antenna library; for a model that is not in the library at this
     /// frequency, 10 for a super-resolution antenna ("SR" in its name), else 2. 0 for null.
     [[nodiscard]] virtual long GetDfMethodsDetailedForAntennaAndFrequency(const AntennaData* antenna,
                                                                           double frequency) const;
@@ -222,21 +224,22 @@ public:
     /// The same for the VUHF converter.
     [[nodiscard]] virtual bool IsVuhfPreampAvailable() const;
     /// Lowest and highest frequency of an operation mode, over the enabled antennas that the device supports
-    /// in it. A ZANFERN device stays within 100 MHz to 450 MHz; for any other one a limit that is missing or
-    /// outside 9 kHz to 3.6 GHz is 25 MHz.
+    /// in it. For a ZANFERN device they are within 100 MHz to 450 MHz; for other devices a limit that is
+    /// missing or outside 9 kHz to 3.6 GHz becomes 25 MHz.
     [[nodiscard]] virtual double GetMinFreq(EOperationMode mode) const;
     /// See `GetMinFreq`.
     [[nodiscard]] virtual double GetMaxFreq(EOperationMode mode) const;
-    /// As `AdjustFrequency`, which also says why. Moves a frequency into the limits of its mode, and in
-    /// wideband FFM so that the whole band lies in the antenna's range (a band that is wider is flush with
-    /// one end of it). Returns the serving antenna; null when there is none, and in the modes that serve no
-    /// frequency. The bandwidth is not changed.
+    /// As `AdjustFrequency`, which also returns the reasons. Moves a frequency into the limits of its mode,
+    /// and in wideband FFM so that the whole band lies in the antenna's range (one end of a wider band is
+    /// moved to an end of the range). Returns the serving antenna; null when there is none, and in the modes
+    /// that serve no frequency. The bandwidth is not changed.
     virtual const AntennaData* ToNextValidFrequency(EOperationMode mode, double& frequency,
                                                     double& bandwidth);
-    /// As `AdjustFrequencyRange`, which also says why. Moves a frequency range as a whole: into the limits of
-    /// its mode (the upper one overrides), and off the border of two antennas as `adjustMode` says. Returns
-    /// the antenna that served the start before the second move; start and stop are changed only when a
-    /// sample mode fits the moved range, else null is returned. The other arguments are not changed.
+    /// As `AdjustFrequencyRange`, which also returns the reasons. Moves a frequency range as a whole: into
+    /// the limits of its mode (of a wider range the stop is moved to the upper limit), and off the border of
+    /// two antennas according to `adjustMode`. Returns the antenna that served the start before the second
+    /// move; start and stop are changed only when a sample mode fits the moved range, else null is returned.
+    /// The other arguments are not changed.
     virtual const AntennaData* ToNextValidFrequencyRange(EOperationMode mode, double& start, double& stop,
                                                          double& realtimeBandwidth, double& unused,
                                                          EAdjustMode adjustMode);
@@ -251,14 +254,14 @@ public:
     /// Realtime bandwidth of the best sample mode; 0.0 without one.
     [[nodiscard]] virtual double GetDefaultRealtimeBandwidth(EOperationMode mode, double start,
                                                              double stop) const;
-    /// 20 kHz, or the next resolution bandwidth.
+    /// 20 kHz, or the next resolution bandwidth (see `ToNextValidResolutionBandwidth`).
     [[nodiscard]] virtual double GetDefaultResolutionBandwidth(EOperationMode mode, double start, double stop,
                                                                double realtimeBandwidth) const;
     /// Resolution bandwidths of the best sample mode.
     [[nodiscard]] virtual std::set<double>
     GetResolutionBandwidths(EOperationMode mode, double start, double stop, double realtimeBandwidth) const;
-    /// Where the converters change: the start of VUHF and the end of HF, each 0 when no enabled antenna fixes
-    /// it. False when the start of VUHF is 0.
+    /// Where the converters change: the start of VUHF and the end of HF, each 0 when no enabled antenna
+    /// determines it. False when the start of VUHF is 0.
     [[nodiscard]] virtual bool GetConverterSwitchFreq(double& vuhfStart, double& hfEnd) const;
     /// Range class of the antenna that serves the frequency.
     [[nodiscard]] virtual EFreqRange GetRangeTypeForFrequency(double frequency);
@@ -269,41 +272,39 @@ public:
     /// 60000 unless the device says otherwise.
     [[nodiscard]] virtual int GetMaxChannelCount() const;
 
-    /// What becomes of a frequency that is asked for, and why. Nothing is changed.
-    /// \param bandwidth of the band in wideband FFM; without it the realtime bandwidth of the best sample
-    /// mode
+    /// How a requested frequency is adjusted, and why. Changes nothing.
+    /// \param bandwidth of the band in wideband FFM; without it, that of the best sample mode is used
     [[nodiscard]] FrequencyAdjustment AdjustFrequency(EOperationMode mode, double frequency,
                                                       std::optional<double> bandwidth = std::nullopt);
-    /// What becomes of a frequency range that is asked for, and why. Nothing is changed. The range is taken
-    /// as it is: whether its low end is below its high end is for the caller to check. \param
-    /// realtimeBandwidth that the sample mode must have; below 1 Hz it restricts nothing
+    /// How a requested frequency range is adjusted, and why. Changes nothing. The caller checks that the low
+    /// end of the range is not above its high end.
+    /// \param realtimeBandwidth that the sample mode must have; below 1 Hz it restricts nothing
     [[nodiscard]] RangeAdjustment AdjustFrequencyRange(EOperationMode mode, const FrequencyRange& asked,
                                                        double realtimeBandwidth, EAdjustMode adjustMode);
-    /// Whether the device supports an antenna over the range in which it is used, and if not, why: decided by
-    /// the same test as `IsAntennaSupportedByDevice`, without its trace line.
+    /// Whether the device supports an antenna over the range in which it is used, and if not, why. Uses the
+    /// same test as `IsAntennaSupportedByDevice`, without its trace line.
     [[nodiscard]] AntennaSupport GetAntennaSupport(const AntennaData& antenna, EOperationMode mode) const;
-    /// What `MakeAntennaSetupValid` would do. Nothing is changed.
+    /// What `MakeAntennaSetupValid` would do. Changes nothing.
     [[nodiscard]] AntennaSetup::Proposal ProposeAntennaSetup() const;
 
     /// Whether `GetAvailableDfMethodsForFreq` has ever found super resolution.
     [[nodiscard]] bool IsSuperResolutionAvailable() const { return m_isSuperResolutionAvailable; }
-    /// Turns an azimuth (tenths of a degree, clockwise from north) into the one to display, from 0 to 3599.
+    /// Converts an azimuth (tenths of a degree, clockwise from north) into the one to display, from 0 to
+    /// 3599.
     /// \param displayMode 0: as it is, 1: declination (tenths of a degree, from the tree) taken off,
     ///                    2: opposite, 3: both
-    /// \return false, with the azimuth as it was, for another mode, and when the tree has no declination or
+    /// \return false, with the azimuth unchanged, for another mode, and when the tree has no declination or
     ///         no heading source
     bool AdjustAzimuthToDisplayMode(unsigned short& azimuth, int displayMode) const;
 
-    /// A bandwidth for people, such as "12.5 kHz". From 1 GHz on it stays in Hz and without a unit.
+    /// A bandwidth as a text for displays, such as "12.5 kHz". From 1 GHz on it is in Hz and without a unit.
     /// \param precision digits after the decimal point; 6 when negative
     /// \param keepTrailingZeros otherwise all zeros at the end go, also those of a whole number (100 kHz with
     ///                          precision 0 becomes "1 kHz")
     [[nodiscard]] static QString FormatBandwidth(double bandwidth, int precision, bool keepTrailingZeros);
 
-    /// \name Filling selections
-    /// These replace the items of a selection; its observers are told once, without the one given. A
-    /// selection is not kept, and null is left alone.
-    /// @{
+    /// \name Filling selections These replace the items of a selection; its observers are notified once,
+    /// except the given one. The selection is not kept; null is ignored. @{
 
     /// An item for each method: its name, 0.0, and as key its position from 0.
     static void FillSelectionWithDfMethods(ValueSelection& selection, const std::list<EZANMethod>& methods,
@@ -312,25 +313,25 @@ public:
     static void FillSelectionWithPolarisationModes(ValueSelection& selection,
                                                    const std::list<EZANPolarisation>& modes,
                                                    IObserver* observer);
-    /// The resolution bandwidths, ascending: text for people, Hz, and as key the position from 0. A selection
-    /// stays as it is when there are none.
+    /// The resolution bandwidths, ascending: text, Hz, and as key the position from 0. The selection is not
+    /// changed when there are none.
     void UpdateResolutionBandwidthSelection(ValueSelection* selection, EOperationMode mode, double start,
                                             double stop, double realtimeBandwidth, IObserver* observer) const;
-    /// The bandwidths of hops, which are the realtime bandwidths: likewise.
+    /// The same with the bandwidths of hops, which are the realtime bandwidths.
     void UpdateHopBandwidthSelection(ValueSelection* selection, EOperationMode mode, double start,
                                      double stop, IObserver* observer) const;
-    /// The attenuations: 0 and 12 dB for 0 or 2 as `count`, else 24 and 30 dB as well. Number and key are the
-    /// attenuation in dB.
+    /// The attenuations: 0 and 12 dB for a `count` of 0 or 2, else 24 and 30 dB as well. Number and key are
+    /// the attenuation in dB.
     static void UpdateRfAttenuatorValuesAtVT(ValueSelection* selection, int count, IObserver* observer);
     /// @}
 
-    /// True when the converter stands in the group before its closing CONVERTER_NONE.
+    /// True when the converter is in the group before its closing CONVERTER_NONE.
     [[nodiscard]] static constexpr bool IsInGroup(std::span<const EZANConverter> group,
                                                   EZANConverter converter);
 
-    /// True when a row that reaches from `minimum` to `maximum` (Hz, inclusive) holds a range: start not
-    /// below the minimum, stop not above the maximum. fFREQUENCY_ANY is not compared; any other value is, a
-    /// negative one too. One frequency is given as start and as stop.
+    /// True when a row from `minimum` to `maximum` (Hz, inclusive) contains a range: start not below the
+    /// minimum, stop not above the maximum. fFREQUENCY_ANY is not compared; any other value is, also a
+    /// negative one. Pass a single frequency as start and stop.
     [[nodiscard]] static constexpr bool LimitsHold(double minimum, double maximum, double start, double stop);
 
 private:
@@ -368,13 +369,13 @@ private:
 
     QString m_baseValuePath; // empty: not connected
     bool m_autoUpdate = false;
-    // Observed; the tree owns them. Null while not connected, and from the moment that they go away.
+    // Observed; the tree owns them. Null while not connected, and after they have gone away.
     Node* m_pCfgNode = nullptr;
     ValueString* m_pCfgModifyTime = nullptr;
     ValueString* m_pDevType = nullptr;
     ValueNumericInt* m_pDevMaxChannelCount = nullptr;
     ValueString* m_pPolarisation = nullptr;
-    // What is known of the device
+    // What is known about the device
     EZANType m_zanType = ZANTYPE_ZANTIDE;
     int m_maxChannelCount = MAX_CHANNEL_COUNT_DEFAULT;
     AntennaDataList m_antennas;

@@ -18,7 +18,7 @@ struct Row {
     Value value;
 };
 
-// In the order of the names: the first name of a method is the one that the method translates to.
+// In alphabetical order: a method is translated to the first of its names.
 constexpr auto s_aMETHODS = std::to_array<Row<EZANMethod>>({
     {u"COR", METHOD_COR},
     {u"COR8", METHOD_COR},
@@ -41,7 +41,7 @@ constexpr auto s_aPOLARISATIONS = std::to_array<Row<EZANPolarisation>>({
     {u"Horizontal", POLARISATION_HORIZONTAL},
 });
 
-/// First row of the table with the value; null when there is none.
+/// The first row of the table with the value; null when there is none.
 template <class Table>
 const typename Table::value_type* RowOf(const Table& table, unsigned long value) {
     const auto row =

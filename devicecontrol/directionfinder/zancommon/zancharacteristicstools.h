@@ -4,8 +4,8 @@
 
 #include <QString>
 
-/// Turns DF methods and polarisations into the short names that the value tree, the antenna configuration and
-/// the user interface use, and back. Names are compared case-sensitively. From any thread.
+/// Converts DF methods and polarisations into the short names that the value tree, the antenna configuration
+/// and the user interface use, and back. Names are compared case-sensitively. From any thread.
 class ZANCOMMON_EXPORT ZANCharacteristicsTools {
 public:
     ZANCharacteristicsTools() = default;

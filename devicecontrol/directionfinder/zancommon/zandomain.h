@@ -2,20 +2,19 @@
 
 #include <QtGlobal>
 
-/// \file
-/// The words that the whole library shares: device models, receivers, modes, methods, ranges.
+/// \file The terms that the whole library uses: device models, receivers, modes, methods, ranges.
 ///
-/// All enumerations are 32 bits wide. Their numeric values stand in the catalogue tables, in list
+/// All enumerations are 32 bits wide. Their numeric values are used in the catalogue tables, in list
 /// terminators, in bit masks, in settings and in the value tree: none of them may change.
 
 /// DF device model.
 enum EZANType : qint32 {
-    ZANTYPE_ZANTIDE = 0, ///< also stands for every device whose type name is missing or unknown
+    ZANTYPE_ZANTIDE = 0, ///< also used for a device whose type name is missing or unknown
     ZANTYPE_ZANREEF = 1,
     ZANTYPE_ZANDUNE = 2,
     ZANTYPE_ZANFERN = 3,
     ZANTYPE_ZANMOSS = 4, ///< the only model with the sample modes from 1000 on
-    ZANTYPE_5 = 5,       ///< no type name leads to the models 5, 6 and 7
+    ZANTYPE_5 = 5,       ///< models 5, 6 and 7 have no type name
     ZANTYPE_6 = 6,
     ZANTYPE_7 = 7,
     ZANTYPE_END = 8 ///< closes a list of device models; never a device
@@ -24,10 +23,10 @@ enum EZANType : qint32 {
 /// Receiver or frequency converter in front of the DF unit.
 enum EZANConverter : qint32 {
     CONVERTER_NONE = 0, ///< no converter or an unknown one; closes a list of converters
-    CONVERTER_1 = 1,    ///< no type name leads to it
+    CONVERTER_1 = 1,    ///< has no type name
     CONVERTER_RCV01 = 2,
     CONVERTER_RCV03 = 3,
-    CONVERTER_RCV05 = 4, ///< counts neither as HF nor as VUHF converter
+    CONVERTER_RCV05 = 4, ///< neither an HF nor a VUHF converter
     CONVERTER_RCV07 = 5,
     CONVERTER_RCV04 = 6,
     CONVERTER_RCV06 = 7,
@@ -54,9 +53,9 @@ enum EOperationMode : qint32 {
     OPMODE_9 = 9
 };
 
-/// Realtime bandwidth and converter configuration of the DF unit; the sample-mode table has the particulars.
+/// Realtime bandwidth and converter configuration of the DF unit; the sample-mode table has the details.
 enum EZANSampleMode : qint32 {
-    SAMPLEMODE_END = -1, ///< closes the sample-mode table; as an answer: no sample mode
+    SAMPLEMODE_END = -1, ///< closes the sample-mode table; as a result: no sample mode
     SAMPLEMODE_HF_100K = 0,
     SAMPLEMODE_HF_200K = 1,
     SAMPLEMODE_HF_500K = 2,
@@ -85,7 +84,7 @@ enum EZANSampleMode : qint32 {
 
 /// Frequency range class of a sample mode or an antenna.
 enum EFreqRange : qint32 {
-    FREQRANGE_UNKNOWN = -1, ///< no antenna to tell it from
+    FREQRANGE_UNKNOWN = -1, ///< there is no antenna to determine it
     FREQRANGE_HF = 0,       ///< 300 kHz to 30 MHz
     FREQRANGE_VUHF = 1,     ///< 20 MHz to 3.6 GHz
     FREQRANGE_VLF = 2       ///< 9 kHz to 1 MHz
@@ -100,7 +99,7 @@ enum EZANMethod : qint32 {
 };
 
 /// DF methods that an antenna offers in a frequency range: bits of a mask. An antenna has a method when all
-/// bits that are asked for are set in its mask.
+/// bits of the method are set in its mask.
 enum EZANMethodDetailed : qint32 {
     METHODDETAILED_NONE = 0,
     METHODDETAILED_WAT = 1,
@@ -117,8 +116,8 @@ enum EZANPolarisation : qint32 {
     POLARISATION_HORIZONTAL = 3
 };
 
-/// Option that a DF device reports as installed. Some models report an option under a name of their own: the
-/// HF receiver, HF and high-bandwidth options of ZANDUNE are the values 4, 9 and 10.
+/// Option that a DF device reports as installed. Some models report an option under another name: the HF
+/// receiver, HF and high-bandwidth options of ZANDUNE are the values 4, 9 and 10.
 enum EZANOptions : qint32 {
     OPTION_NONE = 0, ///< no option; every device counts as having it
     OPTION_ZAN_CL = 1,

@@ -4,14 +4,14 @@
 #include "zancommon/zaninterfaceslist.h"
 #include "zancommon_export.h"
 
-/// Where the application finds what there is once in a process: the characteristics of the device, and the
-/// list of outputs. Made on first use. Belongs to the application's main thread.
+/// Gives access to the objects that exist once in a process: the characteristics of the device, and the list
+/// of outputs. Created on first use. Belongs to the application's main thread.
 class ZANCOMMON_EXPORT ZANInformationCenter {
 public:
-    /// The center, which is good until `Finalise`, and so are the references that it gives. Never null.
+    /// The center. It and the references that it returns are valid until `Finalise`. Never null.
     static ZANInformationCenter* Instance();
-    /// Destroys the center and what it owns; the outputs in the list stay alive, they belong to the
-    /// application. The next `Instance` makes a fresh one.
+    /// Destroys the center and what it owns; the outputs in the list belong to the application and are not
+    /// destroyed. The next `Instance` creates a new center.
     static void Finalise();
 
     ZANInformationCenter(const ZANInformationCenter&) = delete;

@@ -17,7 +17,7 @@ bool ZANInterfacesList::Add(ZANAbstractInterface* p) {
 }
 
 ZANAbstractInterface* ZANInterfacesList::GetInterfaceByName(const QString& name) const {
-    // Null entries can only come in through the list's own operations.
+    // Null entries can only have been added by operations of QList.
     const auto found = std::find_if(
         cbegin(), cend(), [&name](ZANAbstractInterface* each) { return each && each->GetName() == name; });
     return found == cend() ? nullptr : *found;
@@ -28,7 +28,7 @@ bool ZANInterfacesList::Remove(const QString& name) {
     if (!found) {
         return false;
     }
-    // Taken out first, so that nobody finds it in the list while it is being destroyed.
+    // Removed first, so that it cannot be found in the list while it is being destroyed.
     removeOne(found);
     delete found;
     return true;

@@ -10,8 +10,9 @@ class ZANAbstractInterface;
 /// The output interfaces of the application, in the order in which they were added, found by name. Names are
 /// compared exactly and case-sensitively.
 ///
-/// The list holds pointers. Only `Remove` deletes an interface; those that are in the list at its end belong
-/// to the application. A copy shares the interfaces. Belongs to the application's main thread.
+/// The list holds pointers. Only `Remove` deletes an interface; those that are in the list when it is
+/// destroyed belong to the application. A copy shares the interfaces. Belongs to the application's main
+/// thread.
 class ZANCOMMON_EXPORT ZANInterfacesList : public QList<ZANAbstractInterface*> {
 public:
     ZANInterfacesList() = default;

@@ -24,7 +24,7 @@ static_assert(std::ranges::all_of(ZANOptions::s_aOptionEntries,
 
 namespace {
 
-/// Null when there is no text value at the path, and no tree any more at the end of the process.
+/// Null when there is no text value at the path, or at the end of the process no tree any more.
 ValueString* FindText(const QString& path) {
     const Tree* const tree = Tree::Instance();
     return tree ? tree->Find<ValueString>(path) : nullptr;

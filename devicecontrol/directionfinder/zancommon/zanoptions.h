@@ -14,8 +14,8 @@ class IObserver;
 
 /// The options that the DF device reports as installed, each with the number of times that it is reported.
 ///
-/// In texts, options stand by their names with ";" between them. One set for the process, made on first use;
-/// it belongs to the application's main thread.
+/// In texts, options are written as names separated by ";". There is one set in the process, created on first
+/// use; it belongs to the application's main thread.
 class ZANCOMMON_EXPORT ZANOptions {
 public:
     /// Row of the table of names.
@@ -51,9 +51,9 @@ public:
         {u"", OPTION_NONE},
     }};
 
-    /// The set, which is good until `Finalise`. Never null.
+    /// The set, which is valid until `Finalise`. Never null.
     static ZANOptions* Instance();
-    /// Destroys the set; the next `Instance` makes an empty one.
+    /// Destroys the set; the next `Instance` creates an empty one.
     static void Finalise();
 
     ZANOptions(const ZANOptions&) = delete;
@@ -65,30 +65,30 @@ public:
     /// Removes the option, however often it was added.
     void RemoveOption(EZANOptions o);
     void ClearAllOptions();
-    /// True for OPTION_NONE: who asks for nothing has it.
+    /// True for OPTION_NONE, which requires nothing.
     [[nodiscard]] bool HasOption(EZANOptions o) const;
     /// How often the option was added; 0 for OPTION_NONE.
     [[nodiscard]] int GetOptionCount(EZANOptions o) const;
 
     /// False, with nothing added, for an unknown name.
     bool AddOptionByName(const QString& name);
-    /// Adds the options of a text up to its first unknown name. An empty text, and the one behind a ";" at
-    /// the end, count as an unknown name. True when all names are known.
+    /// Adds the options of a text up to its first unknown name. An empty name, also the one after a ";" at
+    /// the end, is unknown. True when all names are known.
     bool AddOptionsFromString(const QString& text);
     /// The options in ascending order of value, each as often as it was added.
     [[nodiscard]] QString GetOptionsAsString() const;
 
-    /// Replaces the set by the options in the text value at a path, as far as they can be read. False when
-    /// there is no text value (the set then stays), or when it holds an unknown name.
+    /// Replaces the set by the options in the text value at a path, up to the first unknown name. False when
+    /// there is no text value (the set is then not changed), or when it holds an unknown name.
     bool ReadFromValueTree(const QString& path);
-    /// Writes the options into the text value at a path, whose observers but the originator are told. False
-    /// when there is none.
+    /// Writes the options into the text value at a path; its observers except the originator are notified.
+    /// False when there is no such value.
     bool WriteToValueTree(const QString& path, IObserver* originator = nullptr) const;
     /// Writes the options as "DevOptions" into the settings of the station that the application is connected
-    /// to; they come into being with it, and are saved. False when there are none.
+    /// to; the settings are created if needed, and saved. False when that is not possible.
     bool WriteToCfg();
 
-    /// The first name of an option; empty for OPTION_NONE and for what is not an option.
+    /// The first name of an option; empty for OPTION_NONE and for other values that are not options.
     static QString GetNameForOption(EZANOptions option);
 
 private:

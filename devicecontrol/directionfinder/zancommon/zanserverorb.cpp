@@ -28,8 +28,9 @@ void WriteLogLine(const char* line) {
     std::fputs(line, stderr);
 }
 
-/// How many connections of others may be open at once. At the limit of descriptors the broker would try to
-/// accept the next one without pause, and the process could open nothing more; half of them are left to it.
+/// The largest number of incoming connections. At the limit of file descriptors the broker would try without
+/// pause to accept the next one, and the process could open no more files; so half of the descriptors are
+/// left to the process.
 std::size_t GetConnectionLimit() {
     constexpr rlim_t MOST = 256;
     rlimit descriptors{};
@@ -37,9 +38,10 @@ std::size_t GetConnectionLimit() {
     return std::min(descriptors.rlim_cur / 2, MOST);
 }
 
-/// Asked for each new connection, on the connection's own thread.
+/// Called for each new connection, in the thread of the connection.
 CORBA::Boolean AcceptConnection(omni::omniInterceptors::serverAcceptConnection_T::info_T& info) {
-    // Of which some have ended since. Never destroyed: the broker's threads outlive the end of main.
+    // Includes connections that have ended since. Never destroyed, because the broker's threads outlive the
+    // end of main.
     static auto& accepted = *new std::set<const omni::StrandList*>;
     const omni_tracedmutex_lock lock(*omni::omniTransportLock);
     std::set<const omni::StrandList*> open;
@@ -59,7 +61,7 @@ CORBA::Boolean AcceptConnection(omni::omniInterceptors::serverAcceptConnection_T
     return true;
 }
 
-/// Once for each broker of the process, which forgets them with its end.
+/// Called once for each broker of the process; the interceptors end with the broker.
 void InterceptConnections() {
     omni::omniInterceptors& interceptors = *omniORB::getInterceptors();
     interceptors.serverAcceptConnection.remove(AcceptConnection);
@@ -136,7 +138,7 @@ PortableServer::POA_var ZANServerORB::GetPoa(const char* reference, const char* 
 
 void ZANServerORB::Shutdown() {
     try {
-        // Asking is all that is done here: shutting the broker down would take it from its other users.
+        // The broker is only checked, not shut down: it may have other users.
         static_cast<void>(m_pInstance && CORBA::is_nil(m_pInstance->m_orb));
     } catch (const CORBA::SystemException&) {
         Trace(u"ZANServerORB::Shutdown(): CORBA::SystemException"_s, __LINE__);

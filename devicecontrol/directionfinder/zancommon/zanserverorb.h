@@ -4,60 +4,60 @@
 
 #include <omniORB4/CORBA.h>
 
-/// The process-wide CORBA broker (omniORB) of the DF server. Programs that include this header are linked
-/// with `ZANCommon::broker`.
+/// The process-wide CORBA broker (omniORB) of the DF server. Programs that include this header link with
+/// `ZANCommon::broker`.
 ///
-/// Made on first use, which must be on one thread before others use it. The broker takes no command line; all
-/// of its configuration comes from omniORB's own sources, the environment and the configuration file. Its
+/// Created on first use, which must be in one thread before others use it. The broker takes no command line;
+/// its whole configuration comes from omniORB's own sources, the environment and the configuration file. Its
 /// first use opens the endpoint: `ORBendPoint=giop:tcp:127.0.0.1:` in the environment (or `endPoint =
-/// giop:tcp:127.0.0.1:` in the file that `OMNIORB_CONFIG` names) binds it to the loopback interface, an
-/// address in place of 127.0.0.1 to another one, a number behind it to a port, and `giop:unix:/run/df.sock`
-/// to a Unix socket. By default it listens on all interfaces, on a free port.
+/// giop:tcp:127.0.0.1:` in the file that `OMNIORB_CONFIG` names) binds it to the loopback interface, another
+/// address to another interface, a number after the colon to a port, and `giop:unix:/run/df.sock` to a Unix
+/// socket. By default it listens on all interfaces, on a free port.
 ///
-/// Whoever reaches the endpoint reaches every object that this process serves: it asks for no name and, but
-/// for a `giop:ssl:` endpoint, for no certificate. `giop:tcp:` serves all users of the machines that reach
-/// the address, 127.0.0.1 those of this machine, and `giop:unix:` those that may write to the socket
-/// (`unixTransportPermission`, 0777 by default, and the directory that it is in). A process that only calls
-/// others listens as well. Beyond 256 connections of others, and beyond half of what the process may have
-/// open of files, further ones are refused. The limit holds for connections that are served: each is taken
-/// before it is refused, so thousands in one second may take all files for moments. omniORB closes those on
-/// which nothing has come for 180 s (`inConScanPeriod`).
+/// Every program that can connect to the endpoint can call every object that this process serves: there is no
+/// user name and, except at a `giop:ssl:` endpoint, no certificate. `giop:tcp:` serves all users of the
+/// machines that can reach the address, 127.0.0.1 those of this machine, and `giop:unix:` those that may
+/// write to the socket (`unixTransportPermission`, 0777 by default, and the permissions of its directory). A
+/// process that only calls other servers listens as well. Connections beyond 256, or beyond half of the files
+/// that the process may open, are refused. This limits the connections that are served: each is accepted
+/// before it is refused, so thousands in one second may use up all files for moments. omniORB closes
+/// connections without traffic for 180 s (`inConScanPeriod`).
 ///
-/// A malformed request can still end the process in omniORB: bind the endpoint to where none is to be
-/// expected. One that does so surely needs several threads on a connection: with
+/// A malformed request can still crash the process in omniORB: bind the endpoint to an address where none is
+/// to be expected. The known request of this kind needs several threads per connection. With
 /// `ORBmaxServerThreadPerConnection=1` in the environment (or in the file) the requests of a connection are
-/// carried out one after the other, and a caller that reads no answers does not fill the memory. Programs
-/// that serve others should set it; random input that has found no other such request is no proof that there
-/// is none.
+/// carried out one after the other, and a caller that does not read its answers does not fill the memory.
+/// Servers should set it. Tests with random input have found no other such request, which does not prove that
+/// there is none.
 ///
-/// Calls of this process to other servers time out after 10 s. Lines of omniORB's log go to standard error,
-/// as they come; `omniORB::setLogFunction` after the first `Instance` puts another sink in its place.
+/// Calls of this process to other servers time out after 10 s. Lines of omniORB's log go to standard error
+/// unchanged; `omniORB::setLogFunction` after the first `Instance` sets another sink.
 ///
-/// The references that it gives are the caller's own, and good on any thread. `Finalise` is called when no
-/// other thread uses the instance.
+/// The caller owns the references that it gets, and may use them in any thread. Call `Finalise` when no other
+/// thread uses the instance.
 class ZANCOMMON_EXPORT ZANServerORB {
 public:
-    /// The instance, which is good until `Finalise`. Never null, also when the broker could not be
+    /// The instance, which is valid until `Finalise`. Never null, not even when the broker could not be
     /// initialised (which is traced).
     static ZANServerORB* Instance();
 
-    /// A copy refers to the same broker.
+    /// A copy uses the same broker.
     ZANServerORB(const ZANServerORB& other);
     ZANServerORB& operator=(const ZANServerORB& other);
     virtual ~ZANServerORB();
 
-    /// A reference of its own to the broker; nil when it could not be initialised.
+    /// A new reference to the broker; nil when it could not be initialised.
     [[nodiscard]] CORBA::ORB_var GetORB() const;
-    /// The root object adapter, whose manager is active: servants are reachable at once. Throws the CORBA
-    /// exception that it met, after a trace line.
+    /// The root object adapter, whose manager is active: servants can be called at once. Throws the CORBA
+    /// exception of a failure, after a trace line.
     [[nodiscard]] PortableServer::POA_var RootPoa();
-    /// The adapter for objects with readable keys, as "corbaloc::host:port/Key" names them. Its manager is
-    /// one of its own, to be activated by whoever registers an object. Throws as `RootPoa`.
+    /// The adapter for objects with readable keys, as "corbaloc::host:port/Key" names them. It has its own
+    /// manager, which the code that registers an object activates. Throws as `RootPoa`.
     [[nodiscard]] PortableServer::POA_var InsPoa();
-    /// Leaves the broker usable: it is the process's, and others may hold it. Without an instance it does
-    /// nothing.
+    /// Does not shut the broker down, because it belongs to the process and may have other users. Does
+    /// nothing without an instance.
     static void Shutdown();
-    /// Destroys the instance, if there is one; the next `Instance` makes a fresh one.
+    /// Destroys the instance, if there is one; the next `Instance` creates a new one.
     static void Finalise();
 
 private:

@@ -46,7 +46,7 @@ namespace {
 
 constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\zansetupdata");
 
-/// Loads a snapshot. A setting that is no content of its value is told, and the snapshot stays as it is.
+/// Loads a snapshot. A setting that is not valid for its value is traced, and the snapshot is not changed.
 void ReadSnapshot(const ICfg& cfg, const QString& key, ValueBase& value) {
     bool isLoaded = true;
     if (auto* selection = dynamic_cast<ValueSelection*>(&value)) {
@@ -92,7 +92,7 @@ ZANSetupData::~ZANSetupData() {
 void ZANSetupData::ReadFromValueTree(const QString& path) {
     for (DataEntry& row : Rows(s_aDataEntries)) {
         const ValueBase* const value = FindValue(path, &row);
-        // A snapshot of another type than the value has by now cannot take it over.
+        // A snapshot cannot take over a value that has another type now.
         if (!value || !row.value || !row.value->Assign(*value)) {
             row.value = value ? ValueFactory::Instance().CloneValue(*value) : nullptr;
         }

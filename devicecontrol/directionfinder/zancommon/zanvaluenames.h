@@ -9,7 +9,7 @@
 /// \file
 
 /// The names of the values that the library and its applications create under the prefixes of `ZANPath`.
-/// Frequencies among them are in Hz.
+/// Frequencies are in Hz.
 namespace ZANValueName {
 
 inline constexpr QStringView TMPDATE = u"TMPDATE";

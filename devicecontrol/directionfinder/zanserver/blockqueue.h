@@ -10,9 +10,9 @@ namespace ZANServer {
 
 /// Carries what a driver delivers from the driver's thread to another one, in order.
 ///
-/// It is bounded in bytes, so that memory stays flat when the reader is slower than the driver: a full queue
-/// holds the driver up, and nothing is dropped. The reader has up to as much again in its hands, for it takes
-/// everything at once.
+/// It is bounded in bytes, so that memory does not grow when the reader is slower than the driver: the driver
+/// waits while the queue is full, and nothing is dropped. The reader takes everything at once, so up to twice
+/// the bound is in memory.
 template <class T>
 class BlockQueue {
 public:
@@ -21,9 +21,9 @@ public:
         : m_capacity(capacity) {}
 
     /// Appends one item, after waiting until there is room for it; an item larger than the whole queue waits
-    /// until that is empty. True when the queue was empty: the reader is to be woken.
-    /// \param size    bytes that the item takes, with all that it owns
-    /// \param mayWait false: for the reader's own thread, which would wait for itself
+    /// until that is empty. True when the queue was empty: the caller then wakes the reader.
+    /// \param size    bytes of the item, including everything that it owns
+    /// \param mayWait false when called in the reader's thread, which would wait for itself
     bool Push(T item, std::size_t size, bool mayWait = true) {
         std::unique_lock lock(m_mutex);
         if (mayWait) {
@@ -37,20 +37,20 @@ public:
         return m_items.size() == 1;
     }
 
-    /// Takes everything that is waiting.
+    /// Takes all items that are waiting.
     std::vector<T> TakeAll() {
         std::vector<T> items;
         {
             const std::lock_guard lock(m_mutex);
             items.swap(m_items);
-            m_items.reserve(items.size()); // as much will come next, most likely
+            m_items.reserve(items.size()); // probably the next items will be as many
             m_size = 0;
         }
         m_hasRoom.notify_all();
         return items;
     }
 
-    /// From now on nobody is held up any more. For the end, when the driver's thread is to be joined.
+    /// From now on `Push` does not wait. Call it at the end, before the driver's thread is joined.
     void StopBounding() {
         {
             const std::lock_guard lock(m_mutex);

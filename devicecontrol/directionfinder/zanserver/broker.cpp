@@ -25,7 +25,7 @@ void SetDefault(const char* option, const char* value) {
     }
 }
 
-/// Where the broker's endpoint comes from, in words for the operator.
+/// The source of the broker's endpoint, as a text for the operator.
 QString DescribeEndpoint() {
     return qEnvironmentVariableIsSet(ENDPOINT) ? qEnvironmentVariable(ENDPOINT)
                                                : u"as in "_s + qEnvironmentVariable(CONFIGURATION_FILE);
@@ -45,11 +45,12 @@ void WriteLogLine(const char* line) {
 void Make() {
     SetDefault(ENDPOINT, "giop:tcp:127.0.0.1:");
     SetDefault(IDLE_SECONDS, "60");
-    // Several threads on one connection may answer a request while another one still takes a fragment of it,
-    // which ends the process; and they keep the answers of all requests whose caller reads none.
+    // With several threads on one connection, one may answer a request while another still receives a
+    // fragment of it, which crashes the process. They would also keep the answers of all requests of a caller
+    // that does not read them.
     SetDefault(THREADS_PER_CONNECTION, "1");
     ZANServerORB::Instance();
-    omniORB::setLogFunction(WriteLogLine); // in place of the broker's own, which passes on every line
+    omniORB::setLogFunction(WriteLogLine); // replaces the broker's own function, which writes every line
 }
 
 void Release() {

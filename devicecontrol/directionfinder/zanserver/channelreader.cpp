@@ -16,7 +16,7 @@ namespace ZANServer {
 
 namespace {
 
-/// The fields of a line; nothing when its quotes do not match. Two quotes within quotes are one.
+/// The fields of a line; nothing when its quotes do not match. Two quotes within quotes mean one quote.
 std::optional<QStringList> SplitLine(const QString& line) {
     QStringList fields;
     QString field;
@@ -39,7 +39,7 @@ std::optional<QStringList> SplitLine(const QString& line) {
     return isQuoted ? std::nullopt : std::optional(fields);
 }
 
-/// The next line, trimmed; nothing when it is longer than any row is. It is read to its end all the same.
+/// The next line, trimmed; nothing when it is longer than any row can be. It is read to its end in any case.
 std::optional<QString> ReadLine(QIODevice& device) {
     constexpr qint64 LONGEST = 65536;
     const QByteArray line = device.readLine(LONGEST);
@@ -53,7 +53,7 @@ std::optional<QString> ReadLine(QIODevice& device) {
     return {};
 }
 
-/// The position of the first of several names; -1 when none is there.
+/// The column of the first of several names that the header has; -1 when it has none.
 qsizetype Find(const QStringList& header, const QStringList& names) {
     for (const QString& name : names) {
         if (const qsizetype column = header.indexOf(name); column >= 0) {

@@ -12,7 +12,7 @@
 
 namespace ZANServer {
 
-/// A channel in a file, with its name, which may be empty.
+/// A channel from a file, with its name, which may be empty.
 struct NamedChannel {
     TrafficControlFrequency channel;
     QString name;
@@ -21,9 +21,9 @@ struct NamedChannel {
 /// Reads traffic-control channels from CSV with a header line.
 ///
 /// The columns are found by their names: a frequency column ("frequency_mhz", "frequency_khz",
-/// "frequency_hz", or "frequency" with texts such as "121.5 MHz"), and as far as they are there "name" or
-/// "description", "channel" or "id" for the channel number (else the row's number) and "alarm" (1 or true).
-/// Other columns do not matter. Fields may stand in double quotes, on one line.
+/// "frequency_hz", or "frequency" with texts such as "121.5 MHz"), and optionally "name" or "description",
+/// "channel" or "id" for the channel number (default: the number of the row) and "alarm" (1 or true). Other
+/// columns are ignored. Fields may be in double quotes, but not span lines.
 class ZANSERVER_EXPORT ChannelReader {
 public:
     /// Reads the file. False when it cannot be read or has no frequency column; then `GetErrorText` says why.
@@ -31,7 +31,7 @@ public:
     bool Read(QIODevice& device);
 
     [[nodiscard]] const std::vector<NamedChannel>& GetChannels() const { return m_channels; }
-    /// What is wrong with the rows that were left out, each with its line number.
+    /// The problems of the rows that were left out, each with its line number.
     [[nodiscard]] const QStringList& GetBadRows() const { return m_badRows; }
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
 

@@ -30,7 +30,7 @@ struct ExampleAntenna {
     quint32 methodCode;
 };
 
-/// Three antennas of the catalogue whose ranges adjoin.
+/// Three antennas of the catalogue with adjacent ranges.
 AntennaDataList MakeExampleAntennas() {
     const std::array<ExampleAntenna, 3> examples{{
         {u"PX110"_s, 300e3, 30e6, 300e3, u"RCV01"_s, u"WAT"_s, METHOD_WAT},
@@ -53,7 +53,7 @@ AntennaDataList MakeExampleAntennas() {
     return antennas;
 }
 
-/// Returns what is in the way of it, in words for the operator.
+/// Writes the settings of the example station. Returns why not, as a text for the operator; empty on success.
 QString WriteExample(const QString& address) {
     const CfgPtr station(StationCfg::GetStationCfg(address, true));
     if (station->GetKeys().size() > 1 || !station->GetSubCfgNames().isEmpty()) {
@@ -64,7 +64,7 @@ QString WriteExample(const QString& address) {
     return {};
 }
 
-/// The polarisation or side that an antenna's name tells; vertical without one.
+/// The polarisation or side according to an antenna's name; vertical when the name has none.
 EZANPolarisation GetPolarisation(const QString& name) {
     if (name.endsWith("_L"_L1)) {
         return POLARISATION_LEFT;
@@ -134,7 +134,7 @@ void DeviceConnection::PublishHardware(const QString& address) {
 void DeviceConnection::PublishAntennas(const QString& address) {
     AntennaDataList antennas(DevicePath(), {});
     antennas.BuildAntennasFromCfg(address);
-    // The device numbers its antennas; the entries of one antenna share its handle.
+    // The device numbers its antennas; all entries of an antenna have the same handle.
     QStringList names;
     for (const auto& antenna : antennas.GetAntennas()) {
         if (!names.contains(antenna->name)) {

@@ -7,22 +7,22 @@
 
 namespace ZANServer {
 
-/// The connection to the device: publishes it in the value tree as the station's settings describe it.
+/// The connection to the device: publishes the device in the value tree according to the station's settings.
 ///
-/// A station without settings gets an example: a ZANTIDE device with three antennas for 300 kHz to 3 GHz,
-/// written there for people to edit.
+/// A station without settings gets those of an example, which users can edit: a ZANTIDE device with three
+/// antennas for 300 kHz to 3 GHz.
 class ZANSERVER_EXPORT DeviceConnection {
 public:
-    /// Publishes the device of an address: its address, name, type, options, hardware and antennas.
+    /// Publishes the device with this address: address, name, type, options, hardware and antennas.
     explicit DeviceConnection(const QString& address);
     DeviceConnection(const DeviceConnection&) = delete;
     DeviceConnection& operator=(const DeviceConnection&) = delete;
-    /// Takes the device out of the tree.
+    /// Removes the device from the tree.
     ~DeviceConnection();
 
-    /// Whether the settings did not hold the station before.
+    /// Whether the station was not in the settings before.
     [[nodiscard]] bool IsFirst() const { return m_isFirst; }
-    /// What was found wrong with the settings, in words for the operator.
+    /// The problems of the settings, as texts for the operator.
     [[nodiscard]] const QStringList& GetWarnings() const { return m_warnings; }
 
 private:

@@ -9,9 +9,9 @@ namespace ZANServer {
 
 namespace {
 
-/// Bytes that a delivery takes in the queue beside what it owns: while the list of those that wait is made
-/// longer, there is room for one where it stood and for two where it goes. Each thing that it owns has a head
-/// in the heap.
+/// Bytes that a delivery takes in the queue in addition to what it owns: while the vector of waiting
+/// deliveries grows, the old one has room for one and the new one for two. Each block that it owns has a
+/// header on the heap.
 template <class Delivery>
 constexpr std::size_t OWN_SIZE = 3 * sizeof(Delivery) + 2 * sizeof(void*);
 
@@ -30,7 +30,7 @@ DriverReceiver::DriverReceiver(QString deviceAddress, std::size_t capacity)
 void DriverReceiver::fillScanBuffer(long /*range*/, unsigned long long& time, unsigned /*firstChannel*/,
                                     unsigned count, Bearing* bearings, KvZANCommon::StatusStruct& status) {
     std::size_t rest = count;
-    do { // a block without bearings carries the state of the device all the same
+    do { // also for a block without bearings, which carries the state of the device
         const std::size_t length = std::min(rest, m_longestPiece);
         Post(BearingBlock{time, status, std::vector<Bearing>(bearings, bearings + length)},
              length * sizeof(Bearing));

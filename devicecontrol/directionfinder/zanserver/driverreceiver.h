@@ -23,28 +23,28 @@ struct BearingBlock {
     std::vector<Bearing> bearings;
 };
 
-/// What the station hands to the driver: takes its deliveries on the driver's thread, and passes them on as
-/// signals on the thread that this object lives on.
+/// The driver's callback: takes deliveries in the driver's thread, and passes them on as signals in the
+/// thread of this object.
 ///
-/// Each block is copied once, where it crosses the threads. What is waiting is bounded in bytes: a driver
-/// that is faster than the station is held up until there is room, and a block larger than the bound is
-/// passed on in pieces. What a station without spectra, audio and simulation has no use for is dropped.
+/// Each block is copied once, between the threads. The queue is bounded in bytes: a driver that is faster
+/// than the station waits until there is room, and a block larger than the bound is passed on in pieces.
+/// Deliveries that the station does not use (spectra, audio, simulation) are dropped.
 class ZANSERVER_EXPORT DriverReceiver final : public QObject, public KvZANCommon::NullDriverCallback {
     Q_OBJECT
 
 public:
-    /// Bytes that wait for this thread at most, unless said otherwise: some ten thousand blocks of one
-    /// bearing, or eight of the longest scan. While they are passed on, as many can come again; what a driver
-    /// is held up with does not wait yet.
+    /// Default bound of the queue in bytes: some ten thousand blocks of one bearing, or eight of the longest
+    /// scan. While waiting deliveries are passed on, as many can arrive; a delivery that waits for room is
+    /// not counted.
     static constexpr std::size_t DEFAULT_CAPACITY = 8UL * 1024 * 1024;
 
-    /// \param capacity bytes that wait at most
+    /// \param capacity bound of the queue in bytes
     explicit DriverReceiver(QString deviceAddress, std::size_t capacity = DEFAULT_CAPACITY);
 
-    /// Sets a driver that delivers here to standby, and passes on what it has delivered until it stood still.
-    /// The driver is held up no more, now and later: one that waits for room could not be stopped.
+    /// Sets a driver that delivers here to standby, and passes on everything that it has delivered. From now
+    /// on the driver does not wait for room: while waiting it could not be stopped.
     void Stop(KvZANCommon::IDriver& driver);
-    /// Passes on what is waiting, at once.
+    /// Passes on everything that is waiting, at once.
     void PassOnWaiting();
 
     void fillScanBuffer(long range, unsigned long long& time, unsigned firstChannel, unsigned count,
@@ -58,21 +58,21 @@ public:
     void getOperateMode(EMode& mode) override { mode = EMODE_SCAN; }
 
 Q_SIGNALS:
-    /// What has been waiting is passed on now, all of it, between these two.
+    /// Emitted before and after all waiting deliveries are passed on together.
     void PassingOnBegins();
     void PassingOnEnds();
     void BlockReceived(BearingBlock& block);
     void ErrorReported(const KvZANCommon::ErrorStruct& error);
-    /// The driver tells of a command that it exchanges with its device.
+    /// The driver reports a command that it exchanges with its device.
     void CommandReported(const QString& command);
-    /// The driver delivers nothing more.
+    /// The driver will deliver nothing more.
     void LinkClosed();
 
 private:
     struct End {};
     using Delivery = std::variant<BearingBlock, KvZANCommon::ErrorStruct, QString, End>;
 
-    /// \param ownedBytes what the delivery owns beside itself
+    /// \param ownedBytes size of what the delivery owns
     void Post(Delivery delivery, std::size_t ownedBytes);
 
     const QString m_deviceAddress;

@@ -6,12 +6,12 @@
 
 namespace ZANServer {
 
-/// Something that was looked into, in words for the operator.
+/// The result of a check, as a text for the operator.
 struct Finding {
     enum class Severity {
         Ok,
-        Absent,  ///< not there, which need not be wrong
-        Warning, ///< probably not meant so; what is sound is used all the same
+        Absent,  ///< missing, which may be all right
+        Warning, ///< probably a mistake; the valid parts are used
         Error    ///< wrong
     };
 

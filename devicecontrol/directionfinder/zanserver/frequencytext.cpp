@@ -15,7 +15,7 @@ struct Unit {
     double factor = 1.0;
 };
 
-// "Hz" is the end of all the others, and comes last.
+// "Hz" must come last, because all the others end with it.
 constexpr std::array<Unit, 4> UNITS{{
     {u"GHz", u"G", 1e9},
     {u"MHz", u"M", 1e6},
@@ -30,7 +30,8 @@ std::optional<double> Parse(const QString& text) {
     double factor = 1.0;
     for (const Unit& unit : UNITS) {
         const QStringView name = number.endsWith(unit.name, Qt::CaseInsensitive) ? unit.name : unit.shortName;
-        if (number.endsWith(name, Qt::CaseInsensitive)) { // every text ends with the short name of Hz
+        if (number.endsWith(name,
+                            Qt::CaseInsensitive)) { // the short name of Hz is empty, so it always matches
             number = number.chopped(name.size()).trimmed();
             factor = unit.factor;
             break;
@@ -48,7 +49,7 @@ QString Format(double frequency) {
             return QString::number(frequency / unit.factor, 'g', DIGITS) + u' ' + unit.name.toString();
         }
     }
-    return QString::number(frequency + 0.0, 'g', DIGITS) + u" Hz"_s; // the sum has no negative zero
+    return QString::number(frequency + 0.0, 'g', DIGITS) + u" Hz"_s; // adding 0.0 turns -0.0 into 0.0
 }
 
 QString FormatRange(double low, double high) {

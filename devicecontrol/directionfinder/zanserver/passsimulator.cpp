@@ -33,12 +33,12 @@ constexpr double LAP = 2.0 * (LEG + TURN);                 // m
 // The station
 constexpr double MEAN_HEADING = 355.0; // degrees
 constexpr double NOISE_LEVEL = -105.0; // dBm
-constexpr double BEARING_NOISE = 0.6;  // degrees, standard deviation as those below
+constexpr double BEARING_NOISE = 0.6;  // degrees; this and the following are standard deviations
 constexpr double LEVEL_NOISE = 0.5;    // dB
 constexpr double QUALITY_NOISE = 3.0;
 constexpr double LOSS_PROBABILITY = 0.01;
 
-/// A stretch of each lap, in seconds from its begin.
+/// A part of each lap, in seconds from its beginning.
 struct Stretch {
     double begin;
     double end;
@@ -54,7 +54,7 @@ struct Position {
     double north;
 };
 
-/// Where the aircraft is when it has flown a distance of the lap.
+/// The position of the aircraft after a distance of the lap.
 Position OnTrack(double distance) {
     constexpr double CENTRE = (FAR_LEG + NEAR_LEG) / 2.0; // north of the station
     if (distance < LEG) {
@@ -82,7 +82,7 @@ double Wave(double time, double period, double phase) {
 }
 
 double FullCircle(double degrees) {
-    // Cut twice: a tiny negative angle plus 360 is 360 again.
+    // `fmod` twice, because a tiny negative angle plus 360 rounds to 360.
     return std::fmod(std::fmod(degrees, 360.0) + 360.0, 360.0);
 }
 
@@ -130,7 +130,8 @@ void PassSimulator::AddPlatform(RecordedBearing& bearing, double time, double ti
     }
 }
 
-/// The random numbers are drawn one a statement: within an expression each compiler has an order of its own.
+/// Only one random number is drawn per statement, because the order within an expression depends on the
+/// compiler.
 void PassSimulator::AddSignal(RecordedBearing& bearing, double flown) {
     const bool isLost = Uniform() < LOSS_PROBABILITY || NO_SIGNAL.Holds(flown / SPEED);
     if (isLost) {
@@ -156,12 +157,14 @@ void PassSimulator::AddSignal(RecordedBearing& bearing, double flown) {
     bearing.quality = std::clamp(quality, 1.0, 100.0);
 }
 
-/// 0 to below 1, made here because the distributions of the standard library differ between its makers.
+/// 0 to below 1. The distributions of the standard library are not used, because they differ between
+/// implementations.
 double PassSimulator::Uniform() {
     return static_cast<double>(m_random() >> 11U) * 0x1p-53;
 }
 
-/// The sum of twelve uniform numbers is normal enough, ends at 6 deviations, and is the same everywhere.
+/// The sum of twelve uniform numbers is close enough to a normal distribution, bounded by 6 deviations, and
+/// the same everywhere.
 double PassSimulator::Normal(double deviation) {
     constexpr int COUNT = 12;
     double sum = -COUNT / 2.0;

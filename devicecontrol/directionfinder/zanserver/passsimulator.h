@@ -11,19 +11,19 @@
 
 namespace ZANServer {
 
-/// Computes the recording of an aircraft that transmits and passes a station on a ship at anchor, one row a
+/// Computes the recording of a transmitting aircraft that passes a station on a ship at anchor, one row per
 /// second.
 ///
-/// The aircraft flies a racetrack at 3000 m and 100 m/s: straight past the station at 8 km to the north,
-/// a half circle, back at 300 m beside the zenith, a half circle. Azimuth and elevation are those in the
+/// The aircraft flies a racetrack at 3000 m and 100 m/s: straight past the station at 8 km to the north, a
+/// half circle, back at 300 m beside the zenith, a half circle. Azimuth and elevation are computed in the
 /// plane tangent to the WGS84 ellipsoid at the station; Earth's curvature, less than 0.1 degrees here, is
-/// left out. The first 600 rows hold both passes; a lap takes 722 rows and is repeated.
+/// ignored. The first 600 rows contain both passes; a lap takes 722 rows and is repeated.
 ///
-/// The ship swings through north at its anchor, rolls and pitches, and does so beyond 5 degrees for a stretch
-/// of the first pass. For a few rows of each lap the attitude is missing, so that the azimuth is one from
-/// north, and for others the position. The level is that of free-space propagation. The quality falls with
-/// the range and at low elevation. Now and then the signal is lost: the quality is 0, the azimuth arbitrary,
-/// and there is no elevation.
+/// The ship swings through north at its anchor, rolls and pitches, by more than 5 degrees during a part of
+/// the first pass. In a few rows of each lap the attitude is missing, so that the azimuth counts from north,
+/// and in others the position. The level is that of free-space propagation. The quality falls with the range
+/// and at low elevation. In some rows the signal is lost: the quality is 0, the azimuth arbitrary, and there
+/// is no elevation.
 ///
 /// The same seed gives the same recording, to the byte when written by `RecordingWriter`.
 class ZANSERVER_EXPORT PassSimulator {

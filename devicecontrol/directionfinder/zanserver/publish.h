@@ -7,9 +7,9 @@
 
 namespace ZANServer {
 
-/// Puts a measurement into its value. Without one, or when the value does not take it (a number outside its
-/// range), the value goes back to 0 and says that it holds none: what was measured before must not pass as
-/// current.
+/// Puts a measurement into its value. Without a measurement, or when the value does not accept it (a number
+/// outside its range), the value is set to 0 and marked as not measured, so that an earlier measurement does
+/// not pass as current.
 template <class T, class V>
 void Publish(V& value, const std::optional<T>& measurement, IObserver* originator = nullptr) {
     const bool isMeasured = measurement && value.SetValue(*measurement, originator);

@@ -9,7 +9,7 @@
 
 namespace ZANServer {
 
-/// One row of a bearing recording. An optional member without a value was not measured.
+/// One row of a bearing recording. Optional members without a value were not measured.
 struct RecordedBearing {
     quint64 timeMs = 0;     ///< milliseconds since 1970-01-01 00:00:00 UTC
     double frequency = 0.0; ///< Hz, above 0
@@ -34,9 +34,9 @@ struct RecordingColumn {
     std::string_view name;
     double minimum = 0.0;
     double maximum = 0.0;
-    bool circular = false; ///< the maximum is the minimum again, and is not a value of its own
-    int decimals = 0;      ///< as written; `AS_NEEDED`: as many as it takes to read the same value back
-    /// The member that the column fills. The column of the time has neither.
+    bool circular = false; ///< the maximum means the same as the minimum, and is not allowed
+    int decimals = 0;      ///< as written; `AS_NEEDED`: as many as are needed to read the same value back
+    /// The member that the column fills: one of these two, except for the column of the time.
     double RecordedBearing::*required = nullptr;
     std::optional<double> RecordedBearing::*optional = nullptr;
 
@@ -49,16 +49,16 @@ struct RecordingColumn {
     }
 };
 
-/// The columns in the order of the file. A recording is a CSV file: a header line of the column names, then
-/// one row a bearing in the order of time. An empty field is a value that was not measured; fields of
+/// The columns in the order of the file. A recording is a CSV file: a header line with the column names, then
+/// one row per bearing in the order of time. An empty field means that the value was not measured; fields of
 /// members that are not optional are never empty.
 inline constexpr std::array<RecordingColumn, 12> RECORDING_COLUMNS = [] {
     using B = RecordedBearing;
     constexpr double LAST_TIME = 253402300799999.0; // the end of the year 9999
     constexpr double ABOVE_ZERO = std::numeric_limits<double>::denorm_min();
-    constexpr double RADIO_LIMIT = 3e12; // radio waves end at 3000 GHz
+    constexpr double RADIO_LIMIT = 3e12; // 3000 GHz, the upper end of radio waves
     constexpr int AS_NEEDED = RecordingColumn::AS_NEEDED;
-    // The level travels on as a 16-bit number of hundredths.
+    // The level becomes a 16-bit number of hundredths.
     return std::array<RecordingColumn, 12>{{
         {"time_ms", 0.0, LAST_TIME, false, 0, nullptr, nullptr},
         {"frequency_hz", ABOVE_ZERO, RADIO_LIMIT, false, AS_NEEDED, &B::frequency, nullptr},

@@ -20,8 +20,8 @@ namespace {
 constexpr std::size_t BUFFER_SIZE = 256UL * 1024;
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
-/// The beginning of a piece of the file for a message. What a terminal would not show as a character is
-/// shown as a question mark.
+/// The beginning of a text from the file, for a message. Characters that a terminal cannot show become
+/// question marks.
 QString Quoted(std::string_view text) {
     constexpr std::size_t MAX_QUOTED = 40;
     const std::string_view front = text.substr(0, MAX_QUOTED);
@@ -49,7 +49,7 @@ std::vector<std::string_view> Split(std::string_view line) {
     return fields;
 }
 
-/// What is wrong with a header line; empty when it is right.
+/// The problem of a header line; empty when it is valid.
 QString CheckHeader(std::string_view line) {
     const std::vector<std::string_view> names = Split(line);
     const auto isColumn = [](std::string_view name) {
@@ -89,7 +89,7 @@ std::optional<RecordingReader::BadLine> ParseField(const RecordingColumn& column
     const auto [next, error] = column.IsTime() ? std::from_chars(position, end, bearing.timeMs)
                                                : std::from_chars(position, end, value);
     position = next;
-    if (next != end && *next != ',') { // what is no number at all leaves `next` at its begin
+    if (next != end && *next != ',') { // `next` is at the beginning when there is no number at all
         return BadLine::NotANumber;
     }
     if (error != std::errc{} ||
@@ -116,11 +116,11 @@ bool RecordingReader::Open(const QString& fileName) {
     if (QFileInfo(fileName).isDir()) {
         return Fail(u"is a directory"_s);
     }
-    // Unbuffered: the reader has a buffer of its own.
+    // Unbuffered: the reader has its own buffer.
     if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return Fail(u"cannot be opened: "_s + m_file.errorString());
     }
-    ::flock(m_file.handle(), LOCK_SH | LOCK_NB); // no output writes to it, whatever it is called by then
+    ::flock(m_file.handle(), LOCK_SH | LOCK_NB); // keeps outputs from writing to it, also under another name
     m_size = m_file.size();
     return ReadHeader();
 }
@@ -189,8 +189,8 @@ std::optional<RecordedBearing> RecordingReader::Read(bool mayWait) {
     return bearing;
 }
 
-/// Cuts the next line off the buffer; it stays valid until the next call. Of a line that is too long it is
-/// the beginning; the call after it skips the rest, so that a file without line ends fails at its header.
+/// Takes the next line from the buffer; it is valid until the next call. A line that is too long is cut, and
+/// the next call skips its rest, so that a file without line ends fails at its header.
 RecordingReader::Line RecordingReader::ReadLine(std::string_view& line) {
     while (m_skipping) {
         DropRest();
@@ -202,7 +202,7 @@ RecordingReader::Line RecordingReader::ReadLine(std::string_view& line) {
     while (!newline && m_end - m_begin <= MAX_LINE_LENGTH && Fill()) {
         newline = FindNewline();
     }
-    // What stands before a read error may be half a row.
+    // The text before a read error may be an incomplete row.
     if (!m_pDevice || m_begin == m_end) {
         return Line::End;
     }
@@ -229,7 +229,7 @@ bool RecordingReader::IsLineHere() {
         }
         const char* const begin = m_buffer.data() + m_begin;
         const char* const newline = m_skipping ? nullptr : FindNewline();
-        // What an empty line is depends on whether something follows it.
+        // An empty line is valid only at the end, so it matters whether something follows.
         const bool isEmptyLast = newline && newline - begin <= 1 && newline + 1 == m_buffer.data() + m_end;
         if ((newline && !isEmptyLast) || m_end - m_begin > MAX_LINE_LENGTH) {
             break;
@@ -244,7 +244,7 @@ bool RecordingReader::IsLineHere() {
     return true;
 }
 
-/// Drops what has come of a line that was too long, with its end if that has come.
+/// Drops what has been received of a line that was too long, up to its end.
 void RecordingReader::DropRest() {
     const char* const newline = FindNewline();
     m_begin = newline ? static_cast<std::size_t>(newline + 1 - m_buffer.data()) : m_end;
@@ -255,7 +255,8 @@ const char* RecordingReader::FindNewline() const {
     return static_cast<const char*>(std::memchr(m_buffer.data() + m_begin, '\n', m_end - m_begin));
 }
 
-/// Moves what is left to the front of the buffer and reads on behind it. False when nothing more comes.
+/// Moves the remaining bytes to the front of the buffer and reads more after them. False when there is
+/// nothing more.
 bool RecordingReader::Fill() {
     std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
     m_end -= m_begin;
@@ -293,8 +294,8 @@ bool RecordingReader::ParseRow(std::string_view line, RecordedBearing& bearing) 
            Reject(line, RECORDING_COLUMNS.front(), line.data(), BadLine::TimeBackwards);
 }
 
-/// Counts a line that is no valid row, under the fault of its field or under one of the whole line that
-/// explains it better.
+/// Counts a line that is not a valid row, by the fault of its field or, when that explains more, a fault of
+/// the whole line.
 bool RecordingReader::Reject(std::string_view line, const RecordingColumn& column, const char* field,
                              BadLine reason) {
     const auto columnCount = static_cast<std::size_t>(std::ranges::count(line, ',')) + 1;
@@ -314,7 +315,7 @@ bool RecordingReader::Reject(std::string_view line, const RecordingColumn& colum
     return false;
 }
 
-/// Makes a text only for a line that is kept: a long recording may be bad throughout.
+/// Creates a text only while texts are kept: every line of a long recording may be bad.
 template <class MakeText>
 void RecordingReader::Count(BadLine reason, MakeText makeText) {
     ++m_badLineCounts[static_cast<std::size_t>(reason)];

@@ -27,7 +27,8 @@ void AppendValue(QByteArray& line, const RecordingColumn& column, double value) 
             ? std::to_chars(begin, end, value, std::chars_format::fixed).ptr
             : std::to_chars(begin, end, value, std::chars_format::fixed, column.decimals).ptr;
     std::string_view text(begin, static_cast<std::size_t>(last - begin));
-    // What rounds up to the full circle is north, and what rounds up to zero has no sign.
+    // A value that rounds up to the full circle is written as north, and one that rounds to zero without a
+    // sign.
     if (column.circular && text == "360.0") {
         text = "0.0";
     } else if (text.find_first_not_of("-0.") == std::string_view::npos && text.starts_with('-')) {
@@ -95,8 +96,8 @@ bool RecordingWriter::Commit() {
     if (!m_file) {
         return Fail(u"is not open"_s);
     }
-    // QSaveFile renames the file even when its last buffer cannot be written, so that is seen to here. A full
-    // disk takes a part of it first; the second call takes the rest or learns the reason.
+    // QSaveFile would rename the file even when its last buffer cannot be written, so the buffer is flushed
+    // here. On a full disk the first call may write a part; the second one writes the rest or gets the error.
     const bool isComplete = (m_file->flush() || m_file->flush()) && m_file->commit();
     const QString reason = m_file->errorString();
     m_file.reset();
@@ -108,7 +109,7 @@ bool RecordingWriter::Fail(const QString& text) {
     return false;
 }
 
-/// Writes the fields that have been collected, each with a comma behind it.
+/// Writes the collected fields, each followed by a comma, as a line.
 bool RecordingWriter::WriteLine() {
     m_line.back() = '\n';
     return m_file->write(m_line) == m_line.size() || Fail(u"cannot be written: "_s + m_file->errorString());

@@ -17,8 +17,7 @@ namespace ZANServer {
 /// Each column has its precision: positions 7 decimals, the level 2, azimuth, elevation, attitude and
 /// altitude 1, the quality 0; time and frequency are written in full.
 ///
-/// The file appears under its name with `Commit` only; until then, and when anything goes wrong, what stood
-/// there before stays.
+/// The file gets its name only with `Commit`; until then, and on any failure, an existing file stays.
 class ZANSERVER_EXPORT RecordingWriter {
 public:
     /// Begins a recording and writes its header line. False with an error text when the file cannot be
@@ -26,14 +25,14 @@ public:
     bool Open(const QString& fileName);
 
     /// Appends one row. False with an error text when it cannot be written, and for a row that is not valid:
-    /// with a value out of range or not finite, or before the time of the row above. A row that is not valid
-    /// leaves the recording as it was.
+    /// with a value out of range or not finite, or earlier than the row before. A row that is not valid does
+    /// not change the recording.
     bool Write(const RecordedBearing& bearing);
 
     /// Completes the file. False with an error text when not all of it could be written.
     bool Commit();
 
-    /// Why the last call that failed did so; empty while none has.
+    /// The reason of the last failed call; empty when none has failed.
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
 
 private:

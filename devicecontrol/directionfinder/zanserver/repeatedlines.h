@@ -8,24 +8,24 @@
 
 namespace ZANServer {
 
-/// Keeps a log from being flooded: of lines that are equal it passes on the first one, and then, once a
-/// minute, how often they came. Lines that differ in their numbers only (time, thread, port) are equal; a
-/// line of more than 1000 bytes is cut, and of lines that differ, 64 a minute are passed on and the others
-/// counted. One thread.
+/// Keeps a log from being flooded: of equal lines it passes on the first one and then, once a minute, the
+/// number of repetitions. Lines that differ only in their numbers (time, thread, port) are equal. A line of
+/// more than 1000 bytes is cut. Of different lines 64 per minute are passed on, and the others are counted.
+/// One thread.
 class RepeatedLines {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// What is to be written now that a line came: the line or nothing, behind the counts of the last minute
-    /// if that is over.
+    /// Takes a line and returns what is to be written: the counts of the last minute if that is over, then
+    /// the line if it is to be passed on.
     std::string Add(std::string_view line, Time now);
-    /// The counts that have not been passed on yet; the lines are new again.
+    /// The counts that have not been passed on yet. All lines count as new afterwards.
     std::string TakeCounts();
 
 private:
     struct Repetition {
         std::string line;
-        std::size_t count = 0; // of those that were not passed on
+        std::size_t count = 0; // of repetitions that were not passed on
     };
 
     std::map<std::string, Repetition> m_repetitions;

@@ -11,7 +11,7 @@ namespace ZANServer {
 
 namespace {
 
-/// The longest block that the filters are made for.
+/// The longest block of a scan.
 constexpr std::size_t MAX_BLOCK = 60000;
 
 /// Whether two rows were measured at the same moment, on the same frequency, from the same platform.
@@ -32,7 +32,7 @@ Bearing ToBearing(const RecordedBearing& row) {
         bearing.elevation = static_cast<qint16>(std::lround(*row.elevation * 10.0));
     }
     if (row.level) {
-        // The lowest 16-bit number says that there is no level.
+        // The lowest 16-bit number means that there is no level.
         bearing.level = static_cast<qint16>(std::max(std::lround(*row.level * 100.0), -32767L));
     }
     bearing.averageCount = 1;
@@ -73,7 +73,7 @@ int ReplayDriver::Initialize(std::string& recording, bool /*simulation*/) {
     if (!InterruptibleInput::IsStream(name)) {
         m_lastError = m_reader.Open(name) ? QString() : m_reader.GetErrorText();
     } else if (m_stream.Open(name)) {
-        m_streamName = name; // its header may be long in coming
+        m_streamName = name; // its header is read later, because it may take long to arrive
         m_lastError.clear();
     } else {
         m_lastError = name + u": cannot be opened: "_s + m_stream.errorString();
@@ -128,14 +128,14 @@ void ReplayDriver::Replay() {
         m_block.clear();
         do {
             m_block.push_back(ToBearing(*row));
-            row = Tell(m_reader.NextIfHere()); // what has come does not wait for what may come
+            row = Tell(m_reader.NextIfHere()); // a block is not delayed by rows that have not arrived
         } while (row && m_block.size() < MAX_BLOCK && BelongTogether(first, *row));
         Deliver(first);
         if (!row) {
             row = Tell(m_reader.Next());
         }
     }
-    // A stream that is stopped before its header line has come reads as an empty one.
+    // A stream that is stopped before its header line has arrived looks like an empty one.
     if (!m_reader.GetErrorText().isEmpty() && !IsStopping()) {
         Report(m_reader.GetErrorText(), true);
     }
@@ -148,7 +148,7 @@ bool ReplayDriver::BeginStream() {
     return m_streamName.isEmpty() || m_reader.Open(m_stream, std::exchange(m_streamName, {}));
 }
 
-/// Tells what reading a row has brought about beside it.
+/// Updates the progress and reports the bad lines that were found while reading a row; returns the row.
 std::optional<RecordedBearing> ReplayDriver::Tell(std::optional<RecordedBearing> row) {
     m_progress = m_reader.GetProgress();
     while (m_reportedLines < m_reader.GetBadLineTexts().size()) {
@@ -180,7 +180,8 @@ bool ReplayDriver::WaitFor(quint64 recordedTime) {
         m_firstTime = recordedTime;
         m_begin = std::chrono::steady_clock::now();
     }
-    constexpr double LONGEST = 1e12; // some thirty years; the clock counts no further than some hundred
+    constexpr double LONGEST =
+        1e12; // ms, some thirty years; the clock would overflow after some hundred years
     const std::chrono::duration<double, std::milli> sinceFirst(
         std::min(static_cast<double>(recordedTime - *m_firstTime) / m_pace, LONGEST));
     const auto due = m_begin + std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceFirst);

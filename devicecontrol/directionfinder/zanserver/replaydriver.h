@@ -20,23 +20,23 @@
 
 namespace ZANServer {
 
-/// A driver whose device is a bearing recording. It is written against the older driver interface, as most
-/// drivers in use are, and stands as the example of one.
+/// A driver whose device is a bearing recording. It uses the older driver interface, as most drivers in use
+/// do, and is the example of such a driver.
 ///
 /// `Initialize` opens the recording that its first argument names: a file, whose header line is read at once,
-/// or a stream, a FIFO or standard input ("-"), which is read line by line as they come. `SetMode` with a
-/// mode other than standby starts a thread that delivers the rows as scan blocks, at the pace of their times,
-/// and ends with `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data make
-/// one block. Lines that are no rows are reported through `reportError`, and the commands that the driver is
-/// given through `SetCommandLog`. What a recording cannot do answers `NOT_SUPPORTED`.
+/// or a stream (a FIFO or standard input, "-"), whose lines are read as they arrive. `SetMode` with a mode
+/// other than standby starts a thread that delivers the rows as scan blocks, at the pace of their times, and
+/// ends with `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data form one
+/// block. Lines that are not valid rows are reported through `reportError`, and the commands that the driver
+/// receives through `SetCommandLog`. Operations that a recording cannot carry out return `NOT_SUPPORTED`.
 class ZANSERVER_EXPORT ReplayDriver final : public KvZANCommon::NullLegacyDriver {
 public:
     static constexpr long OK = 0;
     static constexpr long FAILED = -2;
-    /// The pace that waits for nothing.
+    /// The pace without waiting.
     static constexpr double AS_FAST_AS_POSSIBLE = 0.0;
 
-    /// \param callback told of everything, on the driver's own thread; not owned
+    /// \param callback gets all notifications, in the driver's own thread; not owned
     /// \param pace how many times faster than recorded, above 0; or `AS_FAST_AS_POSSIBLE`
     ReplayDriver(KvZANCommon::ILegacyDriverCallback& callback, double pace);
     ReplayDriver(const ReplayDriver&) = delete;
@@ -45,7 +45,8 @@ public:
 
     /// How much of the recording has been read, 0 to 1. From any thread.
     [[nodiscard]] double GetProgress() const { return m_progress; }
-    /// What could not be read, one text a reason with its count. Once the driver has stopped.
+    /// The lines that could not be read: one text per reason, with the count. Call it after the driver has
+    /// stopped.
     [[nodiscard]] QStringList GetBadLineSummary() const;
 
     int Initialize(std::string& recording, bool simulation) override;
@@ -66,18 +67,18 @@ private:
     void ReportCommand(QString command);
     void Report(const QString& text, bool isFatal);
     bool IsStopping();
-    /// Waits for the moment of a recorded time. False when the driver is being stopped.
+    /// Waits until a recorded time is due. False when the driver is being stopped.
     bool WaitFor(quint64 recordedTime);
     void Deliver(const RecordedBearing& platform);
 
     KvZANCommon::ILegacyDriverCallback& m_callback;
     const double m_pace;
     InterruptibleInput m_stream;
-    QString m_streamName; // empty: the stream has been begun, or there is none
+    QString m_streamName; // empty when reading the stream has begun, or without a stream
     RecordingReader m_reader;
     qsizetype m_reportedLines = 0;
     QString m_lastError;
-    std::vector<Bearing> m_block; // the bearings of the block that is being put together
+    std::vector<Bearing> m_block; // the bearings of the block that is being assembled
     std::atomic<double> m_progress = 0.0;
     std::atomic<long> m_blockCount = 0;
 

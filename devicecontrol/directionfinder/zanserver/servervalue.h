@@ -5,8 +5,8 @@
 
 namespace ZANServer {
 
-/// The server's value of a descriptor, made when it is missing; the descriptor fixes its type. Never null:
-/// throws the `KWException` of `CreateValue`.
+/// The server's value of a descriptor, created when it is missing; T must be the descriptor's type. Never
+/// null: throws the `KWException` of `CreateValue`.
 template <class T>
 T* ServerValue(const ValueDescriptor& descriptor) {
     return ZANPlatform::CreateValue<T>(ZANPath::SERVER.toString(), descriptor, nullptr);

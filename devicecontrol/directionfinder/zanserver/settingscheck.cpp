@@ -53,7 +53,7 @@ constexpr std::array<QStringView, 5> ANTENNA_FLAGS{u"Enabled", u"CompassEnabled"
 constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u"MechOffset",
                                                      u"MinFreq",  u"MaxFreq",  u"CompassValue"};
 
-/// The keys that are read by somebody, apart from those of the setup table. "#" stands for a number.
+/// The keys that are used, apart from those of the setup table. "#" means a number.
 constexpr std::array<QStringView, 12> KNOWN_KEYS{
     u"RS232Output_Enabled", u"RS232Output_Address",    u"FileOutput_Enabled", u"FileOutput_Address",
     u"Output_Interval",     u"MshCentralAddress",      u"MshCentralPort",     u"MshClientName",
@@ -79,7 +79,7 @@ constexpr std::array<QStringView, 15> KNOWN_ANTENNA_KEYS{u"Name",
                                                          u"CompassValue",
                                                          u"ConverterTypeName"};
 
-/// All known keys by their whole paths.
+/// All known keys with their full paths.
 QStringList GetKnownKeys() {
     const QString station = u"ZANStations/ZANStation#/"_s;
     const QString antenna = station + u"SystemConfiguration/Antenna#/"_s;
@@ -99,18 +99,18 @@ QStringList GetKnownKeys() {
     return known;
 }
 
-/// The keys of the application's settings by their whole paths.
+/// The keys of the application's settings with their full paths.
 QStringList ListKeys(const QString& directory) {
     const QString fileName = directory + u"/Application.ini"_s;
     return QFileInfo(fileName).size() > CfgCenter::MAX_FILE_SIZE
-               ? QStringList() // the store has refused it, too
+               ? QStringList() // the store has refused the file, too
                : QSettings(fileName, QSettings::IniFormat).allKeys();
 }
 
 constexpr std::size_t MOST_TOLD = 20;
 constexpr qsizetype LONGEST_SHOWN = 200; // and compared
 
-/// How many characters have to be put in, left out or changed to make one text of another.
+/// How many characters must be inserted, removed or changed to turn one text into the other.
 std::size_t GetDistance(QStringView from, QStringView to) {
     std::vector<std::size_t> row(static_cast<std::size_t>(to.size()) + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
@@ -125,7 +125,7 @@ std::size_t GetDistance(QStringView from, QStringView to) {
     return row.back();
 }
 
-/// The name that is most like a text.
+/// The name that is most similar to a text.
 QString FindNearest(const QString& text, const QStringList& names) {
     const QString compared = text.first(std::min(text.size(), LONGEST_SHOWN));
     return std::ranges::min(names, {}, [&](const QString& name) { return GetDistance(compared, name); });
@@ -136,7 +136,7 @@ QString Shorten(const QString& text) {
     return text.size() > LONGEST_SHOWN ? text.first(LONGEST_SHOWN) + u"..."_s : text;
 }
 
-/// \param allowed in words behind "allowed", such as "is true or false"
+/// \param allowed continues "allowed", such as "is true or false"
 QString Describe(const QString& key, const QString& value, const QString& allowed) {
     return u"the setting \"%1\" is \"%2\"; allowed %3"_s.arg(Shorten(key), Shorten(value), allowed);
 }
@@ -168,7 +168,7 @@ void CheckInteger(const ICfg& cfg, const IntegerSetting& setting, Findings& find
     }
 }
 
-/// \param prefix for the operator, where the keys are
+/// \param prefix where the keys are, for the message
 void CheckFlags(const ICfg& cfg, std::span<const QStringView> keys, const QString& prefix,
                 Findings& findings) {
     static const QStringList flags{u"true"_s, u"false"_s, u"1"_s, u"0"_s};
@@ -183,7 +183,7 @@ void CheckFlags(const ICfg& cfg, std::span<const QStringView> keys, const QStrin
 void CheckAntennas(ICfg& station, Findings& findings) {
     const QString system = u"SystemConfiguration"_s;
     const CfgPtr antennas(station.GetSubCfg(system));
-    for (qint64 i = 0; i < ANTENNA_COUNT.maximum; ++i) { // nobody reads those beyond
+    for (qint64 i = 0; i < ANTENNA_COUNT.maximum; ++i) { // further sections are never read
         const QString name = u"Antenna"_s + QString::number(i);
         const CfgPtr antenna(antennas->GetSubCfg(name));
         const QString prefix = system + u'/' + name + u'/';
@@ -205,7 +205,7 @@ bool IsUnlimited(const T& value) {
     return value.GetMin() == Limits::lowest() && value.GetMax() == Limits::max();
 }
 
-/// What a value takes that does not take any text, in words.
+/// The contents that a value accepts, as a text; empty for any text.
 QString DescribeAllowed(const ValueBase& value) {
     if (const auto* selection = dynamic_cast<const ValueSelection*>(&value)) {
         QStringList items;
@@ -233,7 +233,7 @@ bool Takes(ValueBase& value, const QString& text) {
                      : value.SetStringValue(text, nullptr);
 }
 
-/// Tries the settings of the setup table on values like those that they are for.
+/// Tries the settings of the setup table on values of the types that they are for.
 void CheckSetup(const ICfg& station, Findings& findings) {
     const QString base = u"/SettingsCheck"_s;
     Tree& tree = *Tree::Instance();
@@ -279,7 +279,7 @@ void CheckMethods(const ICfg& station, const QString& key, Findings& findings) {
     }
 }
 
-/// Warns of a station that shall stand where the operator has set it, who has not.
+/// Warns when the position source is Manual and the position has not been set.
 void CheckManualPosition(const ICfg& station, Findings& findings) {
     QStringList missing;
     for (const QString& key : {u"LocationLatitude"_s, u"LocationLongitude"_s}) {
@@ -351,7 +351,7 @@ Findings CheckKeys(const QString& directory) {
             continue;
         }
         QString nearest = FindNearest(pattern, known);
-        // The sections that the key stands in keep their numbers.
+        // The suggested key has the section numbers of the unknown one.
         QRegularExpressionMatchIterator numbers = number.globalMatch(key);
         while (nearest.contains(u'#')) {
             nearest.replace(nearest.indexOf(u'#'), 1, numbers.hasNext() ? numbers.next().captured() : u"0"_s);

@@ -8,19 +8,18 @@
 
 namespace ZANServer {
 
-/// Looks the settings of a station through, without writing any and without a station. Errors are settings
-/// that are no content of their value: numbers outside their range, texts where numbers belong, keys that a
-/// selection does not have. Each tells name, value and what is allowed.
+/// Checks the settings of a station, without writing any and without creating the station. Errors are
+/// settings that their values do not accept: numbers outside their range, texts instead of numbers, keys that
+/// a selection does not have. Each finding has name, value and what is allowed.
 /// \param address of the station's device
 ZANSERVER_EXPORT Findings CheckSettings(const QString& address);
 
-/// Warns of settings that can be used and still do not mean what they seem to: an antenna model, a DF method
-/// or a port of the hub that there is not, and a manual position that is not set.
+/// Warns about settings that are accepted but have no effect: an unknown antenna model or DF method, an
+/// impossible port of the hub, and a manual position that is not set.
 /// \param address of the station's device
 ZANSERVER_EXPORT Findings CheckMeaning(const QString& address);
 
-/// Warns of the keys of the application's settings that nobody reads, with the nearest one that somebody
-/// does.
+/// Warns about keys in the application's settings that are not used, with the most similar one that is.
 /// \param directory of the settings
 ZANSERVER_EXPORT Findings CheckKeys(const QString& directory);
 

@@ -32,20 +32,20 @@ const QString& OutputName() {
     return name;
 }
 
-/// Tenths of a degree of an angle in degrees, without its full circles; 0 for what is no angle.
+/// Converts degrees to tenths of a degree, without full circles; 0 for NaN and infinity.
 int ToTenths(double degrees) {
     return std::isfinite(degrees) ? static_cast<int>(std::lround(std::fmod(degrees, 360.0) * 10.0)) : 0;
 }
 
-/// Tenths of a degree, from 0 to 3599.
+/// The same angle from 0 to 3599, in tenths of a degree.
 int WithinCircle(int tenths) {
     constexpr int FULL_CIRCLE = 3600;
     const int remainder = tenths % FULL_CIRCLE;
     return remainder < 0 ? remainder + FULL_CIRCLE : remainder;
 }
 
-/// What has to be added to the azimuths of a block, in tenths of a degree: the mounting of the antenna that
-/// serves its frequency, where the driver has left that to the application.
+/// The offset to add to the azimuths of a block, in tenths of a degree: the mounting of the antenna that
+/// serves its frequency, if the driver leaves the correction to the application.
 int GetMechOffset(const KvZANCommon::StatusStruct& status) {
     const AntennaData* const antenna =
         status.withoutMechOffset
@@ -70,7 +70,7 @@ BearingResult ToResult(const BearingBlock& block, const Bearing& bearing, int me
     return result;
 }
 
-/// One half of the place that the settings hold, when they hold one that its value takes.
+/// Latitude or longitude from the settings; nothing when it is missing or not valid.
 std::optional<double> GetStoredHalf(const ICfg* station, const QString& key,
                                     const ValueDescriptor& descriptor) {
     auto* const value = ServerValue<ValueNumericDouble>(descriptor);
@@ -109,7 +109,7 @@ Station::Station()
 
     PublishSetup();
 
-    // The filters and their parameters.
+    // Connects the filters with their values.
     m_pitchRollFilter.SetPitchValuePath(ZANPath::Server(g_vdPitch));
     m_pitchRollFilter.SetRollValuePath(ZANPath::Server(g_vdRoll));
     m_pitchRollFilter.SetPitchThresholdValuePath(ZANPath::Server(g_vdPitchThreshold));
@@ -121,7 +121,7 @@ Station::Station()
     m_overheadSynchronizer.emplace(m_overheadParams, ZANPath::SERVER.toString());
 }
 
-/// What is wrong with the settings is warned of, and keeps them from being written.
+/// Warns about errors in the settings; when there are any, the settings are not written.
 void Station::CheckSettings() {
     for (const Finding& finding : ZANServer::CheckSettings(ADDRESS.toString())) {
         m_warnings.append(finding.text);
@@ -138,9 +138,9 @@ void Station::ReadOptions() {
     }
 }
 
-/// Publishes what the operator sets for the device, as the settings keep it. The time of the last
-/// modification is below the device node, where the characteristics observe it, and below the server, where
-/// the setup finds it: both stay equal.
+/// Publishes the operator's setup of the device from the settings. The time of the last modification is below
+/// the device node, where the characteristics observe it, and below the server, where the setup finds it; a
+/// link keeps both equal.
 void Station::PublishSetup() {
     auto* const deviceTime =
         Tree::Instance()->Find<ValueString>(ZANPath::Device(StdDeviceDefinition::g_vdCfgModifyTime));
@@ -156,8 +156,8 @@ void Station::PublishSetup() {
         GetStoredHalf(station.get(), u"LocationLongitude"_s, StdDeviceDefinition::g_vdPosLongitude));
 }
 
-/// Restoring writes the default where there is nothing, and also in the place of a text that is no value:
-/// that one is left for the operator to correct.
+/// `Restore` writes the default for missing keys, but also for texts that are not valid. Those are left for
+/// the operator to correct, so unusable settings are only read.
 void Station::RestoreOverheadParams() {
     if (m_areSettingsUsable) {
         KvZANCommon::OHPParamsPersistency(m_overheadParams).Restore();
@@ -187,9 +187,11 @@ ZANCharacteristics& Station::GetCharacteristics() {
 
 Station::~Station() {
     m_overheadSynchronizer.reset();
-    // Who only asks a station leaves its settings as they are; a new one gets all of them, to be edited.
+    // Without an output the settings are not changed, except for a new station, which gets all of them for
+    // editing.
     if (m_pOutput || m_device->IsFirst()) {
-        // Output and setup write all of their settings. What others changed since they were read stays.
+        // Output and setup write all of their settings; changes by other programs since they were read are
+        // kept.
         const CfgWriteBack writeBack = CfgCenter::GetAppCfg(ICfg::View::Stations).BeginWriteBack();
         ZANInformationCenter::Instance()->GetZANInterfaces().Remove(OutputName());
         m_position.reset();
@@ -216,7 +218,7 @@ void Station::SetOverheadThreshold(double degrees) {
 void Station::Process(BearingBlock& block) {
     PublishPlatform(block);
     const int mechOffset = GetMechOffset(block.status);
-    std::vector<bool> hasSignal; // before the filters take it
+    std::vector<bool> hasSignal; // before the filters set the quality to 0
     hasSignal.reserve(block.bearings.size());
     for (const Bearing& bearing : block.bearings) {
         hasSignal.push_back(bearing.quality > 0);
@@ -231,7 +233,7 @@ void Station::Process(BearingBlock& block) {
             ++m_counts.unusable;
         } else if (!hasSignal[i]) {
             ++m_counts.withoutSignal;
-        } // of the rest, the elevation decides
+        } // the other bearings are counted when they are published
         if (!isMarked) {
             PublishBearing(block, block.bearings[i], mechOffset);
         }
@@ -254,7 +256,7 @@ std::optional<int> Station::GetTrueHeading(const KvZANCommon::StatusStruct& stat
     return WithinCircle(ToTenths(*status.heading) + m_pHeadingOffset->GetValue() + declination);
 }
 
-/// Lets the filters that work on whole blocks mark the bearings. Whether the platform is tilted too far.
+/// Applies the filters that work on whole blocks. Returns whether the platform is tilted too far.
 bool Station::ApplyBlockFilters(BearingBlock& block) {
     const auto count = static_cast<unsigned>(block.bearings.size());
     const bool isTilted = m_pitchRollFilter.IsFilterConditionMet();

@@ -25,58 +25,59 @@ namespace ZANServer {
 
 class ValueLink;
 
-/// What has become of the bearings so far: each of them counts once, so that the five ways out add up to
-/// `bearings`.
+/// What has happened to the bearings so far. Each is counted once in one of the other five counts, which add
+/// up to `bearings`.
 struct StationCounts {
     quint64 bearings = 0;          ///< delivered by the driver
     quint64 rejectedPitchRoll = 0; ///< the platform was tilted beyond its threshold
-    quint64 rejectedOverhead = 0;  ///< the emitter stood too high above the antenna
-    quint64 withoutSignal = 0;     ///< of quality 0 already when they arrived
-    quint64 unusable = 0;  ///< likewise, or usable, but marked: by the connection filter or the driver
-    quint64 published = 0; ///< of a quality above 0, in the tree for all outputs
+    quint64 rejectedOverhead = 0;  ///< the emitter was too high above the antenna
+    quint64 withoutSignal = 0;     ///< had quality 0 when they were delivered
+    quint64 unusable = 0;          ///< marked as unusable by the connection filter or the driver
+    quint64 published = 0;         ///< with quality above 0, published in the tree for all outputs
 };
 
-/// The station: does what an application does with the library, in an application's order.
+/// The station: uses the library as an application does, in the right order.
 ///
-/// It connects to the device, which publishes itself in the tree, reads the device's options and connects the
-/// characteristics to it; restores the parameters from the settings and makes the filters; starts the output;
-/// and then takes block after block from the driver: attitude and position go into the tree, the filters mark
-/// the bearings, and each of them becomes the current bearing, which the output turns into a sentence. What
-/// the operator has set for the device is kept in the settings from run to run, unless the settings cannot be
-/// used as they are (`CheckSettings`): then they stay as they were written, and are warned of. A station
-/// whose output is never started only answers questions: it writes the settings of a new station, and of
-/// another one what is missing of device and overhead pass. Needs the settings
-/// (`CfgCenter::SetConfigDirectory`) before it is made. There is one station in a process.
+/// The constructor publishes the device in the tree, reads its options, connects the characteristics to it,
+/// restores the parameters from the settings and sets the filters up. `StartOutput` creates the output.
+/// `Process` takes each block of the driver: attitude and position go into the tree, the filters mark the
+/// bearings, and each bearing becomes the current one, from which the output makes a sentence. The operator's
+/// setup of the device is kept in the settings from run to run. When the settings contain errors
+/// (`CheckSettings`), the station warns about them and leaves them unchanged. A station without an output
+/// only answers queries: it writes all settings of a new station, and otherwise only missing ones of device
+/// and overhead pass. Set the directory of the settings (`CfgCenter::SetConfigDirectory`) first. There is one
+/// station in a process; it belongs to the main thread.
 class ZANSERVER_EXPORT Station {
 public:
-    /// Address of its device, by which its settings are found.
+    /// The address of the device, by which its settings are found.
     static constexpr QStringView ADDRESS = u"replay";
 
     Station();
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
-    /// Switches the output off, with everything written, and takes the station's branches out of the tree.
+    /// Writes what waits, switches the output off, saves the setup, and removes the station's branches from
+    /// the tree.
     ~Station();
 
-    /// Makes the output as the settings say, which may open its file and its serial line.
-    /// \param fileOfThisRun in place of the file of the settings, which stays there; "-": standard output
+    /// Creates the output with its settings, which may open its file and its serial line. Call it once.
+    /// \param fileOfThisRun replaces the file of the settings for this run; "-": standard output
     void StartOutput(const QString& fileOfThisRun = {});
 
-    /// Platform angles in degrees from which on bearings are rejected.
+    /// Bearings are rejected from these platform angles (degrees) on.
     void SetPitchThreshold(double degrees) { m_pPitchThreshold->SetValue(degrees, nullptr); }
     void SetRollThreshold(double degrees) { m_pRollThreshold->SetValue(degrees, nullptr); }
-    /// Rejects bearings from this elevation on, in degrees. Kept in the settings.
+    /// Rejects bearings from this elevation (degrees) on. Saved in the settings.
     void SetOverheadThreshold(double degrees);
     /// From 1 on, bearings of quality 0 are marked as unusable.
     void SetConnectionSpeed(int speed) { m_pConnectionSpeed->SetValue(speed, nullptr); }
 
     void Process(BearingBlock& block);
 
-    /// What was found wrong when the station was made, in words for the operator.
+    /// The problems that the constructor has found, as texts for the operator.
     [[nodiscard]] const QStringList& GetWarnings() const { return m_warnings; }
 
     [[nodiscard]] const StationCounts& GetCounts() const { return m_counts; }
-    /// Once it has been started.
+    /// The output. Only after `StartOutput`.
     [[nodiscard]] DFDataOutput& GetOutput() const { return *m_pOutput; }
     [[nodiscard]] static QString GetDeviceAddress();
     [[nodiscard]] static ZANCharacteristics& GetCharacteristics();
@@ -108,10 +109,10 @@ private:
     QStringList m_warnings;
     bool m_areSettingsUsable = true;
     std::optional<DeviceConnection> m_device;
-    std::unique_ptr<ValueLink> m_modifyTimes; // of server and device
+    std::unique_ptr<ValueLink> m_modifyTimes; // links that of the server and that of the device
     ZANSetupData m_setup;
     std::optional<StationPosition> m_position;
-    DFDataOutput* m_pOutput = nullptr; // owned through the list of outputs
+    DFDataOutput* m_pOutput = nullptr; // the list of outputs deletes it
     KvZANCommon::PitchRollFilter m_pitchRollFilter;
     KvZANCommon::ConnectionSpeedFilter m_connectionSpeedFilter;
     KvZANCommon::OverheadPassParams m_overheadParams;

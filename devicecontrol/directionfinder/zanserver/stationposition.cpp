@@ -15,7 +15,7 @@ bool Accepts(const ValueNumericDouble& value, const std::optional<double>& numbe
     return number && *number >= value.GetMin() && *number <= value.GetMax();
 }
 
-/// Leaves what was set in a value; without, the tree loses the value.
+/// Writes what was set back into a value; if nothing was set, removes the value from the tree.
 void Leave(ValueNumericDouble* value, const std::optional<double>& set, IObserver* originator) {
     if (set) {
         Publish(*value, set, originator);

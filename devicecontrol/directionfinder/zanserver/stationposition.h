@@ -11,30 +11,30 @@
 
 namespace ZANServer {
 
-/// Where the station is. Latitude and longitude of the tree carry two things: the place that the operator has
-/// set, which the settings keep, and the place that is measured.
+/// The position of the station. Latitude and longitude in the tree are used for two things: the position that
+/// the operator has set, which is kept in the settings, and the measured position.
 ///
-/// While the position source is Manual they hold the place that was set; no measurement touches them, and the
-/// time of the position is not measured. With any other source they hold what is measured, with its time, or
-/// all three say that nothing is. The place that was set waits meanwhile and is back when Manual is chosen.
-/// Half a position is none: while latitude or longitude was never set, the place that was set is not
-/// measured, either.
+/// While the position source is Manual they hold the set position; measurements do not change them, and the
+/// time of the position is marked as not measured. With any other source they hold the measured position,
+/// with its time, or all three are marked as not measured. The set position is kept and restored when Manual
+/// is chosen again. Until both latitude and longitude have been set, the set position is marked as not
+/// measured as well.
 ///
-/// What somebody else writes into latitude or longitude, whatever the source, sets it. What stands there
-/// already is no news: who sets that calls it valid, too (`ValueBase::SetState`).
+/// Any other writer of latitude or longitude sets the position, whatever the source is. Writing the content
+/// that a value has already is not a change: such writers also call `ValueBase::SetState` to make it valid.
 ///
-/// Works on the values below "/ZANServer", which outlive it, on the thread of the tree.
+/// Uses the values below "/ZANServer", which must outlive it. Belongs to the thread of the tree.
 class ZANSERVER_EXPORT StationPosition final : public IObserver {
 public:
     static constexpr long SOURCE_MANUAL = 2; ///< key of the position source
 
-    /// Nothing is measured yet.
-    /// \param latitude, longitude the place that was set, in degrees, as far as it was
+    /// At first nothing is measured.
+    /// \param latitude, longitude the set position in degrees, or what of it is known
     StationPosition(const std::optional<double>& latitude, const std::optional<double>& longitude);
     StationPosition(const StationPosition&) = delete;
     StationPosition& operator=(const StationPosition&) = delete;
-    /// Leaves the place that was set in the tree, from where the settings take it. What of it was never set
-    /// goes from the tree, so that the settings do not get it.
+    /// Writes the set position into the tree, from where it is saved to the settings. What was never set is
+    /// removed from the tree, so that it is not saved.
     ~StationPosition() override;
 
     /// Takes a measurement: degrees, north and east positive, and milliseconds since 1970-01-01 00:00:00 UTC.

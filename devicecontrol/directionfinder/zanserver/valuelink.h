@@ -5,9 +5,8 @@
 
 namespace ZANServer {
 
-/// Keeps two values of one type equal: what is set in one of them is set in the other, and goes no further.
-/// For a value that stands in two places of the tree. The values outlive it; belongs to the thread of the
-/// tree.
+/// Keeps two values of one type equal: what is set in one of them is copied to the other. For a value that is
+/// needed at two paths of the tree. The values must outlive the link; belongs to the thread of the tree.
 class ValueLink final : public IObserver {
 public:
     ValueLink(ValueBase& first, ValueBase& second);
