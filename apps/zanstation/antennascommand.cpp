@@ -264,11 +264,11 @@ int Antennas(const QStringList& arguments) {
     }
     const auto* const action = FindAction(line.Positional().value(0));
     if (!action || line.Positional().size() != 1 + action->argumentCount) {
-        return CommandLine::Refuse(u"what shall be done? "_s + actions);
+        return CommandLine::Refuse(u"name one of these actions: "_s + actions);
     }
     const bool isDryRun = line.IsSet(u"dry-run"_s);
     if (isDryRun && action->name != u"repair") {
-        return CommandLine::Refuse(u"--dry-run goes with repair"_s);
+        return CommandLine::Refuse(u"--dry-run is only for repair"_s);
     }
     return line.WithStation(
         [&line, isDryRun] { return CarryOut(line.Positional(), isDryRun, line.AsJson()); });

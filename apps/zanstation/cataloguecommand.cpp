@@ -292,7 +292,7 @@ int Catalogue(const QStringList& arguments) {
         return *exitCode;
     }
     if (line.Positional().size() != 1 || !Print(line.Positional().constFirst(), line.AsJson())) {
-        return CommandLine::Refuse(u"which table? "_s + tables);
+        return CommandLine::Refuse(u"name one of these tables: "_s + tables);
     }
     return EXIT_OK;
 }

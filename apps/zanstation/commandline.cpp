@@ -32,13 +32,13 @@ CommandLine::CommandLine(const QString& command, const QString& description,
     , m_takesArguments(!positional.isEmpty()) {
     m_parser.setApplicationDescription(description);
     m_parser.addOptions(options);
-    m_parser.addOption({{u"h"_s, u"help"_s}, u"Tells the options of this command."_s});
+    m_parser.addOption({{u"h"_s, u"help"_s}, u"Prints the options of this command."_s});
     m_parser.addOption({u"config"_s, u"Directory of the settings."_s, u"DIR"_s});
     m_parser.addOption(
-        {u"quiet"_s, u"Tells errors only: no warnings, no progress, and no summary of what was done."_s});
+        {u"quiet"_s, u"Prints errors only: no warnings, no progress, and no summary of what was done."_s});
     m_parser.addOption({u"option"_s,
                         u"Application option, NAME or NAME=VALUE. Progress=true shows the progress bar even "
-                        "where nobody watches, Trace=true the whole trace."_s,
+                        "when standard error is not a terminal, Trace=true the whole trace."_s,
                         u"NAME"_s});
 }
 
@@ -57,7 +57,7 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
         return EXIT_OK;
     }
     if (!m_takesArguments && !Positional().isEmpty()) {
-        return Refuse(u"what is %1 for?"_s.arg(Quote(Positional().constFirst())));
+        return Refuse(u"unexpected argument %1"_s.arg(Quote(Positional().constFirst())));
     }
     if (m_parser.isSet(u"quiet"_s)) {
         Console::BeQuiet();
@@ -68,7 +68,7 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
                                      {u"recording"_s, u"file"_s},
                                      {u"out"_s, u"file"_s}}) {
         if (m_parser.optionNames().contains(name) && m_parser.value(name).isEmpty()) {
-            return Refuse(u"--%1 names no %2"_s.arg(name, kind));
+            return Refuse(u"--%1 needs the name of a %2"_s.arg(name, kind));
         }
     }
     for (const QString& option : m_parser.values(u"option"_s)) {

@@ -51,13 +51,13 @@ QString DescribeProblem(const ZANCharacteristics& characteristics, const Antenna
     const QString& converter = antenna.converterTypeName;
     switch (support.reason) {
     case EReason::UNKNOWN_CONVERTER:
-        return u"there is no converter '%1'"_s.arg(converter);
+        return u"unknown converter '%1'"_s.arg(converter);
     case EReason::CONVERTER:
     case EReason::DEVICE_TYPE:
     case EReason::OPERATION_MODE:
         return u"the device has no sample mode for the converter "_s + converter;
     case EReason::FREQUENCY_RANGE:
-        return u"no sample mode of the converter %1 holds the range %2"_s.arg(
+        return u"no sample mode of the converter %1 covers the range %2"_s.arg(
             converter, FrequencyText::FormatRange(antenna.minRange, antenna.maxRange));
     case EReason::OPTION_EXCLUDES:
         return u"excluded by the option "_s + OptionNames(support.options);

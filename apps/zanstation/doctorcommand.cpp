@@ -150,9 +150,9 @@ int GetExitCode(const std::vector<NamedFinding>& findings) {
 namespace Commands {
 
 int Doctor(const QStringList& arguments) {
-    CommandLine line(u"doctor"_s, u"Tells what works on this machine. Fails when something is broken."_s,
+    CommandLine line(u"doctor"_s, u"Checks what works on this machine. Fails when something is broken."_s,
                      {CommandLine::ComponentsOption(),
-                      {u"recording"_s, u"Looks into this recording, too."_s, u"FILE"_s},
+                      {u"recording"_s, u"Checks this recording, too."_s, u"FILE"_s},
                       CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
@@ -160,8 +160,8 @@ int Doctor(const QStringList& arguments) {
     const std::optional<QString> recording = line.Text(u"recording"_s);
     if (recording && InterruptibleInput::IsStream(*recording)) {
         return CommandLine::Refuse(
-            u"--recording takes a file here, not a stream, whose bearings would be gone then: '%1'"_s.arg(
-                *recording));
+            u"--recording takes a file here, not a stream, because reading it would use up its bearings: "_s +
+            CommandLine::Quote(*recording));
     }
     line.TakeComponentDirectory();
     return line.WithStation([&] {

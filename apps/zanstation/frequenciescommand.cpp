@@ -64,13 +64,14 @@ void WarnOfRepeatedNumbers(const std::vector<NamedChannel>& channels) {
     QStringList repeated;
     for (const auto& [number, count] : rows) {
         if (count > 1) {
-            repeated.append(u"%1 in %2"_s.arg(QString::number(number), Plural(count, u"row"_s)));
+            repeated.append(u"number %1 in %2"_s.arg(QString::number(number), Plural(count, u"row"_s)));
         }
     }
     if (!repeated.isEmpty()) {
         const QString further = repeated.size() > MOST_NAMED ? u", ..."_s : QString();
-        Console::Warn(u"%1 in several rows, which are all imported: "_s.arg(
-                          Plural(static_cast<quint64>(repeated.size()), u"channel number"_s)) +
+        const QString isOrAre = repeated.size() == 1 ? u"is"_s : u"are"_s;
+        Console::Warn(u"%1 %2 in several rows, which are all imported: "_s.arg(
+                          Plural(static_cast<quint64>(repeated.size()), u"channel number"_s), isOrAre) +
                       repeated.first(std::min(repeated.size(), MOST_NAMED)).join(u", "_s) + further);
     }
 }
@@ -87,7 +88,7 @@ int Import(const QString& fileName, ChannelReader& reader) {
         Console::Warn(row);
     }
     if (channels.empty()) {
-        Console::Error(fileName + u": no row can be used; the list stays as it was"_s);
+        Console::Error(fileName + u": no row can be used; the list is not changed"_s);
         return EXIT_FAILED;
     }
     WarnOfRepeatedNumbers(channels);
@@ -104,7 +105,7 @@ int Import(const QString& fileName, ChannelReader& reader) {
 }
 
 /// Prints what was imported, and the rows that were left out.
-void TellImported(const ChannelReader& reader, bool asJson) {
+void PrintImported(const ChannelReader& reader, bool asJson) {
     const std::size_t count = reader.GetChannels().size();
     if (asJson) {
         Console::PrintJson(
@@ -186,8 +187,8 @@ int Frequencies(const QStringList& arguments) {
     const QString actions = u"import FILE|list"_s;
     CommandLine line(
         u"frequencies"_s,
-        u"Imports the traffic-control frequencies from a CSV file with a frequency column and, where it is "
-        "there, a name column, or lists them."_s,
+        u"Imports the traffic-control frequencies from a CSV file with a frequency column and, optionally, "
+        "a name column, or lists them."_s,
         {CommandLine::JsonOption()}, actions);
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
@@ -195,19 +196,19 @@ int Frequencies(const QStringList& arguments) {
     const QStringList words = line.Positional();
     if (words.value(0) == u"import" && words.size() == 2) {
         if (words.at(1).isEmpty()) {
-            return CommandLine::Refuse(u"import names no file"_s);
+            return CommandLine::Refuse(u"import needs the name of a file"_s);
         }
         ChannelReader reader;
         const int exitCode = line.WithStation([&] { return Import(words.at(1), reader); });
         if (exitCode == EXIT_OK) { // so it has been saved
-            TellImported(reader, line.AsJson());
+            PrintImported(reader, line.AsJson());
         }
         return exitCode;
     }
     if (words == QStringList{u"list"_s}) {
         return line.WithStation([&line] { return List(line.AsJson()); });
     }
-    return CommandLine::Refuse(u"what shall be done? "_s + actions);
+    return CommandLine::Refuse(u"name one of these actions: "_s + actions);
 }
 
 } // namespace Commands

@@ -64,7 +64,7 @@ int Hub(const QStringList& arguments) {
     }
     const QString role = line.Positional().value(0);
     if (line.Positional().size() != 1 || (role != u"receive" && role != u"send")) {
-        return CommandLine::Refuse(u"in which role? "_s + roles);
+        return CommandLine::Refuse(u"name one of these roles: "_s + roles);
     }
     line.TakeComponentDirectory();
     return line.WithStation(

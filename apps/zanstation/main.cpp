@@ -35,7 +35,7 @@ using namespace Qt::StringLiterals;
     ROW(Simulate, u"simulate", u"writes the recording of an emitter that passes the station") \
     ROW(Frequencies, u"frequencies", u"imports and lists the traffic-control frequencies") \
     ROW(Hub, u"hub", u"joins the message hub as a receiver or a sender") \
-    ROW(Doctor, u"doctor", u"tells what works on this machine") \
+    ROW(Doctor, u"doctor", u"checks what works on this machine") \
     ROW(PrintTree, u"tree", u"prints the value tree after start-up")
 // clang-format on
 
@@ -70,8 +70,8 @@ QString GetUsage() {
         usage += u"  "_s + command.name.toString().leftJustified(13) + command.summary.toString() + u'\n';
     }
     return usage + u"\n"
-                   "zanstation help COMMAND (or COMMAND --help) tells the options of a command.\n"
-                   "zanstation --version tells the version.\n"_s;
+                   "zanstation help COMMAND (or COMMAND --help) prints the options of a command.\n"
+                   "zanstation --version prints the version.\n"_s;
 }
 
 /// Turns "help COMMAND" into "COMMAND --help", and "help" into the program's own help. Nothing for other
@@ -110,7 +110,7 @@ int Work(QStringList arguments) {
         return found->run(QStringList(u"zanstation "_s + command) + arguments.mid(1));
     }
     if (!command.isEmpty()) {
-        Console::Error(u"no command "_s + CommandLine::Quote(command));
+        Console::Error(u"unknown command "_s + CommandLine::Quote(command));
         StandardError::Write("\n");
     }
     StandardError::Write(GetUsage().toStdString());
@@ -178,7 +178,7 @@ int main(int argc, char** argv) {
     std::setlocale(LC_MESSAGES, "C");
 
     if (!AreArgumentsText(argc, argv)) {
-        Console::Error(u"an argument is no UTF-8 text"_s);
+        Console::Error(u"an argument is not UTF-8 text"_s);
         return Finish(EXIT_USAGE);
     }
     return Finish(Work(QCoreApplication::arguments().mid(1)));

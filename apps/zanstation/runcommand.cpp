@@ -156,7 +156,7 @@ bool RunCommand::CanBegin(const RunOptions& options) {
     for (const QString& file : FindOwnFiles(options.configDirectory)) {
         if (!output.isEmpty() && DFDataOutput::TouchesFile(output, file)) {
             Console::Error(
-                u"the output %1 would overwrite %2, which is the station's own"_s.arg(output, file));
+                u"the output %1 would overwrite %2, which belongs to the station"_s.arg(output, file));
             canBegin = false;
         }
     }
@@ -315,7 +315,7 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
             return u"all outputs are off"_s;
         }
         if (output.fileDropped + output.serialDropped > 0) {
-            return u"no output has taken one"_s;
+            return u"no output has accepted one"_s;
         }
         if (output.inStandby > 0) {
             return u"the operation mode is Standby"_s;
@@ -423,8 +423,8 @@ namespace Commands {
 int Run(const QStringList& arguments) {
     CommandLine line(
         u"run"_s,
-        u"Replays a recording through driver, adapter, filters and outputs. What is not given here stays as "
-        "it is in the settings; what is given for outputs and thresholds is kept there."_s,
+        u"Replays a recording through driver, adapter, filters and outputs. Options that are not given are "
+        "taken from the settings; those for outputs and thresholds are saved there."_s,
         {{u"recording"_s, u"Recording to replay (default: a simulated one); \"-\" is standard input."_s,
           u"FILE"_s},
          {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
@@ -436,7 +436,7 @@ int Run(const QStringList& arguments) {
          {u"serial"_s,
           u"Serial line for the sentences, such as /dev/ttyUSB0:9600,n,8,1; \"\" switches it off."_s,
           u"ADDRESS"_s},
-         {u"interval"_s, u"Milliseconds from sentence to sentence; 0: one with each bearing."_s, u"MS"_s},
+         {u"interval"_s, u"Milliseconds between sentences; 0: one with each bearing."_s, u"MS"_s},
          {u"pitch-threshold"_s, u"Rejects bearings from this pitch on, in degrees."_s, u"DEG"_s},
          {u"roll-threshold"_s, u"Rejects bearings from this roll on, in degrees."_s, u"DEG"_s},
          {u"overhead-threshold"_s, u"Rejects bearings from this elevation on, in degrees."_s, u"DEG"_s},

@@ -35,11 +35,11 @@ namespace Commands {
 
 int Simulate(const QStringList& arguments) {
     CommandLine line(
-        u"simulate"_s, u"Writes the recording of an emitter that passes the station: one row a second."_s,
-        {{u"seed"_s, u"Number that the noise is drawn from."_s, u"N"_s},
+        u"simulate"_s, u"Writes the recording of an emitter that passes the station: one row per second."_s,
+        {{u"seed"_s, u"Seed of the random noise."_s, u"N"_s},
          {u"rows"_s, u"Number of rows (default: %1)."_s.arg(PassSimulator::DEFAULT_ROW_COUNT), u"N"_s},
          {u"out"_s, u"File to write."_s, u"FILE"_s},
-         {u"force"_s, u"Overwrites a file that is there."_s}});
+         {u"force"_s, u"Overwrites an existing file."_s}});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
@@ -52,10 +52,10 @@ int Simulate(const QStringList& arguments) {
     }
     const std::optional<QString> fileName = line.Text(u"out"_s);
     if (!fileName) {
-        return CommandLine::Refuse(u"--out is missing: where shall the recording go?"_s);
+        return CommandLine::Refuse(u"--out is missing: name the file for the recording"_s);
     }
     if (!line.IsSet(u"force"_s) && QFileInfo(*fileName).isFile()) {
-        Console::Error(*fileName + u" is there already; --force overwrites it"_s);
+        Console::Error(*fileName + u" exists already; --force overwrites it"_s);
         return EXIT_FAILED;
     }
     return WriteSimulation(static_cast<quint64>(*seed), static_cast<quint64>(*rows), *fileName) ? EXIT_OK

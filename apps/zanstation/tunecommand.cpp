@@ -118,7 +118,7 @@ void FindReception(const ZANCharacteristics& characteristics, Tuning& tuning, do
     tuning.realtimeBandwidths = characteristics.GetRealtimeBandwidths(mode, tuning.start, tuning.stop);
     if (tuning.sampleMode == SAMPLEMODE_END) {
         tuning.problem =
-            u"there are the realtime bandwidths "_s + FormatBandwidths(tuning.realtimeBandwidths);
+            u"the possible realtime bandwidths are "_s + FormatBandwidths(tuning.realtimeBandwidths);
         return;
     }
     // A wanted realtime bandwidth must be met exactly.
@@ -144,8 +144,8 @@ Tuning TuneFrequency(ZANCharacteristics& characteristics, const TuneRequest& req
     const QString what = u"frequency"_s;
     AddChange(tuning, what, adjustment.intoLimits, DescribeLimits(adjustment.limits));
     AddChange(tuning, what, adjustment.intoRange,
-              u"the band of %1 shall lie in the range of %2"_s.arg(Format(adjustment.bandwidth),
-                                                                   adjustment.antenna->name));
+              u"the band of %1 must lie in the range of %2"_s.arg(Format(adjustment.bandwidth),
+                                                                  adjustment.antenna->name));
     tuning.isValid = true;
     tuning.start = tuning.stop = adjustment.frequency;
     tuning.antenna = adjustment.antenna;
@@ -160,7 +160,7 @@ Tuning TuneRange(ZANCharacteristics& characteristics, const TuneRequest& request
     Tuning tuning(request);
     if (!adjustment.IsServed()) {
         tuning.problem =
-            u"no antenna with a sample mode holds the whole range; "_s + DescribeLimits(adjustment.limits);
+            u"no antenna with a sample mode covers the whole range; "_s + DescribeLimits(adjustment.limits);
         return tuning;
     }
     const QString what = u"range"_s;
@@ -308,17 +308,18 @@ namespace Commands {
 int Tune(const QStringList& arguments) {
     CommandLine line(
         u"tune"_s,
-        u"Moves a frequency, or a range from --start to --stop, to the nearest valid one, and tells what was "
+        u"Moves a frequency, or a range from --start to --stop, to the nearest valid one, and prints what "
+        u"was "
         "changed and why, and what receives it. Frequencies: 145.5M, 145.5 MHz, 300k, 1e6."_s,
         {{u"mode"_s, u"The operation mode, also as a number from 0 to 14."_s,
           u"ffm|wideband|scan|search|tdma|N"_s, u"ffm"_s},
-         {u"frequency"_s, u"The frequency wanted."_s, u"F"_s},
+         {u"frequency"_s, u"The wanted frequency."_s, u"F"_s},
          {u"bandwidth"_s,
-          u"Band around it that the antenna must hold in wideband mode (default: the realtime bandwidth)."_s,
+          u"Band around it that the antenna must cover in wideband mode (default: the realtime bandwidth)."_s,
           u"B"_s},
-         {u"start"_s, u"Start of the range wanted."_s, u"F"_s},
-         {u"stop"_s, u"Stop of the range wanted."_s, u"F"_s},
-         {u"adjust"_s, u"Where a range that straddles two antennas goes: down, up, or none."_s,
+         {u"start"_s, u"Start of the wanted range."_s, u"F"_s},
+         {u"stop"_s, u"Stop of the wanted range."_s, u"F"_s},
+         {u"adjust"_s, u"How a range that straddles two antennas is moved: down, up, or none."_s,
           u"down|up|none"_s, u"down"_s},
          CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {

@@ -110,7 +110,7 @@ std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) 
 
     QList<QStringView> parts = colon < 0 ? QList<QStringView>() : whole.sliced(colon + 1).split(u',');
     if (parts.size() > MAX_PARTS) {
-        reason = u"there is something behind the stop bits"_s;
+        reason = u"there is text after the stop bits"_s;
         return std::nullopt;
     }
     parts.resize(MAX_PARTS);
@@ -119,13 +119,13 @@ std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) 
     if (!parts[0].isEmpty()) {
         const std::optional<qint32> baudRate = ParseNumber(parts[0], std::numeric_limits<qint32>::max());
         if (!baudRate) {
-            reason = u"the baud rate is no positive number"_s;
+            reason = u"the baud rate is not a positive number"_s;
             return std::nullopt;
         }
         address.baudRate = *baudRate;
     }
     if (!ParsePart(parts[1], PARITIES, address.parity)) {
-        reason = u"the parity is none of n, e, o, m, s"_s;
+        reason = u"the parity is not one of n, e, o, m, s"_s;
         return std::nullopt;
     }
     if (!ParsePart(parts[2], DATA_BITS, address.dataBits)) {
@@ -133,13 +133,13 @@ std::optional<SerialAddress> ParseAddress(const QString& text, QString& reason) 
         return std::nullopt;
     }
     if (!ParsePart(parts[3], STOP_BITS, address.stopBits)) {
-        reason = u"the stop bits are none of 1, 1.5, 2"_s;
+        reason = u"the stop bits are not one of 1, 1.5, 2"_s;
         return std::nullopt;
     }
     // The hardware sends 1.5 stop bits instead of 2 when a character has 5 bits.
     const bool hasFiveBits = address.dataBits == QSerialPort::Data5;
     if (address.stopBits == (hasFiveBits ? QSerialPort::TwoStop : QSerialPort::OneAndHalfStop)) {
-        reason = u"the stop bits cannot be had with these data bits: 1.5 needs 5, and 2 needs 6 to 8"_s;
+        reason = u"the stop bits do not fit the data bits: 1.5 needs 5, and 2 needs 6 to 8"_s;
         return std::nullopt;
     }
     return address;
@@ -199,7 +199,7 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     }
     const quint32 rate = GetBaudRate(port.handle());
     if (rate != 0 && !IsNear(rate, serial->baudRate)) {
-        return refuse(serial->port + u": it runs at %1 baud, and not at %2"_s.arg(rate).arg(serial->baudRate),
+        return refuse(serial->port + u": it runs at %1 baud, not at %2"_s.arg(rate).arg(serial->baudRate),
                       __LINE__);
     }
     return pInterface.release();

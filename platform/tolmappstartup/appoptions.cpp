@@ -33,7 +33,7 @@ bool AppOptions::GetBoolean(const QString& name, bool defaultValue) {
         TraceInformation(
             [&] {
                 return u"The application option \""_s + name + u"\" is \""_s + *option +
-                       u"\", which is no boolean; the default is used."_s;
+                       u"\", which is not a boolean; the default is used."_s;
             },
             u"tolmappstartup\\appoptions"_s, __LINE__);
     }

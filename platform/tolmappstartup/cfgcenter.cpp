@@ -102,7 +102,7 @@ qint64 Cfg::GetInt(const QString& key, qint64 defaultValue) const {
     bool isNumber = false;
     const qint64 number = text ? text->toLongLong(&isNumber) : defaultValue;
     if (text && !isNumber) {
-        m_pFile->ReportUnreadable(wholeKey, u"integer"_s);
+        m_pFile->ReportUnreadable(wholeKey, u"an integer"_s);
     }
     const qint64 value = isNumber ? number : defaultValue;
     m_pFile->SetKnown(wholeKey, TextOf(value));
@@ -114,7 +114,7 @@ bool Cfg::GetBool(const QString& key, bool defaultValue) const {
     const QString* const text = m_pFile->Find(wholeKey);
     const std::optional<bool> stored = text ? ParseBoolean(*text) : std::nullopt;
     if (text && !stored) {
-        m_pFile->ReportUnreadable(wholeKey, u"boolean"_s);
+        m_pFile->ReportUnreadable(wholeKey, u"a boolean"_s);
     }
     const bool value = stored.value_or(defaultValue);
     m_pFile->SetKnown(wholeKey, TextOf(value));
@@ -172,13 +172,13 @@ bool CfgCenter::SetConfigDirectory(const QString& directory) {
     QString reason;
     const QString path = directory.contains(QChar::Null) ? QString() : QDir(directory).absolutePath();
     if (directory.isEmpty() || path.isEmpty()) {
-        reason = u"that is no name of a directory"_s;
+        reason = u"that is not the name of a directory"_s;
     } else if (!QDir().mkpath(path)) {
-        reason = QFileInfo::exists(path) ? u"there is a file of that name"_s
-                                         : u"it is not there and cannot be made"_s;
+        reason = QFileInfo::exists(path) ? u"a file has that name"_s
+                                         : u"it does not exist and cannot be created"_s;
     }
     if (!reason.isEmpty()) {
-        Report(u"The configuration directory \""_s + directory + u"\" cannot be had: "_s + reason + u'.',
+        Report(u"The configuration directory \""_s + directory + u"\" cannot be opened: "_s + reason + u'.',
                __LINE__);
         return false;
     }

@@ -50,7 +50,7 @@ QString FindOtherWriterOfDirectories(const QString& canonicalDirectory) {
         if (directory != canonicalDirectory && (status.st_mode & S_ISVTX) != 0) {
             status.st_mode &= ~mode_t{S_IWGRP | S_IWOTH};
         }
-        return S_ISDIR(status.st_mode) ? FindOtherWriter(status) : u"is none"_s;
+        return S_ISDIR(status.st_mode) ? FindOtherWriter(status) : u"is not a directory"_s;
     };
     QString fault = examine();
     for (const QString& part : canonicalDirectory.split(u'/', Qt::SkipEmptyParts)) {
@@ -102,7 +102,7 @@ bool IsTruncated(QFile& file) {
 /// Loads a library and writes the results to a pipe: one line for the initialisers, one for the version
 /// function, each with the reason not to use the library, or empty. Never returns; runs none of the handlers
 /// that the parent process has registered for its end.
-[[noreturn]] void LoadAndTell(const QString& path, int pipe) {
+[[noreturn]] void LoadAndReport(const QString& path, int pipe) {
     const rlimit noCore{0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
     // What the library prints is shown when it is really loaded.
@@ -185,16 +185,16 @@ QString FindFault(const QString& place, const QString& canonicalPath) {
 QString FindFaultInTrial(const QString& canonicalPath) {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-        return u"it cannot be tried ("_s + QString::fromLocal8Bit(std::strerror(errno)) + u')';
+        return u"it cannot be tested ("_s + QString::fromLocal8Bit(std::strerror(errno)) + u')';
     }
     const pid_t child = fork();
     if (child == 0) {
-        LoadAndTell(canonicalPath, ends[1]);
+        LoadAndReport(canonicalPath, ends[1]);
     }
     close(ends[1]);
     QString reason;
     if (child < 0) {
-        reason = u"it cannot be tried ("_s + QString::fromLocal8Bit(std::strerror(errno)) + u')';
+        reason = u"it cannot be tested ("_s + QString::fromLocal8Bit(std::strerror(errno)) + u')';
     } else {
         bool isInTime = false;
         const QByteArray lines = WaitForLines(child, ends[0], isInTime);
@@ -203,7 +203,7 @@ QString FindFaultInTrial(const QString& canonicalPath) {
             reason = QString::fromUtf8(reasons.at(reasons.size() > 2 ? 1 : 0));
         } else {
             reason = (reasons.size() == 1 ? u"its initialiser "_s : u"its version function "_s) +
-                     (isInTime ? u"ends the process"_s : u"does not come to an end"_s);
+                     (isInTime ? u"ends the process"_s : u"does not end"_s);
         }
     }
     close(ends[0]);
@@ -219,7 +219,7 @@ QString Load(QLibrary& library) {
         _exit(0); // an initialiser has forked: this is the child, which must not go on
     }
     return isLoaded ? QString()
-                    : u"it is no shared object that can be loaded here ("_s + library.errorString() + u')';
+                    : u"it is not a shared object that can be loaded here ("_s + library.errorString() + u')';
 }
 
 QString FindFaultOfVersion(QLibrary& library) {
@@ -227,15 +227,15 @@ QString FindFaultOfVersion(QLibrary& library) {
     const auto getVersion =
         reinterpret_cast<InterfaceVersionFunction>(library.resolve("ZanComponentInterfaceVersion"));
     if (!getVersion || !library.resolve("ZanCreateComponent")) {
-        return u"it is no component: it does not export ZanComponentInterfaceVersion and "
+        return u"it is not a component: it does not export ZanComponentInterfaceVersion and "
                "ZanCreateComponent"_s;
     }
     try {
         const quint32 version = getVersion();
         return version == IDllInstance::INTERFACE_VERSION
                    ? QString()
-                   : u"it has the interface version "_s + QString::number(version) + u", and "_s +
-                         QString::number(IDllInstance::INTERFACE_VERSION) + u" is wanted"_s;
+                   : u"it has interface version "_s + QString::number(version) + u", but version "_s +
+                         QString::number(IDllInstance::INTERFACE_VERSION) + u" is needed"_s;
     } catch (const std::exception& exception) {
         return u"it threw an exception: "_s + QString::fromLocal8Bit(exception.what());
     } catch (...) {

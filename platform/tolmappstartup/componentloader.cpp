@@ -66,7 +66,7 @@ std::shared_ptr<QLibrary> ComponentLoader::GetLibrary(const QString& path) const
 bool ComponentLoader::SetDirectory(const QString& directory) {
     m_directory.clear();
     if (!QDir::isAbsolutePath(directory)) {
-        Report(u"The component directory \""_s + directory + u"\" is no absolute path."_s, __LINE__);
+        Report(u"The component directory \""_s + directory + u"\" is not an absolute path."_s, __LINE__);
         return false;
     }
     m_directory = QDir::cleanPath(directory);
@@ -115,7 +115,7 @@ void ComponentLoader::Destroy(IDllInstance* instance) {
     const std::shared_ptr<QLibrary> pLibrary = m_libraryOfInstance.take(instance);
     if (!pLibrary) {
         Report(
-            u"A component instance cannot be destroyed: it is none that was created, or is gone already."_s,
+            u"A component instance cannot be destroyed: it was not created here, or has already been destroyed."_s,
             __LINE__);
         return;
     }

@@ -98,7 +98,7 @@ Content ReadFile(const QString& path) {
     struct stat status {};
     if (!file.open(handle, QFile::ReadOnly, QFile::AutoCloseHandle) || fstat(handle, &status) != 0 ||
         !S_ISREG(status.st_mode)) {
-        return {{}, u"it is no regular file"_s};
+        return {{}, u"it is not a regular file"_s};
     }
     // It may grow while it is read.
     const QByteArray bytes = file.read(CfgCenter::MAX_FILE_SIZE + 1);
@@ -245,8 +245,7 @@ QStringList SettingsFile::GetNames(const QString& prefix, bool areSections) cons
 
 void SettingsFile::SetText(const QString& key, const QString& text) {
     if (!IsSettingsKey(key)) {
-        ReportHere(u"The setting \""_s + key + u"\" cannot be stored: that is no key for a settings file."_s,
-                   __LINE__);
+        ReportHere(u"The setting \""_s + key + u"\" cannot be stored: that is not a valid key."_s, __LINE__);
         return;
     }
     if (m_path.isEmpty() && m_pending.isEmpty()) {
@@ -275,7 +274,7 @@ void SettingsFile::ReportUnreadable(const QString& key, const QString& wanted) {
     m_unreadable.insert(key, text);
     m_isCopyDue = true;
     ReportHere(u"The settings file "_s + m_path + u" holds \""_s + text.left(MAX_TEXT_SHOWN) +
-                   u"\" under the key \""_s + key + u"\", which is no "_s + wanted +
+                   u"\" under the key \""_s + key + u"\", which is not "_s + wanted +
                    u"; the default is used."_s,
                __LINE__);
 }
@@ -482,7 +481,7 @@ void SettingsFile::ReportWhatGaveWay() {
     }
     if (!keys.isEmpty()) {
         ReportHere(u"Another program was writing the settings file "_s + m_path +
-                       u" when it was read; what it wrote stays: "_s +
+                       u" when it was read; its values are kept for "_s +
                        keys.first(std::min(keys.size(), MAX_KEYS_NAMED)).join(u", ") + u'.',
                    __LINE__);
     }
@@ -532,11 +531,11 @@ void SettingsFile::TakeDamage(const QList<DamagedLine>& damage) {
         problem += u" line "_s + QString::number(line.number) + u' ' + line.reason + u';';
     }
     if (damage.size() > MAX_LINES_NAMED) {
-        problem += u" and "_s + QString::number(damage.size() - MAX_LINES_NAMED) + u" lines more;"_s;
+        problem += u" and "_s + QString::number(damage.size() - MAX_LINES_NAMED) + u" more lines;"_s;
     }
     const QString reason = KeepCopy();
     problem += reason.isEmpty() ? u" it is kept as "_s + m_copyPath : u' ' + reason;
-    ReportHere(problem + u". The other lines stay in force."_s, __LINE__);
+    ReportHere(problem + u". The other lines are used."_s, __LINE__);
 }
 
 // Copies the file to another name beside it, unless there is an equal copy already. Returns the reason on

@@ -406,7 +406,7 @@ void Parser::ReadLine(QByteArrayView line) {
         m_section.reset(); // until the name has been read
     }
     if (!isUtf8) {
-        ReportDamage(u"is no UTF-8 text"_s);
+        ReportDamage(u"is not UTF-8 text"_s);
     } else if (text.contains(QChar::Null)) {
         ReportDamage(u"holds a NUL byte"_s);
     } else if (trimmed.startsWith(u'[')) {
@@ -432,7 +432,7 @@ void Parser::ReadSection(QStringView text) {
     if (end < 0) {
         ReportDamage(u"opens a section name and does not close it with \"]\""_s);
     } else if (!rest.isEmpty() && !IsComment(rest)) {
-        ReportDamage(u"has text behind the section name"_s);
+        ReportDamage(u"has text after the section name"_s);
     }
 }
 
@@ -448,7 +448,7 @@ void Parser::ReadEntry(QStringView text) {
         return;
     }
     if (!m_section) {
-        ReportDamage(u"stands below a section name that could not be read"_s);
+        ReportDamage(u"is below a section name that could not be read"_s);
         return;
     }
     const QString key = *m_section + *name;

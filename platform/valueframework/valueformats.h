@@ -114,7 +114,7 @@ struct FormatTimeStamp {
     static bool IsChange(const T& before, const T& after) { return before != after; }
 };
 
-/// The six members in their order and units (see `BearingResult`) with "," between them; a member without a
+/// The six members in their order and units (see `BearingResult`) separated by ","; a member without a
 /// value is empty.
 struct ZANPLATFORM_EXPORT FormatBearingResult {
     static constexpr ValueType TYPE = ValueType::Bearing;
@@ -124,13 +124,13 @@ struct ZANPLATFORM_EXPORT FormatBearingResult {
     static bool IsChange(const BearingResult& /*before*/, const BearingResult& /*after*/) { return true; }
 };
 
-/// The four numbers with "," between them.
+/// The four numbers separated by ",".
 struct ZANPLATFORM_EXPORT QuadFloatFormat {
     static QString ToString(const QuadFloat& content);
     static bool FromString(const QString& text, QuadFloat& content);
 };
 
-/// Channel number, frequency (Hz) and alarm flag with "," between them.
+/// Channel number, frequency (Hz) and alarm flag separated by ",".
 struct ZANPLATFORM_EXPORT FormatTrafficControlFrequency {
     static QString ToString(const TrafficControlFrequency& content);
     static bool FromString(const QString& text, TrafficControlFrequency& content);

@@ -109,7 +109,7 @@ TEST_F(ComponentTest, ComponentOfAnotherInterfaceVersionIsRefusedAndItsFactoryNo
 
 TEST_F(ComponentTest, SharedObjectThatIsNoComponentIsRefused) {
     ExpectRefusal(u"NoComponent.dll"_s, COMPONENT_DIRECTORY +
-                                            u"/libnocomponent.so: it is no component: it does not export "
+                                            u"/libnocomponent.so: it is not a component: it does not export "
                                             u"ZanComponentInterfaceVersion and ZanCreateComponent"_s);
     EXPECT_FALSE(IsMapped("libnocomponent.so"));
 }
@@ -131,7 +131,7 @@ TEST_F(ComponentTest, FileThatIsNoSharedObjectIsRefused) {
     ASSERT_TRUE(QDir(directory.path()).mkdir(u"libfolder.so"_s));
     ASSERT_TRUE(CfgCenter::SetComponentDirectory(directory.path()));
     EXPECT_EQ(Create(u"Text.dll"_s), nullptr);
-    EXPECT_TRUE(CfgCenter::GetLastError().contains(file.fileName() + u": it is no shared object"_s));
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(file.fileName() + u": it is not a shared object"_s));
     ExpectRefusal(u"Folder.dll"_s, u"there is no file "_s + directory.filePath(u"libfolder.so"_s));
 }
 
@@ -169,8 +169,7 @@ TEST_F(ComponentTest, InitialiserThatEndsTheProcessIsRefused) {
 
 TEST_F(ComponentTest, InitialiserWithoutAnEndIsRefused) {
     ExpectRefusal(u"HangingComponent.dll"_s,
-                  COMPONENT_DIRECTORY +
-                      u"/libhangingcomponent.so: its initialiser does not come to an end"_s);
+                  COMPONENT_DIRECTORY + u"/libhangingcomponent.so: its initialiser does not end"_s);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child is left behind";
 }
 
@@ -181,7 +180,7 @@ TEST_F(ComponentTest, VersionFunctionThatEndsTheProcessOrHasNoEndIsRefused) {
     ExpectRefusal(u"VersionCrashingComponent.dll"_s,
                   start + u"crashingcomponent.so: its version function ends the process"_s);
     ExpectRefusal(u"VersionHangingComponent.dll"_s,
-                  start + u"hangingcomponent.so: its version function does not come to an end"_s);
+                  start + u"hangingcomponent.so: its version function does not end"_s);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child is left behind";
 }
 
@@ -350,7 +349,7 @@ TEST_F(CopiedComponentTest, LibraryOfAnotherKindOfMachineIsRefused) {
     file.write(QByteArray(1, sizeof(void*) == 8 ? ELFCLASS32 : ELFCLASS64));
     file.close();
     EXPECT_EQ(Create(u"GoodComponent.dll"_s), nullptr);
-    EXPECT_TRUE(CfgCenter::GetLastError().contains(path + u": it is no shared object"_s));
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(path + u": it is not a shared object"_s));
 }
 
 TEST_F(ComponentTest, OnlyAnAbsoluteDirectoryIsSearched) {
@@ -358,7 +357,7 @@ TEST_F(ComponentTest, OnlyAnAbsoluteDirectoryIsSearched) {
     ASSERT_TRUE(QDir::setCurrent(COMPONENT_DIRECTORY));
     for (const QString& directory : {u""_s, u"."_s, u"relative"_s}) {
         EXPECT_FALSE(CfgCenter::SetComponentDirectory(directory));
-        EXPECT_TRUE(CfgCenter::GetLastError().contains(u"is no absolute path"));
+        EXPECT_TRUE(CfgCenter::GetLastError().contains(u"is not an absolute path"));
         ExpectRefusal(u"GoodComponent.dll"_s, u"no component directory is set"_s);
     }
     const QTemporaryDir empty;

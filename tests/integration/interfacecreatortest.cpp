@@ -412,8 +412,7 @@ TEST_F(InterfaceCreatorTest, RateThatTheDriverDoesNotTakeIsAFailureToOpen) {
     for (const QString& rate : {u"999999999"_s, u"250000"_s}) {
         fixedBaudRate = 9600;
         ASSERT_FALSE(Create(m_line.path + u':' + rate));
-        EXPECT_TRUE(
-            m_trace.last().endsWith(m_line.path + u": it runs at 9600 baud, and not at "_s + rate + u'.'))
+        EXPECT_TRUE(m_trace.last().endsWith(m_line.path + u": it runs at 9600 baud, not at "_s + rate + u'.'))
             << m_trace.last().toStdString();
         fixedBaudRate = 0;
         EXPECT_TRUE(Create(m_line.path + u':' + rate))
@@ -466,12 +465,12 @@ TEST_F(InterfaceCreatorTest, MalformedAddressIsRefusedAndThePartIsNamed) {
         QString reason;
     };
     const QString port = u"the port is neither \"COM1\" to \"COM256\" nor a path below \"/dev/\"."_s;
-    const QString baudRate = u"the baud rate is no positive number."_s;
-    const QString parity = u"the parity is none of n, e, o, m, s."_s;
+    const QString baudRate = u"the baud rate is not a positive number."_s;
+    const QString parity = u"the parity is not one of n, e, o, m, s."_s;
     const QString dataBits = u"the data bits are not 5 to 8."_s;
-    const QString stopBits = u"the stop bits are none of 1, 1.5, 2."_s;
+    const QString stopBits = u"the stop bits are not one of 1, 1.5, 2."_s;
     const QString stopBitsOfData =
-        u"the stop bits cannot be had with these data bits: 1.5 needs 5, and 2 needs 6 to 8."_s;
+        u"the stop bits do not fit the data bits: 1.5 needs 5, and 2 needs 6 to 8."_s;
     const std::vector<Row> rows = {
         {u""_s, port},
         {u":"_s, port},
@@ -503,13 +502,13 @@ TEST_F(InterfaceCreatorTest, MalformedAddressIsRefusedAndThePartIsNamed) {
         {u"COM1:9600,e,4"_s, dataBits},
         {u"COM1:9600,e,08"_s, dataBits},
         {u"COM1:9600,e,8,3"_s, stopBits},
-        {u"COM1:9600,e,8,1,5"_s, u"there is something behind the stop bits."_s},
-        {u"COM1:9600,e,8,1,"_s, u"there is something behind the stop bits."_s},
+        {u"COM1:9600,e,8,1,5"_s, u"there is text after the stop bits."_s},
+        {u"COM1:9600,e,8,1,"_s, u"there is text after the stop bits."_s},
         {u"COM1:9600,e,8,1.5"_s, stopBitsOfData},
         {u"COM1:9600,e,5,2"_s, stopBitsOfData},
         {u"%1%2:%3"_s, port},
         {QString(1000000, u':'), port},
-        {u"COM1:"_s + QString(1000000, u','), u"there is something behind the stop bits."_s},
+        {u"COM1:"_s + QString(1000000, u','), u"there is text after the stop bits."_s},
     };
     for (const Row& row : rows) {
         m_trace.clear();

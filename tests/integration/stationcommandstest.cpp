@@ -297,7 +297,7 @@ TEST_F(StationCommands, ImportWithoutOneUsableRowLeavesTheListAloneAndFails) {
         WriteFile(Path(u"bad.csv"_s), content);
         const StationResult result = Run(u"frequencies import "_s + Path(u"bad.csv"_s));
         EXPECT_EQ(result.exitCode, 1);
-        EXPECT_TRUE(result.err.contains(u"the list stays as it was"_s)) << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(u"the list is not changed"_s)) << result.err.toStdString();
         EXPECT_EQ(ReadFile(Config() + u"/TrafficControl.ini"_s), before);
     }
 }
@@ -513,7 +513,7 @@ TEST_F(StationCommands, ArgumentThatIsNoTextIsRefused) {
     bash.start(u"bash"_s, {u"-c"_s, QString::fromUtf8(script), QStringLiteral(ZAN_STATION)});
     ASSERT_TRUE(bash.waitForFinished(PATIENCE_MS));
     EXPECT_EQ(bash.exitCode(), 2);
-    EXPECT_EQ(bash.readAllStandardError(), "zanstation: an argument is no UTF-8 text\n");
+    EXPECT_EQ(bash.readAllStandardError(), "zanstation: an argument is not UTF-8 text\n");
     EXPECT_EQ(QDir(m_directory.path()).entryList({u"*inv*"_s}), QStringList());
 }
 
@@ -804,12 +804,12 @@ TEST_F(StationCommands, EmptyNamesAreRefused) {
         QString message;
     };
     for (const Case& each : {
-             Case{{u"run"_s, u"--recording"_s, u""_s}, u"--recording names no file"_s},
-             Case{{u"doctor"_s, u"--recording="_s}, u"--recording names no file"_s},
-             Case{{u"doctor"_s, u"--components"_s, u""_s}, u"--components names no directory"_s},
-             Case{{u"simulate"_s, u"--out"_s, u""_s}, u"--out names no file"_s},
-             Case{{u"device"_s, u"--config"_s, u""_s}, u"--config names no directory"_s},
-             Case{{u"frequencies"_s, u"import"_s, u""_s}, u"import names no file"_s},
+             Case{{u"run"_s, u"--recording"_s, u""_s}, u"--recording needs the name of a file"_s},
+             Case{{u"doctor"_s, u"--recording="_s}, u"--recording needs the name of a file"_s},
+             Case{{u"doctor"_s, u"--components"_s, u""_s}, u"--components needs the name of a directory"_s},
+             Case{{u"simulate"_s, u"--out"_s, u""_s}, u"--out needs the name of a file"_s},
+             Case{{u"device"_s, u"--config"_s, u""_s}, u"--config needs the name of a directory"_s},
+             Case{{u"frequencies"_s, u"import"_s, u""_s}, u"import needs the name of a file"_s},
          }) {
         const StationResult result = RunStation(each.arguments);
         EXPECT_EQ(result.exitCode, 2) << each.message.toStdString();
@@ -850,8 +850,8 @@ TEST_F(StationCommands, ImportWarnsOfChannelNumbersThatStandInSeveralRowsAndKeep
     const StationResult result = Run(u"frequencies import "_s + Path(u"channels.csv"_s));
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err,
-              u"zanstation: warning: 2 channel numbers in several rows, which are all imported: 7 in "
-              "3 rows, 9 in 2 rows\n"_s);
+              u"zanstation: warning: 2 channel numbers are in several rows, which are all imported: "
+              "number 7 in 3 rows, number 9 in 2 rows\n"_s);
     EXPECT_EQ(result.out, u"imported 6 channels, left out 0 rows\n"_s);
     EXPECT_EQ(Run(u"frequencies list"_s).out, u"channel  name  frequency  alarm\n"
                                               "7        A     118.1 MHz  no\n"
@@ -870,8 +870,8 @@ TEST_F(StationCommands, ManyRepeatedChannelNumbersAreNamedInOneLine) {
     WriteFile(Path(u"channels.csv"_s), rows);
     const StationResult result = Run(u"frequencies import "_s + Path(u"channels.csv"_s));
     EXPECT_EQ(result.err.count(u'\n'), 1);
-    EXPECT_TRUE(result.err.contains(u"20 channel numbers in several rows"_s)) << result.err.toStdString();
-    EXPECT_TRUE(result.err.endsWith(u", 9 in 2 rows, ...\n"_s)) << result.err.toStdString();
+    EXPECT_TRUE(result.err.contains(u"20 channel numbers are in several rows"_s)) << result.err.toStdString();
+    EXPECT_TRUE(result.err.endsWith(u", number 9 in 2 rows, ...\n"_s)) << result.err.toStdString();
 }
 
 TEST_F(StationCommands, OneOfAThingIsCalledByItsSingular) {
@@ -900,7 +900,7 @@ TEST_F(StationCommands, DoctorAndRunWarnOfSettingsThatDoNotMeanWhatTheySeemTo) {
           "\"zanstation catalogue antennas\", and the nearest one is \"PX106\"\n"_s,
           u"the setting \"SystemConfiguration/Antenna1/DFAlgorithm\" is \"CORR\"; allowed are WAT, COR, "
           u"COR8, COR8O, "
-          "COR9, SUPR, VEC, VMI, VMR, with \",\" between them\n"_s,
+          "COR9, SUPR, VEC, VMI, VMR, separated by \",\"\n"_s,
           u"LocationChoice is 2 (Manual), and LocationLatitude and LocationLongitude are not set: the "
           u"station has "
           "no position\n"_s}) {

@@ -72,7 +72,7 @@ TEST_F(StationDevice, FollowsWhatAPersonWritesIntoTheSettings) {
     EXPECT_EQ(Line(result, u"type"_s), u"ZANFERN"_s);
     EXPECT_EQ(Line(result, u"options"_s), u"ZAN-CL"_s);
     EXPECT_TRUE(result.err.contains(u"ZAN-CL;NOSUCH;ZAN-DR"_s)) << result.err.toStdString();
-    EXPECT_TRUE(Line(result, u"PX110"_s).endsWith(u"no: there is no converter 'RCV99'"_s))
+    EXPECT_TRUE(Line(result, u"PX110"_s).endsWith(u"no: unknown converter 'RCV99'"_s))
         << result.out.toStdString();
     EXPECT_EQ(Line(result, u"scan"_s), u"100 MHz  450 MHz"_s);
     EXPECT_FALSE(result.err.contains(u"No sample mode matching"_s)) << result.err.toStdString();
@@ -156,7 +156,7 @@ TEST_F(StationDevice, TuneTellsWhatIsValidAndWhatWasChangedAndWhy) {
         {u"--mode wideband --frequency 31M --bandwidth 3M"_s, 1, u"31.500001 MHz"_s,
          u"frequency raised by 500.001 kHz: the band of 3 MHz shall lie in the range of PX106"_s,
          u"PX106 (30.000001 MHz - 1.3 GHz)"_s,
-         u"no: there are the realtime bandwidths 100 kHz, 200 kHz, 500 kHz, 1 MHz, 2 MHz, 5 MHz, 10 MHz"_s},
+         u"no: the possible realtime bandwidths are 100 kHz, 200 kHz, 500 kHz, 1 MHz, 2 MHz, 5 MHz, 10 MHz"_s},
         {u"--mode wideband --frequency 2.9G --bandwidth 10G"_s,
          1,
          u"no: the band of 10 GHz is wider than the range of PX109 (1.300000001 GHz - 3 GHz)"_s,
@@ -177,7 +177,7 @@ TEST_F(StationDevice, TuneTellsWhatIsValidAndWhatWasChangedAndWhy) {
          u"PX106 (30.000001 MHz - 1.3 GHz)"_s, u"8, realtime bandwidth 100 kHz"_s},
         {u"--mode scan --start 25M --stop 35M --adjust none"_s,
          1,
-         u"no: no antenna with a sample mode holds the whole range; the mode goes from 300 kHz to 3 GHz"_s,
+         u"no: no antenna with a sample mode covers the whole range; the mode goes from 300 kHz to 3 GHz"_s,
          {},
          {},
          {}},

@@ -143,9 +143,9 @@ TEST_F(StationIntegration, FrequenciesAreImportedAndListed) {
     EXPECT_EQ(import.exitCode, 0) << import.err.toStdString();
     EXPECT_EQ(import.out, u"imported 3 channels, left out 5 rows\n"_s);
     for (const QString& problem :
-         {u"line 5: 'nine' is no channel number"_s, u"line 6: 'many' is no frequency"_s,
-          u"line 7: 3 fields instead of 5"_s, u"line 8: a quote without its other end"_s,
-          u"line 9: '-1' is no frequency"_s}) {
+         {u"line 5: 'nine' is not a channel number"_s, u"line 6: 'many' is not a frequency"_s,
+          u"line 7: 3 fields instead of 5"_s, u"line 8: a quote is not closed"_s,
+          u"line 9: '-1' is not a frequency"_s}) {
         EXPECT_TRUE(import.err.contains(problem)) << problem.toStdString() << import.err.toStdString();
     }
     const StationResult list = Run({u"frequencies"_s, u"list"_s});
@@ -224,7 +224,7 @@ TEST_F(StationIntegration, DoctorTellsOnOneScreenWhatWorks) {
     EXPECT_EQ(lines[0], u"ok      settings      writable: "_s + Config());
     EXPECT_EQ(lines[1], u"ok      device type   ZANTIDE"_s);
     EXPECT_EQ(lines[2], u"ok      device setup  Antenna setup is valid."_s);
-    EXPECT_EQ(lines[3], u"none    hardware      not to be checked"_s);
+    EXPECT_EQ(lines[3], u"none    hardware      not checked"_s);
     EXPECT_TRUE(lines[4].contains(u"serial ports"_s));
     EXPECT_EQ(lines[5], u"ok      broker        listens on giop:tcp:127.0.0.1:"_s);
     EXPECT_TRUE(lines[6].startsWith(u"none    hub client    "_s) && lines[6].contains(Path(u"nowhere"_s)))
@@ -239,13 +239,13 @@ TEST_F(StationIntegration, DoctorTellsWhatIsWrongWithTheDevice) {
     const StationResult result = Run({u"doctor"_s});
     EXPECT_EQ(result.exitCode, 1);
     for (const QString& line :
-         {u"BROKEN  device type   unknown type \"ZANTIDY\", it counts as ZANTIDE; known are "_s,
+         {u"BROKEN  device type   unknown type \"ZANTIDY\", it is treated as ZANTIDE; known types are "_s,
           u"\nBROKEN  hardware      required and missing: RCV09\n"_s}) {
         EXPECT_TRUE(result.out.contains(line)) << result.out.toStdString();
     }
     Edit(u"HwRequiredComponents"_s, u"PX110"_s);
-    EXPECT_TRUE(
-        Run({u"doctor"_s}).out.contains(u"\nok      hardware      all that is required is there\n"_s));
+    EXPECT_TRUE(Run({u"doctor"_s})
+                    .out.contains(u"\nok      hardware      all required components are installed\n"_s));
 }
 
 TEST_F(StationIntegration, DoctorTellsWhichSettingsAreOutOfRangeAndLeavesThemAsTheyStand) {

@@ -434,7 +434,7 @@ TEST_F(Station, WhatIsWrongWithTheDeviceIsWarnedOf) {
         RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n2000,121500000,10.0,,90,,,,,,,\n")));
     EXPECT_EQ(result.exitCode, 0);
     for (const QString& warning :
-         {u"warning: device type: unknown type \"ZANTIDY\", it counts as ZANTIDE; known are "_s,
+         {u"warning: device type: unknown type \"ZANTIDY\", it is treated as ZANTIDE; known types are "_s,
           u"warning: antenna setup: Frequency range is not entirely covered without gaps."_s,
           u"warning: hardware: required and missing: RCV09"_s,
           u"warning: no enabled antenna serves 121.5 MHz"_s}) {

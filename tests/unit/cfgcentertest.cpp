@@ -929,7 +929,7 @@ TEST_F(CfgCenterTest, DamagedLineIsReportedAndTheFileKeptBesideAndTheOtherLinesR
         {"a]b=value", u"has no usable key"_s},
         {"a//b=value", u"has no usable key"_s},
         {QByteArray("Bad=a\0b", 7), u"holds a NUL byte"_s},
-        {"Bad=M\xFCnchen", u"is no UTF-8 text"_s},
+        {"Bad=M\xFCnchen", u"is not UTF-8 text"_s},
         {"Bad=\"no end", u"opens a double quote and does not close it"_s},
         {R"(Bad="no end\")", u"opens a double quote and does not close it"_s},
         {"Bad=\"", u"opens a double quote and does not close it"_s},
@@ -947,7 +947,7 @@ TEST_F(CfgCenterTest, DamagedLineIsReportedAndTheFileKeptBesideAndTheOtherLinesR
         const QString number = QString::number(2 + row.line.count('\n'));
         const QString expected = u"The settings file "_s + Path(name) + u" is damaged: line "_s + number +
                                  u' ' + row.reason + u"; it is kept as "_s + Path(name) +
-                                 u".damaged-1. The other lines stay in force."_s;
+                                 u".damaged-1. The other lines are used."_s;
         EXPECT_EQ(CfgCenter::GetLastError(), expected);
         ASSERT_EQ(m_trace.size(), 1);
         EXPECT_TRUE(m_trace[0].endsWith(expected));
@@ -972,11 +972,11 @@ TEST_F(CfgCenterTest, SectionNameThatIsCertainEnoughStaysInForceAndAnUncertainOn
     EXPECT_EQ(App().GetInt(u"Good/Key"_s, 0), 5);
     const QString problem = CfgCenter::GetLastError();
     EXPECT_TRUE(problem.contains(u"line 1 opens a section name and does not close it with \"]\";"));
-    EXPECT_TRUE(problem.contains(u"line 3 has text behind the section name;"));
+    EXPECT_TRUE(problem.contains(u"line 3 has text after the section name;"));
     EXPECT_TRUE(problem.contains(u"line 5 has no usable section name;"));
-    EXPECT_TRUE(problem.contains(u"line 6 stands below a section name that could not be read;"));
-    EXPECT_TRUE(problem.contains(u"line 7 is no UTF-8 text;"));
-    EXPECT_TRUE(problem.contains(u"line 8 stands below a section name that could not be read;"));
+    EXPECT_TRUE(problem.contains(u"line 6 is below a section name that could not be read;"));
+    EXPECT_TRUE(problem.contains(u"line 7 is not UTF-8 text;"));
+    EXPECT_TRUE(problem.contains(u"line 8 is below a section name that could not be read;"));
 }
 
 TEST_F(CfgCenterTest, KeysBelowASectionNameThatCannotBeReadDoNotFallToTheSectionBefore) {
@@ -1016,7 +1016,7 @@ TEST_F(CfgCenterTest, BinaryFileIsKeptBesideAndTheReportStaysShort) {
     }
     WriteFile(bytes);
     Open();
-    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"lines more;"));
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"more lines;"));
     EXPECT_LT(CfgCenter::GetLastError().size(), 2000);
     EXPECT_EQ(ReadFile(u"Application.ini.damaged-1"_s), bytes);
     App().SetInt(u"Key"_s, 1);
@@ -1095,7 +1095,7 @@ TEST_F(CfgCenterTest, ValueOfTheWrongTypeGivesTheDefaultAndIsReportedOnceWithKey
         }
         EXPECT_EQ(CfgCenter::GetLastError(),
                   u"The settings file "_s + Path() + u" holds \""_s + row.text + u"\" under the key \"S/"_s +
-                      row.key + u"\", which is no "_s + (row.isNumber ? u"integer"_s : u"boolean"_s) +
+                      row.key + u"\", which is not "_s + (row.isNumber ? u"an integer"_s : u"a boolean"_s) +
                       u"; the default is used."_s);
         EXPECT_EQ(m_trace.size(), 1);
         EXPECT_EQ(pCfg->GetString(row.key, u"absent"_s), row.text);
@@ -1400,7 +1400,7 @@ TEST_F(CfgCenterTest, DefaultsOfAStartWhileAnEditorHasEmptiedTheFileDoNotReplace
     App().CommitKey(u"Key"_s);
     EXPECT_EQ(ReadFile(), "[General]\nKey=555\n");
     EXPECT_EQ(App().GetInt(u"Key"_s, 0), 555);
-    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"what it wrote stays: Key."));
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"its values are kept for Key."));
 }
 
 TEST_F(CfgCenterTest, FileThatAnEditorHasMovedAwayToSaveANewOneIsWaitedFor) {

@@ -133,6 +133,16 @@ TEST_F(DFDataFileTest, FileInAMissingDirectoryIsTriedAgainUntilTheDirectoryIsThe
     EXPECT_EQ(m_file.GetWrittenCount(), 1U);
 }
 
+TEST_F(DFDataFileTest, FileThatNeverFailedDoesNotRecoverFromTheFailureOfTheFileBeforeIt) {
+    m_file.Open(m_directory.filePath(u"missing/output.txt"_s));
+    m_file.WriteLine("$1\r\n");
+    m_file.Close();
+    m_file.Open(m_name);
+    m_file.WriteLine("$2\r\n");
+    EXPECT_EQ(m_failures.size(), 1);
+    EXPECT_EQ(m_recoveries, QStringList());
+}
+
 TEST_F(DFDataFileTest, FileOfAnEarlierRunThatAppearsWithItsDirectoryIsKept) {
     ASSERT_TRUE(QDir(m_directory.path()).mkdir(u"volume"_s));
     m_file.Open(m_directory.filePath(u"mounted/output.txt"_s));

@@ -1147,6 +1147,27 @@ TEST_F(DFDataOutputTest, SerialLineThatIsTooSlowDropsSentencesUntilItHasRoomAgai
     EXPECT_TRUE(m_trace.lines.last().endsWith(u"works again"_s));
 }
 
+TEST_F(DFDataOutputTest, SerialLineThatIsOpenedAgainDoesNotRecoverFromTheFailureBeforeIt) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, true);
+    EXPECT_TRUE(SpinUntil([&] {
+        NewBearing();
+        return output.GetCounters().serialDropped > 0;
+    }));
+    output.SetEnabled(false);
+    (void)m_line.Read();
+    m_trace.lines.clear();
+    output.SetEnabled(true);
+    EXPECT_TRUE(SpinUntil([this] { return !m_trace.lines.filter(u"OnOpen"_s).isEmpty(); }));
+    const quint64 sent = output.GetCounters().serialSentences;
+    EXPECT_TRUE(SpinUntil([&] {
+        (void)m_line.Read();
+        NewBearing();
+        return output.GetCounters().serialSentences > sent;
+    }));
+    EXPECT_EQ(m_trace.lines.filter(u"works again"_s), QStringList());
+}
+
 TEST_F(DFDataOutputTest, SerialSentencesThatNeverLeaveTheBufferAreDropped) {
     FillTree();
     const LineStop line(m_line);

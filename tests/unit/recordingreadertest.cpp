@@ -519,7 +519,7 @@ TEST(RecordingReader, AReadErrorIsReportedAndHalfARowIsNotUsed) {
     const Content content = ReadAll(reader);
     EXPECT_EQ(content.rows.size(), 1U);
     EXPECT_EQ(content.badLineCount, 0U);
-    EXPECT_EQ(content.errorText, u"recording: cannot be read behind line 2: the disk is gone"_s);
+    EXPECT_EQ(content.errorText, u"recording: cannot be read after line 2: the disk is gone"_s);
     EXPECT_FALSE(reader.Next().has_value());
 }
 
@@ -527,7 +527,7 @@ TEST(RecordingReader, AReadErrorWithinTheHeaderFailsOpen) {
     PieceDevice device(HEADER, 10, true);
     RecordingReader reader;
     EXPECT_FALSE(reader.Open(device));
-    EXPECT_EQ(reader.GetErrorText(), u"recording: cannot be read behind line 0: the disk is gone"_s);
+    EXPECT_EQ(reader.GetErrorText(), u"recording: cannot be read after line 0: the disk is gone"_s);
 }
 
 TEST(RecordingReader, OpensOneFileAfterAnother) {

@@ -160,13 +160,13 @@ TEST_F(SettingsCheck, KeyThatNobodyReadsIsToldWithTheNearestOneThatIsKnown) {
         Check("OutputInterval=10\n" + STATION +
               "PitchTreshold=5\n[ZANStations/ZANStation0/SystemConfiguration/Antenna3]\nMinRnage=1\n"),
         (QStringList{
-            u"warning: nobody reads the setting \"OutputInterval\"; the nearest one that is known is "
+            u"warning: the setting \"OutputInterval\" is unknown and not used; the most similar known one is "
             "\"Output_Interval\""_s,
-            u"warning: nobody reads the setting \"ZANStations/ZANStation0/PitchTreshold\"; the nearest one "
-            "that is known is \"ZANStations/ZANStation0/PitchThreshold\""_s,
-            u"warning: nobody reads the setting "
-            "\"ZANStations/ZANStation0/SystemConfiguration/Antenna3/MinRnage\"; the nearest one that is "
-            "known is \"ZANStations/ZANStation0/SystemConfiguration/Antenna3/MinRange\""_s}));
+            u"warning: the setting \"ZANStations/ZANStation0/PitchTreshold\" is unknown and not used; the "
+            "most similar known one is \"ZANStations/ZANStation0/PitchThreshold\""_s,
+            u"warning: the setting "
+            "\"ZANStations/ZANStation0/SystemConfiguration/Antenna3/MinRnage\" is unknown and not used; the "
+            "most similar known one is \"ZANStations/ZANStation0/SystemConfiguration/Antenna3/MinRange\""_s}));
 }
 
 TEST_F(SettingsCheck, EveryKeyOfTheExampleStationIsKnown) {
@@ -186,7 +186,7 @@ TEST_F(SettingsCheck, HubPortThatIsNoneIsWarnedOf) {
     for (const QString& port : {u"0"_s, u"65536"_s, u"-1"_s, u"http"_s, QString()}) {
         EXPECT_EQ(Check("MshCentralPort=" + port.toUtf8() + '\n'),
                   QStringList{Doubted(u"MshCentralPort"_s, port,
-                                      u"are whole numbers from 1 to 65535, and the default is taken"_s)});
+                                      u"are whole numbers from 1 to 65535, and the default is used"_s)});
     }
 }
 
@@ -242,5 +242,5 @@ TEST_F(SettingsCheck, ManyKeysThatNobodyReadsAreCounted) {
     }
     const QStringList texts = Check(settings + QByteArray(100000, 'x') + "=1\n");
     ASSERT_EQ(texts.size(), 21);
-    EXPECT_EQ(texts.back(), u"warning: nobody reads 981 further settings"_s);
+    EXPECT_EQ(texts.back(), u"warning: 981 further unknown settings, not used"_s);
 }

@@ -127,7 +127,7 @@ TEST_F(StationCfgTest, CountThatCannotBeTrueIsReportedAndNoStationIsLost) {
         trace.lines.clear();
         EXPECT_EQ(MarkOf(u"b"_s), u"1"_s);
         const QStringList reports = trace.lines.filter(
-            u"WARNING: the number of stations in the settings cannot be true; the first 2 are used"_s);
+            u"WARNING: the number of stations in the settings is impossible; the first 2 are used"_s);
         ASSERT_EQ(reports.size(), 1);
         EXPECT_TRUE(reports[0].startsWith(u"devicecontrol\\directionfinder\\zancommon\\stationcfg("_s));
         EXPECT_EQ(MarkOf(u"c"_s), u"null"_s);

@@ -45,6 +45,7 @@ void DFDataFile::Open(const QString& name) {
     m_isStandardOutput = false;
     m_isPreviousKept = false;
     m_isReplaced = false;
+    m_failures.End(); // those of an earlier file are over
     OpenOrRetry();
 }
 
@@ -54,6 +55,7 @@ void DFDataFile::OpenStandardOutput() {
     }
     m_name = tr("standard output");
     m_isStandardOutput = true;
+    m_failures.End(); // those of an earlier file are over
     if (!m_file.OpenStandardOutput()) {
         Fail(tr("Could not open file %1: %2").arg(m_name, qt_error_string(m_file.GetError())));
     }

@@ -227,6 +227,7 @@ void DFDataOutput::CloseFile() {
 
 void DFDataOutput::OpenSerialInterface() {
     if (!m_p->serial) {
+        m_p->serialFailures.End(); // those of an earlier line are over
         m_p->serial = std::make_unique<SerialInterface>(GetAddress(), RETRY_MS, SECOND);
     }
 }

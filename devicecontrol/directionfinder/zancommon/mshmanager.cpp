@@ -25,7 +25,7 @@ IMshClientDll* LoadClient() {
     auto* const client = dynamic_cast<IMshClientDll*>(instance);
     if (instance && !client) {
         TRACE.Information(
-            [] { return u"The component \"MshClient.dll\" is no client of the message hub."_s; });
+            [] { return u"The component \"MshClient.dll\" is not a client of the message hub."_s; });
         CfgCenter::DestroyDllInstanceByPointer(instance);
     }
     return client;
@@ -40,7 +40,7 @@ int ReadPort(const ICfg& cfg) {
         return static_cast<int>(port);
     }
     TRACE.Information([port] {
-        return u"WARNING: MshCentralPort %1 is no port from 1 to 65535; %2 is taken"_s.arg(
+        return u"WARNING: MshCentralPort %1 is not a port from 1 to 65535; %2 is used"_s.arg(
             QString::number(port), QString::number(DEFAULT_PORT));
     });
     return DEFAULT_PORT;

@@ -40,7 +40,7 @@ qint64 GetStationCount(const ICfg& stations) {
         ++count;
     }
     TRACE.Information([&] {
-        return u"WARNING: the number of stations in the settings cannot be true; the first %1 are used"_s.arg(
+        return u"WARNING: the number of stations in the settings is impossible; the first %1 are used"_s.arg(
             count);
     });
     return count;

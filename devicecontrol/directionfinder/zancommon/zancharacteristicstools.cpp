@@ -32,7 +32,7 @@ constexpr auto s_aMETHODS = std::to_array<Row<EZANMethod>>({
 });
 static_assert(std::ranges::adjacent_find(s_aMETHODS, std::ranges::greater_equal(), &Row<EZANMethod>::name) ==
                   s_aMETHODS.end(),
-              "the names ascend, none stands twice");
+              "the names ascend and are unique");
 
 constexpr auto s_aPOLARISATIONS = std::to_array<Row<EZANPolarisation>>({
     {u"Left", POLARISATION_LEFT},

@@ -20,7 +20,7 @@ static_assert(std::ranges::all_of(ZANOptions::s_aOptionEntries,
                                   [](const auto& entry) {
                                       return entry.name.isEmpty() == (entry.option == OPTION_NONE);
                                   }),
-              "every name stands for an option");
+              "every name has an option");
 
 namespace {
 

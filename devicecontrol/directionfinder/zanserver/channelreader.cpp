@@ -122,7 +122,7 @@ void ChannelReader::ReadRow(const QString& line, qsizetype lineNumber) {
     if (!fields || fields->size() != m_columnCount) {
         refuse(fields ? Plural(static_cast<quint64>(fields->size()), u"field"_s) +
                             u" instead of %1"_s.arg(m_columnCount)
-                      : u"a quote without its other end"_s);
+                      : u"a quote is not closed"_s);
         return;
     }
     const QString& frequencyText = fields->at(m_columns.frequency);
@@ -130,7 +130,7 @@ void ChannelReader::ReadRow(const QString& line, qsizetype lineNumber) {
     const double frequency = m_columns.unit == 0.0 ? FrequencyText::Parse(frequencyText).value_or(0.0)
                                                    : frequencyText.toDouble(&isNumber) * m_columns.unit;
     if (!(frequency > 0.0) || !std::isfinite(frequency)) {
-        refuse(u"'"_s + frequencyText + u"' is no frequency"_s);
+        refuse(u"'"_s + frequencyText + u"' is not a frequency"_s);
         return;
     }
     NamedChannel entry;
@@ -143,7 +143,7 @@ void ChannelReader::ReadRow(const QString& line, qsizetype lineNumber) {
         const QString& channelText = fields->at(m_columns.channel);
         const int channel = channelText.toInt(&isNumber);
         if (!isNumber) {
-            refuse(u"'"_s + channelText + u"' is no channel number"_s);
+            refuse(u"'"_s + channelText + u"' is not a channel number"_s);
             return;
         }
         entry.channel.SetChannelID(channel);

@@ -57,7 +57,7 @@ AntennaDataList MakeExampleAntennas() {
 QString WriteExample(const QString& address) {
     const CfgPtr station(StationCfg::GetStationCfg(address, true));
     if (station->GetKeys().size() > 1 || !station->GetSubCfgNames().isEmpty()) {
-        return u"the settings hold a station that ZANStations/Count leaves out; it is used as it is"_s;
+        return u"the settings contain a station beyond ZANStations/Count; it is used unchanged"_s;
     }
     station->SetString(u"DevOptions"_s, u"ZAN-HFR"_s);
     MakeExampleAntennas().WriteAntennaSetupToCfg(address);

@@ -264,7 +264,7 @@ bool RecordingReader::Fill() {
     const qint64 count =
         m_pDevice->read(m_buffer.data() + m_end, static_cast<qint64>(m_buffer.size() - m_end));
     if (count < 0) {
-        return Fail(u"cannot be read behind line "_s + QString::number(m_lineNumber) + u": "_s +
+        return Fail(u"cannot be read after line "_s + QString::number(m_lineNumber) + u": "_s +
                     m_pDevice->errorString());
     }
     m_end += static_cast<std::size_t>(count);

@@ -128,7 +128,8 @@ void ReplayDriver::Replay() {
         m_block.clear();
         do {
             m_block.push_back(ToBearing(*row));
-            row = Tell(m_reader.NextIfHere()); // a block is not delayed by rows that have not arrived
+            row =
+                Tell(m_reader.NextIfHere()); // a block is not delayed by rows that have not arrived
         } while (row && m_block.size() < MAX_BLOCK && BelongTogether(first, *row));
         Deliver(first);
         if (!row) {

@@ -107,7 +107,7 @@ QStringList ListKeys(const QString& directory) {
                : QSettings(fileName, QSettings::IniFormat).allKeys();
 }
 
-constexpr std::size_t MOST_TOLD = 20;
+constexpr std::size_t MOST_REPORTED = 20;
 constexpr qsizetype LONGEST_SHOWN = 200; // and compared
 
 /// How many characters must be inserted, removed or changed to turn one text into the other.
@@ -273,7 +273,7 @@ void CheckMethods(const ICfg& station, const QString& key, Findings& findings) {
     for (const QStringView name : qTokenize(text, u',')) {
         if (!text.isEmpty() && !methods.contains(name)) {
             findings.push_back(
-                Doubted(key, text, u"are %1, with \",\" between them"_s.arg(methods.join(u", "_s))));
+                Doubted(key, text, u"are %1, separated by \",\""_s.arg(methods.join(u", "_s))));
             return;
         }
     }
@@ -310,11 +310,11 @@ Findings CheckSettings(const QString& address) {
         CheckAntennas(*station, findings);
         CheckSetup(*station, findings);
     }
-    if (findings.size() > MOST_TOLD) {
-        const std::size_t untold = findings.size() - MOST_TOLD;
-        findings.resize(MOST_TOLD);
+    if (findings.size() > MOST_REPORTED) {
+        const std::size_t unreported = findings.size() - MOST_REPORTED;
+        findings.resize(MOST_REPORTED);
         findings.push_back(
-            {Severity::Error, u"and "_s + Plural(untold, u"further setting"_s) + u" not as allowed"_s});
+            {Severity::Error, u"and "_s + Plural(unreported, u"further setting"_s) + u" not as allowed"_s});
     }
     return findings;
 }
@@ -326,7 +326,7 @@ Findings CheckMeaning(const QString& address) {
     if (const QString port = TextOf(application, portKey); !IsSound(HUB_PORT, port)) {
         findings.push_back(Doubted(portKey, port,
                                    DescribeWholeNumbers(HUB_PORT.minimum, HUB_PORT.maximum) +
-                                       u", and the default is taken"_s));
+                                       u", and the default is used"_s));
     }
     if (const CfgPtr station{StationCfg::GetStationCfg(address, false)}) {
         const qint64 count = station->GetInt(ANTENNA_COUNT.key.toString(), 1);
@@ -347,7 +347,7 @@ Findings CheckKeys(const QString& directory) {
     std::size_t unknown = 0;
     for (const QString& key : ListKeys(directory)) {
         const QString pattern = QString(key).replace(number, u"#"_s);
-        if (known.contains(pattern) || ++unknown > MOST_TOLD) {
+        if (known.contains(pattern) || ++unknown > MOST_REPORTED) {
             continue;
         }
         QString nearest = FindNearest(pattern, known);
@@ -356,13 +356,14 @@ Findings CheckKeys(const QString& directory) {
         while (nearest.contains(u'#')) {
             nearest.replace(nearest.indexOf(u'#'), 1, numbers.hasNext() ? numbers.next().captured() : u"0"_s);
         }
-        findings.push_back({Severity::Warning,
-                            u"nobody reads the setting \"%1\"; the nearest one that is known is \"%2\""_s.arg(
-                                Shorten(key), nearest)});
-    }
-    if (unknown > MOST_TOLD) {
         findings.push_back(
-            {Severity::Warning, u"nobody reads "_s + Plural(unknown - MOST_TOLD, u"further setting"_s)});
+            {Severity::Warning,
+             u"the setting \"%1\" is unknown and not used; the most similar known one is \"%2\""_s.arg(
+                 Shorten(key), nearest)});
+    }
+    if (unknown > MOST_REPORTED) {
+        findings.push_back({Severity::Warning,
+                            Plural(unknown - MOST_REPORTED, u"further unknown setting"_s) + u", not used"_s});
     }
     return findings;
 }

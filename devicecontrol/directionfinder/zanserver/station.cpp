@@ -133,8 +133,8 @@ void Station::ReadOptions() {
     const QString path = ZANPath::Device(StdDeviceDefinition::g_vdDevOptions);
     const QString options = Tree::Instance()->Find<ValueString>(path)->GetValue();
     if (!ZANOptions::Instance()->ReadFromValueTree(path) && !options.isEmpty()) {
-        m_warnings.append(u"an option of the device is not known, and those behind it are left out: "_s +
-                          options);
+        m_warnings.append(
+            u"an option of the device is not known; it and the options after it are ignored: "_s + options);
     }
 }
 

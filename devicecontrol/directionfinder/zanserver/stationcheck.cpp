@@ -27,8 +27,9 @@ Finding CheckDeviceType() {
     }
     return known.contains(type)
                ? Finding{Severity::Ok, type}
-               : Finding{Severity::Error, u"unknown type \"%1\", it counts as ZANTIDE; known are %2"_s.arg(
-                                              type, known.join(u", "_s))};
+               : Finding{Severity::Error,
+                         u"unknown type \"%1\", it is treated as ZANTIDE; known types are %2"_s.arg(
+                             type, known.join(u", "_s))};
 }
 
 Finding CheckAntennaSetup() {
@@ -42,11 +43,11 @@ Finding CheckHardware() {
     hardware.ReadHwRequirementsFromTree();
     hardware.ReadHwListFromTree();
     if (!hardware.GetCheckRequirements()) {
-        return {Severity::Absent, u"not to be checked"_s};
+        return {Severity::Absent, u"not checked"_s};
     }
     const std::set<QString> missing = hardware.FindMissingRequiredHardware();
     return missing.empty()
-               ? Finding{Severity::Ok, u"all that is required is there"_s}
+               ? Finding{Severity::Ok, u"all required components are installed"_s}
                : Finding{Severity::Error, u"required and missing: "_s +
                                               QStringList(missing.begin(), missing.end()).join(u", "_s)};
 }

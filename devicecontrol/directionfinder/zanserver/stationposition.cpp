@@ -16,7 +16,7 @@ bool Accepts(const ValueNumericDouble& value, const std::optional<double>& numbe
 }
 
 /// Writes what was set back into a value; if nothing was set, removes the value from the tree.
-void Leave(ValueNumericDouble* value, const std::optional<double>& set, IObserver* originator) {
+void RestoreOrRemove(ValueNumericDouble* value, const std::optional<double>& set, IObserver* originator) {
     if (set) {
         Publish(*value, set, originator);
     } else {
@@ -41,8 +41,8 @@ StationPosition::StationPosition(const std::optional<double>& latitude,
 }
 
 StationPosition::~StationPosition() {
-    Leave(m_pLatitude, m_setLatitude, this);
-    Leave(m_pLongitude, m_setLongitude, this);
+    RestoreOrRemove(m_pLatitude, m_setLatitude, this);
+    RestoreOrRemove(m_pLongitude, m_setLongitude, this);
 }
 
 void StationPosition::SetMeasured(const std::optional<double>& latitude,
