@@ -2,10 +2,11 @@
 
 #include "tolmappstartup/icfg.h"
 
-/// \file Reads a setting that must exist after the first run: the key is read with two different defaults.
-/// When the results differ there is no value, and the default is written and committed. The result is that of
-/// a third read. What cannot be stored or saved is reported by the store, and the result is the default all
-/// the same. Belongs to the application's main thread, as `ICfg` does.
+/// \file
+/// Reads a setting that must exist after the first run: the key is read with two different defaults. When the
+/// results differ there is no value, and the default is written and committed. The result is that of a third
+/// read. What cannot be stored or saved is reported by the store, and the result is the default all the same.
+/// Belongs to the application's main thread, as `ICfg` does.
 
 /// The integer under a key. When the key does not hold a 64-bit integer, the default is stored there first.
 inline qint64 ReadOrCreateInt(ICfg& cfg, const QString& key, qint64 defaultValue) {

@@ -9,8 +9,9 @@
 
 #include <memory>
 
-/// \file How the library finds and creates its values. Everything belongs to the thread of the value tree,
-/// and what is returned is owned by the tree.
+/// \file
+/// How the library finds and creates its values. Everything belongs to the thread of the value tree, and what
+/// is returned is owned by the tree.
 
 namespace ZANPlatform {
 

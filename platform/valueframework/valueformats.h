@@ -11,7 +11,8 @@
 #include <type_traits>
 #include <utility>
 
-/// \file A format defines how a content type is written as text and when it has changed:
+/// \file
+/// A format defines how a content type is written as text and when it has changed:
 /// - `TYPE`: the type of a value with this content
 /// - `ToString`: the text of a content
 /// - `FromString`: reads a content; false, with the content unchanged, when the text is not valid

@@ -1,6 +1,7 @@
 #pragma once
 
-/// \file The records that cross the driver interfaces: plain values, compared by content. Drivers are built
+/// \file
+/// The records that cross the driver interfaces: plain values, compared by content. Drivers are built
 /// separately from the application, so the order and the widths of the fields must not change. Times are
 /// milliseconds since 1970-01-01 00:00:00 UTC, angles clockwise from north, positions WGS84. Handles are the
 /// device's own; -1: none. Nothing is checked here.

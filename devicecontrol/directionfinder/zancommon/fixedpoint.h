@@ -8,7 +8,8 @@
 #include <cmath>
 #include <cstddef>
 
-/// \file Prints numbers in fixed-point notation exactly as `QString::arg` does, but faster.
+/// \file
+/// Prints numbers in fixed-point notation exactly as `QString::arg` does, but faster.
 
 namespace FixedPoint {
 

@@ -104,8 +104,9 @@ public:
                                                    CONVERTER_RCV08, CONVERTER_RCV10, CONVERTER_NONE};
     /// @}
 
-    /// \name The catalogue of what devices, receivers and antennas can do Antenna library and sample-mode
-    /// table end with a closing row (`Rows` leaves it out). @{
+    /// \name The catalogue of what devices, receivers and antennas can do
+    /// Antenna library and sample-mode table end with a closing row (`Rows` leaves it out).
+    /// @{
     static const std::array<AntennaDescription, 49> s_aAntennaLibrary;
     static const std::array<SampleModeDescription, 30> s_aSampleModeDescription;
     static const std::array<DeviceTypeName, 5> s_aDeviceTypeNames;
@@ -303,8 +304,10 @@ public:
     ///                          precision 0 becomes "1 kHz")
     [[nodiscard]] static QString FormatBandwidth(double bandwidth, int precision, bool keepTrailingZeros);
 
-    /// \name Filling selections These replace the items of a selection; its observers are notified once,
-    /// except the given one. The selection is not kept; null is ignored. @{
+    /// \name Filling selections
+    /// These replace the items of a selection; its observers are notified once, except the given one. The
+    /// selection is not kept; null is ignored.
+    /// @{
 
     /// An item for each method: its name, 0.0, and as key its position from 0.
     static void FillSelectionWithDfMethods(ValueSelection& selection, const std::list<EZANMethod>& methods,

@@ -2,7 +2,8 @@
 
 #include <QtGlobal>
 
-/// \file The terms that the whole library uses: device models, receivers, modes, methods, ranges.
+/// \file
+/// The terms that the whole library uses: device models, receivers, modes, methods, ranges.
 ///
 /// All enumerations are 32 bits wide. Their numeric values are used in the catalogue tables, in list
 /// terminators, in bit masks, in settings and in the value tree: none of them may change.

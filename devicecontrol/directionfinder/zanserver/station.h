@@ -52,6 +52,8 @@ public:
     /// The address of the device, by which its settings are found.
     static constexpr QStringView ADDRESS = u"replay";
 
+    /// Publishes the device and the operator's setup in the tree, restores the parameters and connects the
+    /// filters. Never fails: problems of the settings are in `GetWarnings`.
     Station();
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
@@ -71,11 +73,15 @@ public:
     /// From 1 on, bearings of quality 0 are marked as unusable.
     void SetConnectionSpeed(int speed) { m_pConnectionSpeed->SetValue(speed, nullptr); }
 
+    /// Takes a block of bearings from the driver: publishes attitude and position, applies the filters, which
+    /// change the bearings of the block, and publishes each bearing that is not marked as unusable. The
+    /// output writes its sentences meanwhile.
     void Process(BearingBlock& block);
 
     /// The problems that the constructor has found, as texts for the operator.
     [[nodiscard]] const QStringList& GetWarnings() const { return m_warnings; }
 
+    /// The counts since the station was created.
     [[nodiscard]] const StationCounts& GetCounts() const { return m_counts; }
     /// The output. Only after `StartOutput`.
     [[nodiscard]] DFDataOutput& GetOutput() const { return *m_pOutput; }
