@@ -388,9 +388,8 @@ void RunCommand::PrintSummaryAsJson() const {
 
 namespace {
 
-/// The absolute path of a file; "-" stays what it is. A directory that the system names for the process, such
-/// as
-/// "/proc/self/cwd", is taken for the one that it is now.
+/// The absolute path of a file; "-" is not changed. A directory that depends on the process, such as
+/// "/proc/self/cwd", is replaced by the one that it is now.
 QString AbsolutePath(const QString& name) {
     if (name == STANDARD_STREAM) {
         return name;

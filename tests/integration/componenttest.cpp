@@ -102,8 +102,8 @@ TEST_F(ComponentTest, NameThatLeavesTheDirectoryIsRefused) {
 
 TEST_F(ComponentTest, ComponentOfAnotherInterfaceVersionIsRefusedAndItsFactoryNotCalled) {
     ExpectRefusal(u"OtherVersionComponent.dll"_s, COMPONENT_DIRECTORY +
-                                                      u"/libotherversioncomponent.so: it has the interface "
-                                                      u"version 2, and 1 is wanted"_s);
+                                                      u"/libotherversioncomponent.so: it has interface "
+                                                      u"version 2, but version 1 is needed"_s);
     EXPECT_FALSE(IsMapped("libotherversioncomponent.so"));
 }
 

@@ -185,7 +185,7 @@ TEST_F(Hub, PortThatIsNoneIsTracedAndTheDefaultTaken) {
         EXPECT_TRUE(TakeCalls().join(u'\n').contains(u" SetCentralAddress 127.0.0.1 4500\n"_s)) << port;
         ASSERT_EQ(trace.lines.size(), 1) << port;
         EXPECT_TRUE(trace.lines[0].endsWith(
-            u": WARNING: MshCentralPort %1 is not a port from 1 to 65535; 4500 is taken"_s.arg(port)))
+            u": WARNING: MshCentralPort %1 is not a port from 1 to 65535; 4500 is used"_s.arg(port)))
             << trace.lines[0].toStdString();
         EXPECT_EQ(Settings().GetInt(u"MshCentralPort"_s, 0), port) << "what was set stays";
     }

@@ -488,7 +488,7 @@ TEST_F(CfgCenterTest, ConfigDirectoryThatCannotBeHadIsRefusedWithAReason) {
          {QString(), Path(u"file"_s), Path(u"file/below"_s), QString(QChar::Null)}) {
         EXPECT_FALSE(CfgCenter::SetConfigDirectory(directory));
         EXPECT_TRUE(CfgCenter::GetLastError().contains(directory));
-        EXPECT_TRUE(CfgCenter::GetLastError().contains(u"cannot be had"));
+        EXPECT_TRUE(CfgCenter::GetLastError().contains(u"cannot be opened"));
         EXPECT_TRUE(m_trace.last().contains(CfgCenter::GetLastError()));
     }
 }

@@ -214,10 +214,10 @@ TEST_F(SettingsCheck, DfMethodThatNobodyKnowsIsWarnedOf) {
     for (const QByteArray& unknown :
          {QByteArray("VEK"), QByteArray("cor"), QByteArray(" VEC"), QByteArray()}) {
         EXPECT_EQ(Check(antenna + "COR," + unknown + '\n'),
-                  QStringList{Doubted(
-                      u"SystemConfiguration/Antenna0/DFAlgorithm"_s, u"COR,"_s + QString::fromUtf8(unknown),
-                      u"are WAT, COR, COR8, COR8O, COR9, SUPR, VEC, VMI, VMR, with \",\" between "
-                      "them"_s)});
+                  QStringList{Doubted(u"SystemConfiguration/Antenna0/DFAlgorithm"_s,
+                                      u"COR,"_s + QString::fromUtf8(unknown),
+                                      u"are WAT, COR, COR8, COR8O, COR9, SUPR, VEC, VMI, VMR, separated "
+                                      "by \",\""_s)});
     }
 }
 
