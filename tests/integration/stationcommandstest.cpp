@@ -895,7 +895,7 @@ TEST_F(StationCommands, DoctorAndRunWarnOfSettingsThatDoNotMeanWhatTheySeemTo) {
     for (const QString& warning :
          {u"the setting \"MshCentralPort\" is \"0\"; allowed are whole numbers from 1 to 65535, and the "
           u"default is "
-          "taken\n"_s,
+          "used\n"_s,
           u"the setting \"SystemConfiguration/Antenna1/Name\" is \"PX1O6\"; allowed are the models of "
           "\"zanstation catalogue antennas\", and the nearest one is \"PX106\"\n"_s,
           u"the setting \"SystemConfiguration/Antenna1/DFAlgorithm\" is \"CORR\"; allowed are WAT, COR, "
