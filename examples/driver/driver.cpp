@@ -102,8 +102,7 @@ int main(int argc, char** argv) {
     {
         const DFDataOutput output(u"DF data"_s);
         ExampleDriver driver;
-        KvZANCommon::LegacyDriverAdapter
-            adapter; // declared after its partners, so that it is destroyed first
+        KvZANCommon::LegacyDriverAdapter adapter; // last, so that it is destroyed first
         driver.SetCallback(&adapter);
         adapter.SetLegacyDriver(&driver);
         adapter.SetCallback(&receiver);

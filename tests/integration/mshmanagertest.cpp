@@ -311,7 +311,7 @@ TEST_F(Hub, LibraryThatIsNoClientIsRefusedWithAReason) {
         QString reason;
     };
     for (const Case& each :
-         {Case{QString(), u"there is no file"_s}, Case{u"libnocomponent.so"_s, u"is no component"_s},
+         {Case{QString(), u"there is no file"_s}, Case{u"libnocomponent.so"_s, u"is not a component"_s},
           Case{u"libotherversioncomponent.so"_s, u"version"_s}}) {
         Install(each.library);
         MshManager manager;

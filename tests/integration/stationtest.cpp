@@ -178,18 +178,19 @@ TEST_F(Station, OutputIsNoFileOfTheStationItself) {
         arguments.replace(arguments.indexOf(Path(u"out"_s)), Path(u"config/"_s + name));
         const StationResult result = RunStation(arguments);
         EXPECT_EQ(result.exitCode, 1) << name.toStdString();
-        EXPECT_TRUE(result.err.contains(u"the station's own"_s)) << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(u"belongs to the station"_s)) << result.err.toStdString();
         EXPECT_EQ(ReadFile(Path(u"config/Application.ini"_s)), settings);
     }
 }
 
 TEST_F(Station, OutputIsNoFileThatTheFirstRunIsAboutToMakeEither) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
-    for (const auto& [name, message] : {std::pair{u"example.csv"_s, u"would overwrite the recording"_s},
-                                        {u"Application.ini"_s, u"the station's own"_s},
-                                        {u"Application.ini.lock"_s, u"the station's own"_s},
-                                        {u"TrafficControl.ini"_s, u"the station's own"_s},
-                                        {u"ZANControl/commandlog-replay.txt"_s, u"the station's own"_s}}) {
+    for (const auto& [name, message] :
+         {std::pair{u"example.csv"_s, u"would overwrite the recording"_s},
+          {u"Application.ini"_s, u"belongs to the station"_s},
+          {u"Application.ini.lock"_s, u"belongs to the station"_s},
+          {u"TrafficControl.ini"_s, u"belongs to the station"_s},
+          {u"ZANControl/commandlog-replay.txt"_s, u"belongs to the station"_s}}) {
         const QString config = Path(u"fresh-"_s + QFileInfo(name).fileName());
         QStringList arguments{u"run"_s,      u"--speed"_s,        u"max"_s, u"--config"_s, config,
                               u"--output"_s, config + u'/' + name};

@@ -128,8 +128,7 @@ void ReplayDriver::Replay() {
         m_block.clear();
         do {
             m_block.push_back(ToBearing(*row));
-            row =
-                Tell(m_reader.NextIfHere()); // a block is not delayed by rows that have not arrived
+            row = Tell(m_reader.NextIfHere()); // a block is not delayed by rows that have not arrived
         } while (row && m_block.size() < MAX_BLOCK && BelongTogether(first, *row));
         Deliver(first);
         if (!row) {
@@ -181,8 +180,7 @@ bool ReplayDriver::WaitFor(quint64 recordedTime) {
         m_firstTime = recordedTime;
         m_begin = std::chrono::steady_clock::now();
     }
-    constexpr double LONGEST =
-        1e12; // ms, some thirty years; the clock would overflow after some hundred years
+    constexpr double LONGEST = 1e12; // ms, some thirty years; the clock counts some hundred years
     const std::chrono::duration<double, std::milli> sinceFirst(
         std::min(static_cast<double>(recordedTime - *m_firstTime) / m_pace, LONGEST));
     const auto due = m_begin + std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceFirst);
