@@ -199,8 +199,7 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     }
     const quint32 rate = GetBaudRate(port.handle());
     if (rate != 0 && !IsNear(rate, serial->baudRate)) {
-        return refuse(serial->port + u": it runs at %1 baud, not at %2"_s.arg(rate).arg(serial->baudRate),
-                      __LINE__);
+        return refuse(serial->port + u": it runs at %1 baud, not at %2"_s.arg(rate).arg(serial->baudRate));
     }
     return pInterface.release();
 }

@@ -39,22 +39,10 @@ private:
 };
 
 /// Writes one trace line with its origin: a path below the source root without extension, and a line number.
-/// The caller tests the mask before it builds the message; `TraceInformation` does both. From any thread.
+/// The caller tests the mask before it builds the message; `TraceSource` does both. From any thread.
 ZANPLATFORM_EXPORT void _Q_Trace(const QString& message, const QString& sourceFile, unsigned short line);
 /// Writes one finished trace line, whatever the mask. From any thread.
 ZANPLATFORM_EXPORT void _Q_TraceOld(const QString& line);
 /// Reports a failed assertion. Written when the mask has `TraceBit::ASSERTION`; the program goes on. The
 /// texts are not null. From any thread.
 ZANPLATFORM_EXPORT void _Q_assert(const wchar_t* expression, const wchar_t* sourceFile, unsigned short line);
-
-/// Traces information or a warning under `TraceBit::INFORMATION`. From any thread.
-/// \param makeMessage makes the QString; it is called only when the line is written, so that nothing is
-///        formatted for a line that nobody reads
-/// \param sourceFile path below the source root without extension, with backslashes
-/// \param line       only the lowest 16 bits are written
-template <class MakeMessage>
-void TraceInformation(MakeMessage makeMessage, const QString& sourceFile, unsigned line) {
-    if (ErrorHandler::Instance().GetTraceMask() & TraceBit::INFORMATION) {
-        _Q_Trace(makeMessage(), sourceFile, static_cast<unsigned short>(line));
-    }
-}

@@ -1,6 +1,6 @@
 #include "tolmappstartup/appoptions.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "tolmappstartup/settingsformat.h"
 
 #include <QHash>
@@ -8,6 +8,8 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr TraceSource TRACE(u"tolmappstartup\\appoptions");
 
 QHash<QString, QString> options;
 
@@ -30,12 +32,10 @@ bool AppOptions::GetBoolean(const QString& name, bool defaultValue) {
     }
     const std::optional<bool> value = ParseBoolean(*option);
     if (!value) {
-        TraceInformation(
-            [&] {
-                return u"The application option \""_s + name + u"\" is \""_s + *option +
-                       u"\", which is not a boolean; the default is used."_s;
-            },
-            u"tolmappstartup\\appoptions"_s, __LINE__);
+        TRACE.Information([&] {
+            return u"The application option \""_s + name + u"\" is \""_s + *option +
+                   u"\", which is not a boolean; the default is used."_s;
+        });
     }
     return value.value_or(defaultValue);
 }

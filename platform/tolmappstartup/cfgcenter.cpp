@@ -16,9 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void Report(const QString& problem, unsigned line) {
-    ReportProblem(problem, u"tolmappstartup\\cfgcenter"_s, line);
-}
+constexpr TraceSource TRACE(u"tolmappstartup\\cfgcenter");
 
 // How numbers and booleans are written in a settings file.
 QString TextOf(qint64 value) {
@@ -140,7 +138,7 @@ void Cfg::SetBool(const QString& key, bool value) {
 ICfg* Cfg::GetSubCfg(const QString& name) {
     const QString prefix = m_prefix + name + u'/';
     if (!IsSettingsKey(prefix + u"Key"_s)) {
-        Report(u"\""_s + name + u"\" cannot be the name of a sub-configuration."_s, __LINE__);
+        ReportProblem(u"\""_s + name + u"\" cannot be the name of a sub-configuration."_s, TRACE);
         return nullptr;
     }
     return new Cfg(m_pFile, prefix);
@@ -178,8 +176,9 @@ bool CfgCenter::SetConfigDirectory(const QString& directory) {
                                          : u"it does not exist and cannot be created"_s;
     }
     if (!reason.isEmpty()) {
-        Report(u"The configuration directory \""_s + directory + u"\" cannot be opened: "_s + reason + u'.',
-               __LINE__);
+        ReportProblem(u"The configuration directory \""_s + directory + u"\" cannot be opened: "_s + reason +
+                          u'.',
+                      TRACE);
         return false;
     }
     GetState().configDirectory = path;
@@ -193,12 +192,13 @@ ICfg& CfgCenter::GetAppCfg(ICfg::View) {
 
 ICfg* CfgCenter::CreateCfg(const QString& name, ICfg::View, const QString&) {
     if (!IsPlainFileName(name)) {
-        Report(u"\""_s + name + u"\" cannot be the name of a settings file."_s, __LINE__);
+        ReportProblem(u"\""_s + name + u"\" cannot be the name of a settings file."_s, TRACE);
         return nullptr;
     }
     if (GetState().configDirectory.isEmpty()) {
-        Report(u"The settings \""_s + name + u"\" cannot be opened: no configuration directory is set."_s,
-               __LINE__);
+        ReportProblem(u"The settings \""_s + name +
+                          u"\" cannot be opened: no configuration directory is set."_s,
+                      TRACE);
         return nullptr;
     }
     return new Cfg(OpenFile(name), {});

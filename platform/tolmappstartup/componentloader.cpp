@@ -15,9 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void Report(const QString& problem, unsigned line) {
-    ReportProblem(problem, u"tolmappstartup\\componentloader"_s, line);
-}
+constexpr TraceSource TRACE(u"tolmappstartup\\componentloader");
 
 // Programs use the name "MshClient.dll" on all systems; on this one the file is named differently.
 QString LocalLibraryName(const QString& fileName) {
@@ -66,7 +64,7 @@ std::shared_ptr<QLibrary> ComponentLoader::GetLibrary(const QString& path) const
 bool ComponentLoader::SetDirectory(const QString& directory) {
     m_directory.clear();
     if (!QDir::isAbsolutePath(directory)) {
-        Report(u"The component directory \""_s + directory + u"\" is not an absolute path."_s, __LINE__);
+        ReportProblem(u"The component directory \""_s + directory + u"\" is not an absolute path."_s, TRACE);
         return false;
     }
     m_directory = QDir::cleanPath(directory);
@@ -74,19 +72,20 @@ bool ComponentLoader::SetDirectory(const QString& directory) {
 }
 
 IDllInstance* ComponentLoader::Create(const QString& fileName) {
-    const auto refuse = [&](const QString& reason, unsigned line) -> IDllInstance* {
-        Report(u"The component \""_s + fileName + u"\" cannot be loaded: "_s + reason + u'.', line);
+    const auto refuse = [&](const QString& reason, unsigned line = __builtin_LINE()) -> IDllInstance* {
+        ReportProblem(u"The component \""_s + fileName + u"\" cannot be loaded: "_s + reason + u'.', TRACE,
+                      line);
         return nullptr;
     };
     if (!IsPlainFileName(fileName)) {
-        return refuse(u"a component is named by a plain file name"_s, __LINE__);
+        return refuse(u"a component is named by a plain file name"_s);
     }
     if (m_directory.isEmpty()) {
-        return refuse(u"no component directory is set"_s, __LINE__);
+        return refuse(u"no component directory is set"_s);
     }
     const QString path = m_directory + u'/' + LocalLibraryName(fileName);
     if (!QFileInfo(path).isFile()) {
-        return refuse(u"there is no file "_s + path, __LINE__);
+        return refuse(u"there is no file "_s + path);
     }
     // From here on this file is used, even if a link to it changes.
     const QString canonicalPath = QFileInfo(path).canonicalFilePath();
@@ -98,14 +97,14 @@ IDllInstance* ComponentLoader::Create(const QString& fileName) {
             reason = ComponentCheck::FindFaultInTrial(canonicalPath);
         }
         if (!reason.isEmpty()) {
-            return refuse(path + u": "_s + reason, __LINE__);
+            return refuse(path + u": "_s + reason);
         }
     }
     // A library that is refused from here on stays loaded: its initialisers have run, and threads that they
     // have started may still run.
     IDllInstance* const instance = LoadInstance(*pLibrary, reason);
     if (!instance) {
-        return refuse(path + u": "_s + reason, __LINE__);
+        return refuse(path + u": "_s + reason);
     }
     m_libraryOfInstance.insert(instance, pLibrary);
     return instance;
@@ -114,9 +113,9 @@ IDllInstance* ComponentLoader::Create(const QString& fileName) {
 void ComponentLoader::Destroy(IDllInstance* instance) {
     const std::shared_ptr<QLibrary> pLibrary = m_libraryOfInstance.take(instance);
     if (!pLibrary) {
-        Report(
+        ReportProblem(
             u"A component instance cannot be destroyed: it was not created here, or has already been destroyed."_s,
-            __LINE__);
+            TRACE);
         return;
     }
     delete instance;

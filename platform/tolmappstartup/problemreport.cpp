@@ -1,16 +1,14 @@
 #include "tolmappstartup/problemreport.h"
 
-#include "kwbase/errorhandler.h"
-
 namespace {
 
 QString lastProblem;
 
 } // namespace
 
-void ReportProblem(const QString& problem, const QString& sourceFile, unsigned line) {
+void ReportProblem(const QString& problem, const TraceSource& source, unsigned line) {
     lastProblem = problem;
-    TraceInformation([&] { return problem; }, sourceFile, line);
+    source.Information([&problem] { return problem; }, line);
 }
 
 QString GetLastProblem() {

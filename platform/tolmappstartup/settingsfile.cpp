@@ -24,6 +24,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr TraceSource TRACE(u"tolmappstartup\\settingsfile");
+
 constexpr qsizetype MAX_LINES_NAMED = 10; // of a damaged file, which may be damaged in every line
 constexpr qsizetype MAX_KEYS_NAMED = 10;
 constexpr qsizetype MAX_TEXT_SHOWN = 80; // of a value that cannot be read
@@ -42,10 +44,6 @@ constexpr QStringView CANNOT_WRITE =
 
 // The files that are open, so that all callers that open one share it.
 QHash<QString, SettingsFile*> openFiles;
-
-void ReportHere(const QString& problem, unsigned line) {
-    ReportProblem(problem, u"tolmappstartup\\settingsfile"_s, line);
-}
 
 // Whether a process has a file open for writing. Not known, and so false, for a file of another user.
 bool IsBeingWritten(int handle) {
@@ -188,7 +186,7 @@ SettingsFile::SettingsFile(QString path)
     }
     FindPlace();
     if (const QString problem = Read(QDeadlineTimer(PATIENCE)); !problem.isEmpty()) {
-        ReportHere(u"The settings file "_s + m_path + u" cannot be read ("_s + problem + u")."_s, __LINE__);
+        ReportProblem(u"The settings file "_s + m_path + u" cannot be read ("_s + problem + u")."_s, TRACE);
     }
     m_isOpen = true;
 }
@@ -245,11 +243,11 @@ QStringList SettingsFile::GetNames(const QString& prefix, bool areSections) cons
 
 void SettingsFile::SetText(const QString& key, const QString& text) {
     if (!IsSettingsKey(key)) {
-        ReportHere(u"The setting \""_s + key + u"\" cannot be stored: that is not a valid key."_s, __LINE__);
+        ReportProblem(u"The setting \""_s + key + u"\" cannot be stored: that is not a valid key."_s, TRACE);
         return;
     }
     if (m_path.isEmpty() && m_pending.isEmpty()) {
-        ReportHere(u"No configuration directory is set: settings are kept in memory only."_s, __LINE__);
+        ReportProblem(u"No configuration directory is set: settings are kept in memory only."_s, TRACE);
     }
     const auto pending = m_pending.find(key);
     if (m_writeBacks == 0) {
@@ -273,10 +271,10 @@ void SettingsFile::ReportUnreadable(const QString& key, const QString& wanted) {
     }
     m_unreadable.insert(key, text);
     m_isCopyDue = true;
-    ReportHere(u"The settings file "_s + m_path + u" holds \""_s + text.left(MAX_TEXT_SHOWN) +
-                   u"\" under the key \""_s + key + u"\", which is not "_s + wanted +
-                   u"; the default is used."_s,
-               __LINE__);
+    ReportProblem(u"The settings file "_s + m_path + u" holds \""_s + text.left(MAX_TEXT_SHOWN) +
+                      u"\" under the key \""_s + key + u"\", which is not "_s + wanted +
+                      u"; the default is used."_s,
+                  TRACE);
 }
 
 bool SettingsFile::Save() {
@@ -480,10 +478,10 @@ void SettingsFile::ReportWhatGaveWay() {
         }
     }
     if (!keys.isEmpty()) {
-        ReportHere(u"Another program was writing the settings file "_s + m_path +
-                       u" when it was read; its values are kept for "_s +
-                       keys.first(std::min(keys.size(), MAX_KEYS_NAMED)).join(u", ") + u'.',
-                   __LINE__);
+        ReportProblem(u"Another program was writing the settings file "_s + m_path +
+                          u" when it was read; its values are kept for "_s +
+                          keys.first(std::min(keys.size(), MAX_KEYS_NAMED)).join(u", ") + u'.',
+                      TRACE);
     }
 }
 
@@ -499,9 +497,9 @@ void SettingsFile::Report(const QString& reason, const QString& fate) {
     if (unnamed > 0) {
         names += u" and %1 more"_s.arg(unnamed);
     }
-    ReportHere(u"The settings file "_s + m_path + u" could not be saved: "_s + reason +
-                   u". The old file is unchanged; the new values of "_s + names + u' ' + fate + u'.',
-               __LINE__);
+    ReportProblem(u"The settings file "_s + m_path + u" could not be saved: "_s + reason +
+                      u". The old file is unchanged; the new values of "_s + names + u' ' + fate + u'.',
+                  TRACE);
 }
 
 // Has the event loop save the file when nobody commits.
@@ -535,7 +533,7 @@ void SettingsFile::TakeDamage(const QList<DamagedLine>& damage) {
     }
     const QString reason = KeepCopy();
     problem += reason.isEmpty() ? u" it is kept as "_s + m_copyPath : u' ' + reason;
-    ReportHere(problem + u". The other lines are used."_s, __LINE__);
+    ReportProblem(problem + u". The other lines are used."_s, TRACE);
 }
 
 // Copies the file to another name beside it, unless there is an equal copy already. Returns the reason on

@@ -13,11 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString WithoutText() {
-    ADD_FAILURE() << "the message of a line that nobody reads was made";
-    return {};
-}
-
 /// What Qt's logging was handed while a default sink is in force.
 struct LoggedLine {
     QtMsgType type;
@@ -57,34 +52,6 @@ TEST(ErrorHandler, AFinishedLineIsWrittenAsItStands) {
     _Q_TraceOld(u"  a line\twith\nall sorts "_s);
     _Q_TraceOld({});
     EXPECT_EQ(trace.lines, (QStringList{u"  a line\twith\nall sorts "_s, QString()}));
-}
-
-TEST(ErrorHandler, InformationIsTracedWithItsOrigin) {
-    const TraceLines trace;
-    TraceInformation([] { return u"message"_s; }, u"file"_s, 12);
-    EXPECT_EQ(trace.lines, QStringList{u"file(12): message"_s});
-}
-
-TEST(ErrorHandler, NothingIsFormattedWhenTheBitIsOff) {
-    const TraceLines trace;
-    for (const unsigned mask : {0U, TraceBit::ASSERTION, ~TraceBit::INFORMATION}) {
-        ErrorHandler::Instance().SetTraceMask(mask);
-        TraceInformation(WithoutText, u"file"_s, 1);
-    }
-    EXPECT_TRUE(trace.lines.isEmpty());
-}
-
-TEST(ErrorHandler, TheMaskIsReadAnewForEachMessage) {
-    const TraceLines trace;
-    const auto traceOne = [](int number) {
-        TraceInformation([number] { return QString::number(number); }, u"file"_s, 1);
-    };
-    traceOne(1);
-    ErrorHandler::Instance().SetTraceMask(0);
-    traceOne(2);
-    ErrorHandler::Instance().SetTraceMask(TraceBit::INFORMATION);
-    traceOne(3);
-    EXPECT_EQ(trace.lines, (QStringList{u"file(1): 1"_s, u"file(1): 3"_s}));
 }
 
 TEST(ErrorHandler, TheSinkIsReplaceable) {

@@ -33,9 +33,24 @@ TEST(TraceSource, ALineOfItsOwnIsKept) {
 
 TEST(TraceSource, NothingIsFormattedWhenTheBitIsOff) {
     const TraceLines trace;
-    ErrorHandler::Instance().SetTraceMask(~TraceBit::INFORMATION);
-    TRACE.Information(WithoutText);
+    for (const unsigned mask : {0U, TraceBit::ASSERTION, ~TraceBit::INFORMATION}) {
+        ErrorHandler::Instance().SetTraceMask(mask);
+        TRACE.Information(WithoutText);
+    }
     EXPECT_TRUE(trace.lines.isEmpty());
+}
+
+TEST(TraceSource, TheMaskIsReadAgainForEachMessage) {
+    const TraceLines trace;
+    const auto traceOne = [](int number) {
+        TRACE.Information([number] { return QString::number(number); }, 1);
+    };
+    traceOne(1);
+    ErrorHandler::Instance().SetTraceMask(0);
+    traceOne(2);
+    ErrorHandler::Instance().SetTraceMask(TraceBit::INFORMATION);
+    traceOne(3);
+    EXPECT_EQ(trace.lines, (QStringList{u"platform\\somewhere(1): 1"_s, u"platform\\somewhere(1): 3"_s}));
 }
 
 TEST(TraceSource, AFailedAssertionNamesTheSourceToo) {

@@ -1,6 +1,6 @@
 #include "zancommon/antennadatalist.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "stddevicedefinition/antbuilder.h"
 #include "tolmappstartup/icfg.h"
 #include "valueframework/tree.h"
@@ -19,12 +19,7 @@ using StdDeviceDefinition::StdDeviceTree::Ant;
 namespace {
 
 // The lines of the list and of its records have one origin.
-constexpr const wchar_t* ASSERTION_ORIGIN = L"devicecontrol\\directionfinder\\zancommon\\antennadata";
-
-const QString& TraceOrigin() {
-    static const QString origin = QString::fromWCharArray(ASSERTION_ORIGIN);
-    return origin;
-}
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\antennadata");
 
 /// Whether the first antenna is sorted before the second one. Not transitive for coverages within one
 /// another.
@@ -233,14 +228,12 @@ void AntennaDataList::SetStartupDefaults(bool compassA, bool compassB) {
 
 void AntennaDataList::PrintAntennaTrace() const {
     for (const auto& antenna : m_antennas) {
-        TraceInformation(
-            [&antenna] {
-                return u"Antenna name=%1 handle=%2 enabled=%3 frequency=%4-%5 range=%6-%7 (at converter %8)"_s
-                    .arg(antenna->name, QString::number(antenna->handle), antenna->enabled ? u"1"_s : u"0"_s,
-                         ToText(antenna->minFreq), ToText(antenna->maxFreq), ToText(antenna->minRange),
-                         ToText(antenna->maxRange), antenna->converterTypeName);
-            },
-            TraceOrigin(), __LINE__);
+        TRACE.Information([&antenna] {
+            return u"Antenna name=%1 handle=%2 enabled=%3 frequency=%4-%5 range=%6-%7 (at converter %8)"_s
+                .arg(antenna->name, QString::number(antenna->handle), antenna->enabled ? u"1"_s : u"0"_s,
+                     ToText(antenna->minFreq), ToText(antenna->maxFreq), ToText(antenna->minRange),
+                     ToText(antenna->maxRange), antenna->converterTypeName);
+        });
     }
 }
 
@@ -336,13 +329,11 @@ int AntennaDataList::UpdateAntennasFromValueTree(const QString& path) {
             node.Read(AntennaNode::EValues::EDITABLE, *antenna);
             ++count;
         } else {
-            TraceInformation(
-                [&published] {
-                    return u"WARNING: antenna %1 %2 - %3 (handle=%4) in value tree does not match AntennaDataList"_s
-                        .arg(published.name, ToText(published.minFreq), ToText(published.maxFreq),
-                             QString::number(published.handle));
-                },
-                TraceOrigin(), __LINE__);
+            TRACE.Information([&published] {
+                return u"WARNING: antenna %1 %2 - %3 (handle=%4) in value tree does not match AntennaDataList"_s
+                    .arg(published.name, ToText(published.minFreq), ToText(published.maxFreq),
+                         QString::number(published.handle));
+            });
         }
     }
     return count;
@@ -353,7 +344,7 @@ void AntennaDataList::WriteAntennasToValueTree(const QString& path) {
     for (const auto& antenna : m_antennas) {
         Node* const pAnt = AntBuilder::InsertChild(parent);
         if (!pAnt) {
-            _Q_assert(L"pAnt", ASSERTION_ORIGIN, __LINE__);
+            TRACE.Assertion(L"pAnt");
             continue;
         }
         AntennaNode(pAnt, m_tools).Write(*antenna);

@@ -1,6 +1,6 @@
 #include "zancommon/antennasection.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 #include "zancommon/constanttext.h"
 
 #include <array>
@@ -8,6 +8,9 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// The lines of the list and of its records have one origin.
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\antennadata");
 
 void ReadValue(const ICfg& section, const QString& key, bool& value) {
     value = section.GetBool(key, false);
@@ -95,7 +98,7 @@ constexpr std::array KEYS{
 CfgPtr AntennaSection::Open(ICfg& station, int index) {
     CfgPtr pSubCfg(station.GetSubCfg(u"SystemConfiguration/Antenna"_s + QString::number(index)));
     if (!pSubCfg) {
-        _Q_assert(L"pSubCfg", L"devicecontrol\\directionfinder\\zancommon\\antennadata", __LINE__);
+        TRACE.Assertion(L"pSubCfg");
     }
     return pSubCfg;
 }

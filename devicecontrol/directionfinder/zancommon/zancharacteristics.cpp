@@ -3,8 +3,8 @@
 
 #include "zancommon/zancharacteristics.h"
 
-#include "kwbase/errorhandler.h"
 #include "kwbase/tolmos.h"
+#include "kwbase/tracesource.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
 #include "zancommon/antennamethods.h"
@@ -30,10 +30,7 @@ using namespace StdDeviceDefinition;
 
 namespace {
 
-const QString& TraceOrigin() {
-    static const QString origin = u"devicecontrol\\directionfinder\\zancommon\\zancharacteristics"_s;
-    return origin;
-}
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\zancharacteristics");
 
 /// The values of a list of resolution bandwidths, which ends at the first value that is not above 0.
 auto ResolutionBandwidths(const ZANCharacteristics::SampleModeDescription& row) {
@@ -77,9 +74,7 @@ ZANCharacteristics& ZANCharacteristics::operator=(const ZANCharacteristics& othe
     return *this;
 }
 
-ZANCharacteristics::~ZANCharacteristics() {
-    DisconnectFromValues();
-}
+ZANCharacteristics::~ZANCharacteristics() = default;
 
 bool ZANCharacteristics::SetBase_ValuePath(const QString& path, bool autoUpdate) {
     const Node* const device = Tree::Instance()->GetNode(path);
@@ -100,41 +95,28 @@ bool ZANCharacteristics::ConnectToValues() {
     if (m_baseValuePath.isEmpty()) {
         return false;
     }
-    const Tree& tree = *Tree::Instance();
-    const auto attach = [this](auto* subject) {
-        if (subject) {
-            subject->AddObserver(this);
-        }
-        return subject;
-    };
-    m_pCfgNode = attach(tree.GetNode(m_baseValuePath + g_vdNodeCfg.PathName()));
-    m_pDevType = attach(tree.Find<ValueString>(m_baseValuePath + g_vdDevType.PathName()));
-    m_pDevMaxChannelCount =
-        attach(tree.Find<ValueNumericInt>(m_baseValuePath + g_vdDevMaxChannelCount.PathName()));
-    m_pCfgModifyTime = attach(tree.Find<ValueString>(m_baseValuePath + g_vdCfgModifyTime.PathName()));
-    m_pPolarisation = attach(tree.Find<ValueString>(ZANPath::Server(g_vdPolarisation)));
+    m_pCfgNode.Find(m_baseValuePath + g_vdNodeCfg.PathName(), this);
+    m_pDevType.Find(m_baseValuePath + g_vdDevType.PathName(), this);
+    m_pDevMaxChannelCount.Find(m_baseValuePath + g_vdDevMaxChannelCount.PathName(), this);
+    m_pCfgModifyTime.Find(m_baseValuePath + g_vdCfgModifyTime.PathName(), this);
+    m_pPolarisation.Find(ZANPath::Server(g_vdPolarisation), this);
     return m_pCfgNode && m_pDevType && m_pDevMaxChannelCount && m_pCfgModifyTime;
 }
 
 void ZANCharacteristics::DisconnectFromValues() {
-    const auto detach = [this](auto*& subject) {
-        if (subject) {
-            subject->DeleteObserver(this);
-            subject = nullptr;
-        }
-    };
-    detach(m_pCfgNode);
-    detach(m_pDevType);
-    detach(m_pDevMaxChannelCount);
-    detach(m_pCfgModifyTime);
-    detach(m_pPolarisation);
+    m_pCfgNode.LetGo();
+    m_pDevType.LetGo();
+    m_pDevMaxChannelCount.LetGo();
+    m_pCfgModifyTime.LetGo();
+    m_pPolarisation.LetGo();
 }
 
 void ZANCharacteristics::Update(Observable* subject, TChangeCode code) {
-    const auto forget = [this, subject](auto*& member) {
-        const bool isGoing = member && member == subject && member->DeleteObserver(this);
+    // What does not notify this object any more is not forgotten.
+    const auto forget = [this, subject](auto& held) {
+        const bool isGoing = held.Is(subject) && held->DeleteObserver(this);
         if (isGoing) {
-            member = nullptr;
+            held.LetGo();
         }
         return isGoing;
     };
@@ -152,13 +134,13 @@ void ZANCharacteristics::Update(Observable* subject, TChangeCode code) {
     } else if (code == TChangeCode::NodeGoingAway) {
         forget(m_pCfgNode);
     } else if (code == TChangeCode::Changed && m_autoUpdate && subject) {
-        if (subject == m_pDevType) {
+        if (m_pDevType.Is(subject)) {
             UpdateZANType();
-        } else if (subject == m_pCfgModifyTime) {
+        } else if (m_pCfgModifyTime.Is(subject)) {
             UpdateCachedDataFromValueTree();
-        } else if (subject == m_pDevMaxChannelCount) {
+        } else if (m_pDevMaxChannelCount.Is(subject)) {
             UpdateMaxChannelCount();
-        } else if (subject == m_pPolarisation) {
+        } else if (m_pPolarisation.Is(subject)) {
             UpdatePolarisationMode();
         } else {
             return;
@@ -191,8 +173,7 @@ void ZANCharacteristics::UpdateZANType() {
     if (known != s_aDeviceTypeNames.end()) {
         m_zanType = known->type;
     } else {
-        TraceInformation([&name] { return u"WARNING: device type "_s + name + u" not fully supported"_s; },
-                         TraceOrigin(), __LINE__);
+        TRACE.Information([&name] { return u"WARNING: device type "_s + name + u" not fully supported"_s; });
     }
 }
 
@@ -441,13 +422,11 @@ ZANCharacteristics::GetBestSampleModeDescription(EOperationMode mode, EZANConver
                                                  double stop, double realtimeBandwidth) const {
     const auto* const best = MakeQuery(mode, converter, start, stop, realtimeBandwidth).FindBest();
     if (!best) {
-        TraceInformation(
-            [=] {
-                return QString::asprintf("No sample mode matching eConverter=%d, eOpMode=%d, fStartFreq=%f, "
-                                         "fStopFreq=%f, fRealtimeBw=%f",
-                                         converter, mode, start, stop, realtimeBandwidth);
-            },
-            TraceOrigin(), __LINE__);
+        TRACE.Information([=] {
+            return QString::asprintf("No sample mode matching eConverter=%d, eOpMode=%d, fStartFreq=%f, "
+                                     "fStopFreq=%f, fRealtimeBw=%f",
+                                     converter, mode, start, stop, realtimeBandwidth);
+        });
     }
     return best;
 }
@@ -470,13 +449,11 @@ EZANSampleMode ZANCharacteristics::GetBestSampleMode(EOperationMode mode, double
     if (const auto* best = GetBestSampleModeDescription(mode, start, stop, realtimeBandwidth)) {
         return best->sampleMode;
     }
-    TraceInformation(
-        [=] {
-            return QString::asprintf("WARNING: No sample mode found for eOpMode=%d, fStartFreq=%f, "
-                                     "fStopFreq=%f, fRealtimeBw=%d",
-                                     mode, start, stop, Truncate<int>(realtimeBandwidth));
-        },
-        TraceOrigin(), __LINE__);
+    TRACE.Information([=] {
+        return QString::asprintf("WARNING: No sample mode found for eOpMode=%d, fStartFreq=%f, "
+                                 "fStopFreq=%f, fRealtimeBw=%d",
+                                 mode, start, stop, Truncate<int>(realtimeBandwidth));
+    });
     return SAMPLEMODE_END;
 }
 
@@ -536,20 +513,17 @@ QString ZANCharacteristics::FormatBandwidth(double bandwidth, int precision, boo
 
 EFreqRange ZANCharacteristics::GetRangeTypeOfAntenna(const AntennaData* antenna, EOperationMode mode) const {
     if (!antenna) {
-        TraceInformation([] { return u"WARNING: cannot determine range type for unknown antenna"_s; },
-                         TraceOrigin(), __LINE__);
+        TRACE.Information([] { return u"WARNING: cannot determine range type for unknown antenna"_s; });
         return FREQRANGE_UNKNOWN;
     }
     if (const auto* best =
             GetBestSampleModeDescription(mode, antenna->minRange, antenna->maxRange, fBANDWIDTH_ANY)) {
         return best->range;
     }
-    TraceInformation(
-        [antenna] {
-            return u"WARNING: cannot determine range type for antenna "_s + antenna->name +
-                   QString::asprintf(" %f - %f", antenna->minRange, antenna->maxRange);
-        },
-        TraceOrigin(), __LINE__);
+    TRACE.Information([antenna] {
+        return u"WARNING: cannot determine range type for antenna "_s + antenna->name +
+               QString::asprintf(" %f - %f", antenna->minRange, antenna->maxRange);
+    });
     constexpr double LOWEST_VUHF = 1e7;
     return antenna->minFreq >= LOWEST_VUHF ? FREQRANGE_VUHF : FREQRANGE_HF;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kwbase/observable.h"
+#include "valueframework/valueptr.h"
 #include "valueframework/valuetypes.h"
 #include "zancommon/antennadatalist.h"
 #include "zancommon/antennasetup.h"
@@ -373,11 +374,11 @@ private:
     QString m_baseValuePath; // empty: not connected
     bool m_autoUpdate = false;
     // Observed; the tree owns them. Null while not connected, and after they have gone away.
-    Node* m_pCfgNode = nullptr;
-    ValueString* m_pCfgModifyTime = nullptr;
-    ValueString* m_pDevType = nullptr;
-    ValueNumericInt* m_pDevMaxChannelCount = nullptr;
-    ValueString* m_pPolarisation = nullptr;
+    ZANPlatform::ValuePtr<Node> m_pCfgNode;
+    ZANPlatform::ValuePtr<ValueString> m_pCfgModifyTime;
+    ZANPlatform::ValuePtr<ValueString> m_pDevType;
+    ZANPlatform::ValuePtr<ValueNumericInt> m_pDevMaxChannelCount;
+    ZANPlatform::ValuePtr<ValueString> m_pPolarisation;
     // What is known about the device
     EZANType m_zanType = ZANTYPE_ZANTIDE;
     int m_maxChannelCount = MAX_CHANNEL_COUNT_DEFAULT;

@@ -1,6 +1,6 @@
 #include "zancommon/zanserverorb.h"
 
-#include "kwbase/errorhandler.h"
+#include "kwbase/tracesource.h"
 
 #include <QString>
 
@@ -19,10 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void Trace(const QString& message, unsigned line) {
-    TraceInformation([&message] { return message; },
-                     u"devicecontrol\\directionfinder\\zancommon\\zanserverorb"_s, line);
-}
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zancommon\\zanserverorb");
 
 void WriteLogLine(const char* line) {
     std::fputs(line, stderr);
@@ -68,6 +65,17 @@ void InterceptConnections() {
     interceptors.serverAcceptConnection.add(AcceptConnection);
 }
 
+/// Throws what it met, after a trace line.
+PortableServer::POA_var GetPoa(CORBA::ORB_ptr orb, const char* reference, const char* failure) {
+    try {
+        const CORBA::Object_var object = orb->resolve_initial_references(reference);
+        return PortableServer::POA::_narrow(object);
+    } catch (...) {
+        TRACE.Information([failure] { return QString::fromLatin1(failure); });
+        throw;
+    }
+}
+
 } // namespace
 
 ZANServerORB* ZANServerORB::m_pInstance = nullptr;
@@ -95,8 +103,9 @@ ZANServerORB::ZANServerORB() {
         const PortableServer::POAManager_var manager = RootPoa()->the_POAManager();
         manager->activate();
     } catch (...) {
-        Trace(u"ZANServerORB::ZANServerORB(): Exception caught in constructor of ZANServerORB !!!"_s,
-              __LINE__);
+        TRACE.Information([] {
+            return u"ZANServerORB::ZANServerORB(): Exception caught in constructor of ZANServerORB !!!"_s;
+        });
     }
 }
 
@@ -119,21 +128,11 @@ CORBA::ORB_var ZANServerORB::GetORB() const {
 }
 
 PortableServer::POA_var ZANServerORB::RootPoa() {
-    return GetPoa("RootPOA", "Could not access RootPOA");
+    return GetPoa(m_orb, "RootPOA", "Could not access RootPOA");
 }
 
 PortableServer::POA_var ZANServerORB::InsPoa() {
-    return GetPoa("omniINSPOA", "Could not access InsPOA");
-}
-
-PortableServer::POA_var ZANServerORB::GetPoa(const char* reference, const char* failure) {
-    try {
-        const CORBA::Object_var object = m_orb->resolve_initial_references(reference);
-        return PortableServer::POA::_narrow(object);
-    } catch (...) {
-        Trace(QString::fromLatin1(failure), __LINE__);
-        throw;
-    }
+    return GetPoa(m_orb, "omniINSPOA", "Could not access InsPOA");
 }
 
 void ZANServerORB::Shutdown() {
@@ -141,16 +140,17 @@ void ZANServerORB::Shutdown() {
         // The broker is only checked, not shut down: it may have other users.
         static_cast<void>(m_pInstance && CORBA::is_nil(m_pInstance->m_orb));
     } catch (const CORBA::SystemException&) {
-        Trace(u"ZANServerORB::Shutdown(): CORBA::SystemException"_s, __LINE__);
+        TRACE.Information([] { return u"ZANServerORB::Shutdown(): CORBA::SystemException"_s; });
     } catch (const CORBA::Exception&) {
-        Trace(u"ZANServerORB::Shutdown(): Caught CORBA::Exception."_s, __LINE__);
+        TRACE.Information([] { return u"ZANServerORB::Shutdown(): Caught CORBA::Exception."_s; });
     } catch (const omniORB::fatalException& exception) {
-        Trace(
-            u"ZANServerORB::Shutdown(): Caught omniORB::fatalException: file=<%1>, line=<%2>, msg=<%3>"_s.arg(
-                QString::fromLocal8Bit(exception.file()), QString::number(exception.line()),
-                QString::fromLocal8Bit(exception.errmsg())),
-            __LINE__);
+        TRACE.Information([&exception] {
+            return u"ZANServerORB::Shutdown(): Caught omniORB::fatalException: file=<%1>, line=<%2>, msg=<%3>"_s
+                .arg(QString::fromLocal8Bit(exception.file()), QString::number(exception.line()),
+                     QString::fromLocal8Bit(exception.errmsg()));
+        });
     } catch (...) {
-        Trace(u"ZANServerORB::Shutdown: Unknown execption caught during shutdown ORB."_s, __LINE__);
+        TRACE.Information(
+            [] { return u"ZANServerORB::Shutdown: Unknown execption caught during shutdown ORB."_s; });
     }
 }

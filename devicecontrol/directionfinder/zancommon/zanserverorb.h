@@ -61,9 +61,7 @@ public:
     static void Finalise();
 
 private:
-    ZANServerORB();
-
-    PortableServer::POA_var GetPoa(const char* reference, const char* failure);
+    ZANCOMMON_NO_EXPORT ZANServerORB();
 
     static ZANServerORB* m_pInstance;
 
