@@ -1,5 +1,7 @@
 #include "connections/interruptibleinput.h"
 
+#include "connections/inputfile.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -8,7 +10,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 InterruptibleInput::~InterruptibleInput() {
@@ -33,7 +34,7 @@ bool InterruptibleInput::Open(const QString& name) {
         setErrorString(reason);
         return false;
     }
-    ::flock(m_stream, LOCK_SH | LOCK_NB); // standard input may be a file: keeps outputs from writing to it
+    InputFile::Lock(m_stream); // standard input may be a file: keeps outputs from writing to it
     return open(ReadOnly | Unbuffered);
 }
 

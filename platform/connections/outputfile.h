@@ -13,9 +13,9 @@ class QByteArray;
 /// been passed to the system when the write returns. For one thread.
 ///
 /// A file and a FIFO are locked (`flock`) while they are open, so that no two programs write to one; the
-/// system releases the lock when a program is killed. A program that reads a file and wants no output to
-/// write to it takes a shared lock. A reader that goes away is an error, not a signal, whatever the program
-/// does with SIGPIPE.
+/// system releases the lock when a program is killed. A file that is only read, and that no output shall
+/// write to, is opened as `InputFile`. A reader that goes away is an error, not a signal, whatever the
+/// program does with SIGPIPE.
 class ZANPLATFORM_EXPORT OutputFile {
 public:
     OutputFile() = default;

@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstring>
 #include <numeric>
-#include <sys/file.h>
 #include <system_error>
 
 using namespace Qt::StringLiterals;
@@ -120,7 +119,6 @@ bool RecordingReader::Open(const QString& fileName) {
     if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return Fail(u"cannot be opened: "_s + m_file.errorString());
     }
-    ::flock(m_file.handle(), LOCK_SH | LOCK_NB); // keeps outputs from writing to it, also under another name
     m_size = m_file.size();
     return ReadHeader();
 }
@@ -167,6 +165,14 @@ bool RecordingReader::ReadHeader() {
     }
     const QString fault = CheckHeader(line);
     return fault.isEmpty() || Fail(fault);
+}
+
+std::optional<RecordedBearing> RecordingReader::Next() {
+    return Read(true);
+}
+
+std::optional<RecordedBearing> RecordingReader::NextIfHere() {
+    return Read(false);
 }
 
 std::optional<RecordedBearing> RecordingReader::Read(bool mayWait) {

@@ -2,9 +2,9 @@
 
 #include "zanserver_export.h"
 
+#include "connections/inputfile.h"
 #include "zanserver/recordedbearing.h"
 
-#include <QFile>
 #include <QString>
 #include <QStringList>
 
@@ -63,9 +63,9 @@ public:
     bool Open(QIODevice& device, const QString& name = QStringLiteral("recording"));
 
     /// The next valid row; nothing at the end, and after an error. Waits for a sequential device.
-    std::optional<RecordedBearing> Next() { return Read(true); }
+    std::optional<RecordedBearing> Next();
     /// As `Next`, but also nothing while the device has not received the complete row.
-    std::optional<RecordedBearing> NextIfHere() { return Read(false); }
+    std::optional<RecordedBearing> NextIfHere();
 
     /// Why `Open` or reading failed; empty without a failure.
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
@@ -97,7 +97,7 @@ private:
     template <class MakeText>
     void Count(BadLine reason, MakeText makeText);
 
-    QFile m_file;
+    InputFile m_file;
     QIODevice* m_pDevice = nullptr; // null: nothing to read
     QString m_name;
     QString m_errorText;
