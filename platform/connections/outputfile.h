@@ -70,10 +70,10 @@ public:
     [[nodiscard]] static QString FindWriter(const QString& name);
 
 private:
-    bool Take(int descriptor);
-    bool Lock(const QByteArray& name);
-    bool FailAndClose(int error);
-    bool WaitForRoom();
+    ZANPLATFORM_NO_EXPORT bool Take(int descriptor);
+    ZANPLATFORM_NO_EXPORT bool Lock(const QByteArray& name);
+    ZANPLATFORM_NO_EXPORT bool FailAndClose(int error);
+    ZANPLATFORM_NO_EXPORT bool WaitForRoom();
 
     int m_descriptor = -1;
     int m_error = 0;

@@ -94,9 +94,9 @@ private:
 
     struct Pass;
     void NotifyAll(TChangeCode code, IObserver* originator);
-    void EndPass(const Pass& pass);
-    void Forget(IObserver* observer);
-    void MoveToFront(IObserver* observer);
+    ZANPLATFORM_NO_EXPORT void EndPass(const Pass& pass);
+    ZANPLATFORM_NO_EXPORT void Forget(IObserver* observer);
+    ZANPLATFORM_NO_EXPORT void MoveToFront(IObserver* observer);
     [[nodiscard]] std::shared_ptr<Observable*> Self() const;
 
     std::vector<IObserver*> m_observers; // null where one was removed during a notification

@@ -25,7 +25,7 @@ public:
     [[nodiscard]] int GetError() const { return m_error; }
 
 private:
-    [[nodiscard]] bool WaitForRoom(int milliseconds) const;
+    [[nodiscard]] ZANPLATFORM_NO_EXPORT bool WaitForRoom(int milliseconds) const;
 
     int m_descriptor;
     int m_error = 0;

@@ -21,8 +21,8 @@ private:
     friend class Tree;
 
     void AnnounceRemoval() override;
-    void Append(ITreeItem* item);
-    void Unlink(ITreeItem* item);
+    ZANPLATFORM_NO_EXPORT void Append(ITreeItem* item);
+    ZANPLATFORM_NO_EXPORT void Unlink(ITreeItem* item);
 
     ITreeItem* m_pFirst = nullptr;
     ITreeItem* m_pLast = nullptr;

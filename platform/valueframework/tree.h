@@ -72,14 +72,15 @@ private:
     friend class ValueBase;
 
     Tree() = default;
-    ~Tree();
+    ZANPLATFORM_NO_EXPORT ~Tree();
 
     /// Whether a new item can be inserted at a path that has no trailing slash.
-    [[nodiscard]] bool IsFree(const QString& path) const;
-    Node* InsertNode(Node* parent, const QString& path, const ValueDescriptor* descriptor);
-    bool Rename(ValueBase* value, const QString& name);
-    void RemoveAll(std::vector<ITreeItem*> items);
-    void TakeOut(ITreeItem* item);
+    [[nodiscard]] ZANPLATFORM_NO_EXPORT bool IsFree(const QString& path) const;
+    ZANPLATFORM_NO_EXPORT Node* InsertNode(Node* parent, const QString& path,
+                                           const ValueDescriptor* descriptor);
+    ZANPLATFORM_NO_EXPORT bool Rename(ValueBase* value, const QString& name);
+    ZANPLATFORM_NO_EXPORT void RemoveAll(std::vector<ITreeItem*> items);
+    ZANPLATFORM_NO_EXPORT void TakeOut(ITreeItem* item);
 
     static Tree* s_pInstance;
 

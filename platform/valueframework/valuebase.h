@@ -121,11 +121,12 @@ private:
 
     struct Timing;
     void AnnounceRemoval() override;
-    void EndTransaction(const std::vector<TChangeCode>& codes, const ObserverPtr& originator);
+    ZANPLATFORM_NO_EXPORT void EndTransaction(const std::vector<TChangeCode>& codes,
+                                              const ObserverPtr& originator);
     void Deliver(TChangeCode code, IObserver* originator);
-    void DeliverWaiting();
-    void Schedule();
-    Timing& GetTiming();
+    ZANPLATFORM_NO_EXPORT void DeliverWaiting();
+    ZANPLATFORM_NO_EXPORT void Schedule();
+    ZANPLATFORM_NO_EXPORT Timing& GetTiming();
 
     TValueState m_state = TValueState::Valid;
     int m_transactions = 0;

@@ -108,8 +108,8 @@ public:
     void DeleteAllAntennasFromValueTree(const QString& path);
 
 private:
-    [[nodiscard]] Node* GetNode(const QString& path) const;
-    [[nodiscard]] std::vector<Node*> GetAntennaNodes(const QString& path) const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT Node* GetNode(const QString& path) const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT std::vector<Node*> GetAntennaNodes(const QString& path) const;
 
     std::vector<std::shared_ptr<AntennaData>> m_antennas;
     QString m_basePath;

@@ -68,16 +68,16 @@ public:
     [[nodiscard]] const QString& GetLastError() const { return m_strLastError; }
 
 private:
-    bool Open();
-    void Close();
-    bool PerformBackup();
-    bool BackupFile();
-    void EnsureConstantNumberOfBackups();
-    bool Write(const QString& text);
-    bool WriteHeader();
+    ZANCOMMON_NO_EXPORT bool Open();
+    ZANCOMMON_NO_EXPORT void Close();
+    ZANCOMMON_NO_EXPORT bool PerformBackup();
+    ZANCOMMON_NO_EXPORT bool BackupFile();
+    ZANCOMMON_NO_EXPORT void EnsureConstantNumberOfBackups();
+    ZANCOMMON_NO_EXPORT bool Write(const QString& text);
+    ZANCOMMON_NO_EXPORT bool WriteHeader();
     /// The beginning of a line: the local time of day with milliseconds, and a tab.
-    QByteArrayView GetTimeOfDay();
-    static QString ToValidFileName(const QString& name);
+    ZANCOMMON_NO_EXPORT QByteArrayView GetTimeOfDay();
+    ZANCOMMON_NO_EXPORT static QString ToValidFileName(const QString& name);
 
     QString m_strLastError;
     QString m_strFileName;

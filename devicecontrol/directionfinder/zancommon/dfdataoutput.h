@@ -109,24 +109,24 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private Q_SLOTS:
-    void SlotStateChanged();
+    ZANCOMMON_NO_EXPORT void SlotStateChanged();
 
 private:
     struct Private;
 
-    bool ConnectToTree();
-    void DisconnectFromTree();
-    void OpenFile();
-    void CloseFile();
-    void OpenSerialInterface();
-    void CloseSerialInterface();
-    void StartOutputTimer();
-    void KillOutputTimer();
-    void CreateConfigWidget();
-    void ReadConfigurationFromFile();
-    void SaveConfigurationToFile();
-    void UpdateConfigurationFromConfigWidget();
-    void SendData();
+    ZANCOMMON_NO_EXPORT bool ConnectToTree();
+    ZANCOMMON_NO_EXPORT void DisconnectFromTree();
+    ZANCOMMON_NO_EXPORT void OpenFile();
+    ZANCOMMON_NO_EXPORT void CloseFile();
+    ZANCOMMON_NO_EXPORT void OpenSerialInterface();
+    ZANCOMMON_NO_EXPORT void CloseSerialInterface();
+    ZANCOMMON_NO_EXPORT void StartOutputTimer();
+    ZANCOMMON_NO_EXPORT void KillOutputTimer();
+    ZANCOMMON_NO_EXPORT void CreateConfigWidget();
+    ZANCOMMON_NO_EXPORT void ReadConfigurationFromFile();
+    ZANCOMMON_NO_EXPORT void SaveConfigurationToFile();
+    ZANCOMMON_NO_EXPORT void UpdateConfigurationFromConfigWidget();
+    ZANCOMMON_NO_EXPORT void SendData();
 
     std::unique_ptr<Private> m_p;
 };

@@ -73,8 +73,8 @@ public:
     [[nodiscard]] HwComponentState GetComponentState(const QString& name) const;
 
 private:
-    static QString HwSet2String(const std::set<QString>& components);
-    static std::set<QString> String2HwSet(const QString& text);
+    ZANCOMMON_NO_EXPORT static QString HwSet2String(const std::set<QString>& components);
+    ZANCOMMON_NO_EXPORT static std::set<QString> String2HwSet(const QString& text);
 
     template <class T>
     [[nodiscard]] T* GetValue(const ValueDescriptor& descriptor) const;

@@ -54,9 +54,9 @@ public:
     [[nodiscard]] bool IsSender() const { return m_pSender != nullptr; }
 
 private:
-    static bool GetOrCreateBooleanCfg(const QString& key, bool defaultValue);
-    static void CommonMshInit(IMshClientDll* pMshClientDll, const QString& name);
-    void UpdateMshReceiverRange();
+    ZANCOMMON_NO_EXPORT static bool GetOrCreateBooleanCfg(const QString& key, bool defaultValue);
+    ZANCOMMON_NO_EXPORT static void CommonMshInit(IMshClientDll* pMshClientDll, const QString& name);
+    ZANCOMMON_NO_EXPORT void UpdateMshReceiverRange();
 
     IDllInstance* m_pSender = nullptr;                         // made and destroyed by CfgCenter
     IMshClientDll* m_pReceiver = nullptr;                      // made and destroyed by CfgCenter

@@ -37,11 +37,11 @@ public:
     void Update(Observable* subject, TChangeCode code) override;
 
 private:
-    void BindThreshold(const QString& path);
-    void BindValid(const QString& path);
-    void ReadFromTree(const Observable* value);
-    void WriteThreshold();
-    void WriteToTree();
+    ZANCOMMON_NO_EXPORT void BindThreshold(const QString& path);
+    ZANCOMMON_NO_EXPORT void BindValid(const QString& path);
+    ZANCOMMON_NO_EXPORT void ReadFromTree(const Observable* value);
+    ZANCOMMON_NO_EXPORT void WriteThreshold();
+    ZANCOMMON_NO_EXPORT void WriteToTree();
 
     ZANPlatform::ObservablePtr<OverheadPassParams> m_pParams;
     ZANPlatform::ValuePtr<ValueNumericInt> m_pThreshold;

@@ -44,9 +44,9 @@ public:
     void Apply(BearingResult& result) const;
 
 private:
-    [[nodiscard]] bool PitchThresholdExceeded() const;
-    [[nodiscard]] bool RollThresholdExceeded() const;
-    void ReportRejection() const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT bool PitchThresholdExceeded() const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT bool RollThresholdExceeded() const;
+    ZANCOMMON_NO_EXPORT void ReportRejection() const;
 
     ZANPlatform::ValuePtr<ValueNumericDouble> m_pPitch;
     ZANPlatform::ValuePtr<ValueNumericDouble> m_pRoll;

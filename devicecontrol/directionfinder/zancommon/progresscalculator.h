@@ -32,10 +32,10 @@ Q_SIGNALS:
     void Progress(uint percent);
 
 private Q_SLOTS:
-    void SlotCalculateProgress();
+    ZANCOMMON_NO_EXPORT void SlotCalculateProgress();
 
 private:
-    void Stop();
+    ZANCOMMON_NO_EXPORT void Stop();
 
     quint32 m_duration = 0; // milliseconds
     QTimer* m_pTimer;       // owned as a child

@@ -341,35 +341,36 @@ public:
 private:
     friend class FrequencyAdjuster;
 
-    bool ConnectToValues();
-    void DisconnectFromValues();
+    ZANCOMMON_NO_EXPORT bool ConnectToValues();
+    ZANCOMMON_NO_EXPORT void DisconnectFromValues();
 
-    void UpdateZANType();
-    void UpdateMaxChannelCount();
-    void UpdatePolarisationMode();
-    void UpdateConverterSwitchFreqs();
-    void UpdateAntennaMinMaxFreqs();
-    void ConsiderAntennaForMinMaxFreqs(const AntennaData& antenna);
-    void Publish(const AntennaDataList& antennas);
+    ZANCOMMON_NO_EXPORT void UpdateZANType();
+    ZANCOMMON_NO_EXPORT void UpdateMaxChannelCount();
+    ZANCOMMON_NO_EXPORT void UpdatePolarisationMode();
+    ZANCOMMON_NO_EXPORT void UpdateConverterSwitchFreqs();
+    ZANCOMMON_NO_EXPORT void UpdateAntennaMinMaxFreqs();
+    ZANCOMMON_NO_EXPORT void ConsiderAntennaForMinMaxFreqs(const AntennaData& antenna);
+    ZANCOMMON_NO_EXPORT void Publish(const AntennaDataList& antennas);
 
-    [[nodiscard]] AntennaSetup::IsSupported GetSupportTest() const;
-    [[nodiscard]] static EZANConverter GetConverterForTypeName(const QString& typeName);
-    [[nodiscard]] bool IsPreampAvailable(std::span<const EZANConverter> converters) const;
-    [[nodiscard]] SampleModeQuery MakeQuery(EOperationMode mode, EZANConverter converter, double start,
-                                            double stop, double realtimeBandwidth) const;
-    [[nodiscard]] bool DoesSampleModeMatch(const SampleModeDescription* row, EOperationMode mode,
-                                           EZANConverter converter, double start, double stop,
-                                           double realtimeBandwidth) const;
-    [[nodiscard]] std::vector<const SampleModeDescription*>
+    [[nodiscard]] ZANCOMMON_NO_EXPORT AntennaSetup::IsSupported GetSupportTest() const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT static EZANConverter GetConverterForTypeName(const QString& typeName);
+    [[nodiscard]] ZANCOMMON_NO_EXPORT bool IsPreampAvailable(std::span<const EZANConverter> converters) const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT SampleModeQuery MakeQuery(EOperationMode mode, EZANConverter converter,
+                                                                double start, double stop,
+                                                                double realtimeBandwidth) const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT bool DoesSampleModeMatch(const SampleModeDescription* row,
+                                                               EOperationMode mode, EZANConverter converter,
+                                                               double start, double stop,
+                                                               double realtimeBandwidth) const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT std::vector<const SampleModeDescription*>
     GetAllMatchingSampleModeDescriptions(EOperationMode mode, EZANConverter converter, double start,
                                          double stop, double realtimeBandwidth) const;
-    [[nodiscard]] const SampleModeDescription* GetBestSampleModeDescription(EOperationMode mode,
-                                                                            EZANConverter converter,
-                                                                            double start, double stop,
-                                                                            double realtimeBandwidth) const;
-    [[nodiscard]] const SampleModeDescription* GetBestSampleModeDescription(EOperationMode mode, double start,
-                                                                            double stop,
-                                                                            double realtimeBandwidth) const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT const SampleModeDescription*
+    GetBestSampleModeDescription(EOperationMode mode, EZANConverter converter, double start, double stop,
+                                 double realtimeBandwidth) const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT const SampleModeDescription*
+    GetBestSampleModeDescription(EOperationMode mode, double start, double stop,
+                                 double realtimeBandwidth) const;
 
     QString m_baseValuePath; // empty: not connected
     bool m_autoUpdate = false;

@@ -94,7 +94,7 @@ public:
 private:
     ZANOptions() = default;
 
-    static EZANOptions GetOptionForName(QStringView name);
+    ZANCOMMON_NO_EXPORT static EZANOptions GetOptionForName(QStringView name);
 
     static ZANOptions* m_pInstance;
 

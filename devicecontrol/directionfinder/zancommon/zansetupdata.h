@@ -60,7 +60,7 @@ public:
     [[nodiscard]] static std::span<const DataEntry> GetEntries();
 
 private:
-    [[nodiscard]] ValueBase* FindValue(const QString& path, const DataEntry* row) const;
+    [[nodiscard]] ZANCOMMON_NO_EXPORT ValueBase* FindValue(const QString& path, const DataEntry* row) const;
 
     static std::array<DataEntry, 23> s_aDataEntries; // closed by a row without a key
 

@@ -44,9 +44,9 @@ private:
         qsizetype alarm = -1;
     };
 
-    bool ReadHeader(const QString& line);
-    void ReadRow(const QString& line, qsizetype lineNumber);
-    bool Fail(const QString& why);
+    ZANSERVER_NO_EXPORT bool ReadHeader(const QString& line);
+    ZANSERVER_NO_EXPORT void ReadRow(const QString& line, qsizetype lineNumber);
+    ZANSERVER_NO_EXPORT bool Fail(const QString& why);
 
     Columns m_columns;
     qsizetype m_columnCount = 0;

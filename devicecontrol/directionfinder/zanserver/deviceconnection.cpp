@@ -79,26 +79,7 @@ QString DevicePath() {
     return ZANPath::DEVICE_NODE.toString();
 }
 
-} // namespace
-
-DeviceConnection::DeviceConnection(const QString& address)
-    : m_isFirst(!CfgPtr(StationCfg::GetStationCfg(address, false))) {
-    if (m_isFirst) {
-        if (const QString warning = WriteExample(address); !warning.isEmpty()) {
-            m_warnings.append(warning);
-        }
-    }
-    PublishDevice(address);
-    PublishHardware(address);
-    PublishAntennas(address);
-}
-
-DeviceConnection::~DeviceConnection() {
-    Tree& tree = *Tree::Instance();
-    tree.Remove(tree.GetNode(u"/DEVICES"_s));
-}
-
-void DeviceConnection::PublishDevice(const QString& address) {
+void PublishDevice(const QString& address) {
     CreateBranch(EBranch::DEVICE, DevicePath());
     const CfgPtr station(StationCfg::GetStationCfg(address, true));
     ServerValue<ValueString>(g_vdDevAddress)->SetValue(address, nullptr);
@@ -112,7 +93,7 @@ void DeviceConnection::PublishDevice(const QString& address) {
     find(g_vdDevOptions)->SetValue(options, nullptr);
 }
 
-void DeviceConnection::PublishHardware(const QString& address) {
+void PublishHardware(const QString& address) {
     // Each line of device information: number; kind; version; component.
     auto* const information = ServerValue<ValueSelection>(g_vdDevInfo);
     information->Clear(nullptr);
@@ -131,7 +112,7 @@ void DeviceConnection::PublishHardware(const QString& address) {
     hardware.WriteHwRequirementsToTree();
 }
 
-void DeviceConnection::PublishAntennas(const QString& address) {
+void PublishAntennas(const QString& address) {
     AntennaDataList antennas(DevicePath(), {});
     antennas.BuildAntennasFromCfg(address);
     // The device numbers its antennas; all entries of an antenna have the same handle.
@@ -144,6 +125,25 @@ void DeviceConnection::PublishAntennas(const QString& address) {
         antenna->polarizationMode = GetPolarisation(antenna->name);
     }
     antennas.WriteAntennasToValueTree({});
+}
+
+} // namespace
+
+DeviceConnection::DeviceConnection(const QString& address)
+    : m_isFirst(!CfgPtr(StationCfg::GetStationCfg(address, false))) {
+    if (m_isFirst) {
+        if (const QString warning = WriteExample(address); !warning.isEmpty()) {
+            m_warnings.append(warning);
+        }
+    }
+    PublishDevice(address);
+    PublishHardware(address);
+    PublishAntennas(address);
+}
+
+DeviceConnection::~DeviceConnection() {
+    Tree& tree = *Tree::Instance();
+    tree.Remove(tree.GetNode(u"/DEVICES"_s));
 }
 
 } // namespace ZANServer

@@ -26,10 +26,6 @@ public:
     [[nodiscard]] const QStringList& GetWarnings() const { return m_warnings; }
 
 private:
-    static void PublishDevice(const QString& address);
-    static void PublishHardware(const QString& address);
-    static void PublishAntennas(const QString& address);
-
     bool m_isFirst;
     QStringList m_warnings;
 };

@@ -73,7 +73,7 @@ private:
     using Delivery = std::variant<BearingBlock, KvZANCommon::ErrorStruct, QString, End>;
 
     /// \param ownedBytes size of what the delivery owns
-    void Post(Delivery delivery, std::size_t ownedBytes);
+    ZANSERVER_NO_EXPORT void Post(Delivery delivery, std::size_t ownedBytes);
 
     const QString m_deviceAddress;
     const std::size_t m_longestPiece; // bearings

@@ -36,10 +36,10 @@ public:
     std::optional<RecordedBearing> Next();
 
 private:
-    double Uniform();
-    double Normal(double deviation);
-    void AddPlatform(RecordedBearing& bearing, double time, double timeInLap) const;
-    void AddSignal(RecordedBearing& bearing, double flown);
+    ZANSERVER_NO_EXPORT double Uniform();
+    ZANSERVER_NO_EXPORT double Normal(double deviation);
+    ZANSERVER_NO_EXPORT void AddPlatform(RecordedBearing& bearing, double time, double timeInLap) const;
+    ZANSERVER_NO_EXPORT void AddSignal(RecordedBearing& bearing, double flown);
 
     std::mt19937_64 m_random;
     quint64 m_rowCount;

@@ -82,18 +82,19 @@ public:
 private:
     enum class Line { Complete, TooLong, End };
 
-    void Reset(QIODevice& device, const QString& name);
-    bool Fail(const QString& text);
-    bool ReadHeader();
-    std::optional<RecordedBearing> Read(bool mayWait);
-    Line ReadLine(std::string_view& line);
-    bool IsLineHere();
-    void DropRest();
-    [[nodiscard]] const char* FindNewline() const;
-    bool Fill();
-    bool AtEnd();
-    bool ParseRow(std::string_view line, RecordedBearing& bearing);
-    bool Reject(std::string_view line, const RecordingColumn& column, const char* field, BadLine reason);
+    ZANSERVER_NO_EXPORT void Reset(QIODevice& device, const QString& name);
+    ZANSERVER_NO_EXPORT bool Fail(const QString& text);
+    ZANSERVER_NO_EXPORT bool ReadHeader();
+    ZANSERVER_NO_EXPORT std::optional<RecordedBearing> Read(bool mayWait);
+    ZANSERVER_NO_EXPORT Line ReadLine(std::string_view& line);
+    ZANSERVER_NO_EXPORT bool IsLineHere();
+    ZANSERVER_NO_EXPORT void DropRest();
+    [[nodiscard]] ZANSERVER_NO_EXPORT const char* FindNewline() const;
+    ZANSERVER_NO_EXPORT bool Fill();
+    ZANSERVER_NO_EXPORT bool AtEnd();
+    ZANSERVER_NO_EXPORT bool ParseRow(std::string_view line, RecordedBearing& bearing);
+    ZANSERVER_NO_EXPORT bool Reject(std::string_view line, const RecordingColumn& column, const char* field,
+                                    BadLine reason);
     template <class MakeText>
     void Count(BadLine reason, MakeText makeText);
 

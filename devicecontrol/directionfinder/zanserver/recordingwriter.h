@@ -36,8 +36,8 @@ public:
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
 
 private:
-    bool Fail(const QString& text);
-    bool WriteLine();
+    ZANSERVER_NO_EXPORT bool Fail(const QString& text);
+    ZANSERVER_NO_EXPORT bool WriteLine();
 
     QString m_fileName;
     std::optional<QSaveFile> m_file; // has a value while a recording is written

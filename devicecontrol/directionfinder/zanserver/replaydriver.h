@@ -59,17 +59,17 @@ public:
     long DeleteAllChannels() override { return OK; }
 
 private:
-    void Start();
-    void Stop();
-    void Replay();
-    bool BeginStream();
-    std::optional<RecordedBearing> Tell(std::optional<RecordedBearing> row);
-    void ReportCommand(QString command);
-    void Report(const QString& text, bool isFatal);
-    bool IsStopping();
+    ZANSERVER_NO_EXPORT void Start();
+    ZANSERVER_NO_EXPORT void Stop();
+    ZANSERVER_NO_EXPORT void Replay();
+    ZANSERVER_NO_EXPORT bool BeginStream();
+    ZANSERVER_NO_EXPORT std::optional<RecordedBearing> Tell(std::optional<RecordedBearing> row);
+    ZANSERVER_NO_EXPORT void ReportCommand(QString command);
+    ZANSERVER_NO_EXPORT void Report(const QString& text, bool isFatal);
+    ZANSERVER_NO_EXPORT bool IsStopping();
     /// Waits until a recorded time is due. False when the driver is being stopped.
-    bool WaitFor(quint64 recordedTime);
-    void Deliver(const RecordedBearing& platform);
+    ZANSERVER_NO_EXPORT bool WaitFor(quint64 recordedTime);
+    ZANSERVER_NO_EXPORT void Deliver(const RecordedBearing& platform);
 
     KvZANCommon::ILegacyDriverCallback& m_callback;
     const double m_pace;

@@ -89,14 +89,16 @@ public:
     [[nodiscard]] static ZANCharacteristics& GetCharacteristics();
 
 private:
-    void CheckSettings();
-    void ReadOptions();
-    void PublishSetup();
-    void RestoreOverheadParams();
-    void PublishPlatform(const BearingBlock& block);
-    [[nodiscard]] std::optional<int> GetTrueHeading(const KvZANCommon::StatusStruct& status) const;
-    bool ApplyBlockFilters(BearingBlock& block);
-    void PublishBearing(const BearingBlock& block, const Bearing& bearing, int mechOffset);
+    ZANSERVER_NO_EXPORT void CheckSettings();
+    ZANSERVER_NO_EXPORT void ReadOptions();
+    ZANSERVER_NO_EXPORT void PublishSetup();
+    ZANSERVER_NO_EXPORT void RestoreOverheadParams();
+    ZANSERVER_NO_EXPORT void PublishPlatform(const BearingBlock& block);
+    [[nodiscard]] ZANSERVER_NO_EXPORT std::optional<int>
+    GetTrueHeading(const KvZANCommon::StatusStruct& status) const;
+    ZANSERVER_NO_EXPORT bool ApplyBlockFilters(BearingBlock& block);
+    ZANSERVER_NO_EXPORT void PublishBearing(const BearingBlock& block, const Bearing& bearing,
+                                            int mechOffset);
 
     // The values of the tree that the station fills.
     ValueBearing* m_pAzimuth;

@@ -50,9 +50,9 @@ private:
         std::optional<quint64> time;
     };
 
-    [[nodiscard]] std::optional<Place> GetSet() const;
-    void Show(const std::optional<Place>& place);
-    void ShowCurrent();
+    [[nodiscard]] ZANSERVER_NO_EXPORT std::optional<Place> GetSet() const;
+    ZANSERVER_NO_EXPORT void Show(const std::optional<Place>& place);
+    ZANSERVER_NO_EXPORT void ShowCurrent();
 
     ValueSelection* m_pSource;
     ValueNumericDouble* m_pLatitude;
