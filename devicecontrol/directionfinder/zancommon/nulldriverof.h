@@ -14,14 +14,13 @@ class FreqRangeDefinition;
 /// The operations that both driver interfaces require, as a device that can do nothing answers them.
 /// `NullDriver` and `NullLegacyDriver` are what drivers derive from.
 ///
-/// A request returns `NOT_SUPPORTED` and leaves what it was to fill in as it is; there are no channels and no
-/// blocks, and there is no position and no failure to tell of. The destructor is virtual when that of the
-/// interface is.
+/// A request returns `NOT_SUPPORTED` and leaves its output arguments unchanged. There are no channels, no
+/// blocks, no position and no failures. The destructor is virtual when that of the interface is.
 /// \tparam Interface `IDriver` or `ILegacyDriver`
 template <class Interface>
 class NullDriverOf : public Interface { // NOLINT(cppcoreguidelines-virtual-class-destructor): as said above
 public:
-    /// As the optional operations of the interface answer.
+    /// The answer of the optional operations of the interface.
     static constexpr long NOT_SUPPORTED = -1;
 
     int Initialize(std::string&, bool) override { return NOT_SUPPORTED; }
