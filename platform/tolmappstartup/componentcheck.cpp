@@ -142,10 +142,8 @@ QByteArray WaitForLines(pid_t child, int pipe, bool& isInTime) {
     isInTime = true;
     while (!isAll()) {
         pollfd answerOrEnd{pipe, POLLIN, 0};
-        const int count = poll(&answerOrEnd, 1, static_cast<int>(deadline.remainingTime()));
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
+        const auto count =
+            TEMP_FAILURE_RETRY(poll(&answerOrEnd, 1, static_cast<int>(deadline.remainingTime())));
         std::array<char, PIPE_BUF> part{};
         const ssize_t size = count > 0 ? read(pipe, part.data(), part.size()) : 0;
         if (size <= 0) {

@@ -22,7 +22,7 @@
 
 using namespace Qt::StringLiterals;
 
-// The station's broker in a process of its own, against somebody who sends it what is no request.
+// The station's broker in a process of its own, against somebody who sends it what is not a request.
 
 namespace {
 
@@ -126,7 +126,7 @@ private:
     QProcess m_process;
 };
 
-class BrokerAttack : public testing::Test {
+class BrokerAttackTest : public testing::Test {
 protected:
     void SetUp() override {
         qputenv("ORBendPoint", "giop:tcp:127.0.0.1:" + QByteArray::number(GetOwnPort()));
@@ -177,7 +177,7 @@ const QByteArray HEADER("GIOP\1\2\1\0", 8); // the length of the message follows
 
 } // namespace
 
-TEST_F(BrokerAttack, MalformedRequestsAreToldOnceWithACount) {
+TEST_F(BrokerAttackTest, MalformedRequestsAreReportedOnceWithACount) {
     Server server;
     ASSERT_TRUE(server.isReady);
     for (int i = 0; i < 300; ++i) {
@@ -191,7 +191,7 @@ TEST_F(BrokerAttack, MalformedRequestsAreToldOnceWithACount) {
     EXPECT_TRUE(log.contains("299 more times: omniORB: ")) << log.toStdString();
 }
 
-TEST_F(BrokerAttack, ConnectionsAreRefusedWellBelowTheDescriptorLimit) {
+TEST_F(BrokerAttackTest, ConnectionsAreRefusedWellBelowTheDescriptorLimit) {
     constexpr std::size_t LIMIT = 64;
     Server server(LIMIT);
     ASSERT_TRUE(server.isReady);
@@ -212,7 +212,7 @@ TEST_F(BrokerAttack, ConnectionsAreRefusedWellBelowTheDescriptorLimit) {
     EXPECT_FALSE(deadline.hasExpired()) << "there is room again when they are gone";
 }
 
-TEST_F(BrokerAttack, NoMoreThan256ConnectionsAreTakenHoweverManyDescriptorsThereAre) {
+TEST_F(BrokerAttackTest, NoMoreThan256ConnectionsAreTakenHoweverManyDescriptorsThereAre) {
     constexpr std::size_t LIMIT = 256;
     const rlimit descriptors{1024, 1024}; // for both ends of the connections
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &descriptors), 0);
@@ -224,7 +224,7 @@ TEST_F(BrokerAttack, NoMoreThan256ConnectionsAreTakenHoweverManyDescriptorsThere
     EXPECT_EQ(CountWhenClosed(attack, 50), LIMIT);
 }
 
-TEST_F(BrokerAttack, IdleConnectionIsClosedWhateverItHasBegun) {
+TEST_F(BrokerAttackTest, IdleConnectionIsClosedWhateverItHasBegun) {
     Server server(1024, 1);
     ASSERT_TRUE(server.isReady);
     const Connection silent(server.port);
@@ -239,7 +239,7 @@ TEST_F(BrokerAttack, IdleConnectionIsClosedWhateverItHasBegun) {
     EXPECT_TRUE(halfABody.IsClosed(PATIENCE_MS));
 }
 
-TEST_F(BrokerAttack, RequestWithAFragmentTooManyEndsNoServer) {
+TEST_F(BrokerAttackTest, RequestWithAFragmentTooManyEndsNoServer) {
     Server server;
     ASSERT_TRUE(server.isReady);
     const QByteArray attack =

@@ -1,8 +1,9 @@
 #include "tolmappstartup/cfgcenter.h"
 
 #include "components/countingcomponent.h"
-#include "kwbase/errorhandler.h"
+#include "support/eventloop.h"
 #include "support/printing.h"
+#include "support/tracelines.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,7 +21,6 @@
 #include <link.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -31,11 +31,7 @@ const QString COMPONENT_DIRECTORY = QStringLiteral(ZAN_TEST_COMPONENTS);
 
 class ComponentTest : public testing::Test {
 public:
-    ComponentTest() {
-        ErrorHandler::Instance().SetSink([this](const QString& line) { m_trace.append(line); });
-        EXPECT_TRUE(CfgCenter::SetComponentDirectory(COMPONENT_DIRECTORY));
-    }
-    ~ComponentTest() override { ErrorHandler::Instance().SetSink({}); }
+    ComponentTest() { EXPECT_TRUE(CfgCenter::SetComponentDirectory(COMPONENT_DIRECTORY)); }
 
 protected:
     static IDllInstance* Create(const QString& fileName) {
@@ -46,10 +42,10 @@ protected:
         EXPECT_EQ(Create(fileName), nullptr);
         EXPECT_EQ(CfgCenter::GetLastError(),
                   u"The component \""_s + fileName + u"\" cannot be loaded: "_s + reason + u'.');
-        EXPECT_TRUE(m_trace.value(m_trace.size() - 1).endsWith(CfgCenter::GetLastError()));
+        EXPECT_TRUE(m_trace.lines.value(m_trace.lines.size() - 1).endsWith(CfgCenter::GetLastError()));
     }
 
-    QStringList m_trace;
+    TraceLines m_trace;
 };
 
 bool IsMapped(const QByteArray& libraryName) {
@@ -73,17 +69,17 @@ TEST_F(ComponentTest, ComponentIsLoadedByItsSystemIndependentNameAndUnloadedWith
     EXPECT_TRUE(IsMapped("libgoodcomponent.so"));
     CfgCenter::DestroyDllInstanceByPointer(first);
     EXPECT_FALSE(IsMapped("libgoodcomponent.so"));
-    EXPECT_EQ(m_trace, QStringList());
+    EXPECT_EQ(m_trace.lines, QStringList());
 }
 
 TEST_F(ComponentTest, NullAndUnknownInstancesAreRefused) {
     CfgCenter::DestroyDllInstanceByPointer(nullptr);
-    EXPECT_EQ(m_trace.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
     IDllInstance* const instance = Create(u"GoodComponent.dll"_s);
     CfgCenter::DestroyDllInstanceByPointer(instance);
-    EXPECT_EQ(m_trace.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
     CfgCenter::DestroyDllInstanceByPointer(instance);
-    EXPECT_EQ(m_trace.size(), 2);
+    EXPECT_EQ(m_trace.lines.size(), 2);
     EXPECT_TRUE(CfgCenter::GetLastError().contains(u"cannot be destroyed"));
 }
 
@@ -187,8 +183,12 @@ TEST_F(ComponentTest, VersionFunctionThatEndsTheProcessOrHasNoEndIsRefused) {
 TEST_F(ComponentTest, RefusedComponentWhoseThreadRunsOnEndsNothing) {
     ExpectRefusal(u"ThreadComponent.dll"_s,
                   COMPONENT_DIRECTORY + u"/libthreadcomponent.so: it does not make an instance"_s);
-    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // for the thread to run in what is left
-    EXPECT_TRUE(IsMapped("libthreadcomponent.so"));
+    ASSERT_TRUE(IsMapped("libthreadcomponent.so"));
+    QLibrary left(COMPONENT_DIRECTORY + u"/libthreadcomponent.so"_s);
+    const auto getRounds = reinterpret_cast<int (*)()>(left.resolve("GetRounds"));
+    ASSERT_TRUE(getRounds);
+    const int before = getRounds();
+    EXPECT_TRUE(SpinUntil([&] { return getRounds() > before + 1; })) << "the thread runs in what is left";
 }
 
 TEST_F(ComponentTest, InitialiserThatForksLeavesOneProgramWithTheComponent) {

@@ -1,5 +1,6 @@
 #include "support/eventloop.h"
 #include "support/printing.h"
+#include "support/sleepingthread.h"
 #include "support/stubdrivers.h"
 #include "zancommon/commandprotocol.h"
 #include "zancommon/legacydriveradapter.h"
@@ -14,10 +15,11 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
+#include <future>
 #include <malloc.h>
 #include <sys/resource.h>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -28,7 +30,7 @@ using namespace ZANServer;
 
 namespace {
 
-/// Delivers blocks of one bearing through the adapter, as a driver's thread does. The time of a block tells
+/// Delivers blocks of one bearing through the adapter, as a driver's thread does. The time of a block holds
 /// thread and number.
 void Deliver(KvZANCommon::ILegacyDriverCallback& adapter, unsigned long long thread, int count) {
     for (int i = 0; i < count; ++i) {
@@ -137,7 +139,9 @@ std::size_t FillQueue(unsigned bearingsPerBlock, int blocks, int& delivered) {
     std::vector<Bearing> bearings(bearingsPerBlock);
     std::atomic<int> count = 0;
     const std::size_t before = HeapInUse();
+    std::promise<pid_t> driverId;
     std::thread driver([&] {
+        driverId.set_value(gettid());
         for (int i = 0; i < blocks; ++i) {
             unsigned long long time = 0;
             KvZANCommon::StatusStruct status;
@@ -145,12 +149,8 @@ std::size_t FillQueue(unsigned bearingsPerBlock, int blocks, int& delivered) {
             ++count;
         }
     });
-    // Held up: nothing comes through any more. Who looks too early sees less, never more.
-    int last = -1;
-    while (last != count && count < blocks) {
-        last = count;
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
+    EXPECT_TRUE(AwaitSleep(driverId.get_future().get()))
+        << "a driver that is faster than the station is held up";
     const std::size_t grown = HeapInUse() - before;
     delivered = count;
     KvZANCommon::StubDriver stub;
@@ -203,7 +203,7 @@ TEST(DriverFault, BlockLargerThanTheQueueIsPassedOnInPieces) {
     EXPECT_EQ(pieces, 25U) << "full pieces";
 }
 
-TEST(DriverFault, CommandThatIsToldOnTheStationsOwnThreadDoesNotWaitForItself) {
+TEST(DriverFault, CommandThatIsReportedOnTheStationsOwnThreadDoesNotWaitForItself) {
     DriverReceiver receiver(u"small"_s, 1);
     QStringList commands;
     QObject::connect(&receiver, &DriverReceiver::CommandReported, &receiver,

@@ -50,7 +50,7 @@ foreach(text "type            ZANTIDE\n" "options         ZAN-HFR;ZAN-LF\n" "Ant
     endif()
 endforeach()
 
-# Which keys there are is told by what a station writes that begins without settings. It has fewer antennas, and nobody
+# What a station writes that begins without settings shows which keys there are. It has fewer antennas, and nobody
 # has set its position.
 station(run --speed max --output ${WORK}/sentences.txt --config ${WORK}/fresh)
 read_keys(${WORK}/fresh/Application.ini)

@@ -4,19 +4,11 @@
 
 cmake_minimum_required(VERSION 3.25)
 
-function(run)
-    execute_process(
-        COMMAND ${ARGV} WORKING_DIRECTORY ${WORK} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
-    if(NOT result EQUAL 0)
-        list(JOIN ARGV " " command)
-        message(FATAL_ERROR "${command}\n${output}\n${error}")
-    endif()
-    set(output "${output}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 file(READ ${EXAMPLE}/expected.txt expected)
 function(check program)
-    run(${program})
+    run(${CMAKE_COMMAND} -E chdir ${WORK} ${program})
     string(REPLACE "\r" "" output "${output}")
     if(NOT output STREQUAL expected)
         message(FATAL_ERROR "${program} prints\n${output}\ninstead of\n${expected}")

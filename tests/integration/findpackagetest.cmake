@@ -1,27 +1,19 @@
-# What projects meet that look for the installed library, by CMake and by pkg-config: only who asks for the broker needs
-# omniORB, and what is missing is told without a word of its own and without an end of the configuration.
+# What projects meet that look for the installed library, by CMake and by pkg-config: only a project that asks for the broker
+# needs omniORB, and what is missing is reported without a word of its own and without an end of the configuration.
 #
 # cmake -DBUILD=... -DPREFIX=... -DLIBDIR=... -DINCLUDEDIR=... -DCXX=... -DWORK=... -P findpackagetest.cmake
 
 cmake_minimum_required(VERSION 3.25)
 
-function(run)
-    execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
-    if(NOT result EQUAL 0)
-        list(JOIN ARGV " " command)
-        message(FATAL_ERROR "${command}\n${output}\n${error}")
-    endif()
-    set(output "${output}" PARENT_SCOPE)
-    set(error "${error}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 # configure(NAME PREFIX EXPECTED [option...]): the project says what is expected, one line a look, and nothing else.
 function(configure name prefix expected)
     run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/findpackage -B ${WORK}/${name} -DCMAKE_PREFIX_PATH=${prefix}
         -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=$ENV{POISON} -Wall -Wextra -Wpedantic -Werror" ${ARGN})
-    string(REGEX REPLACE ".*-- look begin\n(.*)-- look end\n.*" "\\1" told "${output}")
-    if(NOT told STREQUAL expected OR NOT error STREQUAL "")
-        message(FATAL_ERROR "${name}: the project says\n${told}${error}\ninstead of\n${expected}")
+    string(REGEX REPLACE ".*-- look begin\n(.*)-- look end\n.*" "\\1" said "${output}")
+    if(NOT said STREQUAL expected OR NOT error STREQUAL "")
+        message(FATAL_ERROR "${name}: the project says\n${said}${error}\ninstead of\n${expected}")
     endif()
 endfunction()
 

@@ -25,7 +25,7 @@ using ZANPlatform::GetOrCreateValue;
 
 namespace {
 
-class HubFault : public testing::Test {
+class HubFaultTest : public testing::Test {
 protected:
     void SetUp() override {
         const QString components = m_directory.filePath(u"components"_s);
@@ -52,7 +52,7 @@ protected:
         m_port = m_hub->serverPort();
         CfgCenter::GetAppCfg(ICfg::View::Outputs).SetInt(u"MshCentralPort"_s, m_port);
     }
-    /// Waits until a client has joined and has told its range.
+    /// Waits until a client has joined and has sent its range.
     QByteArray RangeToldToTheHub() {
         EXPECT_TRUE(SpinUntil([this] {
             m_pClient = m_pClient ? m_pClient : m_hub->nextPendingConnection();
@@ -79,7 +79,7 @@ protected:
 
 } // namespace
 
-TEST_F(HubFault, WhatTheHubHasSetStaysWhenItGoesAwayAndTheClientIsBackWithTheHub) {
+TEST_F(HubFaultTest, WhatTheHubHasSetStaysWhenItGoesAwayAndTheClientIsBackWithTheHub) {
     StartHub();
     MshManager manager;
     manager.CreateMshReceiver({});
@@ -98,7 +98,7 @@ TEST_F(HubFault, WhatTheHubHasSetStaysWhenItGoesAwayAndTheClientIsBackWithTheHub
     EXPECT_TRUE(FrequencyBecomes(243e6));
 }
 
-TEST_F(HubFault, HubThatIsNotThereHoldsNeitherTheApplicationNorItsEndUp) {
+TEST_F(HubFaultTest, HubThatIsNotThereHoldsNeitherTheApplicationNorItsEndUp) {
     StartHub(); // to have a port at which nobody listens
     StopHub();
     MshManager manager;
@@ -109,7 +109,7 @@ TEST_F(HubFault, HubThatIsNotThereHoldsNeitherTheApplicationNorItsEndUp) {
     EXPECT_FALSE(manager.IsReceiver());
 }
 
-TEST_F(HubFault, ClientWhoseLibraryIsDeletedWorksOnAndIsMissedByTheNextThatJoins) {
+TEST_F(HubFaultTest, ClientWhoseLibraryIsDeletedWorksOnAndIsMissedByTheNextThatJoins) {
     StartHub();
     MshManager manager;
     manager.CreateMshReceiver({});

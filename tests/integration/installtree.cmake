@@ -6,14 +6,7 @@
 
 cmake_minimum_required(VERSION 3.25)
 
-function(run)
-    execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
-    if(NOT result EQUAL 0)
-        list(JOIN ARGV " " command)
-        message(FATAL_ERROR "${command}\n${output}\n${error}")
-    endif()
-    set(output "${output}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 file(REMOVE_RECURSE ${PREFIX} ${PREFIX}.first)
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${PREFIX}.first)
@@ -51,7 +44,7 @@ foreach(
     endif()
 endforeach()
 
-# What tells other projects where things are must not name the place where they were made.
+# The files that say to other projects where things are must not name the place where they were made.
 file(GLOB texts ${PREFIX}/${LIBDIR}/cmake/ZANCommon/* ${PREFIX}/${LIBDIR}/pkgconfig/*)
 foreach(text ${texts})
     file(READ ${text} content)

@@ -2,18 +2,16 @@
 
 #include "connections/iinterface.h"
 #include "connections/iinterfacecallback.h"
-#include "kwbase/errorhandler.h"
+#include "support/eventloop.h"
 #include "support/fewdescriptors.h"
 #include "support/fixedbaudrate.h"
 #include "support/fulldisk.h"
 #include "support/printing.h"
 #include "support/pseudoterminal.h"
+#include "support/tracelines.h"
 
-#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QEventLoop>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -62,32 +60,6 @@ private:
     }
 };
 
-bool SpinUntil(const std::function<bool()>& condition) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > 20000) {
-            return false;
-        }
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-    return true;
-}
-
-// How often the event loop wakes up while nothing is going on.
-int CountWakeUps() {
-    int wakeUps = 0;
-    QEventLoop loop;
-    const auto connection = QObject::connect(QAbstractEventDispatcher::instance(),
-                                             &QAbstractEventDispatcher::awake, [&] { ++wakeUps; });
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
-    timer.start(300);
-    loop.exec();
-    QObject::disconnect(connection);
-    return wakeUps;
-}
-
 // Does something right before the first queued call of an object.
 class BeforeQueuedCall final : public QObject {
 public:
@@ -105,15 +77,7 @@ private:
     std::function<void()> m_action;
 };
 
-constexpr int FEW_WAKE_UPS = 50; // a spinning loop makes thousands
-
 class InterfaceCreatorTest : public testing::Test {
-public:
-    InterfaceCreatorTest() {
-        ErrorHandler::Instance().SetSink([this](const QString& line) { m_trace.append(line); });
-    }
-    ~InterfaceCreatorTest() override { ErrorHandler::Instance().SetSink({}); }
-
 protected:
     std::unique_ptr<IInterface> Create(const QString& address) {
         return std::unique_ptr<IInterface>(
@@ -126,7 +90,7 @@ protected:
         return pInterface;
     }
 
-    QStringList m_trace;
+    TraceLines m_trace;
     PseudoTerminal m_line;
     Callback m_callback;
 };
@@ -192,7 +156,7 @@ TEST_F(InterfaceCreatorTest, UnpluggedPortIsOneErrorAndNoSpin) {
         EXPECT_EQ(callback.closes, 0);
         EXPECT_FALSE(pInterface->IsReadyToWrite("x", 1));
         EXPECT_FALSE(pInterface->Write("x", 1));
-        EXPECT_TRUE(m_trace.value(m_trace.size() - 1).contains(line.path.sliced(5)));
+        EXPECT_TRUE(m_trace.lines.value(m_trace.lines.size() - 1).contains(line.path.sliced(5)));
     }
 }
 
@@ -225,7 +189,7 @@ TEST_F(InterfaceCreatorTest, SlowReaderTurnsReadinessOffUntilThereIsRoomAgain) {
     EXPECT_EQ(m_callback.errors, 0);
 }
 
-TEST_F(InterfaceCreatorTest, WrittenIsToldWhenNothingWaitsAnyMoreAndNotBefore) {
+TEST_F(InterfaceCreatorTest, WrittenIsReportedWhenNothingWaitsAnyMoreAndNotBefore) {
     const auto pInterface = Open();
     bool hasWaited = false;
     m_callback.onWritten = [&] { hasWaited = hasWaited || pInterface->GetUnsentCount() > 0; };
@@ -270,13 +234,15 @@ TEST_F(InterfaceCreatorTest, PortThatCannotBeOpenedForWantOfResourcesIsReportedS
         const FewDescriptors none(0);
         EXPECT_FALSE(Create(m_line.path));
     }
-    EXPECT_TRUE(m_trace.value(0).endsWith(u": Too many open files."_s)) << m_trace.value(0).toStdString();
-    m_trace.clear();
+    EXPECT_TRUE(m_trace.lines.value(0).endsWith(u": Too many open files."_s))
+        << m_trace.lines.value(0).toStdString();
+    m_trace.lines.clear();
     {
         const FullDisk disk(0);
         EXPECT_FALSE(Create(m_line.path));
     }
-    EXPECT_TRUE(m_trace.value(0).endsWith(u": File too large."_s)) << m_trace.value(0).toStdString();
+    EXPECT_TRUE(m_trace.lines.value(0).endsWith(u": File too large."_s))
+        << m_trace.lines.value(0).toStdString();
     EXPECT_TRUE(Create(m_line.path));
 }
 
@@ -325,7 +291,14 @@ TEST_F(InterfaceCreatorTest, DestroyedInterfaceCallsNobody) {
     EXPECT_EQ(m_line.Write("x"), 1);
     pInterface.reset();
     m_line.Unplug();
-    CountWakeUps();
+    // When another one hears of what happens later, all that waited before is through.
+    PseudoTerminal later;
+    Callback laterCallback;
+    const std::unique_ptr<IInterface> pLater(
+        CInterfaceCreator::CreateInterface(later.path, &laterCallback, 10000, false));
+    ASSERT_TRUE(pLater);
+    later.Unplug();
+    EXPECT_TRUE(SpinUntil([&laterCallback] { return laterCallback.errors == 1; }));
     EXPECT_EQ(m_callback.Calls(), 0);
 }
 
@@ -355,7 +328,7 @@ TEST_F(InterfaceCreatorTest, LineThatStandsStillDoesNotHoldUpTheDestruction) {
 TEST_F(InterfaceCreatorTest, PortIsUsedByOneAndFreeAgainWhenTheInterfaceIsDestroyed) {
     auto pInterface = Open();
     EXPECT_FALSE(Create(m_line.path));
-    EXPECT_TRUE(m_trace.value(m_trace.size() - 1).contains(m_line.path));
+    EXPECT_TRUE(m_trace.lines.value(m_trace.lines.size() - 1).contains(m_line.path));
     pInterface.reset();
     EXPECT_TRUE(Create(m_line.path));
 }
@@ -412,8 +385,9 @@ TEST_F(InterfaceCreatorTest, RateThatTheDriverDoesNotTakeIsAFailureToOpen) {
     for (const QString& rate : {u"999999999"_s, u"250000"_s}) {
         fixedBaudRate = 9600;
         ASSERT_FALSE(Create(m_line.path + u':' + rate));
-        EXPECT_TRUE(m_trace.last().endsWith(m_line.path + u": it runs at 9600 baud, not at "_s + rate + u'.'))
-            << m_trace.last().toStdString();
+        EXPECT_TRUE(
+            m_trace.lines.last().endsWith(m_line.path + u": it runs at 9600 baud, not at "_s + rate + u'.'))
+            << m_trace.lines.last().toStdString();
         fixedBaudRate = 0;
         EXPECT_TRUE(Create(m_line.path + u':' + rate))
             << "it is free again, and a line that takes any rate opens";
@@ -442,7 +416,7 @@ TEST_F(InterfaceCreatorTest, ParityAndStopBitsAreSet) {
     }
 }
 
-TEST_F(InterfaceCreatorTest, NumberedPortStandsForTheSystemsSerialPort) {
+TEST_F(InterfaceCreatorTest, NumberedPortIsTheSystemsSerialPort) {
     struct Row {
         QString address;
         QString port;
@@ -452,10 +426,10 @@ TEST_F(InterfaceCreatorTest, NumberedPortStandsForTheSystemsSerialPort) {
                                    {u"COM099:9600,s,7,2"_s, u"/dev/ttyS98"_s}};
     for (const Row& row : rows) {
         EXPECT_FALSE(Create(row.address));
-        EXPECT_TRUE(m_trace.value(m_trace.size() - 1)
+        EXPECT_TRUE(m_trace.lines.value(m_trace.lines.size() - 1)
                         .contains(u"The interface \""_s + row.address + u"\" cannot be opened: "_s +
                                   row.port + u": "_s))
-            << m_trace.value(m_trace.size() - 1).toStdString();
+            << m_trace.lines.value(m_trace.lines.size() - 1).toStdString();
     }
 }
 
@@ -511,25 +485,26 @@ TEST_F(InterfaceCreatorTest, MalformedAddressIsRefusedAndThePartIsNamed) {
         {u"COM1:"_s + QString(1000000, u','), u"there is text after the stop bits."_s},
     };
     for (const Row& row : rows) {
-        m_trace.clear();
+        m_trace.lines.clear();
         EXPECT_FALSE(Create(row.address)) << row.address.left(80).toStdString();
-        ASSERT_EQ(m_trace.size(), 1);
-        EXPECT_TRUE(m_trace[0].endsWith(u"The interface \""_s + row.address + u"\" cannot be opened: "_s +
-                                        row.reason))
-            << m_trace[0].left(300).toStdString();
+        ASSERT_EQ(m_trace.lines.size(), 1);
+        EXPECT_TRUE(m_trace.lines[0].endsWith(u"The interface \""_s + row.address +
+                                              u"\" cannot be opened: "_s + row.reason))
+            << m_trace.lines[0].left(300).toStdString();
     }
 }
 
 TEST_F(InterfaceCreatorTest, DeviceThatIsNoSerialPortIsRefused) {
     for (const QString& address : {u"/dev/null:9600"_s, u"/dev/no such port"_s, u"/dev/"_s}) {
         EXPECT_FALSE(Create(address));
-        EXPECT_TRUE(m_trace.value(m_trace.size() - 1).contains(address.section(u':', 0, 0) + u": "_s));
+        EXPECT_TRUE(
+            m_trace.lines.value(m_trace.lines.size() - 1).contains(address.section(u':', 0, 0) + u": "_s));
     }
 }
 
 TEST_F(InterfaceCreatorTest, InterfaceWithoutACallbackIsRefused) {
     EXPECT_EQ(CInterfaceCreator::CreateInterface(m_line.path, nullptr, 0, false), nullptr);
-    EXPECT_TRUE(m_trace.value(0).contains(u"there is no callback"));
+    EXPECT_TRUE(m_trace.lines.value(0).contains(u"there is no callback"));
 }
 
 } // namespace

@@ -24,7 +24,7 @@ using ZANPlatform::GetOrCreateValue;
 
 namespace {
 
-class Hub : public testing::Test {
+class MshManagerTest : public testing::Test {
 protected:
     void SetUp() override {
         qputenv("ZAN_HUB_LOG", m_directory.filePath(u"calls"_s).toUtf8());
@@ -53,7 +53,7 @@ protected:
         }
         ASSERT_TRUE(CfgCenter::SetComponentDirectory(directory));
     }
-    /// What the clients were told since the last time.
+    /// The calls of the clients since the last time.
     QStringList TakeCalls() {
         QFile log(qEnvironmentVariable("ZAN_HUB_LOG"));
         QStringList calls;
@@ -117,7 +117,7 @@ QStringList SenderCalls(const QString& number, const QString& name, const QStrin
 
 } // namespace
 
-TEST_F(Hub, ReceiverIsSetUpCallByCall) {
+TEST_F(MshManagerTest, ReceiverIsSetUpCallByCall) {
     MshManager manager;
     manager.CreateMshReceiver(u"Station 7"_s);
     EXPECT_TRUE(manager.IsReceiver());
@@ -128,7 +128,7 @@ TEST_F(Hub, ReceiverIsSetUpCallByCall) {
     EXPECT_FALSE(manager.IsReceiver());
 }
 
-TEST_F(Hub, SenderIsSetUpCallByCall) {
+TEST_F(MshManagerTest, SenderIsSetUpCallByCall) {
     QToolBar toolBar;
     toolBar.setObjectName(u"tools"_s);
     MshManager manager;
@@ -141,7 +141,7 @@ TEST_F(Hub, SenderIsSetUpCallByCall) {
     EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
 }
 
-TEST_F(Hub, ReceiverAndSenderWorkAtOnce) {
+TEST_F(MshManagerTest, ReceiverAndSenderWorkAtOnce) {
     {
         MshManager manager;
         manager.CreateMshReceiver(u"both"_s);
@@ -152,7 +152,7 @@ TEST_F(Hub, ReceiverAndSenderWorkAtOnce) {
     EXPECT_EQ(TakeCalls(), (QStringList{u"2 destroyed"_s, u"1 destroyed"_s})) << "the sender leaves first";
 }
 
-TEST_F(Hub, SecondReceiverTakesThePlaceOfTheFirst) {
+TEST_F(MshManagerTest, SecondReceiverTakesThePlaceOfTheFirst) {
     MshManager manager;
     manager.CreateMshReceiver(u"first"_s);
     TakeCalls();
@@ -160,10 +160,10 @@ TEST_F(Hub, SecondReceiverTakesThePlaceOfTheFirst) {
     EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s} + ReceiverCalls(u"second"_s));
     EXPECT_EQ(m_pLowest->GetObserverCount(), 1U);
     m_pLowest->SetValue(30e6, nullptr);
-    EXPECT_EQ(TakeCalls(), QStringList{u"1 SetFrequencyRange 30000000,3000000000"_s}) << "told once";
+    EXPECT_EQ(TakeCalls(), QStringList{u"1 SetFrequencyRange 30000000,3000000000"_s}) << "set once";
 }
 
-TEST_F(Hub, SettingsSayWhereTheHubIsAndWhoJoins) {
+TEST_F(MshManagerTest, SettingsSayWhereTheHubIsAndWhoJoins) {
     Settings().SetString(u"MshCentralAddress"_s, u"hub.example"_s);
     Settings().SetInt(u"MshCentralPort"_s, 4711);
     Settings().SetString(u"MshClientName"_s, u"Configured"_s);
@@ -175,7 +175,7 @@ TEST_F(Hub, SettingsSayWhereTheHubIsAndWhoJoins) {
                            u"1 SetCentralAddress hub.example 4711"_s, u"1 SetAutoCoupleTargets A;B"_s}));
 }
 
-TEST_F(Hub, PortThatIsNoneIsTracedAndTheDefaultTaken) {
+TEST_F(MshManagerTest, PortThatIsNoneIsTracedAndTheDefaultTaken) {
     for (const qint64 port :
          {qint64(0), qint64(-1), qint64(65536), qint64(1) << 32, (qint64(1) << 32) + 4711}) {
         Settings().SetInt(u"MshCentralPort"_s, port);
@@ -191,7 +191,7 @@ TEST_F(Hub, PortThatIsNoneIsTracedAndTheDefaultTaken) {
     }
 }
 
-TEST_F(Hub, FirstAndLastPortAreTaken) {
+TEST_F(MshManagerTest, FirstAndLastPortAreTaken) {
     for (const qint64 port : {1, 65535}) {
         Settings().SetInt(u"MshCentralPort"_s, port);
         const TraceLines trace;
@@ -204,7 +204,7 @@ TEST_F(Hub, FirstAndLastPortAreTaken) {
     }
 }
 
-TEST_F(Hub, ClientWithoutAnyNameIsCalledZan) {
+TEST_F(MshManagerTest, ClientWithoutAnyNameIsCalledZan) {
     MshManager manager;
     manager.CreateMshReceiver({});
     EXPECT_EQ(TakeCalls(), ReceiverCalls(u"ZAN"_s));
@@ -212,7 +212,7 @@ TEST_F(Hub, ClientWithoutAnyNameIsCalledZan) {
         << "nothing is written back";
 }
 
-TEST_F(Hub, RangeFollowsItsTwoValues) {
+TEST_F(MshManagerTest, RangeFollowsItsTwoValues) {
     MshManager manager;
     manager.CreateMshReceiver({});
     TakeCalls();
@@ -246,7 +246,7 @@ TEST_F(Hub, RangeFollowsItsTwoValues) {
     EXPECT_EQ(TakeCalls(), QStringList{u"1 SetFrequencyRange 9000,3600000000"_s}) << "any notice counts";
 }
 
-TEST_F(Hub, ValueThatGoesAwayIsForgotten) {
+TEST_F(MshManagerTest, ValueThatGoesAwayIsForgotten) {
     MshManager manager;
     manager.CreateMshReceiver({});
     TakeCalls();
@@ -259,7 +259,7 @@ TEST_F(Hub, ValueThatGoesAwayIsForgotten) {
     EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
 }
 
-TEST_F(Hub, NoticesOfOtherValuesAreNothingToTheHub) {
+TEST_F(MshManagerTest, NoticesOfOtherValuesAreNothingToTheHub) {
     MshManager manager;
     manager.CreateMshReceiver({});
     TakeCalls();
@@ -268,7 +268,7 @@ TEST_F(Hub, NoticesOfOtherValuesAreNothingToTheHub) {
     EXPECT_EQ(TakeCalls(), QStringList());
 }
 
-TEST_F(Hub, CopyOutlivesTheValuesOfTheRange) {
+TEST_F(MshManagerTest, CopyOutlivesTheValuesOfTheRange) {
     MshManager manager;
     manager.CreateMshReceiver({});
     const MshManager copy(manager); // ends first, and leaves the hub
@@ -276,7 +276,7 @@ TEST_F(Hub, CopyOutlivesTheValuesOfTheRange) {
     Tree::Instance()->Remove(m_pLowest);
 }
 
-TEST_F(Hub, WithoutRangeValuesAndAddressTheReceiverWorksAllTheSame) {
+TEST_F(MshManagerTest, WithoutRangeValuesAndAddressTheReceiverWorksAllTheSame) {
     Tree::Instance()->Clear();
     MshManager manager;
     manager.CreateMshReceiver({});
@@ -286,7 +286,7 @@ TEST_F(Hub, WithoutRangeValuesAndAddressTheReceiverWorksAllTheSame) {
     EXPECT_EQ(calls.last(), u"1 Start"_s);
 }
 
-TEST_F(Hub, RolesAreTakenWhenTheSettingsSaySoAndTheFlagIsWritten) {
+TEST_F(MshManagerTest, RolesAreTakenWhenTheSettingsSaySoAndTheFlagIsWritten) {
     MshManager manager;
     manager.CreateMshReceiverIfConfigured({}, u"MshReceive"_s, false);
     EXPECT_FALSE(manager.IsReceiver());
@@ -305,7 +305,7 @@ TEST_F(Hub, RolesAreTakenWhenTheSettingsSaySoAndTheFlagIsWritten) {
     EXPECT_TRUE(Settings().GetBool(u"MshSend"_s, false));
 }
 
-TEST_F(Hub, LibraryThatIsNoClientIsRefusedWithAReason) {
+TEST_F(MshManagerTest, LibraryThatIsNoClientIsRefusedWithAReason) {
     struct Case {
         QString library;
         QString reason;
@@ -325,7 +325,7 @@ TEST_F(Hub, LibraryThatIsNoClientIsRefusedWithAReason) {
     }
 }
 
-TEST_F(Hub, ComponentOfAnotherKindLeavesTheManagerWithoutTheRole) {
+TEST_F(MshManagerTest, ComponentOfAnotherKindLeavesTheManagerWithoutTheRole) {
     Install(u"libgoodcomponent.so"_s);
     TraceLines trace;
     MshManager manager;
@@ -337,7 +337,7 @@ TEST_F(Hub, ComponentOfAnotherKindLeavesTheManagerWithoutTheRole) {
         trace.lines[0].endsWith(u": The component \"MshClient.dll\" is not a client of the message hub."_s));
 }
 
-TEST_F(Hub, DestroyingWhatIsNotThereDoesNothing) {
+TEST_F(MshManagerTest, DestroyingWhatIsNotThereDoesNothing) {
     TraceLines trace;
     MshManager manager;
     manager.DestroyMshReceiver();

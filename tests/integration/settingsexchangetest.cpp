@@ -1,17 +1,16 @@
 #include "support/printing.h"
+#include "support/recordings.h"
 #include "support/stationprocess.h"
 #include "support/storedsettings.h"
 
 #include <gtest/gtest.h>
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QSettings>
-#include <QThread>
 
 #include <array>
 #include <csignal>
@@ -242,7 +241,8 @@ with open(sys.argv[1], 'w', encoding='utf-8') as file:
 
 TEST(SettingsExchange, NothingIsTornOrLostBesideProgramsThatDoNotKnowTheLock) {
     const std::array writers = {
-        // As editors and scripts do: a new file that is renamed, and the old one written anew.
+        // As editors and scripts do: a new file that is renamed, and the old one written again. This takes
+        // 2 ms, so that the two programs meet in it.
         "with open(name + '.new', 'w') as file: settings.write(file)\n        os.rename(name + '.new', name)",
         "with open(name, 'w') as file:\n            settings.write(file); file.flush(); time.sleep(0.002)"};
     for (const char* const write : writers) {
@@ -314,7 +314,7 @@ Methods=COR, VEC
     for (const char* const line :
          {"Top=1\n[S]\n", "[A/B]\nKey=1\n[S]\n", "[S]\nKey = 1\n", "[S]\nKey=a;b\n", "[S]\nKey=a,b\n",
           "[S]\nKey=C:\\data\n", "[S]\nKey=a=b\n", "[S]\nKey=5\"\n", "[S]\nKey=\"a\"b\n", "[S]\nKey=C:\\\n",
-          "[S]\nK y=1\n", "[S]\nKey= 1\n"}) {
+          "[S]\nK y=1\n", "[S]\nKey= 1\n", "[S]\nKey=\"a\n"}) {
         SCOPED_TRACE(line);
         settings.Write(QByteArray(line) + "Path=C:\\temp\\new\n");
         EXPECT_EQ(Store().GetString(u"S/Path"_s, {}), u"C:\\temp\\new"_s);
@@ -327,12 +327,9 @@ TEST(SettingsExchange, StationThatEndsRevertsNothingThatWasChangedWhileItRan) {
     const StoredSettings settings;
     const QString directory = settings.GetDirectory();
     ASSERT_TRUE(CfgCenter::Close());
-    WriteFile(
-        directory + u"/recording.csv"_s,
-        "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,roll_deg,"
-        "latitude_deg,longitude_deg,altitude_m\n"
-        "1000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n"
-        "3601000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n");
+    WriteFile(directory + u"/recording.csv"_s,
+              RECORDING_HEADER + "1000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n"
+                                 "3601000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n");
     const QStringList first = {
         u"run"_s,      u"--recording"_s,     directory + u"/recording.csv"_s, u"--config"_s, directory,
         u"--output"_s, directory + u"/out"_s};
@@ -342,11 +339,7 @@ TEST(SettingsExchange, StationThatEndsRevertsNothingThatWasChangedWhileItRan) {
         QFile::remove(directory + u"/out"_s)); // it comes again when the station has read its settings
     QProcess station;
     station.start(QStringLiteral(ZAN_STATION), first + QStringList{u"--pitch-threshold"_s, u"12.5"_s});
-    const QDeadlineTimer patience(PATIENCE_MS);
-    while (ReadFile(directory + u"/out"_s).isEmpty() && !patience.hasExpired()) {
-        QThread::msleep(10);
-    }
-    ASSERT_FALSE(ReadFile(directory + u"/out"_s).isEmpty());
+    ASSERT_TRUE(Await(station, [&directory] { return !ReadFile(directory + u"/out"_s).isEmpty(); }));
     settings.Reopen();
     const QString section = u"ZANStations/ZANStation0/"_s;
     Store().SetInt(u"Output_Interval"_s, 250);

@@ -44,7 +44,7 @@ QString MemoryDirectory() {
                                                  : QDir::tempPath() + u"/settingsfaulttest-XXXXXX"_s;
 }
 
-/// The rounds that the keys of a settings file tell of, and how many keys there are.
+/// The rounds that the keys of a settings file hold, and how many keys there are.
 struct Written {
     std::set<qint64> rounds;
     int keyCount = 0;
@@ -99,6 +99,7 @@ public:
             char sign = 0;
             ASSERT_EQ(read(ends[0], &sign, 1), 1);
         }
+        // Nothing is waited for: the moment of the kill is what is tried out.
         std::this_thread::sleep_for(std::chrono::microseconds(m_microseconds(m_random)));
         kill(writer, SIGKILL);
         ASSERT_EQ(waitpid(writer, nullptr, 0), writer);

@@ -1,10 +1,10 @@
 #include "support/printing.h"
+#include "support/recordings.h"
 #include "support/stationprocess.h"
 #include "support/tinypipe.h"
 
 #include <gtest/gtest.h>
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -30,20 +30,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const char* const RECORDING =
-    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,"
-    "roll_deg,latitude_deg,longitude_deg,altitude_m\n"
-    "0,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n";
+const QByteArray RECORDING =
+    RECORDING_HEADER + "0,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n";
 
 /// The second row is due after an hour.
 const char* const ENDLESS = "3600000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n";
 
-class StationCommands : public testing::Test {
+class StationCommandsTest : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(m_directory.isValid());
         WriteFile(Path(u"recording.csv"_s), RECORDING);
-        WriteFile(Path(u"endless.csv"_s), QByteArray(RECORDING) + ENDLESS);
+        WriteFile(Path(u"endless.csv"_s), RECORDING + ENDLESS);
     }
 
     [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
@@ -87,13 +85,10 @@ StationResult RunWith(const QList<std::pair<QString, QString>>& variables, const
 
 /// Waits until a running program has written its first sentence.
 void AwaitSentence(QProcess& process, const QString& file) {
-    const QDeadlineTimer deadline(PATIENCE_MS);
-    while (ReadFile(file).isEmpty() && !deadline.hasExpired()) {
-        process.waitForFinished(20);
-    }
+    EXPECT_TRUE(Await(process, [&file] { return !ReadFile(file).isEmpty(); }));
 }
 
-/// The document that Python reads, printed by it anew; null when it reads none.
+/// The document that Python reads, printed by it again; null when it reads none.
 QJsonDocument ThroughPython(const QString& text) {
     QProcess python;
     python.start(u"python3"_s, {u"-c"_s, u"import json, sys; print(json.dumps(json.load(sys.stdin)))"_s});
@@ -106,7 +101,7 @@ QJsonDocument ThroughPython(const QString& text) {
 
 } // namespace
 
-TEST_F(StationCommands, EachDocumentIsReadByOthers) {
+TEST_F(StationCommandsTest, EachDocumentIsReadByOthers) {
     WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\n");
     Run(u"device"_s);
     const QStringList commands{
@@ -133,7 +128,7 @@ TEST_F(StationCommands, EachDocumentIsReadByOthers) {
     }
 }
 
-TEST_F(StationCommands, DeviceForProgramsHasNumbersInHzAndNothingMadeUp) {
+TEST_F(StationCommandsTest, DeviceForProgramsHasNumbersInHzAndNothingMadeUp) {
     const QJsonDocument device = ThroughPython(Run(u"device --json"_s).out);
     EXPECT_EQ(device[u"address"_s], u"replay"_s);
     EXPECT_EQ(device[u"type"_s], u"ZANTIDE"_s);
@@ -154,7 +149,7 @@ TEST_F(StationCommands, DeviceForProgramsHasNumbersInHzAndNothingMadeUp) {
               (QJsonObject{{u"mode"_s, u"scan"_s}, {u"lowest_hz"_s, 300e3}, {u"highest_hz"_s, 3e9}}));
 }
 
-TEST_F(StationCommands, AntennasForProgramsTellTheSetupTheVerdictAndWhatARepairHasChanged) {
+TEST_F(StationCommandsTest, AntennasForProgramsTellTheSetupTheVerdictAndWhatARepairHasChanged) {
     EXPECT_EQ(Run(u"antennas range PX106 20M 1.3G --json"_s).exitCode, 1);
     QJsonDocument document = ThroughPython(Run(u"antennas list --json"_s).out);
     EXPECT_EQ(document[u"valid"_s], false);
@@ -173,7 +168,7 @@ TEST_F(StationCommands, AntennasForProgramsTellTheSetupTheVerdictAndWhatARepairH
     EXPECT_EQ(document[u"repaired"_s][0][u"lowest_hz"_s], 30000001.0);
 }
 
-TEST_F(StationCommands, TuneForProgramsTellsWhatIsValidAndTheExitCodeWhetherItWasMoved) {
+TEST_F(StationCommandsTest, TuneForProgramsTellsWhatIsValidAndTheExitCodeWhetherItWasMoved) {
     const StationResult moved = Run(u"tune --mode scan --start 25M --stop 35M --adjust up --json"_s);
     EXPECT_EQ(moved.exitCode, 3);
     QJsonDocument document = ThroughPython(moved.out);
@@ -204,7 +199,7 @@ TEST_F(StationCommands, TuneForProgramsTellsWhatIsValidAndTheExitCodeWhetherItWa
     }
 }
 
-TEST_F(StationCommands, HardwareDoctorAndRunForProgramsTellWhatTheyTellPeople) {
+TEST_F(StationCommandsTest, HardwareDoctorAndRunForProgramsTellWhatTheyTellPeople) {
     const QJsonDocument hardware = ThroughPython(Run(u"hardware --json"_s).out);
     EXPECT_EQ(hardware[u"complete"_s], true);
     EXPECT_EQ(
@@ -217,7 +212,7 @@ TEST_F(StationCommands, HardwareDoctorAndRunForProgramsTellWhatTheyTellPeople) {
                                                      {u"verdict"_s, u"ok"_s},
                                                      {u"text"_s, u"writable: "_s + Config()}}));
 
-    WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "nonsense\n");
+    WriteFile(Path(u"recording.csv"_s), RECORDING + "nonsense\n");
     const StationResult run = RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s, u"--json"_s}));
     EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
     const QJsonDocument summary = ThroughPython(run.out);
@@ -232,7 +227,7 @@ TEST_F(StationCommands, HardwareDoctorAndRunForProgramsTellWhatTheyTellPeople) {
     EXPECT_EQ(summary[u"lines_skipped"_s].toArray().size(), 1) << run.out.toStdString();
 }
 
-TEST_F(StationCommands, ZeroIsPrintedWithoutASign) {
+TEST_F(StationCommandsTest, ZeroIsPrintedWithoutASign) {
     for (const QString& format : {QString(), u" --json"_s}) {
         const StationResult result = Run(u"tune --frequency -0.0"_s + format);
         EXPECT_FALSE(result.out.isEmpty()) << result.err.toStdString();
@@ -240,7 +235,7 @@ TEST_F(StationCommands, ZeroIsPrintedWithoutASign) {
     }
 }
 
-TEST_F(StationCommands, ImportReplacesTheListWithItsNamesAndNeedsNone) {
+TEST_F(StationCommandsTest, ImportReplacesTheListWithItsNamesAndNeedsNone) {
     WriteFile(Path(u"five.csv"_s),
               "name,frequency_mhz\nTower,118.5\nGround,121.7\nApron,121.9\nRadar,119.1\nATIS,126.0\n");
     WriteFile(Path(u"two.csv"_s), "frequency_mhz,alarm\n121.5,1\n243,0\n");
@@ -262,7 +257,7 @@ TEST_F(StationCommands, ImportReplacesTheListWithItsNamesAndNeedsNone) {
               (QJsonObject{{u"channel"_s, 1}, {u"frequency_hz"_s, 121.5e6}, {u"alarm"_s, true}}));
 }
 
-TEST_F(StationCommands, TwoImportsAtOnceLeaveTheListOfOneOfThem) {
+TEST_F(StationCommandsTest, TwoImportsAtOnceLeaveTheListOfOneOfThem) {
     WriteFile(Path(u"a.csv"_s), "name,frequency_mhz\nTower,118.5\nGround,121.7\nApron,121.9\n");
     WriteFile(Path(u"b.csv"_s), "name,frequency_mhz\nATIS,126.0\nRadar,119.1\n");
     const auto arguments = [this](const QString& name) {
@@ -289,7 +284,7 @@ TEST_F(StationCommands, TwoImportsAtOnceLeaveTheListOfOneOfThem) {
     }
 }
 
-TEST_F(StationCommands, ImportWithoutOneUsableRowLeavesTheListAloneAndFails) {
+TEST_F(StationCommandsTest, ImportWithoutOneUsableRowLeavesTheListAloneAndFails) {
     WriteFile(Path(u"good.csv"_s), "name,frequency_mhz\nTower,118.5\n");
     ASSERT_EQ(Run(u"frequencies import "_s + Path(u"good.csv"_s)).exitCode, 0);
     const QByteArray before = ReadFile(Config() + u"/TrafficControl.ini"_s);
@@ -302,7 +297,7 @@ TEST_F(StationCommands, ImportWithoutOneUsableRowLeavesTheListAloneAndFails) {
     }
 }
 
-TEST_F(StationCommands, SimulationOverwritesOnlyWhereItIsToldTo) {
+TEST_F(StationCommandsTest, SimulationOverwritesOnlyWhereItIsToldTo) {
     const QString file = Path(u"flight.csv"_s);
     const QStringList simulate{u"simulate"_s, u"--rows"_s, u"1"_s, u"--out"_s, file};
     EXPECT_EQ(RunStation(simulate).exitCode, 0);
@@ -316,7 +311,7 @@ TEST_F(StationCommands, SimulationOverwritesOnlyWhereItIsToldTo) {
     EXPECT_TRUE(ReadFile(file).startsWith("time_ms,"));
 }
 
-TEST_F(StationCommands, SignalEndsARunWithEverythingWrittenAndItsOwnExitCode) {
+TEST_F(StationCommandsTest, SignalEndsARunWithEverythingWrittenAndItsOwnExitCode) {
     for (const auto& [signal, exitCode] :
          {std::pair{SIGINT, 130}, std::pair{SIGTERM, 143}, std::pair{SIGHUP, 129}}) {
         QProcess process;
@@ -332,7 +327,8 @@ TEST_F(StationCommands, SignalEndsARunWithEverythingWrittenAndItsOwnExitCode) {
     }
 }
 
-TEST_F(StationCommands, FurtherSignalsDoNotCutTheEndShort) {
+TEST_F(StationCommandsTest, FurtherSignalsDoNotCutTheEndShort) {
+    // The second signal comes at different moments of the end: the pause is what is tried out.
     for (unsigned long pauseMs = 0; pauseMs < 24; pauseMs += 3) {
         QProcess process;
         process.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
@@ -349,7 +345,7 @@ TEST_F(StationCommands, FurtherSignalsDoNotCutTheEndShort) {
     }
 }
 
-TEST_F(StationCommands, FileOfLimitedSizeHoldsWholeSentencesAndFailsTheRun) {
+TEST_F(StationCommandsTest, FileOfLimitedSizeHoldsWholeSentencesAndFailsTheRun) {
     QByteArray recording = RECORDING;
     for (int row = 0; row < 200; ++row) {
         recording += QByteArray(ENDLESS).replace("3600000", QByteArray::number(4000000 + row));
@@ -370,7 +366,7 @@ TEST_F(StationCommands, FileOfLimitedSizeHoldsWholeSentencesAndFailsTheRun) {
     EXPECT_TRUE(sentences.endsWith("\r\n"));
 }
 
-TEST_F(StationCommands, ClosedStandardStreamsAreNotReplacedByWhateverIsOpenedNext) {
+TEST_F(StationCommandsTest, ClosedStandardStreamsAreNotReplacedByWhateverIsOpenedNext) {
     QProcess reader;
     reader.setChildProcessModifier([] { ::close(STDIN_FILENO); });
     reader.start(QStringLiteral(ZAN_STATION), {u"run"_s, u"--recording"_s, u"-"_s, u"--config"_s, Config()});
@@ -386,7 +382,7 @@ TEST_F(StationCommands, ClosedStandardStreamsAreNotReplacedByWhateverIsOpenedNex
     EXPECT_TRUE(writer.readAllStandardError().contains("Bad file descriptor"));
 }
 
-TEST_F(StationCommands, AnswerThatCannotBePrintedFailsTheCommand) {
+TEST_F(StationCommandsTest, AnswerThatCannotBePrintedFailsTheCommand) {
     const auto expectFailure = [](QProcess& process, const QStringList& arguments, const QByteArray& reason) {
         process.start(QStringLiteral(ZAN_STATION), arguments);
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
@@ -409,10 +405,10 @@ TEST_F(StationCommands, AnswerThatCannotBePrintedFailsTheCommand) {
     }
 }
 
-TEST_F(StationCommands, RunGoesOnWithoutAReaderOfItsMessages) {
-    QByteArray rows; // each bad row is told of
+TEST_F(StationCommandsTest, RunGoesOnWithoutAReaderOfItsMessages) {
+    QByteArray rows; // each bad row is reported
     for (int i = 1; i <= 300; ++i) {
-        rows += QByteArray(RECORDING).split('\n').at(1) + '\n' + "not a row\n";
+        rows += RECORDING.split('\n').at(1) + '\n' + "not a row\n";
     }
     WriteFile(Path(u"bad.csv"_s), RECORDING + rows);
     for (const bool isGone : {true, false}) {
@@ -434,8 +430,8 @@ TEST_F(StationCommands, RunGoesOnWithoutAReaderOfItsMessages) {
     }
 }
 
-TEST_F(StationCommands, RunWhoseMessagesNobodyTakesEndsBySignal) {
-    WriteFile(Path(u"endlessbad.csv"_s), QByteArray(RECORDING) + "bad\n" + ENDLESS);
+TEST_F(StationCommandsTest, RunWhoseMessagesNobodyTakesEndsBySignal) {
+    WriteFile(Path(u"endlessbad.csv"_s), RECORDING + "bad\n" + ENDLESS);
     const TinyPipe messages;
     messages.Fill();
     QProcess process;
@@ -450,7 +446,7 @@ TEST_F(StationCommands, RunWhoseMessagesNobodyTakesEndsBySignal) {
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
 }
 
-TEST_F(StationCommands, LostMessagesAreCountedForTheReaderThatTakesSomeAgain) {
+TEST_F(StationCommandsTest, LostMessagesAreCountedForTheReaderThatTakesSomeAgain) {
     const TinyPipe messages;
     messages.Fill();
     QProcess process;
@@ -467,7 +463,7 @@ TEST_F(StationCommands, LostMessagesAreCountedForTheReaderThatTakesSomeAgain) {
     EXPECT_TRUE(taken.contains(" lines of messages were lost\n")) << taken.toStdString();
 }
 
-TEST_F(StationCommands, ResultsThatNobodyTakesAreWaitedForUntilASignalEndsThat) {
+TEST_F(StationCommandsTest, ResultsThatNobodyTakesAreWaitedForUntilASignalEndsThat) {
     const TinyPipe results;
     results.Fill();
     QProcess process;
@@ -496,7 +492,7 @@ TEST_F(StationCommands, ResultsThatNobodyTakesAreWaitedForUntilASignalEndsThat) 
     ASSERT_TRUE(run.waitForFinished(PATIENCE_MS)) << "a run that is done and cannot say so";
 }
 
-TEST_F(StationCommands, ReaderThatHasEnoughOfAnAnswerEndsItWithoutAMessage) {
+TEST_F(StationCommandsTest, ReaderThatHasEnoughOfAnAnswerEndsItWithoutAMessage) {
     const TinyPipe results;
     results.StopReading();
     QProcess process;
@@ -507,7 +503,7 @@ TEST_F(StationCommands, ReaderThatHasEnoughOfAnAnswerEndsItWithoutAMessage) {
     EXPECT_EQ(process.readAllStandardError(), "");
 }
 
-TEST_F(StationCommands, ArgumentThatIsNoTextIsRefused) {
+TEST_F(StationCommandsTest, ArgumentThatIsNoTextIsRefused) {
     const QByteArray script = "exec \"$0\" simulate --out $'" + Path(u"inv\\xff.csv"_s).toUtf8() + "'";
     QProcess bash;
     bash.start(u"bash"_s, {u"-c"_s, QString::fromUtf8(script), QStringLiteral(ZAN_STATION)});
@@ -517,7 +513,7 @@ TEST_F(StationCommands, ArgumentThatIsNoTextIsRefused) {
     EXPECT_EQ(QDir(m_directory.path()).entryList({u"*inv*"_s}), QStringList());
 }
 
-TEST_F(StationCommands, OptionThatIsGivenTwiceIsRefused) {
+TEST_F(StationCommandsTest, OptionThatIsGivenTwiceIsRefused) {
     StationResult result = Run(u"tune --frequency 1M --frequency 200M"_s);
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_EQ(result.err, u"zanstation: --frequency is given twice\n"_s);
@@ -526,7 +522,7 @@ TEST_F(StationCommands, OptionThatIsGivenTwiceIsRefused) {
     EXPECT_EQ(Run(u"device --option Trace=true --option Progress=true"_s).exitCode, 0);
 }
 
-TEST_F(StationCommands, RefusalsQuoteTheBeginningOfALongArgument) {
+TEST_F(StationCommandsTest, RefusalsQuoteTheBeginningOfALongArgument) {
     const QString endless(120'000, u'x');
     for (const QString& command :
          {endless, u"device --"_s + endless, u"device "_s + endless, u"tune --frequency "_s + endless,
@@ -539,7 +535,7 @@ TEST_F(StationCommands, RefusalsQuoteTheBeginningOfALongArgument) {
     }
 }
 
-TEST_F(StationCommands, CurrentDirectoryByTheNameOfTheSystemIsThatOfTheStart) {
+TEST_F(StationCommandsTest, CurrentDirectoryByTheNameOfTheSystemIsThatOfTheStart) {
     QProcess process;
     process.setWorkingDirectory(m_directory.path());
     QStringList arguments = Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s});
@@ -550,7 +546,7 @@ TEST_F(StationCommands, CurrentDirectoryByTheNameOfTheSystemIsThatOfTheStart) {
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
 }
 
-TEST_F(StationCommands, HangupThatIsIgnoredAtTheStartStaysIgnored) {
+TEST_F(StationCommandsTest, HangupThatIsIgnoredAtTheStartStaysIgnored) {
     QProcess process;
     process.start(u"nohup"_s, QStringList{QStringLiteral(ZAN_STATION)} + Replay(u"endless.csv"_s));
     AwaitSentence(process, Path(u"out"_s));
@@ -564,7 +560,7 @@ TEST_F(StationCommands, HangupThatIsIgnoredAtTheStartStaysIgnored) {
     EXPECT_EQ(process.exitCode(), 143);
 }
 
-TEST_F(StationCommands, SecondStationOnTheSettingsIsRefusedAndTheOtherCommandsAreNot) {
+TEST_F(StationCommandsTest, SecondStationOnTheSettingsIsRefusedAndTheOtherCommandsAreNot) {
     QProcess first;
     first.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
     AwaitSentence(first, Path(u"out"_s));
@@ -583,7 +579,7 @@ TEST_F(StationCommands, SecondStationOnTheSettingsIsRefusedAndTheOtherCommandsAr
     EXPECT_EQ(RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s})).exitCode, 0);
 }
 
-TEST_F(StationCommands, SecondStationOnTheOutputIsRefusedAndTouchesNothing) {
+TEST_F(StationCommandsTest, SecondStationOnTheOutputIsRefusedAndTouchesNothing) {
     QProcess first;
     first.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
     AwaitSentence(first, Path(u"out"_s));
@@ -594,7 +590,7 @@ TEST_F(StationCommands, SecondStationOnTheOutputIsRefusedAndTouchesNothing) {
     EXPECT_EQ(second.exitCode, 1);
     const QString inUse = u"zanstation: the output %1 is in use by "_s.arg(Path(u"out"_s));
     EXPECT_TRUE(second.err == inUse + u"process %1\n"_s.arg(first.processId()) ||
-                second.err == inUse + u"another process\n"_s) // where the system does not tell
+                second.err == inUse + u"another process\n"_s) // where the system does not say
         << second.err.toStdString();
     EXPECT_EQ(ReadFile(Path(u"out"_s)), sentences);
     EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
@@ -603,7 +599,7 @@ TEST_F(StationCommands, SecondStationOnTheOutputIsRefusedAndTouchesNothing) {
     ASSERT_TRUE(first.waitForFinished(PATIENCE_MS));
 }
 
-TEST_F(StationCommands, LockWithoutTheNumberOfItsProcessRefusesTheSecondAllTheSame) {
+TEST_F(StationCommandsTest, LockWithoutTheNumberOfItsProcessRefusesTheSecondAllTheSame) {
     Run(u"device"_s);
     QFile file(Config() + u"/station.lock"_s);
     ASSERT_TRUE(file.open(QFile::ReadWrite));
@@ -613,7 +609,7 @@ TEST_F(StationCommands, LockWithoutTheNumberOfItsProcessRefusesTheSecondAllTheSa
     EXPECT_TRUE(result.err.contains(u"another process"_s)) << result.err.toStdString();
 }
 
-TEST_F(StationCommands, LockThatCannotBeHadEndsTheRun) {
+TEST_F(StationCommandsTest, LockThatCannotBeTakenEndsTheRun) {
     Run(u"device"_s);
     ASSERT_TRUE(QDir().mkdir(Config() + u"/station.lock"_s));
     const StationResult result = RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s}));
@@ -622,7 +618,7 @@ TEST_F(StationCommands, LockThatCannotBeHadEndsTheRun) {
     EXPECT_FALSE(QFile::exists(Path(u"out"_s)));
 }
 
-TEST_F(StationCommands, SettingsGoWhereServiceManagerAndUserSay) {
+TEST_F(StationCommandsTest, SettingsGoWhereServiceManagerAndUserSay) {
     struct Case {
         QList<std::pair<QString, QString>> environment;
         QString directory;
@@ -645,7 +641,7 @@ TEST_F(StationCommands, SettingsGoWhereServiceManagerAndUserSay) {
     }
 }
 
-TEST_F(StationCommands, SettingsNeverGoToTheRootDirectory) {
+TEST_F(StationCommandsTest, SettingsNeverGoToTheRootDirectory) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root becomes a user whom the user database does not know";
     }
@@ -661,8 +657,8 @@ TEST_F(StationCommands, SettingsNeverGoToTheRootDirectory) {
     EXPECT_FALSE(QFile::exists(u"/zanstation"_s));
 }
 
-TEST_F(StationCommands, QuietRunTellsErrorsOnly) {
-    WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "nonsense\n");
+TEST_F(StationCommandsTest, QuietRunTellsErrorsOnly) {
+    WriteFile(Path(u"recording.csv"_s), RECORDING + "nonsense\n");
     const StationResult quiet =
         RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s, u"--quiet"_s}));
     EXPECT_EQ(quiet.exitCode, 0);
@@ -675,7 +671,7 @@ TEST_F(StationCommands, QuietRunTellsErrorsOnly) {
     EXPECT_FALSE(Run(u"device --quiet"_s).out.isEmpty()) << "what was asked for is printed";
 }
 
-TEST_F(StationCommands, QuietCommandTellsWhyItFails) {
+TEST_F(StationCommandsTest, QuietCommandTellsWhyItFails) {
     QStringList run = Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s, u"--quiet"_s});
     for (const QString& output : {Path(u"no/such/directory/out"_s), u"/dev/full"_s}) {
         run.replace(run.indexOf(u"--output"_s) + 1, output);
@@ -695,7 +691,7 @@ TEST_F(StationCommands, QuietCommandTellsWhyItFails) {
     EXPECT_EQ(process.readAllStandardError().count('\n'), 1) << "the header that is none";
 }
 
-TEST_F(StationCommands, SettingsThatCannotBeSavedOrReadAreToldQuietlyToo) {
+TEST_F(StationCommandsTest, SettingsThatCannotBeSavedOrReadAreReportedQuietlyToo) {
     WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\n");
     const QString import = u"frequencies import "_s + Path(u"channels.csv"_s);
     ASSERT_EQ(Run(u"device"_s).exitCode, 0);
@@ -711,7 +707,7 @@ TEST_F(StationCommands, SettingsThatCannotBeSavedOrReadAreToldQuietlyToo) {
     EXPECT_TRUE(damaged.err.contains(settings + u".damaged-1"_s)) << damaged.err.toStdString();
 }
 
-TEST_F(StationCommands, ImportIsToldOnlyWhenItIsSaved) {
+TEST_F(StationCommandsTest, ImportIsReportedOnlyWhenItIsSaved) {
     WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\n");
     const QString import = u"frequencies import "_s + Path(u"channels.csv"_s);
     EXPECT_EQ(Run(import).out, u"imported 1 channel, left out 0 rows\n"_s);
@@ -724,7 +720,7 @@ TEST_F(StationCommands, ImportIsToldOnlyWhenItIsSaved) {
     }
 }
 
-TEST_F(StationCommands, DoctorLooksIntoNoStream) {
+TEST_F(StationCommandsTest, DoctorLooksIntoNoStream) {
     const QString fifo = Path(u"fifo"_s);
     ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
     for (const QString& stream : {fifo, u"-"_s, u"/dev/null"_s}) {
@@ -736,7 +732,7 @@ TEST_F(StationCommands, DoctorLooksIntoNoStream) {
     EXPECT_TRUE(Run(u"doctor --recording "_s + Path(u"missing.csv"_s)).out.contains(u"missing.csv"_s));
 }
 
-TEST_F(StationCommands, AntennasThatOthersChangeMeanwhileStayAsTheyAreThen) {
+TEST_F(StationCommandsTest, AntennasThatOthersChangeMeanwhileStayAsTheyAreThen) {
     ASSERT_EQ(Run(u"antennas check"_s).exitCode, 0);
     const QString settings = Config() + u"/Application.ini"_s;
     QLockFile lock(settings + u".lock"_s);
@@ -758,7 +754,7 @@ TEST_F(StationCommands, AntennasThatOthersChangeMeanwhileStayAsTheyAreThen) {
     ::close(watch);
 }
 
-TEST_F(StationCommands, NormalRunPrintsNoTraceOfDoingWell) {
+TEST_F(StationCommandsTest, NormalRunPrintsNoTraceOfDoingWell) {
     Run(u"device"_s);
     QDir(Config()).mkdir(u"ZANControl"_s);
     for (int i = 0; i < 20; ++i) { // so that the oldest of them is deleted
@@ -770,7 +766,7 @@ TEST_F(StationCommands, NormalRunPrintsNoTraceOfDoingWell) {
                     .err.contains(u"delete the oldest backup"_s));
 }
 
-TEST_F(StationCommands, BandOfAnyWidthIsCalledSoInTheTrace) {
+TEST_F(StationCommandsTest, BandOfAnyWidthIsCalledSoInTheTrace) {
     Run(u"device"_s);
     QByteArray settings = ReadFile(Config() + u"/Application.ini"_s);
     WriteFile(Config() + u"/Application.ini"_s,
@@ -780,7 +776,7 @@ TEST_F(StationCommands, BandOfAnyWidthIsCalledSoInTheTrace) {
     EXPECT_FALSE(result.err.contains(u"fRealtimeBw=-"_s)) << result.err.toStdString();
 }
 
-TEST_F(StationCommands, StationSpeaksEnglishWhateverTheLanguage) {
+TEST_F(StationCommandsTest, StationSpeaksEnglishWhateverTheLanguage) {
     // A German locale of this test's own, for the machine may have none.
     ASSERT_EQ(
         QProcess::execute(u"localedef"_s, {u"-i"_s, u"de_DE"_s, u"-f"_s, u"UTF-8"_s, Path(u"de_DE.UTF-8"_s)}),
@@ -798,7 +794,7 @@ TEST_F(StationCommands, StationSpeaksEnglishWhateverTheLanguage) {
     }
 }
 
-TEST_F(StationCommands, EmptyNamesAreRefused) {
+TEST_F(StationCommandsTest, EmptyNamesAreRefused) {
     struct Case {
         QStringList arguments;
         QString message;
@@ -818,7 +814,7 @@ TEST_F(StationCommands, EmptyNamesAreRefused) {
     }
 }
 
-TEST_F(StationCommands, EmptyOutputSwitchesTheFileOffWithoutAWordOfItsOwn) {
+TEST_F(StationCommandsTest, EmptyOutputSwitchesTheFileOffWithoutAWordOfItsOwn) {
     const StationResult result =
         RunStation({u"run"_s, u"--recording"_s, Path(u"recording.csv"_s), u"--config"_s, Config(),
                     u"--speed"_s, u"max"_s, u"--output"_s, u""_s});
@@ -828,7 +824,7 @@ TEST_F(StationCommands, EmptyOutputSwitchesTheFileOffWithoutAWordOfItsOwn) {
               "zanstation: warning: 1 bearing published, no sentence written: all outputs are off\n"_s);
 }
 
-TEST_F(StationCommands, CommandsThatOnlyLookLeaveTheSettingsAsTheyAre) {
+TEST_F(StationCommandsTest, CommandsThatOnlyLookLeaveTheSettingsAsTheyAre) {
     QFile example(QStringLiteral(ZAN_EXAMPLE_SETTINGS));
     ASSERT_TRUE(example.open(QFile::ReadOnly));
     const QByteArray settings = example.readAll();
@@ -843,7 +839,7 @@ TEST_F(StationCommands, CommandsThatOnlyLookLeaveTheSettingsAsTheyAre) {
     }
 }
 
-TEST_F(StationCommands, ImportWarnsOfChannelNumbersThatStandInSeveralRowsAndKeepsThemAll) {
+TEST_F(StationCommandsTest, ImportWarnsOfChannelNumbersThatAreInSeveralRowsAndKeepsThemAll) {
     WriteFile(Path(u"channels.csv"_s),
               "channel,name,frequency_mhz\n7,A,118.1\n8,B,118.2\n7,C,118.3\n9,D,118.4\n"
               "9,E,118.5\n7,F,118.6\n");
@@ -862,7 +858,7 @@ TEST_F(StationCommands, ImportWarnsOfChannelNumbersThatStandInSeveralRowsAndKeep
                                               "7        F     118.6 MHz  no\n"_s);
 }
 
-TEST_F(StationCommands, ManyRepeatedChannelNumbersAreNamedInOneLine) {
+TEST_F(StationCommandsTest, ManyRepeatedChannelNumbersAreNamedInOneLine) {
     QByteArray rows = "channel,frequency_mhz\n";
     for (int i = 0; i < 40; ++i) {
         rows += QByteArray::number(i / 2) + ",118.1\n";
@@ -874,14 +870,14 @@ TEST_F(StationCommands, ManyRepeatedChannelNumbersAreNamedInOneLine) {
     EXPECT_TRUE(result.err.endsWith(u", number 9 in 2 rows, ...\n"_s)) << result.err.toStdString();
 }
 
-TEST_F(StationCommands, OneOfAThingIsCalledByItsSingular) {
+TEST_F(StationCommandsTest, OneOfAThingIsCalledByItsSingular) {
     WriteFile(Path(u"channels.csv"_s), "name,frequency_mhz\nTower,118.5\nonly one field\n");
     const StationResult result = Run(u"frequencies import "_s + Path(u"channels.csv"_s));
     EXPECT_EQ(result.out, u"imported 1 channel, left out 1 row\n"_s);
     EXPECT_EQ(result.err, u"zanstation: warning: line 3: 1 field instead of 2\n"_s);
 }
 
-TEST_F(StationCommands, DoctorAndRunWarnOfSettingsThatDoNotMeanWhatTheySeemTo) {
+TEST_F(StationCommandsTest, DoctorAndRunWarnOfSettingsThatDoNotMeanWhatTheySeemTo) {
     Run(u"device"_s);
     const QString file = Config() + u"/Application.ini"_s;
     QByteArray settings = ReadFile(file);
@@ -909,7 +905,7 @@ TEST_F(StationCommands, DoctorAndRunWarnOfSettingsThatDoNotMeanWhatTheySeemTo) {
     }
 }
 
-TEST_F(StationCommands, HelpOfACommandIsToldBothWays) {
+TEST_F(StationCommandsTest, HelpOfACommandIsPrintedBothWays) {
     for (const QString& command : {u"run"_s, u"tune"_s, u"tree"_s}) {
         const StationResult help = RunStation({u"help"_s, command});
         EXPECT_EQ(help.exitCode, 0);
@@ -944,7 +940,7 @@ QSet<QString> FindOptions(const QString& text) {
 
 } // namespace
 
-TEST_F(StationCommands, ManualNamesEveryOptionOfEveryCommandInItsSynopsis) {
+TEST_F(StationCommandsTest, ManualNamesEveryOptionOfEveryCommandInItsSynopsis) {
     const QString manual = QString::fromUtf8(ReadFile(QStringLiteral(ZAN_MANUAL))).remove(u'\\');
     const QString synopsis = manual.section(u".SH SYNOPSIS\n"_s, 1).section(u".SH "_s, 0, 0);
     const QSet<QString> common = FindOptions(synopsis.section(u".PP\n"_s, 1));
@@ -990,7 +986,7 @@ QStringList Complete(const QStringList& words, const QString& directory) {
 
 } // namespace
 
-TEST_F(StationCommands, BashCompletesCommandsOptionsValuesAndFiles) {
+TEST_F(StationCommandsTest, BashCompletesCommandsOptionsValuesAndFiles) {
     const QString here = m_directory.path();
     WriteFile(Path(u"two words.csv"_s), "");
     ASSERT_TRUE(QDir(here).mkdir(u"settings"_s));
@@ -1021,7 +1017,7 @@ TEST_F(StationCommands, BashCompletesCommandsOptionsValuesAndFiles) {
     EXPECT_EQ(Complete({u"fly"_s, u"--"_s}, here), QStringList());
 }
 
-TEST_F(StationCommands, BashCompletesBehindAnEqualsSign) {
+TEST_F(StationCommandsTest, BashCompletesBehindAnEqualsSign) {
     WriteFile(Path(u"two words.csv"_s), "");
     const QString here = m_directory.path();
     EXPECT_EQ(Complete({u"run"_s, u"--recording"_s, u"="_s, u"two"_s}, here),
@@ -1030,7 +1026,7 @@ TEST_F(StationCommands, BashCompletesBehindAnEqualsSign) {
               (QStringList{u"down"_s, u"none"_s, u"up"_s}));
 }
 
-TEST_F(StationCommands, BashCompletesTheAntennasOfTheStation) {
+TEST_F(StationCommandsTest, BashCompletesTheAntennasOfTheStation) {
     const QString here = m_directory.path();
     EXPECT_EQ(Complete({u"antennas"_s, u"--config"_s, u"config"_s, u"range"_s, u""_s}, here), QStringList());
     EXPECT_FALSE(QFile::exists(Config())) << "no station is made for that";

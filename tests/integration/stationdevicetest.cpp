@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class StationDevice : public testing::Test {
+class StationDeviceTest : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(m_directory.isValid()); }
 
@@ -43,7 +43,7 @@ QString Line(const StationResult& result, const QString& name) {
 
 } // namespace
 
-TEST_F(StationDevice, FirstStartWritesAnExampleThatIsValidAndCoversHfToThreeGigahertz) {
+TEST_F(StationDeviceTest, FirstStartWritesAnExampleThatIsValidAndCoversHfToThreeGigahertz) {
     const StationResult result = Run(u"device"_s);
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(Line(result, u"type"_s), u"ZANTIDE"_s);
@@ -62,7 +62,7 @@ TEST_F(StationDevice, FirstStartWritesAnExampleThatIsValidAndCoversHfToThreeGiga
     EXPECT_EQ(Run(u"device"_s).out, result.out) << "the second start reads what the first one wrote";
 }
 
-TEST_F(StationDevice, FollowsWhatAPersonWritesIntoTheSettings) {
+TEST_F(StationDeviceTest, FollowsWhatAPersonWritesIntoTheSettings) {
     Run(u"device"_s);
     Edit("DevType=ZANTIDE", "DevType=ZANFERN");
     Edit("DevOptions=ZAN-HFR", "DevOptions=ZAN-CL;NOSUCH;ZAN-DR");
@@ -78,7 +78,7 @@ TEST_F(StationDevice, FollowsWhatAPersonWritesIntoTheSettings) {
     EXPECT_FALSE(result.err.contains(u"No sample mode matching"_s)) << result.err.toStdString();
 }
 
-TEST_F(StationDevice, TellsWhyAnAntennaIsNotSupported) {
+TEST_F(StationDeviceTest, TellsWhyAnAntennaIsNotSupported) {
     struct Case {
         QByteArray before;
         QByteArray after;
@@ -102,7 +102,7 @@ TEST_F(StationDevice, TellsWhyAnAntennaIsNotSupported) {
     }
 }
 
-TEST_F(StationDevice, RealtimeBandwidthIsThatOfTheDeviceWhereSampleModesShareTheirNumber) {
+TEST_F(StationDeviceTest, RealtimeBandwidthIsThatOfTheDeviceWhereSampleModesShareTheirNumber) {
     Run(u"device"_s);
     Edit("DevType=ZANTIDE", "DevType=ZANMOSS");
     Edit("ConverterTypeName=RCV03", "ConverterTypeName=RCV04");
@@ -111,7 +111,7 @@ TEST_F(StationDevice, RealtimeBandwidthIsThatOfTheDeviceWhereSampleModesShareThe
         << result.out.toStdString();
 }
 
-TEST_F(StationDevice, RepairThatLeavesTheSetupInvalidSaysSo) {
+TEST_F(StationDeviceTest, RepairThatLeavesTheSetupInvalidSaysSo) {
     Run(u"device"_s);
     // Supported up to 30 MHz, and covering more.
     Edit("MaxFreq=30000000.000", "MaxFreq=40000000.000");
@@ -123,7 +123,7 @@ TEST_F(StationDevice, RepairThatLeavesTheSetupInvalidSaysSo) {
     EXPECT_EQ(Run(u"antennas check"_s).exitCode, 1);
 }
 
-TEST_F(StationDevice, UnknownDeviceTypeIsTold) {
+TEST_F(StationDeviceTest, UnknownDeviceTypeIsReported) {
     Run(u"device"_s);
     Edit("DevType=ZANTIDE", "DevType=OTHER");
     const StationResult result = Run(u"device"_s);
@@ -132,7 +132,7 @@ TEST_F(StationDevice, UnknownDeviceTypeIsTold) {
     EXPECT_EQ(Line(result, u"scan"_s), u"300 kHz  3 GHz"_s) << "it counts as a ZANTIDE";
 }
 
-TEST_F(StationDevice, TuneTellsWhatIsValidAndWhatWasChangedAndWhy) {
+TEST_F(StationDeviceTest, TuneTellsWhatIsValidAndWhatWasChangedAndWhy) {
     struct Case {
         QString command;
         int exitCode;
@@ -195,7 +195,7 @@ TEST_F(StationDevice, TuneTellsWhatIsValidAndWhatWasChangedAndWhy) {
     }
 }
 
-TEST_F(StationDevice, TuneNamesEveryChangeWhenThereAreSeveral) {
+TEST_F(StationDeviceTest, TuneNamesEveryChangeWhenThereAreSeveral) {
     const StationResult result = Run(u"tune --mode scan --start 100k --stop 35M --adjust up"_s);
     EXPECT_EQ(result.exitCode, 3) << result.out.toStdString();
     EXPECT_EQ(Line(result, u"valid"_s), u"30.000001 MHz - 64.900001 MHz"_s);
@@ -204,7 +204,7 @@ TEST_F(StationDevice, TuneNamesEveryChangeWhenThereAreSeveral) {
         << result.out.toStdString();
 }
 
-TEST_F(StationDevice, AntennaActionsWorkOnTheSettingsAndJudgeTheSetup) {
+TEST_F(StationDeviceTest, AntennaActionsWorkOnTheSettingsAndJudgeTheSetup) {
     struct Step {
         QString action;
         int exitCode;
@@ -234,7 +234,7 @@ TEST_F(StationDevice, AntennaActionsWorkOnTheSettingsAndJudgeTheSetup) {
         << list.out.toStdString();
 }
 
-TEST_F(StationDevice, ADryRunShowsTheRepairAndChangesNothing) {
+TEST_F(StationDeviceTest, ADryRunShowsTheRepairAndChangesNothing) {
     Run(u"antennas range PX106 20M 1.3G"_s);
     const QByteArray before = ReadFile(SettingsFile());
     const StationResult result = Run(u"antennas repair --dry-run"_s);
@@ -249,7 +249,7 @@ TEST_F(StationDevice, ADryRunShowsTheRepairAndChangesNothing) {
         Run(u"antennas repair"_s).out.contains(u"PX106: 20 MHz - 1.3 GHz -> 30.000001 MHz - 1.3 GHz\n"_s));
 }
 
-TEST_F(StationDevice, ADryRunThatWouldFailFails) {
+TEST_F(StationDeviceTest, ADryRunThatWouldFailFails) {
     Run(u"device"_s);
     Edit("Enabled=true\nMaxFreq=1300000000.000", "Enabled=true\nMaxFreq=5000000000.000");
     Run(u"antennas range PX106 20M 1.3G"_s);
@@ -260,7 +260,7 @@ TEST_F(StationDevice, ADryRunThatWouldFailFails) {
     EXPECT_EQ(ReadFile(SettingsFile()), before);
 }
 
-TEST_F(StationDevice, DisabledBySetupRepairAnAntennaIsUsedInFullWhenItIsEnabledAgain) {
+TEST_F(StationDeviceTest, DisabledBySetupRepairAnAntennaIsUsedInFullWhenItIsEnabledAgain) {
     Run(u"device"_s);
     Edit("Enabled=true\nMaxFreq=3000000000.000", "Enabled=maybe\nMaxFreq=20000000");
     Edit("MinFreq=1300000000.000\nMinRange=1300000001.000", "MinFreq=1000000\nMinRange=1000000");
@@ -272,7 +272,7 @@ TEST_F(StationDevice, DisabledBySetupRepairAnAntennaIsUsedInFullWhenItIsEnabledA
         << Run(u"antennas list"_s).out.toStdString();
 }
 
-TEST_F(StationDevice, ActionsThatCannotBeDoneChangeNothing) {
+TEST_F(StationDeviceTest, ActionsThatCannotBeDoneChangeNothing) {
     Run(u"device"_s);
     const QByteArray before = ReadFile(SettingsFile());
     for (const auto& [action, exitCode, word] :
@@ -289,7 +289,7 @@ TEST_F(StationDevice, ActionsThatCannotBeDoneChangeNothing) {
     EXPECT_EQ(ReadFile(SettingsFile()), before);
 }
 
-TEST_F(StationDevice, CatalogueTablesAreForPeopleAndForPrograms) {
+TEST_F(StationDeviceTest, CatalogueTablesAreForPeopleAndForPrograms) {
     struct Case {
         QString table;
         int rows;
@@ -319,7 +319,7 @@ TEST_F(StationDevice, CatalogueTablesAreForPeopleAndForPrograms) {
     EXPECT_EQ(modes.at(4)[u"converters"_s].toArray(), (QJsonArray{u"RCV03"_s, u"RCV01"_s}));
 }
 
-TEST_F(StationDevice, WrongQuestionsAreRefusedWithTheRightOnes) {
+TEST_F(StationDeviceTest, WrongQuestionsAreRefusedWithTheRightOnes) {
     for (const auto& [command, word] :
          {std::pair{u"catalogue"_s, u"antennas|sample-modes|bandwidths|converters|options"_s},
           std::pair{u"catalogue towers"_s, u"antennas|sample-modes"_s},
@@ -339,7 +339,7 @@ TEST_F(StationDevice, WrongQuestionsAreRefusedWithTheRightOnes) {
     EXPECT_TRUE(QDir(m_directory.path()).isEmpty());
 }
 
-TEST_F(StationDevice, TraceIsShownWhereItIsAskedFor) {
+TEST_F(StationDeviceTest, TraceIsShownWhereItIsAskedFor) {
     Run(u"device"_s);
     Edit("ConverterTypeName=RCV01", "ConverterTypeName=RCV02");
     EXPECT_TRUE(

@@ -1,9 +1,9 @@
 #include "support/printing.h"
+#include "support/recordings.h"
 #include "support/stationprocess.h"
 
 #include <gtest/gtest.h>
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -16,12 +16,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const char* const RECORDING =
-    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,"
-    "roll_deg,latitude_deg,longitude_deg,altitude_m\n"
-    "1000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n";
+const QByteArray RECORDING =
+    RECORDING_HEADER + "1000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n";
 
-class StationIntegration : public testing::Test {
+class StationIntegrationTest : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(m_directory.isValid());
@@ -54,7 +52,7 @@ protected:
 
 } // namespace
 
-TEST_F(StationIntegration, WhatTheOperatorSetsForTheDeviceSurvivesARestart) {
+TEST_F(StationIntegrationTest, WhatTheOperatorSetsForTheDeviceSurvivesARestart) {
     EXPECT_EQ(Replay({u"--pitch-threshold"_s, u"12.5"_s, u"--roll-threshold"_s, u"7"_s}).exitCode, 0);
     EXPECT_TRUE(Settings().contains(u"\nPitchThreshold=12.5\n"_s)) << Settings().toStdString();
     Edit(u"Declination"_s, u"-35"_s);
@@ -74,7 +72,7 @@ TEST_F(StationIntegration, WhatTheOperatorSetsForTheDeviceSurvivesARestart) {
     }
 }
 
-TEST_F(StationIntegration, PositionOfTheLastRunDoesNotPassAsTheCurrentOne) {
+TEST_F(StationIntegrationTest, PositionOfTheLastRunDoesNotPassAsTheCurrentOne) {
     Replay();
     EXPECT_FALSE(Settings().contains(u"=52.5\n"_s))
         << "nor stays it in the settings, which keep what was set";
@@ -85,7 +83,7 @@ TEST_F(StationIntegration, PositionOfTheLastRunDoesNotPassAsTheCurrentOne) {
     EXPECT_FALSE(sentences.contains("52.5")) << sentences.toStdString();
 }
 
-TEST_F(StationIntegration, HardwareIsComparedWithWhatTheSettingsRequire) {
+TEST_F(StationIntegrationTest, HardwareIsComparedWithWhatTheSettingsRequire) {
     StationResult result = Run({u"hardware"_s});
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_TRUE(result.out.contains(u"\nPX106      found, unknown\n"_s)) << result.out.toStdString();
@@ -105,7 +103,7 @@ TEST_F(StationIntegration, HardwareIsComparedWithWhatTheSettingsRequire) {
     EXPECT_TRUE(Settings().contains(u"\nHwRequiredComponents=PX110;RCV01;RCV09\n"_s)) << "and they stay";
 }
 
-TEST_F(StationIntegration, RunKeepsACommandLogWithTheSettings) {
+TEST_F(StationIntegrationTest, RunKeepsACommandLogWithTheSettings) {
     EXPECT_EQ(Replay().exitCode, 0);
     const QString directory = Config() + u"/ZANControl"_s;
     const QString log = QString::fromUtf8(ReadFile(directory + u"/commandlog-replay.txt"_s));
@@ -118,7 +116,7 @@ TEST_F(StationIntegration, RunKeepsACommandLogWithTheSettings) {
     EXPECT_FALSE(QDir(m_directory.path()).exists(u"ZANControl"_s));
 }
 
-TEST_F(StationIntegration, CommandLogThatCannotBeKeptIsToldAndHoldsNothingUp) {
+TEST_F(StationIntegrationTest, CommandLogThatCannotBeKeptIsReportedAndHoldsNothingUp) {
     Run({u"device"_s});
     WriteFile(Config() + u"/ZANControl"_s, "a file has the name of the directory");
     const StationResult result = Replay();
@@ -128,7 +126,7 @@ TEST_F(StationIntegration, CommandLogThatCannotBeKeptIsToldAndHoldsNothingUp) {
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("$PLG"), 1);
 }
 
-TEST_F(StationIntegration, FrequenciesAreImportedAndListed) {
+TEST_F(StationIntegrationTest, FrequenciesAreImportedAndListed) {
     WriteFile(Path(u"channels.csv"_s), "\xEF\xBB\xBFid,Name,\"Frequency_MHz\",alarm,note\n"
                                        "7,Tower,118.5,1,\n"
                                        "8,\"Ground, \"\"south\"\"\",121.725,0,x\n"
@@ -156,7 +154,7 @@ TEST_F(StationIntegration, FrequenciesAreImportedAndListed) {
                         "14       Satellite        2.3005 GHz   yes\n"_s);
 }
 
-TEST_F(StationIntegration, FileThatHoldsNoFrequenciesIsRefusedAndTheListStays) {
+TEST_F(StationIntegrationTest, FileThatHoldsNoFrequenciesIsRefusedAndTheListStays) {
     WriteFile(Path(u"good.csv"_s), "name,frequency\nTower,118.5 MHz\n");
     ASSERT_EQ(Run({u"frequencies"_s, u"import"_s, Path(u"good.csv"_s)}).exitCode, 0);
     WriteFile(Path(u"nofrequency.csv"_s), "name\nTower\n");
@@ -171,7 +169,7 @@ TEST_F(StationIntegration, FileThatHoldsNoFrequenciesIsRefusedAndTheListStays) {
     EXPECT_TRUE(Run({u"frequencies"_s, u"list"_s}).out.contains(u"1        Tower  118.5 MHz  no"_s));
 }
 
-TEST_F(StationIntegration, HubIsJoinedThroughTheInstalledClient) {
+TEST_F(StationIntegrationTest, HubIsJoinedThroughTheInstalledClient) {
     const QString components = Path(u"components"_s);
     ASSERT_TRUE(QDir().mkpath(components));
     ASSERT_TRUE(QFile::copy(QStringLiteral(ZAN_TEST_COMPONENTS "/libhubclient.so"),
@@ -185,13 +183,12 @@ TEST_F(StationIntegration, HubIsJoinedThroughTheInstalledClient) {
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(ZAN_STATION), {u"hub"_s, role, u"--name"_s, u"Station 7"_s,
                                                     u"--components"_s, components, u"--config"_s, Config()});
-        const QDeadlineTimer deadline(PATIENCE_MS);
-        QByteArray told; // on a pipe, while the program runs on
-        while ((!ReadFile(log).contains(" Start\n") || !told.contains('\n')) && !deadline.hasExpired()) {
-            process.waitForFinished(20);
-            told += process.readAllStandardOutput();
-        }
-        EXPECT_TRUE(told.startsWith("joined the hub as a ")) << told.toStdString();
+        QByteArray output; // on a pipe, while the program runs on
+        EXPECT_TRUE(Await(process, [&] {
+            output += process.readAllStandardOutput();
+            return ReadFile(log).contains(" Start\n") && output.contains('\n');
+        }));
+        EXPECT_TRUE(output.startsWith("joined the hub as a ")) << output.toStdString();
         process.terminate();
         ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
@@ -207,7 +204,7 @@ TEST_F(StationIntegration, HubIsJoinedThroughTheInstalledClient) {
     }
 }
 
-TEST_F(StationIntegration, HubWithoutAClientIsSaidClearly) {
+TEST_F(StationIntegrationTest, HubWithoutAClientIsSaidClearly) {
     const StationResult result = Run({u"hub"_s, u"receive"_s, u"--components"_s, Path(u"nowhere"_s)});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.err.contains(u"there is no client of the message hub"_s)) << result.err.toStdString();
@@ -216,7 +213,7 @@ TEST_F(StationIntegration, HubWithoutAClientIsSaidClearly) {
     EXPECT_EQ(Run({u"hub"_s, u"listen"_s}).exitCode, 2);
 }
 
-TEST_F(StationIntegration, DoctorTellsOnOneScreenWhatWorks) {
+TEST_F(StationIntegrationTest, DoctorTellsOnOneScreenWhatWorks) {
     const StationResult result = Run({u"doctor"_s, u"--components"_s, Path(u"nowhere"_s)});
     EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
     const QStringList lines = result.out.split(u'\n', Qt::SkipEmptyParts);
@@ -231,7 +228,7 @@ TEST_F(StationIntegration, DoctorTellsOnOneScreenWhatWorks) {
         << lines[6].toStdString();
 }
 
-TEST_F(StationIntegration, DoctorTellsWhatIsWrongWithTheDevice) {
+TEST_F(StationIntegrationTest, DoctorTellsWhatIsWrongWithTheDevice) {
     Run({u"device"_s});
     Edit(u"DevType"_s, u"ZANTIDY"_s);
     Edit(u"HwCheckRequirements"_s, u"true"_s);
@@ -248,7 +245,7 @@ TEST_F(StationIntegration, DoctorTellsWhatIsWrongWithTheDevice) {
                     .out.contains(u"\nok      hardware      all required components are installed\n"_s));
 }
 
-TEST_F(StationIntegration, DoctorTellsWhichSettingsAreOutOfRangeAndLeavesThemAsTheyStand) {
+TEST_F(StationIntegrationTest, DoctorTellsWhichSettingsAreOutOfRangeAndLeavesThemAsTheyAre) {
     Run({u"device"_s});
     Edit(u"PitchThreshold"_s, u"95"_s);
     const StationResult result = Run({u"doctor"_s});
@@ -259,15 +256,15 @@ TEST_F(StationIntegration, DoctorTellsWhichSettingsAreOutOfRangeAndLeavesThemAsT
     EXPECT_TRUE(Settings().contains(u"\nPitchThreshold=95\n"_s));
 }
 
-TEST_F(StationIntegration, DoctorLooksIntoARecording) {
+TEST_F(StationIntegrationTest, DoctorLooksIntoARecording) {
     const QStringList doctor{u"doctor"_s, u"--recording"_s, Path(u"recording.csv"_s)};
     EXPECT_TRUE(Run(doctor).out.contains(u"\nok      recording     1 row, 0 lines skipped: "_s));
-    WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "nonsense\n");
+    WriteFile(Path(u"recording.csv"_s), RECORDING + "nonsense\n");
     StationResult result = Run(doctor);
     EXPECT_TRUE(result.out.contains(u"\nwarning recording     1 row, 1 line skipped: "_s))
         << result.out.toStdString();
     EXPECT_EQ(result.exitCode, 0);
-    WriteFile(Path(u"recording.csv"_s), QByteArray(RECORDING) + "2000,3500000000,71.5,,90,,,,,,,\n");
+    WriteFile(Path(u"recording.csv"_s), RECORDING + "2000,3500000000,71.5,,90,,,,,,,\n");
     result = Run(doctor);
     EXPECT_TRUE(result.out.contains(u"\nBROKEN  recording     "_s) &&
                 result.out.contains(u"recording.csv: no enabled antenna serves 3.5 GHz\n"_s))
@@ -277,7 +274,7 @@ TEST_F(StationIntegration, DoctorLooksIntoARecording) {
     EXPECT_TRUE(Run(doctor).out.contains(u"\nBROKEN  recording     "_s));
 }
 
-TEST_F(StationIntegration, DoctorFailsWhenSomethingIsBroken) {
+TEST_F(StationIntegrationTest, DoctorFailsWhenSomethingIsBroken) {
     Run({u"device"_s});
     Run({u"antennas"_s, u"disable"_s, u"PX106"_s});
     const StationResult setup = Run({u"doctor"_s});
@@ -295,7 +292,7 @@ TEST_F(StationIntegration, DoctorFailsWhenSomethingIsBroken) {
         << broker.out.toStdString();
 }
 
-TEST_F(StationIntegration, WrongCommandLinesAreRefused) {
+TEST_F(StationIntegrationTest, WrongCommandLinesAreRefused) {
     for (const QStringList& command :
          {QStringList{u"frequencies"_s}, QStringList{u"frequencies"_s, u"import"_s},
           QStringList{u"frequencies"_s, u"list"_s, u"all"_s}, QStringList{u"hardware"_s, u"now"_s},

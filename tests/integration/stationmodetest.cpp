@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 using namespace ZANServer;
 using ZANPlatform::GetOrCreateValue;
 
-TEST(StationMode, IsScanWhereverThatStandsInTheList) {
+TEST(StationMode, IsScanWhereverThatIsInTheList) {
     const QTemporaryDir directory;
     ASSERT_TRUE(CfgCenter::SetConfigDirectory(directory.path()));
     auto& mode = *GetOrCreateValue<ValueSelection>(u"/ZANServer/DevAttr/OperationMode"_s);

@@ -1,4 +1,5 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
+#include "support/observers.h"
 #include "support/printing.h"
 #include "support/storedsettings.h"
 #include "valueframework/tree.h"
@@ -63,16 +64,16 @@ BearingBlock MakeBlockAt(std::optional<double> latitude, std::optional<double> l
     return block;
 }
 
-class StationSentences : public testing::Test {
+class StationSentencesTest : public testing::Test {
 protected:
-    StationSentences() {
+    StationSentencesTest() {
         ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
         cfg.SetBool(u"FileOutput_Enabled"_s, true);
         cfg.SetString(u"FileOutput_Address"_s, OutputName());
         Restart();
     }
 
-    /// Ends the station and starts it anew.
+    /// Ends the station and starts it again.
     void Restart() {
         m_station.reset();
         m_station.emplace();
@@ -139,14 +140,14 @@ protected:
 
 // The position
 
-TEST_F(StationSentences, AtTheStartNothingOfThePositionIsMeasured) {
+TEST_F(StationSentencesTest, AtTheStartNothingOfThePositionIsMeasured) {
     EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
     EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::NotMeasured);
     EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::NotMeasured);
     EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE);
 }
 
-TEST_F(StationSentences, PositionThatIsLostIsNotPassedOnWithItsOldTime) {
+TEST_F(StationSentencesTest, PositionThatIsLostIsNotPassedOnWithItsOldTime) {
     EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + MEASURED);
     EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::Valid);
     EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE);
@@ -156,7 +157,7 @@ TEST_F(StationSentences, PositionThatIsLostIsNotPassedOnWithItsOldTime) {
     EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + MEASURED) << "found again";
 }
 
-TEST_F(StationSentences, HalfAPositionIsNone) {
+TEST_F(StationSentencesTest, HalfAPositionIsNone) {
     for (const auto& [latitude, longitude] :
          {std::pair<std::optional<double>, std::optional<double>>{52.5, {}}, {{}, 5.5}}) {
         Send(MakeBlockAt(52.5, 5.5));
@@ -167,7 +168,7 @@ TEST_F(StationSentences, HalfAPositionIsNone) {
     }
 }
 
-TEST_F(StationSentences, PositionOutsideTheEarthIsNone) {
+TEST_F(StationSentencesTest, PositionOutsideTheEarthIsNone) {
     for (const auto& [latitude, longitude] : {std::pair{90.1, 5.5},
                                               {52.5, -180.1},
                                               {std::nan(""), 5.5},
@@ -177,7 +178,7 @@ TEST_F(StationSentences, PositionOutsideTheEarthIsNone) {
     }
 }
 
-TEST_F(StationSentences, WhileTheSourceIsManualThePlaceHoldsThatWasSetAndHasNoTime) {
+TEST_F(StationSentencesTest, WhileTheSourceIsManualThePlaceHoldsThatWasSetAndHasNoTime) {
     ChooseSource(SOURCE_MANUAL);
     SetPlace(48.1, 11.5);
     const QByteArray set = ",PTM,,LAT, 48.10000,LON,11.5000000\r\n";
@@ -188,7 +189,7 @@ TEST_F(StationSentences, WhileTheSourceIsManualThePlaceHoldsThatWasSetAndHasNoTi
     EXPECT_EQ(StoredPlace(), u"LocationChoice=2 LocationLatitude=48.1 LocationLongitude=11.5 "_s);
 }
 
-TEST_F(StationSentences, ChoosingManualBringsThePlaceBackThatWasSet) {
+TEST_F(StationSentencesTest, ChoosingManualBringsThePlaceBackThatWasSet) {
     ChooseSource(SOURCE_MANUAL);
     SetPlace(48.1, 11.5);
     for (const long source : {SOURCE_GPS, SOURCE_NONE}) {
@@ -199,7 +200,7 @@ TEST_F(StationSentences, ChoosingManualBringsThePlaceBackThatWasSet) {
     }
 }
 
-TEST_F(StationSentences, LeavingManualShowsWhatTheLatestBlockHasMeasured) {
+TEST_F(StationSentencesTest, LeavingManualShowsWhatTheLatestBlockHasMeasured) {
     ChooseSource(SOURCE_MANUAL);
     SetPlace(48.1, 11.5);
     Send(MakeBlockAt(52.5, 5.5));
@@ -212,7 +213,7 @@ TEST_F(StationSentences, LeavingManualShowsWhatTheLatestBlockHasMeasured) {
     EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
 }
 
-TEST_F(StationSentences, PlaceThatWasSetIsKeptInTheSettingsWhateverIsMeasured) {
+TEST_F(StationSentencesTest, PlaceThatWasSetIsKeptInTheSettingsWhateverIsMeasured) {
     ChooseSource(SOURCE_MANUAL);
     SetPlace(48.1, 11.5);
     ChooseSource(SOURCE_GPS);
@@ -226,7 +227,7 @@ TEST_F(StationSentences, PlaceThatWasSetIsKeptInTheSettingsWhateverIsMeasured) {
     EXPECT_EQ(StoredPlace(), u"LocationChoice=1 LocationLatitude=48.1 LocationLongitude=11.5 "_s);
 }
 
-TEST_F(StationSentences, PlaceThatIsSetWhileAnotherIsMeasuredWaitsForManual) {
+TEST_F(StationSentencesTest, PlaceThatIsSetWhileAnotherIsMeasuredWaitsForManual) {
     ChooseSource(SOURCE_GPS);
     Send(MakeBlockAt(52.5, 5.5));
     SetPlace(48.1, 11.5);
@@ -236,7 +237,7 @@ TEST_F(StationSentences, PlaceThatIsSetWhileAnotherIsMeasuredWaitsForManual) {
     EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + ",PTM,,LAT, 48.10000,LON,11.5000000\r\n");
 }
 
-TEST_F(StationSentences, ManualPlaceOfWhichNothingWasSetIsNotMeasuredAndLeavesNothingInTheSettings) {
+TEST_F(StationSentencesTest, ManualPlaceOfWhichNothingWasSetIsNotMeasuredAndLeavesNothingInTheSettings) {
     ChooseSource(SOURCE_MANUAL);
     EXPECT_EQ(Send(MakeBlockAt(52.5, 5.5)), HEAD + ATTITUDE + NOWHERE);
     EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured);
@@ -244,18 +245,18 @@ TEST_F(StationSentences, ManualPlaceOfWhichNothingWasSetIsNotMeasuredAndLeavesNo
     EXPECT_EQ(StoredPlace(), u"LocationChoice=2 "_s);
 }
 
-TEST_F(StationSentences, ManualPlaceOfWhichOnlyTheLatitudeWasSetIsNone) {
+TEST_F(StationSentencesTest, ManualPlaceOfWhichOnlyTheLatitudeWasSetIsNone) {
     ExpectHalfIsNone(g_vdPosLatitude, u"LocationLatitude=48.1"_s, g_vdPosLongitude, u"LocationLongitude"_s);
 }
 
-TEST_F(StationSentences, ManualPlaceOfWhichOnlyTheLongitudeWasSetIsNone) {
+TEST_F(StationSentencesTest, ManualPlaceOfWhichOnlyTheLongitudeWasSetIsNone) {
     ExpectHalfIsNone(g_vdPosLongitude, u"LocationLongitude=48.1"_s, g_vdPosLatitude, u"LocationLatitude"_s);
 }
 
-TEST_F(StationSentences, PlaceOnTheEquatorAndAtGreenwichIsSetByCallingItValid) {
+TEST_F(StationSentencesTest, PlaceOnTheEquatorAndAtGreenwichIsSetByCallingItValid) {
     ChooseSource(SOURCE_MANUAL);
     SetPlace(0.0, 0.0);
-    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured) << "what stands there already is no news";
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::NotMeasured) << "what is there already is not news";
     for (const ValueDescriptor* half : {&g_vdPosLatitude, &g_vdPosLongitude}) {
         ServerValue<ValueNumericDouble>(*half)->SetState(TValueState::Valid, nullptr);
     }
@@ -264,7 +265,7 @@ TEST_F(StationSentences, PlaceOnTheEquatorAndAtGreenwichIsSetByCallingItValid) {
     EXPECT_EQ(StoredPlace(), u"LocationChoice=2 LocationLatitude=0 LocationLongitude=0 "_s);
 }
 
-TEST_F(StationSentences, ManualPlaceIsThereFromTheStart) {
+TEST_F(StationSentencesTest, ManualPlaceIsThereFromTheStart) {
     ChooseSource(SOURCE_MANUAL);
     SetPlace(48.1, 11.5);
     Restart();
@@ -274,7 +275,7 @@ TEST_F(StationSentences, ManualPlaceIsThereFromTheStart) {
 
 // Heading and azimuth
 
-TEST_F(StationSentences, AttitudeThatIsLostIsNotPassedOn) {
+TEST_F(StationSentencesTest, AttitudeThatIsLostIsNotPassedOn) {
     BearingBlock block = MakeBlock();
     block.status.heading = 12.3;
     block.status.pitch = 1.5;
@@ -287,7 +288,7 @@ TEST_F(StationSentences, AttitudeThatIsLostIsNotPassedOn) {
     EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE);
 }
 
-TEST_F(StationSentences, OffsetOfTheHeadingIsAddedToEveryHeading) {
+TEST_F(StationSentencesTest, OffsetOfTheHeadingIsAddedToEveryHeading) {
     ServerValue<ValueNumericInt>(g_vdHeaOffset)->SetValue(-150, nullptr);
     BearingBlock block = MakeBlock();
     block.status.heading = 12.3;
@@ -298,7 +299,7 @@ TEST_F(StationSentences, OffsetOfTheHeadingIsAddedToEveryHeading) {
     EXPECT_TRUE(Send(block).contains(",CMP, -0.1,")) << "no heading stays no heading";
 }
 
-TEST_F(StationSentences, DeclinationIsAddedToAMagneticHeadingOnly) {
+TEST_F(StationSentencesTest, DeclinationIsAddedToAMagneticHeadingOnly) {
     ServerValue<ValueNumericInt>(g_vdDeclination)->SetValue(35, nullptr);
     BearingBlock block = MakeBlock();
     block.status.heading = 358.0;
@@ -309,7 +310,7 @@ TEST_F(StationSentences, DeclinationIsAddedToAMagneticHeadingOnly) {
     EXPECT_TRUE(Send(block).contains("$PLG, 71.5,FRQ, 121500000,CMP,  1.5,"));
 }
 
-TEST_F(StationSentences, HeadingThatIsNoAngleIsNotMeasured) {
+TEST_F(StationSentencesTest, HeadingThatIsNoAngleIsNotMeasured) {
     BearingBlock block = MakeBlock();
     block.status.heading = std::nan("");
     EXPECT_TRUE(Send(block).contains(",CMP, -0.1,"));
@@ -317,11 +318,11 @@ TEST_F(StationSentences, HeadingThatIsNoAngleIsNotMeasured) {
     EXPECT_TRUE(Send(block).contains(",CMP,  0.0,")) << "what rounds up to a full circle is north";
 }
 
-TEST_F(StationSentences, MountingOfTheServingAntennaIsAddedOnlyWhereTheDriverLeavesThatToTheStation) {
+TEST_F(StationSentencesTest, MountingOfTheServingAntennaIsAddedOnlyWhereTheDriverLeavesThatToTheStation) {
     auto* const offset =
         TreeValue<ValueNumericDouble>(u"/DEVICES/ZANServer/Ant1/AntMechOffset"_s); // of PX106
     offset->SetValue(-80.0, nullptr);
-    Station::GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true); // has it read anew
+    Station::GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true); // has it read again
     BearingBlock block = MakeBlock();
     EXPECT_TRUE(Send(block).startsWith("$PLG, 71.5,"));
     block.status.withoutMechOffset = true;
@@ -332,7 +333,7 @@ TEST_F(StationSentences, MountingOfTheServingAntennaIsAddedOnlyWhereTheDriverLea
     EXPECT_TRUE(Send(block).startsWith("$PLG, 71.5,"));
 }
 
-TEST_F(StationSentences, AzimuthsBeyondTheFullCircleAreTakenModuloIt) {
+TEST_F(StationSentencesTest, AzimuthsBeyondTheFullCircleAreTakenModuloIt) {
     BearingBlock block = MakeBlock();
     for (const auto& [delivered, text] :
          {std::pair{3599, "359.9"}, {3600, "  0.0"}, {3601, "  0.1"}, {7300, " 10.0"}, {65535, " 73.5"}}) {
@@ -352,7 +353,7 @@ quint64 Sum(const StationCounts& counts) {
 
 } // namespace
 
-TEST_F(StationSentences, EveryBearingIsCountedOnceWhicheverFiltersAreOn) {
+TEST_F(StationSentencesTest, EveryBearingIsCountedOnceWhicheverFiltersAreOn) {
     m_station->SetOverheadThreshold(60.0);
     for (const bool isTilted : {false, true}) {
         for (const int speed : {0, 1}) {
@@ -380,7 +381,7 @@ TEST_F(StationSentences, EveryBearingIsCountedOnceWhicheverFiltersAreOn) {
 
 // What stays
 
-TEST_F(StationSentences, SetupRowsThatStandElsewhereInTheTreeSurviveARestart) {
+TEST_F(StationSentencesTest, SetupRowsThatAreElsewhereInTheTreeSurviveARestart) {
     TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s)->SetValue(u"200126093000"_s, nullptr);
     TreeValue<ValueBool>(u"/ZANServer/USEJOBSETTINGSFORFFM"_s)->SetValue(true, nullptr);
     TreeValue<ValueString>(u"/ZANServer/CalibrationSchedule"_s)->SetValue(u"daily 03:00"_s, nullptr);
@@ -398,7 +399,7 @@ TEST_F(StationSentences, SetupRowsThatStandElsewhereInTheTreeSurviveARestart) {
     }
 }
 
-TEST_F(StationSentences, EveryRowOfTheSetupTableFindsItsValueBelowTheServer) {
+TEST_F(StationSentencesTest, EveryRowOfTheSetupTableFindsItsValueBelowTheServer) {
     ZANSetupData setup(u"all"_s, ZANPath::SERVER.toString());
     setup.ReadFromValueTree({});
     for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
@@ -407,34 +408,24 @@ TEST_F(StationSentences, EveryRowOfTheSetupTableFindsItsValueBelowTheServer) {
     EXPECT_EQ(ZANSetupData::GetEntries().size(), 22U);
 }
 
-namespace {
-
-/// Counts the notices of a value.
-class Notices : public IObserver {
-public:
-    explicit Notices(ValueBase& value) { value.AddObserver(this); }
-    void Update(Observable* /*subject*/, TChangeCode /*code*/) override { ++count; }
-    int count = 0;
-};
-
-} // namespace
-
-TEST_F(StationSentences, BothTimesOfTheLastModificationStayEqualWithoutAnEcho) {
+TEST_F(StationSentencesTest, BothTimesOfTheLastModificationStayEqualWithoutAnEcho) {
     auto* const server = TreeValue<ValueString>(u"/ZANServer/Cfg/CfgModifyTime"_s);
     auto* const device = TreeValue<ValueString>(u"/DEVICES/ZANServer/Cfg/CfgModifyTime"_s);
-    Notices ofServer(*server);
-    Notices ofDevice(*device);
+    CodeObserver ofServer;
+    CodeObserver ofDevice;
+    server->AddObserver(&ofServer);
+    device->AddObserver(&ofDevice);
     server->SetValue(u"1"_s, nullptr);
     EXPECT_EQ(device->GetValue(), u"1"_s);
-    EXPECT_EQ(ofServer.count, 1);
-    EXPECT_EQ(ofDevice.count, 1);
+    EXPECT_EQ(ofServer.codes.size(), 1U);
+    EXPECT_EQ(ofDevice.codes.size(), 1U);
     device->SetValue(u"2"_s, nullptr);
     EXPECT_EQ(server->GetValue(), u"2"_s);
-    EXPECT_EQ(ofServer.count, 2);
-    EXPECT_EQ(ofDevice.count, 2);
+    EXPECT_EQ(ofServer.codes.size(), 2U);
+    EXPECT_EQ(ofDevice.codes.size(), 2U);
 }
 
-TEST_F(StationSentences, ChangeOutsideTheRangeOfAValueIsTurnedDownAndTheOldOneStays) {
+TEST_F(StationSentencesTest, ChangeOutsideTheRangeOfAValueIsTurnedDownAndTheOldOneStays) {
     auto* const threshold = ServerValue<ValueNumericDouble>(g_vdPitchThreshold);
     EXPECT_FALSE(threshold->SetValue(90.1, nullptr));
     EXPECT_EQ(threshold->GetValue(), 5.0);

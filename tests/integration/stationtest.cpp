@@ -1,5 +1,6 @@
 #include "support/printing.h"
 #include "support/pseudoterminal.h"
+#include "support/recordings.h"
 #include "support/stationprocess.h"
 
 #include <gtest/gtest.h>
@@ -24,10 +25,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const char* const HEADER =
-    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,"
-    "roll_deg,latitude_deg,longitude_deg,altitude_m\n";
-
 /// The number behind a name in the summary; -1 when the summary does not have it.
 int Counted(const StationResult& result, const QString& name) {
     const QRegularExpression line(u"^%1 +(\\d+)$"_s.arg(QRegularExpression::escape(name)),
@@ -36,18 +33,18 @@ int Counted(const StationResult& result, const QString& name) {
     return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 
-/// What a running station tells until a text has come.
-QByteArray ToldUntil(QProcess& process, const QByteArray& text) {
-    QByteArray told;
+/// What a running station prints as messages until a text has come.
+QByteArray MessagesUntil(QProcess& process, const QByteArray& text) {
+    QByteArray messages;
     const QDeadlineTimer deadline(PATIENCE_MS);
-    while (!told.contains(text) && !deadline.hasExpired()) {
+    while (!messages.contains(text) && !deadline.hasExpired()) {
         process.waitForReadyRead(100);
-        told += process.readAllStandardError();
+        messages += process.readAllStandardError();
     }
-    return told;
+    return messages;
 }
 
-class Station : public testing::Test {
+class StationTest : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(m_directory.isValid()); }
 
@@ -60,16 +57,13 @@ protected:
     /// A recording of the rows given; returns its name.
     QString Record(const QByteArray& rows) {
         const QString name = Path(u"recording.csv"_s);
-        WriteFile(name, HEADER + rows);
+        WriteFile(name, RECORDING_HEADER + rows);
         return name;
     }
 
     /// Waits until a running station has written so many sentences to the output.
     void AwaitSentences(QProcess& process, int count) const {
-        const QDeadlineTimer deadline(PATIENCE_MS);
-        while (ReadFile(Path(u"out"_s)).count("\r\n") < count && !deadline.hasExpired()) {
-            process.waitForFinished(20);
-        }
+        EXPECT_TRUE(Await(process, [&] { return ReadFile(Path(u"out"_s)).count("\r\n") >= count; }));
     }
 
     QTemporaryDir m_directory;
@@ -77,7 +71,7 @@ protected:
 
 } // namespace
 
-TEST_F(Station, WritesTheSentencesOfARecordingToTheFile) {
+TEST_F(StationTest, WritesTheSentencesOfARecordingToTheFile) {
     const StationResult result =
         RunStation(RunArguments(Record("1000,121500000,71.5,10.0,90,-52.04,359.9,1.0,-1.0,52.5,5.5,10.0\n"
                                        "2000,121500000,0.0,,45,,,,,,,\n")));
@@ -91,7 +85,7 @@ TEST_F(Station, WritesTheSentencesOfARecordingToTheFile) {
             "ALT,0.0,PTM,,LAT,  0.00000,LON,0.0000000\r\n"));
 }
 
-TEST_F(Station, CountsEveryBearingByWhatBecameOfIt) {
+TEST_F(StationTest, CountsEveryBearingByWhatBecameOfIt) {
     const StationResult result =
         RunStation(RunArguments(Record("1000,121500000,10.0,59.9,90,,,0.0,0.0,,,\n"
                                        "2000,121500000,10.0,60.0,90,,,0.0,0.0,,,\n"
@@ -113,7 +107,7 @@ TEST_F(Station, CountsEveryBearingByWhatBecameOfIt) {
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 2);
 }
 
-TEST_F(Station, RecordingIsNeverDestroyedByTheOutput) {
+TEST_F(StationTest, RecordingIsNeverDestroyedByTheOutput) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     const QByteArray content = ReadFile(recording);
     const QString symbolic = Path(u"symbolic"_s);
@@ -138,7 +132,7 @@ TEST_F(Station, RecordingIsNeverDestroyedByTheOutput) {
     }
 }
 
-TEST_F(Station, RecordingIsNotDestroyedByAnOutputThatStandsInTheSettingsEither) {
+TEST_F(StationTest, RecordingIsNotDestroyedByAnOutputThatIsInTheSettingsEither) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     const QByteArray content = ReadFile(recording);
     ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
@@ -152,7 +146,7 @@ TEST_F(Station, RecordingIsNotDestroyedByAnOutputThatStandsInTheSettingsEither) 
     EXPECT_EQ(ReadFile(recording), content);
 }
 
-TEST_F(Station, RelativeOutputOfTheSettingsCountsFromThereAndDestroysNoRecordingEither) {
+TEST_F(StationTest, RelativeOutputOfTheSettingsCountsFromThereAndDestroysNoRecordingEither) {
     ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
     ASSERT_TRUE(QFile::rename(Record("1000,121500000,10.0,,90,,,,,,,\n"), Path(u"config/recording.csv"_s)));
     const QByteArray content = ReadFile(Path(u"config/recording.csv"_s));
@@ -165,7 +159,7 @@ TEST_F(Station, RelativeOutputOfTheSettingsCountsFromThereAndDestroysNoRecording
     EXPECT_FALSE(QFile::exists(Path(u"config/recording.csv.bak"_s)));
 }
 
-TEST_F(Station, OutputIsNoFileOfTheStationItself) {
+TEST_F(StationTest, OutputIsNoFileOfTheStationItself) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
     ASSERT_TRUE(QFile::copy(Path(u"config/Application.ini"_s), Path(u"config/TrafficControl.ini"_s)));
@@ -183,7 +177,7 @@ TEST_F(Station, OutputIsNoFileOfTheStationItself) {
     }
 }
 
-TEST_F(Station, OutputIsNoFileThatTheFirstRunIsAboutToMakeEither) {
+TEST_F(StationTest, OutputIsNoFileThatTheFirstRunIsAboutToMakeEither) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     for (const auto& [name, message] :
          {std::pair{u"example.csv"_s, u"would overwrite the recording"_s},
@@ -206,7 +200,7 @@ TEST_F(Station, OutputIsNoFileThatTheFirstRunIsAboutToMakeEither) {
     }
 }
 
-TEST_F(Station, StationThatTheCountLeavesOutKeepsItsAntennas) {
+TEST_F(StationTest, StationThatTheCountLeavesOutKeepsItsAntennas) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
     QByteArray settings = ReadFile(Path(u"config/Application.ini"_s));
@@ -218,7 +212,7 @@ TEST_F(Station, StationThatTheCountLeavesOutKeepsItsAntennas) {
     EXPECT_TRUE(ReadFile(Path(u"config/Application.ini"_s)).contains("MinRange=40000000.000"));
 }
 
-TEST_F(Station, RecordingThatCannotBeReadLeavesTheLastOutputAndTheSettingsAlone) {
+TEST_F(StationTest, RecordingThatCannotBeReadLeavesTheLastOutputAndTheSettingsAlone) {
     ASSERT_EQ(RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n"))).exitCode, 0);
     const QByteArray sentences = ReadFile(Path(u"out"_s));
     QStringList arguments = RunArguments(Path(u"missing.csv"_s), {u"--interval"_s, u"10"_s});
@@ -228,7 +222,7 @@ TEST_F(Station, RecordingThatCannotBeReadLeavesTheLastOutputAndTheSettingsAlone)
     EXPECT_TRUE(ReadFile(Path(u"config/Application.ini"_s)).contains("Output_Interval=0\n"));
 }
 
-TEST_F(Station, SettingOutOfRangeEndsTheRunBeforeItOpensAnything) {
+TEST_F(StationTest, SettingOutOfRangeEndsTheRunBeforeItOpensAnything) {
     ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     const QByteArray station = "[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=replay\n";
@@ -249,7 +243,7 @@ TEST_F(Station, SettingOutOfRangeEndsTheRunBeforeItOpensAnything) {
     }
 }
 
-TEST_F(Station, OtherCommandsLeaveASettingOutOfRangeAsItStands) {
+TEST_F(StationTest, OtherCommandsLeaveASettingOutOfRangeAsItIs) {
     ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
     WriteFile(Path(u"config/Application.ini"_s),
               "[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=replay\nPitchThreshold=95\n");
@@ -261,7 +255,7 @@ TEST_F(Station, OtherCommandsLeaveASettingOutOfRangeAsItStands) {
     EXPECT_TRUE(ReadFile(Path(u"config/Application.ini"_s)).contains("\nPitchThreshold=95\n"));
 }
 
-TEST_F(Station, CommandsThatLookLeaveWhatTheyCannotReadToTheByte) {
+TEST_F(StationTest, CommandsThatLookLeaveWhatTheyCannotReadToTheByte) {
     const auto run = [this](const QString& command) {
         return RunStation(command.split(u' ') + QStringList{u"--config"_s, Path(u"config"_s)});
     };
@@ -289,7 +283,7 @@ TEST_F(Station, CommandsThatLookLeaveWhatTheyCannotReadToTheByte) {
     EXPECT_EQ(QDir(Path(u"config"_s)).entryList({u"*.damaged*"_s}), QStringList());
 }
 
-TEST_F(Station, OverheadParametersThatCanBeReadAreUsedBesideOneThatCannot) {
+TEST_F(StationTest, OverheadParametersThatCanBeReadAreUsedBesideOneThatCannot) {
     ASSERT_TRUE(QDir().mkpath(Path(u"config"_s)));
     for (const auto& [settings, threshold, isValid] :
          {std::tuple{"Threshold=450\nValid=maybe\n", u"450"_s, u"0"_s},
@@ -303,7 +297,7 @@ TEST_F(Station, OverheadParametersThatCanBeReadAreUsedBesideOneThatCannot) {
     }
 }
 
-TEST_F(Station, BearingsWithoutASentenceAreToldWithTheCause) {
+TEST_F(StationTest, BearingsWithoutASentenceAreReportedWithTheCause) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     StationResult result = RunStation(RunArguments(recording, {u"--interval"_s, u"9000"_s}));
     EXPECT_EQ(result.exitCode, 0);
@@ -319,28 +313,28 @@ TEST_F(Station, BearingsWithoutASentenceAreToldWithTheCause) {
     EXPECT_FALSE(result.err.contains(u"no sentence"_s)) << "nothing was published";
 }
 
-TEST_F(Station, BearingsWithoutASentenceAreToldWhileTheRunGoesOn) {
+TEST_F(StationTest, BearingsWithoutASentenceAreReportedWhileTheRunGoesOn) {
     QProcess process;
     QStringList arguments =
         RunArguments(Record("0,121500000,10.0,,90,,,,,,,\n3600000,121500000,20.0,,90,,,,,,,\n"),
                      {u"--interval"_s, u"10000"_s});
     arguments.replace(arguments.indexOf(u"max"_s), u"realtime"_s);
     process.start(QStringLiteral(ZAN_STATION), arguments);
-    const QByteArray told = ToldUntil(process, "no sentence written yet: the interval is 10000 ms");
-    EXPECT_TRUE(told.contains("the interval is 10000 ms")) << told.toStdString();
+    const QByteArray messages = MessagesUntil(process, "no sentence written yet: the interval is 10000 ms");
+    EXPECT_TRUE(messages.contains("the interval is 10000 ms")) << messages.toStdString();
     process.terminate();
     EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
 }
 
-TEST_F(Station, OutputThatIsRemovedOrMovedWhileItIsWrittenIsToldAndBegunAnew) {
+TEST_F(StationTest, OutputThatIsRemovedOrMovedWhileItIsWrittenIsReportedAndBegunAgain) {
     const QByteArray gone =
         "File " + Path(u"out"_s).toUtf8() + " was removed, moved or replaced while sentences were written";
     QProcess process;
     process.start(QStringLiteral(ZAN_STATION), RunArguments(u"-"_s));
-    process.write(QByteArray(HEADER) + "1000,121500000,10.0,,90,,,,,,,\n");
+    process.write(RECORDING_HEADER + "1000,121500000,10.0,,90,,,,,,,\n");
     AwaitSentences(process, 1);
     ASSERT_TRUE(QFile::rename(Path(u"out"_s), Path(u"out.1"_s)));
-    QByteArray told = ToldUntil(process, "zanstation: " + gone);
+    QByteArray messages = MessagesUntil(process, "zanstation: " + gone);
     process.write("2000,121500000,20.0,,90,,,,,,,\n");
     AwaitSentences(process, 1);
     EXPECT_TRUE(ReadFile(Path(u"out.1"_s)).startsWith("$PLG, 10.0"));
@@ -348,12 +342,12 @@ TEST_F(Station, OutputThatIsRemovedOrMovedWhileItIsWrittenIsToldAndBegunAnew) {
     EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
     process.closeWriteChannel();
     ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
-    told += process.readAllStandardError();
-    EXPECT_EQ(told.count("zanstation: " + gone), 1) << told.toStdString();
+    messages += process.readAllStandardError();
+    EXPECT_EQ(messages.count("zanstation: " + gone), 1) << messages.toStdString();
     EXPECT_EQ(process.exitCode(), 1);
 }
 
-TEST_F(Station, RecordingThatTakesThePlaceOfTheOutputIsLeftAlone) {
+TEST_F(StationTest, RecordingThatTakesThePlaceOfTheOutputIsLeftAlone) {
     // The second row is due after an hour.
     const QString recording = Record("0,121500000,10.0,,90,,,,,,,\n3600000,121500000,20.0,,90,,,,,,,\n");
     const QByteArray content = ReadFile(recording);
@@ -369,7 +363,7 @@ TEST_F(Station, RecordingThatTakesThePlaceOfTheOutputIsLeftAlone) {
         ASSERT_TRUE(QFile::remove(Path(u"out"_s)) && QFile::rename(recording, Path(u"out"_s)));
         const QByteArray refused = "Could not open file " + Path(u"out"_s).toUtf8() +
                                    ": another output writes to it, or it is read as a recording";
-        EXPECT_TRUE(ToldUntil(process, "zanstation: " + refused).contains("zanstation: " + refused));
+        EXPECT_TRUE(MessagesUntil(process, "zanstation: " + refused).contains("zanstation: " + refused));
         process.terminate();
         EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
         EXPECT_EQ(ReadFile(Path(u"out"_s)), content);
@@ -377,11 +371,11 @@ TEST_F(Station, RecordingThatTakesThePlaceOfTheOutputIsLeftAlone) {
     }
 }
 
-TEST_F(Station, RecordingIsReadFromStandardInput) {
+TEST_F(StationTest, RecordingIsReadFromStandardInput) {
     QProcess process;
     QStringList arguments = RunArguments(u"-"_s);
     process.start(QStringLiteral(ZAN_STATION), arguments);
-    process.write(QByteArray(HEADER) + "1000,121500000,10.0,,90,,,,,,,\n");
+    process.write(RECORDING_HEADER + "1000,121500000,10.0,,90,,,,,,,\n");
     AwaitSentences(process, 1);
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1) << "the row is there before the next one comes";
     process.write("2000,121500000,20.0,,90,,,,,,,\n");
@@ -391,7 +385,7 @@ TEST_F(Station, RecordingIsReadFromStandardInput) {
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 2);
 }
 
-TEST_F(Station, StandardOutputTakesTheSentencesOfThisRunAndNothingElse) {
+TEST_F(StationTest, StandardOutputTakesTheSentencesOfThisRunAndNothingElse) {
     const QString recording = Record("1000,121500000,71.5,10.0,90,,,,,,,\n");
     ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
     const QByteArray sentences = ReadFile(Path(u"out"_s));
@@ -407,22 +401,19 @@ TEST_F(Station, StandardOutputTakesTheSentencesOfThisRunAndNothingElse) {
     EXPECT_FALSE(QFile::exists(Path(u"out.bak"_s)));
 }
 
-TEST_F(Station, FifoWithoutAWriterIsInterruptedLikeAnyRun) {
+TEST_F(StationTest, FifoWithoutAWriterIsInterruptedLikeAnyRun) {
     const QString fifo = Path(u"fifo"_s);
     ASSERT_EQ(::mkfifo(fifo.toLocal8Bit().constData(), 0600), 0);
     QProcess process;
     process.start(QStringLiteral(ZAN_STATION), RunArguments(fifo));
-    const QDeadlineTimer deadline(PATIENCE_MS);
-    while (!QFile::exists(Path(u"out"_s)) && !deadline.hasExpired()) {
-        process.waitForFinished(20);
-    }
+    EXPECT_TRUE(Await(process, [this] { return QFile::exists(Path(u"out"_s)); }));
     ::kill(static_cast<pid_t>(process.processId()), SIGINT);
     ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
     EXPECT_EQ(process.exitCode(), 130);
     EXPECT_FALSE(process.readAllStandardError().contains("fifo")) << "nothing is wrong with it";
 }
 
-TEST_F(Station, WhatIsWrongWithTheDeviceIsWarnedOf) {
+TEST_F(StationTest, WhatIsWrongWithTheDeviceIsWarnedOf) {
     ASSERT_EQ(RunStation({u"device"_s, u"--config"_s, Path(u"config"_s)}).exitCode, 0);
     const QString name = Path(u"config/Application.ini"_s);
     WriteFile(name, ReadFile(name)
@@ -443,7 +434,7 @@ TEST_F(Station, WhatIsWrongWithTheDeviceIsWarnedOf) {
     }
 }
 
-TEST_F(Station, SimulatedRecordingGoesThroughWithEveryFilterAtWork) {
+TEST_F(StationTest, SimulatedRecordingGoesThroughWithEveryFilterAtWork) {
     const QString recording = Path(u"simulated.csv"_s);
     ASSERT_EQ(RunStation({u"simulate"_s, u"--seed"_s, u"7"_s, u"--out"_s, recording}).exitCode, 0);
     const StationResult result = RunStation(RunArguments(recording, {u"--overhead-threshold"_s, u"60"_s}));
@@ -459,7 +450,7 @@ TEST_F(Station, SimulatedRecordingGoesThroughWithEveryFilterAtWork) {
     EXPECT_EQ(Counted(result, u"dropped: file"_s), 0);
 }
 
-TEST_F(Station, WithoutARecordingASimulatedOneIsReplayed) {
+TEST_F(StationTest, WithoutARecordingASimulatedOneIsReplayed) {
     const StationResult result = RunStation(
         {u"run"_s, u"--speed"_s, u"max"_s, u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"out"_s)});
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
@@ -467,7 +458,7 @@ TEST_F(Station, WithoutARecordingASimulatedOneIsReplayed) {
     EXPECT_TRUE(QFile::exists(Path(u"config/example.csv"_s)));
 }
 
-TEST_F(Station, BadLinesAreReportedWithTheirNumberAndTheRestIsUsed) {
+TEST_F(StationTest, BadLinesAreReportedWithTheirNumberAndTheRestIsUsed) {
     const StationResult result = RunStation(RunArguments(Record("1000,121500000,10.0,,90,,,,,,,\n"
                                                                 "2000,121500000,360,,90,,,,,,,\n"
                                                                 "3000,abc,10.0,,90,,,,,,,\n"
@@ -481,7 +472,7 @@ TEST_F(Station, BadLinesAreReportedWithTheirNumberAndTheRestIsUsed) {
     EXPECT_EQ(result.out.count(u"lines skipped, "_s), 3) << result.out.toStdString();
 }
 
-TEST_F(Station, RecordingThatCannotBeReadEndsTheRunWithItsName) {
+TEST_F(StationTest, RecordingThatCannotBeReadEndsTheRunWithItsName) {
     for (const QString& recording : {Path(u"missing.csv"_s), m_directory.path()}) {
         const StationResult result = RunStation(RunArguments(recording));
         EXPECT_EQ(result.exitCode, 1);
@@ -489,7 +480,7 @@ TEST_F(Station, RecordingThatCannotBeReadEndsTheRunWithItsName) {
     }
 }
 
-TEST_F(Station, WrongCommandLineIsRefusedBeforeAnythingIsTouched) {
+TEST_F(StationTest, WrongCommandLineIsRefusedBeforeAnythingIsTouched) {
     const QStringList commandLines[] = {
         {},
         {u"fly"_s},
@@ -513,7 +504,7 @@ TEST_F(Station, WrongCommandLineIsRefusedBeforeAnythingIsTouched) {
     EXPECT_TRUE(QDir(m_directory.path()).isEmpty());
 }
 
-TEST_F(Station, HelpAndVersionGoToStandardOutput) {
+TEST_F(StationTest, HelpAndVersionGoToStandardOutput) {
     for (const QStringList& commandLine :
          {QStringList{u"--help"_s}, QStringList{u"--version"_s}, QStringList{u"run"_s, u"--help"_s},
           QStringList{u"simulate"_s, u"--help"_s}, QStringList{u"tree"_s, u"--help"_s}}) {
@@ -524,7 +515,7 @@ TEST_F(Station, HelpAndVersionGoToStandardOutput) {
     }
 }
 
-TEST_F(Station, PreviousOutputIsKeptAndTheSettingsOfTheLastRunHold) {
+TEST_F(StationTest, PreviousOutputIsKeptAndTheSettingsOfTheLastRunHold) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     ASSERT_EQ(RunStation(RunArguments(recording)).exitCode, 0);
     const QByteArray sentences = ReadFile(Path(u"out"_s));
@@ -536,7 +527,7 @@ TEST_F(Station, PreviousOutputIsKeptAndTheSettingsOfTheLastRunHold) {
     EXPECT_EQ(ReadFile(Path(u"out.bak"_s)), sentences);
 }
 
-TEST_F(Station, OutputFileThatCannotBeOpenedIsToldAndFailsTheRun) {
+TEST_F(StationTest, OutputFileThatCannotBeOpenedIsReportedAndFailsTheRun) {
     const StationResult result = RunStation(
         {u"run"_s, u"--recording"_s, Record("1000,121500000,10.0,,90,,,,,,,\n"), u"--speed"_s, u"max"_s,
          u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"no/such/directory/out"_s)});
@@ -546,14 +537,14 @@ TEST_F(Station, OutputFileThatCannotBeOpenedIsToldAndFailsTheRun) {
     EXPECT_EQ(Counted(result, u"dropped: file"_s), 1);
 }
 
-TEST_F(Station, SettingsDirectoryThatCannotBeHadEndsTheRun) {
+TEST_F(StationTest, SettingsDirectoryThatCannotBeUsedEndsTheRun) {
     WriteFile(Path(u"config"_s), "a file");
     const StationResult result = RunStation(RunArguments(Record("")));
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.err.contains(u"config"_s)) << result.err.toStdString();
 }
 
-TEST_F(Station, InterruptedRunEndsWithEverythingWrittenThatCameIn) {
+TEST_F(StationTest, InterruptedRunEndsWithEverythingWrittenThatCameIn) {
     // The second row is due after an hour.
     const QString recording = Record("0,121500000,10.0,,90,,,,,,,\n3600000,121500000,20.0,,90,,,,,,,\n");
     for (const int signal : {SIGINT, SIGTERM}) {
@@ -574,7 +565,7 @@ TEST_F(Station, InterruptedRunEndsWithEverythingWrittenThatCameIn) {
     }
 }
 
-TEST_F(Station, SerialLineReceivesOneSentenceABearing) {
+TEST_F(StationTest, SerialLineReceivesOneSentenceABearing) {
     const PseudoTerminal line;
     QProcess process;
     process.start(QStringLiteral(ZAN_STATION),
@@ -582,18 +573,14 @@ TEST_F(Station, SerialLineReceivesOneSentenceABearing) {
                    Record("1000,121500000,71.5,,90,,,,,,,\n2000,121500000,72.5,,90,,,,,,,\n"), u"--speed"_s,
                    u"max"_s, u"--config"_s, Path(u"config"_s), u"--serial"_s, line.path + u":9600,n,8,1"_s});
     QByteArray received;
-    const QDeadlineTimer deadline(PATIENCE_MS);
-    while (received.count("\r\n") < 2 && !deadline.hasExpired()) {
-        process.waitForFinished(20);
-        received += line.Read();
-    }
+    EXPECT_TRUE(Await(process, [&] { return (received += line.Read()).count("\r\n") >= 2; }));
     EXPECT_EQ(received, QByteArray("$PLG, 71.5,FRQ, 121500000,CMP, -0.1,QUA, 90.0,LEV, -0.5,TIM,000001\r\n"
                                    "$PLG, 72.5,FRQ, 121500000,CMP, -0.1,QUA, 90.0,LEV, -0.5,TIM,000002\r\n"));
     EXPECT_TRUE(process.state() == QProcess::NotRunning || process.waitForFinished(PATIENCE_MS));
     EXPECT_EQ(process.exitCode(), 0);
 }
 
-TEST_F(Station, IntervalWritesSentencesByTheClock) {
+TEST_F(StationTest, IntervalWritesSentencesByTheClock) {
     // One bearing at once, and another one when the first sentences are through.
     QProcess process;
     QStringList arguments =
@@ -601,23 +588,19 @@ TEST_F(Station, IntervalWritesSentencesByTheClock) {
                      {u"--interval"_s, u"10"_s});
     arguments.replace(arguments.indexOf(u"max"_s), u"realtime"_s);
     process.start(QStringLiteral(ZAN_STATION), arguments);
-    const QDeadlineTimer deadline(PATIENCE_MS);
-    while (ReadFile(Path(u"out"_s)).count("\r\n") < 3 && !deadline.hasExpired()) {
-        process.waitForFinished(20);
-    }
-    EXPECT_GE(ReadFile(Path(u"out"_s)).count("$PLG"), 3);
+    AwaitSentences(process, 3);
     process.terminate();
     EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
 }
 
-TEST_F(Station, ProgressIsShownWhereItIsAskedFor) {
+TEST_F(StationTest, ProgressIsShownWhereItIsAskedFor) {
     const QString recording = Record("1000,121500000,10.0,,90,,,,,,,\n");
     EXPECT_TRUE(RunStation(RunArguments(recording, {u"--option"_s, u"Progress=true"_s}))
                     .err.contains(u"100%  in 1"_s));
     EXPECT_FALSE(RunStation(RunArguments(recording)).err.contains(u"in 1"_s));
 }
 
-TEST_F(Station, TreeShowsPathTypeAndValueOfWhatAStartPublishes) {
+TEST_F(StationTest, TreeShowsPathTypeAndValueOfWhatAStartPublishes) {
     const StationResult result = RunStation({u"tree"_s, u"--config"_s, Path(u"config"_s)});
     EXPECT_EQ(result.exitCode, 0);
     for (const QString& line : {u"/DEVICES/ZANServer/DevAttr/DevType\tString\tZANTIDE\t1\n"_s,
@@ -631,10 +614,10 @@ TEST_F(Station, TreeShowsPathTypeAndValueOfWhatAStartPublishes) {
 // Recordings of real receivers are not part of the project; where they are at hand, the counts must be those
 // that were counted in the files by other means.
 
-class RecordedStation : public Station {
+class StationRecordTest : public StationTest {
 protected:
     void SetUp() override {
-        Station::SetUp();
+        StationTest::SetUp();
         m_recordings = qEnvironmentVariable("ZAN_RECORDINGS");
         if (m_recordings.isEmpty()) {
             GTEST_SKIP() << "ZAN_RECORDINGS does not name a directory of recordings";
@@ -644,7 +627,7 @@ protected:
     QString m_recordings;
 };
 
-TEST_F(RecordedStation, OverheadPassesOfAnAircraftAreRejectedFromSixtyDegreesOn) {
+TEST_F(StationRecordTest, OverheadPassesOfAnAircraftAreRejectedFromSixtyDegreesOn) {
     const StationResult result =
         RunStation(RunArguments(m_recordings + u"/overhead.csv"_s, {u"--overhead-threshold"_s, u"60"_s}));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
@@ -655,7 +638,7 @@ TEST_F(RecordedStation, OverheadPassesOfAnAircraftAreRejectedFromSixtyDegreesOn)
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 6404);
 }
 
-TEST_F(RecordedStation, BearingsOfATiltedVehicleAreRejectedFromFiveDegreesOn) {
+TEST_F(StationRecordTest, BearingsOfATiltedVehicleAreRejectedFromFiveDegreesOn) {
     const StationResult result = RunStation(RunArguments(
         m_recordings + u"/vehicle.csv"_s, {u"--pitch-threshold"_s, u"5"_s, u"--roll-threshold"_s, u"5"_s}));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();

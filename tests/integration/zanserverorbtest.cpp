@@ -102,7 +102,7 @@ QString CallEcho(const QString& address, const char* text) {
     return QString::fromLatin1(answer.in());
 }
 
-class Broker : public testing::Test {
+class ZANServerORBTest : public testing::Test {
 protected:
     void SetUp() override { qputenv("ORBendPoint", "giop:tcp:127.0.0.1:"); }
     void TearDown() override { ZANServerORB::Finalise(); }
@@ -110,7 +110,7 @@ protected:
 
 } // namespace
 
-TEST_F(Broker, InstanceIsOneUntilItIsFinalised) {
+TEST_F(ZANServerORBTest, InstanceIsOneUntilItIsFinalised) {
     ZANServerORB* const first = ZANServerORB::Instance();
     EXPECT_EQ(ZANServerORB::Instance(), first);
     first->Finalise();
@@ -118,7 +118,7 @@ TEST_F(Broker, InstanceIsOneUntilItIsFinalised) {
     EXPECT_FALSE(CORBA::is_nil(ZANServerORB::Instance()->RootPoa()));
 }
 
-TEST_F(Broker, ShutdownAndFinaliseNeedNoInstance) {
+TEST_F(ZANServerORBTest, ShutdownAndFinaliseNeedNoInstance) {
     ZANServerORB::Shutdown();
     ZANServerORB::Finalise();
     EXPECT_FALSE(CORBA::is_nil(ZANServerORB::Instance()->GetORB()));
@@ -128,13 +128,13 @@ TEST_F(Broker, ShutdownAndFinaliseNeedNoInstance) {
     ZANServerORB::Shutdown();
 }
 
-TEST_F(Broker, RootAdapterIsActiveFromTheStart) {
+TEST_F(ZANServerORBTest, RootAdapterIsActiveFromTheStart) {
     const PortableServer::POA_var root = ZANServerORB::Instance()->RootPoa();
     const PortableServer::POAManager_var manager = root->the_POAManager();
     EXPECT_EQ(manager->get_state(), PortableServer::POAManager::ACTIVE);
 }
 
-TEST_F(Broker, ManagerOfTheRootAdapterIsGoneWithTheBroker) {
+TEST_F(ZANServerORBTest, ManagerOfTheRootAdapterIsGoneWithTheBroker) {
     PortableServer::POAManager_var manager = ZANServerORB::Instance()->RootPoa()->the_POAManager();
     watchedObject = dynamic_cast<const void*>(manager.in());
     const CORBA::ORB_var orb = ZANServerORB::Instance()->GetORB();
@@ -144,7 +144,7 @@ TEST_F(Broker, ManagerOfTheRootAdapterIsGoneWithTheBroker) {
     EXPECT_EQ(watchedObject.load(), nullptr) << "somebody still holds it";
 }
 
-TEST_F(Broker, ShutdownLeavesTheBrokerUsable) {
+TEST_F(ZANServerORBTest, ShutdownLeavesTheBrokerUsable) {
     ZANServerORB::Instance()->Shutdown();
     ZANServerORB::Instance()->Shutdown();
     const CORBA::ORB_var orb = ZANServerORB::Instance()->GetORB();
@@ -153,7 +153,7 @@ TEST_F(Broker, ShutdownLeavesTheBrokerUsable) {
     EXPECT_FALSE(CORBA::is_nil(ZANServerORB::Instance()->RootPoa()));
 }
 
-TEST_F(Broker, CopyRefersToTheSameBroker) {
+TEST_F(ZANServerORBTest, CopyRefersToTheSameBroker) {
     ZANServerORB copy(*ZANServerORB::Instance());
     EXPECT_TRUE(CORBA::ORB_var(copy.GetORB())->_is_equivalent(ZANServerORB::Instance()->GetORB()) ||
                 CORBA::ORB_var(copy.GetORB()).in() ==
@@ -163,14 +163,14 @@ TEST_F(Broker, CopyRefersToTheSameBroker) {
     EXPECT_FALSE(CORBA::is_nil(copy.RootPoa())) << "it lives on in the copy";
 }
 
-TEST_F(Broker, ObjectWithAReadableKeyIsCalledOverTcp) {
+TEST_F(ZANServerORBTest, ObjectWithAReadableKeyIsCalledOverTcp) {
     const int port = GetFreePort();
     const EchoServer server(u"giop:tcp:127.0.0.1:%1"_s.arg(port));
     ASSERT_TRUE(server.isReady);
     EXPECT_EQ(CallEcho(u":127.0.0.1:%1"_s.arg(port), "over loopback"), u"over loopback"_s);
 }
 
-TEST_F(Broker, ObjectWithAReadableKeyIsCalledOverAUnixSocket) {
+TEST_F(ZANServerORBTest, ObjectWithAReadableKeyIsCalledOverAUnixSocket) {
     const QTemporaryDir directory;
     const QString path = directory.filePath(u"df.sock"_s);
     const EchoServer server(u"giop:unix:"_s + path);
@@ -178,7 +178,7 @@ TEST_F(Broker, ObjectWithAReadableKeyIsCalledOverAUnixSocket) {
     EXPECT_EQ(CallEcho(u"omniunix:"_s + path + u':', "over a file"), u"over a file"_s);
 }
 
-TEST_F(Broker, ClientOutlivesItsServerAndFindsTheNextOne) {
+TEST_F(ZANServerORBTest, ClientOutlivesItsServerAndFindsTheNextOne) {
     const int port = GetFreePort();
     const QString address = u":127.0.0.1:%1"_s.arg(port);
     const QString endpoint = u"giop:tcp:127.0.0.1:%1"_s.arg(port);
@@ -193,7 +193,7 @@ TEST_F(Broker, ClientOutlivesItsServerAndFindsTheNextOne) {
     EXPECT_EQ(CallEcho(address, "second"), u"second"_s);
 }
 
-TEST_F(Broker, CallTimesOutWhenTheServerDoesNotAnswer) {
+TEST_F(ZANServerORBTest, CallTimesOutWhenTheServerDoesNotAnswer) {
     const int port = GetFreePort();
     const EchoServer server(u"giop:tcp:127.0.0.1:%1"_s.arg(port));
     ASSERT_TRUE(server.isReady);
@@ -205,7 +205,7 @@ TEST_F(Broker, CallTimesOutWhenTheServerDoesNotAnswer) {
     EXPECT_STREQ(answer.in(), "still there");
 }
 
-TEST_F(Broker, CallsOfTheProcessTimeOutAfterTenSeconds) {
+TEST_F(ZANServerORBTest, CallsOfTheProcessTimeOutAfterTenSeconds) {
     const int port = GetFreePort();
     const EchoServer server(u"giop:tcp:127.0.0.1:%1"_s.arg(port));
     ASSERT_TRUE(server.isReady);
@@ -217,7 +217,7 @@ TEST_F(Broker, CallsOfTheProcessTimeOutAfterTenSeconds) {
     EXPECT_LT(timer.elapsed(), PATIENCE_MS) << "and not when the server answers";
 }
 
-TEST_F(Broker, FailingInitialReferenceReachesTheCallerAfterItsTraceLine) {
+TEST_F(ZANServerORBTest, FailingInitialReferenceReachesTheCallerAfterItsTraceLine) {
     ZANServerORB& broker = *ZANServerORB::Instance();
     const CORBA::ORB_var orb = broker.GetORB();
     orb->destroy(); // what another holder of the broker may do
@@ -230,7 +230,7 @@ TEST_F(Broker, FailingInitialReferenceReachesTheCallerAfterItsTraceLine) {
     EXPECT_TRUE(trace.lines[1].startsWith(u"devicecontrol\\directionfinder\\zancommon\\zanserverorb("_s));
 }
 
-TEST_F(Broker, ConstructionThatFailsIsTracedAndNeverThrows) {
+TEST_F(ZANServerORBTest, ConstructionThatFailsIsTracedAndNeverThrows) {
     qputenv("ORBendPoint", "giop:nonsense:");
     TraceLines trace;
     ZANServerORB* broker = nullptr;
@@ -242,7 +242,7 @@ TEST_F(Broker, ConstructionThatFailsIsTracedAndNeverThrows) {
         << trace.lines.last().toStdString();
 }
 
-TEST_F(Broker, NothingIsTracedWhileTheTraceIsOff) {
+TEST_F(ZANServerORBTest, NothingIsTracedWhileTheTraceIsOff) {
     qputenv("ORBendPoint", "giop:nonsense:");
     TraceLines trace;
     ErrorHandler::Instance().SetTraceMask(TraceBit::ASSERTION);

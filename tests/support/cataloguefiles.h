@@ -11,7 +11,7 @@
 #include <vector>
 
 /// One row of a table of the device catalogue in tests/data/catalogue, its cells by the names of their
-/// columns. The elements of a list stand in one cell with blanks between them.
+/// columns. The elements of a list are in one cell with blanks between them.
 class CatalogueRow {
 public:
     explicit CatalogueRow(QHash<QString, QString> cells)

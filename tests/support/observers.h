@@ -7,11 +7,15 @@
 #include <utility>
 #include <vector>
 
-/// Notes the code of every notice.
+/// Notes the subject and the code of every notice.
 class CodeObserver : public IObserver {
 public:
-    void Update(Observable* /*subject*/, TChangeCode code) override { codes.push_back(code); }
+    void Update(Observable* subject, TChangeCode code) override {
+        subjects.push_back(subject);
+        codes.push_back(code);
+    }
 
+    std::vector<const Observable*> subjects;
     std::vector<TChangeCode> codes;
 };
 

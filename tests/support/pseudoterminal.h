@@ -39,7 +39,7 @@ public:
         bytes.truncate(std::max<ssize_t>(count, 0));
         return bytes;
     }
-    /// Whether whoever had opened the path has closed it.
+    /// Whether the program that had opened the path has closed it.
     [[nodiscard]] bool IsClosed() const {
         pollfd farEnd{m_farEnd, POLLIN, 0};
         return poll(&farEnd, 1, 0) == 1 && (farEnd.revents & POLLHUP) != 0;
@@ -48,7 +48,7 @@ public:
     [[nodiscard]] qint64 Write(const QByteArray& bytes) const {
         return write(m_farEnd, bytes.constData(), static_cast<size_t>(bytes.size()));
     }
-    /// As whoever has opened the path set it up.
+    /// As the program that has opened the path set it up.
     [[nodiscard]] termios Settings() const {
         termios settings{};
         EXPECT_EQ(tcgetattr(m_farEnd, &settings), 0);

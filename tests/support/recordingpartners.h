@@ -124,7 +124,7 @@ struct Argument<IDriverCallback*> {
     using Kept = IDriverCallback*;
 };
 
-/// What a pointer to an operation tells of it.
+/// What a pointer to an operation says of it.
 template <class Member>
 struct OperationOf;
 
@@ -132,7 +132,7 @@ template <class Interface, class R, class... Parameters>
 struct OperationOf<R (Interface::*)(Parameters...)> {
     using Result = R;
     using Kept = std::tuple<typename Argument<Parameters>::Kept...>;
-    /// The parameters that are no references, pointers or numbers.
+    /// The parameters that are neither references nor pointers nor numbers.
     static constexpr bool takesRecords = ((std::is_class_v<Parameters>) || ...);
 
     /// A set of arguments, all different.

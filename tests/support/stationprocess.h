@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QProcess>
 #include <QString>
@@ -26,6 +27,20 @@ inline StationResult RunStation(const QStringList& arguments) {
     }
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
+}
+
+/// Waits until a running program has brought about what a condition says. Nothing notifies of that: it is
+/// looked for every now and then. False when the program has ended without it, or it does not come.
+template <class Condition>
+bool Await(QProcess& process, Condition condition) {
+    const QDeadlineTimer deadline(PATIENCE_MS);
+    while (!condition()) {
+        if (deadline.hasExpired() || process.state() == QProcess::NotRunning) {
+            return condition();
+        }
+        process.waitForFinished(20);
+    }
+    return true;
 }
 
 inline QByteArray ReadFile(const QString& name) {

@@ -20,7 +20,7 @@ std::ptrdiff_t VirtualSlot(Member member) {
     return words[0] / static_cast<std::ptrdiff_t>(sizeof(void*));
 }
 
-/// Expects that the operations stand one behind the other from a slot on.
+/// Expects that the operations follow one another from a slot on.
 template <class... Members>
 void ExpectVirtualSlotsFrom(std::ptrdiff_t first, Members... members) {
     std::vector<std::ptrdiff_t> expected(sizeof...(Members));

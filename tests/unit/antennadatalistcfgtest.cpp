@@ -73,7 +73,7 @@ Section MakeWholeSection() {
             {"ConverterTypeName", "RCV01"}};
 }
 
-/// What stands in that section.
+/// What is in that section.
 AntennaData MakeWholeAntenna() {
     AntennaData antenna = MakeAntenna(u"PX122"_s, u"RCV01"_s, 1e6, 30e6);
     antenna.minRange = 2e6;
@@ -89,7 +89,7 @@ AntennaData MakeWholeAntenna() {
     return antenna;
 }
 
-class AntennaDataListCfg : public testing::Test {
+class AntennaDataListCfgTest : public testing::Test {
 protected:
     /// A key of the one station.
     static QString Stored(const QString& key) {
@@ -125,7 +125,7 @@ protected:
 
 // --- writing ---
 
-TEST_F(AntennaDataListCfg, FifteenKeysAreWrittenForEachEntry) {
+TEST_F(AntennaDataListCfgTest, FifteenKeysAreWrittenForEachEntry) {
     AntennaDataList list;
     Append(list, MakeUnusualAntenna());
     AntennaData plain;
@@ -179,7 +179,7 @@ PolarizationSupport=false
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AntennaDataListCfg, NumbersAreWrittenWithTheirDecimals) {
+TEST_F(AntennaDataListCfgTest, NumbersAreWrittenWithTheirDecimals) {
     struct Case {
         double number;
         QString frequencyText;
@@ -205,7 +205,7 @@ TEST_F(AntennaDataListCfg, NumbersAreWrittenWithTheirDecimals) {
     }
 }
 
-TEST_F(AntennaDataListCfg, WritingFewerEntriesLeavesTheSectionsBehindThem) {
+TEST_F(AntennaDataListCfgTest, WritingFewerEntriesLeavesTheSectionsBehindThem) {
     ListOf({{u"A"_s, 1, 2}, {u"B"_s, 2, 3}, {u"C"_s, 3, 4}, {u"D"_s, 4, 5}, {u"E"_s, 5, 6}})
         .WriteAntennaSetupToCfg(Station());
     ListOf({{u"X"_s, 1, 2}, {u"Y"_s, 2, 3}, {u"Z"_s, 3, 4}}).WriteAntennaSetupToCfg(Station());
@@ -221,7 +221,7 @@ TEST_F(AntennaDataListCfg, WritingFewerEntriesLeavesTheSectionsBehindThem) {
     EXPECT_EQ(NamesOf(built), (QStringList{u"X"_s, u"Y"_s, u"Z"_s}));
 }
 
-TEST_F(AntennaDataListCfg, EmptyListIsWrittenAsACountOfNone) {
+TEST_F(AntennaDataListCfgTest, EmptyListIsWrittenAsACountOfNone) {
     ListOf({{u"A"_s, 1, 2}}).WriteAntennaSetupToCfg(Station());
     AntennaDataList().WriteAntennaSetupToCfg(Station());
     settings.Reopen();
@@ -230,7 +230,7 @@ TEST_F(AntennaDataListCfg, EmptyListIsWrittenAsACountOfNone) {
     EXPECT_EQ(AntennaDataList().BuildAntennasFromCfg(Station()), 0);
 }
 
-TEST_F(AntennaDataListCfg, NothingIsWrittenWithoutThePermissionToSave) {
+TEST_F(AntennaDataListCfgTest, NothingIsWrittenWithoutThePermissionToSave) {
     const QString before = QString::fromLatin1(FileWith("AntennaCount=1", {MakeWholeSection()}));
     settings.Write(before.toLatin1());
     AntennaDataList list = ListOf({{u"A"_s, 1, 2}});
@@ -250,21 +250,21 @@ TEST_F(AntennaDataListCfg, NothingIsWrittenWithoutThePermissionToSave) {
     EXPECT_EQ(Stored(u"Antenna0/Name"_s), u"A"_s);
 }
 
-TEST_F(AntennaDataListCfg, EachStationHasItsOwnSetup) {
+TEST_F(AntennaDataListCfgTest, EachStationHasItsOwnSetup) {
     ListOf({{u"A"_s, 1, 2}}).WriteAntennaSetupToCfg(Station());
     ListOf({{u"B"_s, 1, 2}, {u"C"_s, 1, 2}}).WriteAntennaSetupToCfg({});
     settings.Reopen();
     AntennaDataList first;
     AntennaDataList second;
     EXPECT_EQ(first.BuildAntennasFromCfg(Station()), 1);
-    EXPECT_EQ(second.BuildAntennasFromCfg(u"Default"_s), 2); // stands for the empty address
+    EXPECT_EQ(second.BuildAntennasFromCfg(u"Default"_s), 2); // means the empty address
     EXPECT_EQ(NamesOf(first), QStringList{u"A"_s});
     EXPECT_EQ(NamesOf(second), (QStringList{u"B"_s, u"C"_s}));
 }
 
 // --- building ---
 
-TEST_F(AntennaDataListCfg, WhatWasWrittenIsBuiltByTheNextRunWithoutHandlesAndPolarisation) {
+TEST_F(AntennaDataListCfgTest, WhatWasWrittenIsBuiltByTheNextRunWithoutHandlesAndPolarisation) {
     AntennaDataList list;
     Append(list, MakeUnusualAntenna());
     AntennaData other = MakeAntenna(u"PX104_L"_s, u"RCV03"_s, 30e6, 3e9);
@@ -291,7 +291,7 @@ TEST_F(AntennaDataListCfg, WhatWasWrittenIsBuiltByTheNextRunWithoutHandlesAndPol
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AntennaDataListCfg, NamesOfAnyTextSurvive) {
+TEST_F(AntennaDataListCfgTest, NamesOfAnyTextSurvive) {
     const QStringList names{u"PX122 (A/P)"_s, u"%1 %2"_s,           u" blanks "_s,    u"\"quoted\""_s,
                             u"[x]=;#"_s,      u"two\nlines\t\\n"_s, u"\u00e4\u4e2d"_s};
     AntennaDataList list;
@@ -308,7 +308,7 @@ TEST_F(AntennaDataListCfg, NamesOfAnyTextSurvive) {
     }
 }
 
-TEST_F(AntennaDataListCfg, CountDecidesHowManySectionsAreBuilt) {
+TEST_F(AntennaDataListCfgTest, CountDecidesHowManySectionsAreBuilt) {
     struct Case {
         QByteArray line;
         int count;
@@ -341,7 +341,7 @@ TEST_F(AntennaDataListCfg, CountDecidesHowManySectionsAreBuilt) {
     }
 }
 
-TEST_F(AntennaDataListCfg, CountedSectionThatIsMissingBuildsADisabledEntryWithoutName) {
+TEST_F(AntennaDataListCfgTest, CountedSectionThatIsMissingBuildsADisabledEntryWithoutName) {
     settings.Write(FileWith("AntennaCount=2", {MakeWholeSection()}));
     AntennaDataList list;
     EXPECT_EQ(list.BuildAntennasFromCfg(Station()), 2);
@@ -353,7 +353,7 @@ TEST_F(AntennaDataListCfg, CountedSectionThatIsMissingBuildsADisabledEntryWithou
     ExpectSame(*list.GetAntennaByIndex(1), missing);
 }
 
-TEST_F(AntennaDataListCfg, SectionsEditedByHandAreBuiltAsFarAsTheyCanBeRead) {
+TEST_F(AntennaDataListCfgTest, SectionsEditedByHandAreBuiltAsFarAsTheyCanBeRead) {
     using Change = std::function<void(AntennaData&)>;
     struct Case {
         QByteArray key;
@@ -484,7 +484,7 @@ TEST_F(AntennaDataListCfg, SectionsEditedByHandAreBuiltAsFarAsTheyCanBeRead) {
     EXPECT_EQ(keys.size(), 15);
 }
 
-TEST_F(AntennaDataListCfg, BuiltEntriesComeBehindThoseThatAreThere) {
+TEST_F(AntennaDataListCfgTest, BuiltEntriesComeBehindThoseThatAreThere) {
     settings.Write(FileWith("AntennaCount=2", {MakeSection("B", 1, 9, 2, 8), MakeSection("C", 1, 9, 2, 8)}));
     AntennaDataList list = ListOf({{u"A"_s, 20, 30}});
     EXPECT_EQ(list.BuildAntennasFromCfg(Station()), 2);
@@ -493,7 +493,7 @@ TEST_F(AntennaDataListCfg, BuiltEntriesComeBehindThoseThatAreThere) {
     EXPECT_EQ(NamesOf(list), (QStringList{u"A"_s, u"B"_s, u"C"_s, u"B"_s, u"C"_s}));
 }
 
-TEST_F(AntennaDataListCfg, RangesAreMadeDisjointAfterBuilding) {
+TEST_F(AntennaDataListCfgTest, RangesAreMadeDisjointAfterBuilding) {
     settings.Write(
         FileWith("AntennaCount=2", {MakeSection("A", 1, 30, 10, 20), MakeSection("B", 1, 30, 20, 30)}));
     AntennaDataList list;
@@ -501,7 +501,7 @@ TEST_F(AntennaDataListCfg, RangesAreMadeDisjointAfterBuilding) {
     EXPECT_EQ(RangesOf(list), u"10-20 20.000001-30"_s);
 }
 
-TEST_F(AntennaDataListCfg, WithoutTheStationNothingIsReadWrittenOrSaid) {
+TEST_F(AntennaDataListCfgTest, WithoutTheStationNothingIsReadWrittenOrSaid) {
     AntennaDataList list = ListOf({{u"B"_s, 20, 30}, {u"A"_s, 10, 20}});
     EXPECT_EQ(list.BuildAntennasFromCfg(Station()), 0);
     EXPECT_EQ(NamesOf(list), (QStringList{u"B"_s, u"A"_s}));
@@ -517,7 +517,7 @@ TEST_F(AntennaDataListCfg, WithoutTheStationNothingIsReadWrittenOrSaid) {
 
 // --- reading the operator's choices again ---
 
-TEST_F(AntennaDataListCfg, OperatorsChoicesAreAppliedAndNothingElse) {
+TEST_F(AntennaDataListCfgTest, OperatorsChoicesAreAppliedAndNothingElse) {
     Section section = MakeWholeSection();
     section["Enabled"] = "false";
     section["MinFreq"] = "0.000"; // what the device says of itself counts more
@@ -539,7 +539,7 @@ TEST_F(AntennaDataListCfg, OperatorsChoicesAreAppliedAndNothingElse) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AntennaDataListCfg, ChoicesThatCannotBeReadAreTheWholeCoverageDisabled) {
+TEST_F(AntennaDataListCfgTest, ChoicesThatCannotBeReadAreTheWholeCoverageDisabled) {
     struct Case {
         QByteArray minRange;
         QByteArray maxRange;
@@ -564,7 +564,7 @@ TEST_F(AntennaDataListCfg, ChoicesThatCannotBeReadAreTheWholeCoverageDisabled) {
     }
 }
 
-TEST_F(AntennaDataListCfg, SectionsAreSearchedByNameForwardOnly) {
+TEST_F(AntennaDataListCfgTest, SectionsAreSearchedByNameForwardOnly) {
     struct Case {
         const char* what;
         std::vector<QByteArray> sections; // names; each has the range 2-8 MHz
@@ -601,7 +601,7 @@ TEST_F(AntennaDataListCfg, SectionsAreSearchedByNameForwardOnly) {
     }
 }
 
-TEST_F(AntennaDataListCfg, EntriesOfOneNameTakeTheirSectionsInOrder) {
+TEST_F(AntennaDataListCfgTest, EntriesOfOneNameTakeTheirSectionsInOrder) {
     settings.Write(
         FileWith("AntennaCount=2", {MakeSection("A", 1, 9, 2, 3), MakeSection("A", 20, 30, 21, 22)}));
     AntennaDataList list = ListOf({{u"A"_s, 20, 30}, {u"A"_s, 1, 9}});
@@ -609,14 +609,14 @@ TEST_F(AntennaDataListCfg, EntriesOfOneNameTakeTheirSectionsInOrder) {
     EXPECT_EQ(RangesOf(list), u"2-3 21-22"_s);
 }
 
-TEST_F(AntennaDataListCfg, RangesAreMadeDisjointEvenWhenTheSearchEndsEarly) {
+TEST_F(AntennaDataListCfgTest, RangesAreMadeDisjointEvenWhenTheSearchEndsEarly) {
     settings.Write(FileWith("AntennaCount=1", {MakeSection("A", 10, 20, 10, 15)}));
     AntennaDataList list = ListOf({{u"A"_s, 10, 20}, {u"B"_s, 15, 30}, {u"C"_s, 30, 40}});
     EXPECT_TRUE(list.ReadAntennaSetupFromCfg(Station()));
     EXPECT_EQ(RangesOf(list), u"10-15 15.000001-30 30.000001-40"_s);
 }
 
-TEST_F(AntennaDataListCfg, RangeThatBeginsAtTheEndOfTheCoverageBeforeBeginsOneHertzHigher) {
+TEST_F(AntennaDataListCfgTest, RangeThatBeginsAtTheEndOfTheCoverageBeforeBeginsOneHertzHigher) {
     struct Case {
         const char* what;
         double minRangeOfA;
@@ -642,7 +642,7 @@ TEST_F(AntennaDataListCfg, RangeThatBeginsAtTheEndOfTheCoverageBeforeBeginsOneHe
     }
 }
 
-TEST_F(AntennaDataListCfg, LowestFrequencyTakenForABadOneIsRaisedTheSame) {
+TEST_F(AntennaDataListCfgTest, LowestFrequencyTakenForABadOneIsRaisedTheSame) {
     settings.Write(
         FileWith("AntennaCount=2", {MakeSection("A", 1, 20, 1, 15), MakeSection("B", 20, 40, 1, 30)}));
     AntennaDataList list = ListOf({{u"A"_s, 1, 20}, {u"B"_s, 20, 40}});
@@ -650,7 +650,7 @@ TEST_F(AntennaDataListCfg, LowestFrequencyTakenForABadOneIsRaisedTheSame) {
     EXPECT_EQ(RangesOf(list), u"1-15 20.000001-30"_s);
 }
 
-TEST_F(AntennaDataListCfg, BeforeTheFirstEntryTheCoverageEndsAtMinusOneHertz) {
+TEST_F(AntennaDataListCfgTest, BeforeTheFirstEntryTheCoverageEndsAtMinusOneHertz) {
     settings.Write(FileWith("AntennaCount=1", {{{"Name", "A"}, {"MinRange", "-1.000"}}}));
     AntennaDataList list;
     Append(list, MakeAntenna(u"A"_s, {}, -5.0, 5.0));
@@ -658,7 +658,7 @@ TEST_F(AntennaDataListCfg, BeforeTheFirstEntryTheCoverageEndsAtMinusOneHertz) {
     EXPECT_EQ(list.GetAntennaByIndex(0)->minRange, 0.0);
 }
 
-TEST_F(AntennaDataListCfg, RangesStayWhenTheyAreWrittenAndReadAgainAndAgain) {
+TEST_F(AntennaDataListCfgTest, RangesStayWhenTheyAreWrittenAndReadAgainAndAgain) {
     AntennaDataList list = ListOf({{u"A"_s, 10, 20}, {u"B"_s, 20, 30}, {u"C"_s, 25, 40}});
     list.MakeAntennaRangesDisjoint();
     const QString ranges = u"10-20 20.000001-30 25-40"_s;
@@ -673,7 +673,7 @@ TEST_F(AntennaDataListCfg, RangesStayWhenTheyAreWrittenAndReadAgainAndAgain) {
     }
 }
 
-TEST_F(AntennaDataListCfg, EmptyListIsReadWithoutEffect) {
+TEST_F(AntennaDataListCfgTest, EmptyListIsReadWithoutEffect) {
     settings.Write(FileWith("AntennaCount=1", {MakeWholeSection()}));
     AntennaDataList list;
     EXPECT_TRUE(list.ReadAntennaSetupFromCfg(Station()));

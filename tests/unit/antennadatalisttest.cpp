@@ -54,7 +54,7 @@ QString NameOf(const AntennaData* antenna) {
     return antenna ? antenna->name : u"(none)"_s;
 }
 
-/// The ranges of all entries, such as "1-2 3.5-4", in MHz; a disabled one stands in brackets.
+/// The ranges of all entries, such as "1-2 3.5-4", in MHz; a disabled one is in brackets.
 QString RangesOf(const AntennaDataList& list) {
     QStringList texts;
     for (const auto& antenna : list.GetAntennas()) {
@@ -72,7 +72,7 @@ TEST(AntennaDataList, NewListIsEmpty) {
     EXPECT_TRUE(AntennaDataList(u"/DEVICES/ZANServer"_s, u"Ship"_s).GetAntennas().empty());
 }
 
-TEST(AntennaDataList, AddedEntriesStandInTheirOrder) {
+TEST(AntennaDataList, AddedEntriesAreInTheirOrder) {
     AntennaDataList list;
     auto* const first = new AntennaData;
     auto* const second = new AntennaData;
@@ -145,7 +145,7 @@ TEST(AntennaDataList, NothingIsDeletedForNullOrAnUnknownName) {
     EXPECT_EQ(NamesOf(list), QStringList{u"A"_s});
 }
 
-TEST(AntennaDataList, NoEntryStandsOutsideTheList) {
+TEST(AntennaDataList, NoEntryIsOutsideTheList) {
     const AntennaDataList list = ListOf({{"A", 1, 2}, {"B", 1, 2}});
     EXPECT_EQ(NameOf(list.GetAntennaByIndex(1)), u"B"_s);
     for (const int index : {-1, 2, INT_MIN, INT_MAX}) {

@@ -5,6 +5,7 @@
 #include "support/devicetree.h"
 #include "support/observers.h"
 #include "support/tracelines.h"
+#include "support/treevalues.h"
 
 #include <gtest/gtest.h>
 
@@ -68,7 +69,7 @@ AntennaData MakePublishedAntenna() {
     return antenna;
 }
 
-class AntennaDataListTree : public testing::Test {
+class AntennaDataListTreeTest : public testing::Test {
 protected:
     static QString NodePath(int number) { return DeviceTree::Path() + u"/Ant"_s + QString::number(number); }
     static ValueBase* ValueOf(int number, const ValueDescriptor& descriptor) {
@@ -99,7 +100,7 @@ protected:
 
 // --- writing ---
 
-TEST_F(AntennaDataListTree, EachEntryIsWrittenAsANodeWithAllItsValuesInOrder) {
+TEST_F(AntennaDataListTreeTest, EachEntryIsWrittenAsANodeWithAllItsValuesInOrder) {
     DeviceTree::SetAntennas({MakeUnusualAntenna(), AntennaData()});
     ASSERT_EQ(AntennaNodes().size(), 2U);
     const Node* const node = Tree::Instance()->GetNode(NodePath(0));
@@ -108,7 +109,7 @@ TEST_F(AntennaDataListTree, EachEntryIsWrittenAsANodeWithAllItsValuesInOrder) {
     for (const ITreeItem* const item : node->GetTreeItems()) {
         order.push_back(item->GetDescriptor());
     }
-    // Two values of the node are no field of an entry.
+    // Two values of the node are not fields of an entry.
     std::vector<const ValueDescriptor*> wanted{&g_vdAntChanged};
     for (const Field& field : Fields()) {
         wanted.push_back(&field.descriptor);
@@ -127,7 +128,7 @@ TEST_F(AntennaDataListTree, EachEntryIsWrittenAsANodeWithAllItsValuesInOrder) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AntennaDataListTree, MethodsAreWrittenByTheirFamilyNames) {
+TEST_F(AntennaDataListTreeTest, MethodsAreWrittenByTheirFamilyNames) {
     AntennaData antenna;
     antenna.dfMethods = {3, 1, 0, 99, 0xFFFFFFFFU, 1};
     antenna.dfAlgorithms = {u"VMR"_s}; // the codes count
@@ -144,7 +145,7 @@ TEST_F(AntennaDataListTree, MethodsAreWrittenByTheirFamilyNames) {
     EXPECT_EQ(Read().GetAntennaByIndex(0)->dfMethods, antenna.dfMethods);
 }
 
-TEST_F(AntennaDataListTree, NodesAreAppendedToThoseThatAreThere) {
+TEST_F(AntennaDataListTreeTest, NodesAreAppendedToThoseThatAreThere) {
     DeviceTree::SetAntennas({MakeAntenna(u"A"_s, {}, 1, 2)});
     AntennaDataList list;
     Append(list, MakeAntenna(u"C"_s, {}, 1, 2));
@@ -153,7 +154,7 @@ TEST_F(AntennaDataListTree, NodesAreAppendedToThoseThatAreThere) {
     EXPECT_EQ(NamesOf(Read()), (QStringList{u"A"_s, u"C"_s, u"B"_s}));
 }
 
-TEST_F(AntennaDataListTree, WithoutTheParentNodeEachEntryIsReportedAndNothingIsMade) {
+TEST_F(AntennaDataListTreeTest, WithoutTheParentNodeEachEntryIsReportedAndNothingIsMade) {
     AntennaDataList list;
     Append(list, MakeAntenna(u"A"_s, {}, 1, 2));
     Append(list, MakeAntenna(u"B"_s, {}, 1, 2));
@@ -184,7 +185,7 @@ TEST_F(AntennaDataListTree, WithoutTheParentNodeEachEntryIsReportedAndNothingIsM
 
 // --- reading ---
 
-TEST_F(AntennaDataListTree, WhatWasWrittenIsRead) {
+TEST_F(AntennaDataListTreeTest, WhatWasWrittenIsRead) {
     AntennaData plain = MakeAntenna(u"Plain"_s, {}, 1e6, 2e6);
     plain.handle = INT_MIN;
     plain.converterHandle = INT_MAX;
@@ -199,12 +200,12 @@ TEST_F(AntennaDataListTree, WhatWasWrittenIsRead) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AntennaDataListTree, EntriesStandInTheOrderOfTheNodes) {
+TEST_F(AntennaDataListTreeTest, EntriesAreInTheOrderOfTheNodes) {
     DeviceTree::SetAntennas({MakeAntenna(u"Z"_s, {}, 5, 6), MakeAntenna(u"A"_s, {}, 1, 2)});
     EXPECT_EQ(NamesOf(Read()), (QStringList{u"Z"_s, u"A"_s})); // reading does not sort
 }
 
-TEST_F(AntennaDataListTree, ChildrenOfOtherTypesAreIgnored) {
+TEST_F(AntennaDataListTreeTest, ChildrenOfOtherTypesAreIgnored) {
     Tree& tree = *Tree::Instance();
     tree.CreateNode(DeviceTree::Path() + u"/Ant"_s);
     tree.CreateNode(DeviceTree::Path() + u"/Other"_s, &g_vdNodeCfg);
@@ -218,7 +219,7 @@ TEST_F(AntennaDataListTree, ChildrenOfOtherTypesAreIgnored) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AntennaDataListTree, WithoutTheNodeTheListIsEmptied) {
+TEST_F(AntennaDataListTreeTest, WithoutTheNodeTheListIsEmptied) {
     AntennaDataList list;
     Append(list, MakeAntenna(u"A"_s, {}, 1, 2));
     EXPECT_EQ(list.UpdateAntennasFromValueTree(u"/DEVICES/Other"_s), 0);
@@ -230,7 +231,7 @@ TEST_F(AntennaDataListTree, WithoutTheNodeTheListIsEmptied) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AntennaDataListTree, EmptyPathMeansTheBasePath) {
+TEST_F(AntennaDataListTreeTest, EmptyPathMeansTheBasePath) {
     DeviceTree::SetAntennas({MakeAntenna(u"A"_s, {}, 1, 2)});
     AntennaDataList list(DeviceTree::Path(), {});
     EXPECT_EQ(list.ReadAntennasFromValueTree({}), 1);
@@ -245,7 +246,7 @@ TEST_F(AntennaDataListTree, EmptyPathMeansTheBasePath) {
     EXPECT_EQ(AntennaDataList().ReadAntennasFromValueTree({}), 0); // no base path, no node
 }
 
-TEST_F(AntennaDataListTree, MissingValueHasItsDefaultAndIsTraced) {
+TEST_F(AntennaDataListTreeTest, MissingValueHasItsDefaultAndIsTraced) {
     for (const Field& field : Fields()) {
         const QString name = field.descriptor.GetName();
         SCOPED_TRACE(name.toStdString());
@@ -255,9 +256,7 @@ TEST_F(AntennaDataListTree, MissingValueHasItsDefaultAndIsTraced) {
             DeviceTree::SetAntennas({MakeUnusualAntenna()});
             ASSERT_TRUE(Tree::Instance()->Remove(ValueOf(0, field.descriptor)));
             if (isThereWithAnotherType) {
-                auto other = std::make_unique<ValueTimeStamp>(5U);
-                other->SetName(name, nullptr);
-                ASSERT_TRUE(Tree::Instance()->InsertValue(NodePath(0), std::move(other)));
+                ASSERT_TRUE(InsertInTree<ValueTimeStamp>(NodePath(0) + u'/' + name, 5U));
             }
             trace.lines.clear();
             const AntennaDataList list = Read();
@@ -270,7 +269,7 @@ TEST_F(AntennaDataListTree, MissingValueHasItsDefaultAndIsTraced) {
     }
 }
 
-TEST_F(AntennaDataListTree, NodeWithoutValuesIsAnEntryOfDefaults) {
+TEST_F(AntennaDataListTreeTest, NodeWithoutValuesIsAnEntryOfDefaults) {
     Tree::Instance()->CreateNode(NodePath(0), &g_vdNodeAnt);
     const AntennaDataList list = Read();
     ASSERT_EQ(list.GetAntennas().size(), 1U);
@@ -278,7 +277,7 @@ TEST_F(AntennaDataListTree, NodeWithoutValuesIsAnEntryOfDefaults) {
     EXPECT_EQ(trace.lines.size(), static_cast<qsizetype>(Fields().size()));
 }
 
-TEST_F(AntennaDataListTree, AnyPolarisationSupportButZeroIsOne) {
+TEST_F(AntennaDataListTreeTest, AnyPolarisationSupportButZeroIsOne) {
     DeviceTree::SetAntennas({MakeAntenna(u"A"_s, {}, 1, 2)});
     AntennaDataList updated = Read();
     for (const int support : {1, 0, 2, -1, INT_MIN, 256}) {
@@ -291,7 +290,7 @@ TEST_F(AntennaDataListTree, AnyPolarisationSupportButZeroIsOne) {
 
 // --- updating ---
 
-TEST_F(AntennaDataListTree, UpdateTakesWhatCanBeEditedAndNothingElse) {
+TEST_F(AntennaDataListTreeTest, UpdateTakesWhatCanBeEditedAndNothingElse) {
     DeviceTree::SetAntennas({MakeUnusualAntenna()});
     AntennaData antenna = MakeAntenna(u"PX122 (A/P)"_s, u"RCV09"_s, 1e6, 30e6);
     antenna.handle = 77;
@@ -313,7 +312,7 @@ TEST_F(AntennaDataListTree, UpdateTakesWhatCanBeEditedAndNothingElse) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AntennaDataListTree, UpdateLeavesWhatTheNodeLacks) {
+TEST_F(AntennaDataListTreeTest, UpdateLeavesWhatTheNodeLacks) {
     for (const Field& field : Fields()) {
         if (!field.isEditable || &field.descriptor == &g_vdAntDfAlgorithm) {
             continue;
@@ -329,7 +328,7 @@ TEST_F(AntennaDataListTree, UpdateLeavesWhatTheNodeLacks) {
     }
 }
 
-TEST_F(AntennaDataListTree, NodesAndEntriesAreWalkedSideBySide) {
+TEST_F(AntennaDataListTreeTest, NodesAndEntriesAreWalkedSideBySide) {
     struct Case {
         const char* what;
         QStringList nodes;
@@ -375,7 +374,7 @@ TEST_F(AntennaDataListTree, NodesAndEntriesAreWalkedSideBySide) {
     }
 }
 
-TEST_F(AntennaDataListTree, NodeThatDoesNotMatchIsTraced) {
+TEST_F(AntennaDataListTreeTest, NodeThatDoesNotMatchIsTraced) {
     AntennaData antenna = MakeAntenna(u"PX%2 (A/P)"_s, {}, 1e6, 3.0000001e9);
     antenna.handle = 12;
     DeviceTree::SetAntennas({antenna});
@@ -392,7 +391,7 @@ TEST_F(AntennaDataListTree, NodeThatDoesNotMatchIsTraced) {
     EXPECT_EQ(trace.lines.size(), 1);
 }
 
-TEST_F(AntennaDataListTree, NameAndCoverageMustMatchExactly) {
+TEST_F(AntennaDataListTreeTest, NameAndCoverageMustMatchExactly) {
     const AntennaData entry = MakeAntenna(u"PX122"_s, {}, 1e6, 30e6);
     struct Case {
         const char* what;
@@ -418,7 +417,7 @@ TEST_F(AntennaDataListTree, NameAndCoverageMustMatchExactly) {
     }
 }
 
-TEST_F(AntennaDataListTree, NodeWithoutANameMatchesNoEntryThatHasOne) {
+TEST_F(AntennaDataListTreeTest, NodeWithoutANameMatchesNoEntryThatHasOne) {
     DeviceTree::SetAntennas({MakeAntenna(u"A"_s, {}, 1, 2)});
     AntennaDataList list = Read();
     ASSERT_TRUE(Tree::Instance()->Remove(ValueOf(0, g_vdAntName)));
@@ -429,7 +428,7 @@ TEST_F(AntennaDataListTree, NodeWithoutANameMatchesNoEntryThatHasOne) {
 
 // --- deleting ---
 
-TEST_F(AntennaDataListTree, DeletingTakesTheAntennasAndLeavesOtherChildren) {
+TEST_F(AntennaDataListTreeTest, DeletingTakesTheAntennasAndLeavesOtherChildren) {
     Tree& tree = *Tree::Instance();
     const qsizetype count = tree.GetValueCount();
     const auto othersBefore = tree.GetNode(DeviceTree::Path())->GetTreeItems();
@@ -443,7 +442,7 @@ TEST_F(AntennaDataListTree, DeletingTakesTheAntennasAndLeavesOtherChildren) {
     EXPECT_EQ(list.GetAntennas().size(), 3U); // the entries are another matter
 }
 
-TEST_F(AntennaDataListTree, DeletingTellsTheObserversOfTheNodes) {
+TEST_F(AntennaDataListTreeTest, DeletingNotifiesTheObserversOfTheNodes) {
     DeviceTree::SetAntennas({AntennaData()});
     CodeObserver observer;
     AntennaNodes().at(0)->AddObserver(&observer);
@@ -451,7 +450,7 @@ TEST_F(AntennaDataListTree, DeletingTellsTheObserversOfTheNodes) {
     EXPECT_EQ(observer.codes, std::vector{TChangeCode::NodeGoingAway});
 }
 
-TEST_F(AntennaDataListTree, ObserversMayDeleteAntennasMeanwhile) {
+TEST_F(AntennaDataListTreeTest, ObserversMayDeleteAntennasMeanwhile) {
     DeviceTree::SetAntennas({AntennaData(), AntennaData(), AntennaData()});
     FunctionObserver all([](Observable*, TChangeCode) {
         AntennaDataList().DeleteAllAntennasFromValueTree(DeviceTree::Path());
@@ -467,7 +466,7 @@ TEST_F(AntennaDataListTree, ObserversMayDeleteAntennasMeanwhile) {
     EXPECT_TRUE(AntennaNodes().empty());
 }
 
-TEST_F(AntennaDataListTree, AntennasThatObserversMakeMeanwhileStay) {
+TEST_F(AntennaDataListTreeTest, AntennasThatObserversMakeMeanwhileStay) {
     DeviceTree::SetAntennas({AntennaData()});
     FunctionObserver observer;
     observer.onUpdate = [&observer](Observable*, TChangeCode) {

@@ -1,9 +1,7 @@
 #include "tolmappstartup/appoptions.h"
 
-#include "kwbase/errorhandler.h"
 #include "support/printing.h"
-
-#include <QStringList>
+#include "support/tracelines.h"
 
 #include <gtest/gtest.h>
 
@@ -43,18 +41,16 @@ TEST(AppOptions, ValueIsReadAsBoolean) {
 }
 
 TEST(AppOptions, UnreadableValueGivesTheDefaultAndATraceLine) {
-    QStringList trace;
-    ErrorHandler::Instance().SetSink([&](const QString& line) { trace.append(line); });
+    TraceLines trace;
     for (const QString& text : {u"BAD=maybe"_s, u"BAD="_s, u"BAD=a=1"_s}) {
-        trace.clear();
+        trace.lines.clear();
         EXPECT_TRUE(AppOptions::SetOption(text));
         EXPECT_TRUE(AppOptions::IsExisting(u"BAD"_s));
         EXPECT_TRUE(AppOptions::GetBoolean(u"BAD"_s, true));
         EXPECT_FALSE(AppOptions::GetBoolean(u"BAD"_s, false));
-        EXPECT_EQ(trace.size(), 2);
-        EXPECT_TRUE(trace.value(0).contains(u"\"BAD\""));
+        EXPECT_EQ(trace.lines.size(), 2);
+        EXPECT_TRUE(trace.lines.value(0).contains(u"\"BAD\""));
     }
-    ErrorHandler::Instance().SetSink({});
 }
 
 TEST(AppOptions, TextWithoutANameIsRefused) {

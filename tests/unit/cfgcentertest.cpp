@@ -1,8 +1,10 @@
 #include "tolmappstartup/cfgcenter.h"
 
-#include "kwbase/errorhandler.h"
+#include "support/eventloop.h"
 #include "support/fulldisk.h"
 #include "support/printing.h"
+#include "support/sleepingthread.h"
+#include "support/tracelines.h"
 #include "tolmappstartup/cfgdefault.h"
 
 #include <QCoreApplication>
@@ -53,14 +55,8 @@ private:
 
 class CfgCenterTest : public testing::Test {
 public:
-    CfgCenterTest() {
-        ErrorHandler::Instance().SetSink([this](const QString& line) { m_trace.append(line); });
-        EXPECT_TRUE(m_directory.isValid());
-    }
-    ~CfgCenterTest() override {
-        CfgCenter::Close();
-        ErrorHandler::Instance().SetSink({});
-    }
+    CfgCenterTest() { EXPECT_TRUE(m_directory.isValid()); }
+    ~CfgCenterTest() override { CfgCenter::Close(); }
 
 protected:
     // As at the start of a program.
@@ -90,7 +86,7 @@ protected:
     }
 
     QTemporaryDir m_directory;
-    QStringList m_trace;
+    TraceLines m_trace;
 };
 
 // ---- Values
@@ -123,7 +119,7 @@ TEST_F(CfgCenterTest, ValuesAreThereInTheNextRun) {
     EXPECT_EQ(App().GetInt(u"Largest"_s, 0), std::numeric_limits<qint64>::max());
     EXPECT_TRUE(App().GetBool(u"On"_s, false));
     EXPECT_FALSE(App().GetBool(u"Off"_s, true));
-    EXPECT_EQ(m_trace, QStringList());
+    EXPECT_EQ(m_trace.lines, QStringList());
 }
 
 TEST_F(CfgCenterTest, EveryTextSurvivesTheFile) {
@@ -174,7 +170,7 @@ TEST_F(CfgCenterTest, EveryTextSurvivesTheFile) {
     for (qsizetype i = 0; i < texts.size(); ++i) {
         EXPECT_EQ(App().GetString(u"Texts/Text%1"_s.arg(i), u"(absent)"_s), texts[i]) << "text " << i;
     }
-    EXPECT_EQ(m_trace, QStringList());
+    EXPECT_EQ(m_trace.lines, QStringList());
 }
 
 TEST_F(CfgCenterTest, OnlyTextsThatNeedQuotesAreQuoted) {
@@ -210,7 +206,7 @@ Key=1
 )ini");
 }
 
-TEST_F(CfgCenterTest, ValueTypedByHandReadsAsTheTextThatStandsThere) {
+TEST_F(CfgCenterTest, ValueTypedByHandReadsAsTheTextThatIsThere) {
     struct Row {
         const char* line;
         QString text;
@@ -244,7 +240,7 @@ TEST_F(CfgCenterTest, ValueTypedByHandReadsAsTheTextThatStandsThere) {
         Open();
         EXPECT_EQ(App().GetString(u"Key"_s, u"(absent)"_s), row.text) << row.line;
     }
-    EXPECT_EQ(m_trace, QStringList());
+    EXPECT_EQ(m_trace.lines, QStringList());
 }
 
 TEST_F(CfgCenterTest, SectionsCommentsByteOrderMarkAndCarriageReturnsAreRead) {
@@ -265,7 +261,7 @@ TEST_F(CfgCenterTest, SectionsCommentsByteOrderMarkAndCarriageReturnsAreRead) {
     EXPECT_EQ(App().GetString(u"ZANStations/ZANStation0/DeviceAddress"_s, {}), u"10.0.0.7"_s);
     EXPECT_EQ(App().GetInt(u"ZANStations/ZANStation0/SystemConfiguration/AntennaCount"_s, 0), 4);
     EXPECT_EQ(App().GetInt(u"ZANStations/Later"_s, 0), 5);
-    EXPECT_EQ(m_trace, QStringList());
+    EXPECT_EQ(m_trace.lines, QStringList());
 }
 
 TEST_F(CfgCenterTest, BooleansAreReadInAnyCaseAndFromZeroAndOne) {
@@ -364,7 +360,16 @@ TEST_F(CfgCenterTest, NamesAreReadWithTheEscapesOfQSettingsAndKeepThem) {
               "[General]\nMine=9\n\n[%General]\nKey=1\n\n[a b%3d]\n50%=3\n\n[a b%3d/c]\ndé=2\n");
 }
 
-TEST_F(CfgCenterTest, NameThatCannotStandInAFileGivesNoSubConfigurationAndNoKey) {
+TEST_F(CfgCenterTest, OuterBlanksAndMarksOfANameStayEscaped) {
+    const QByteArray names = "%20a=1\n%U3000b=2\n%Ufeffc=3\n";
+    WriteFile(names);
+    Open();
+    App().SetInt(u"Mine"_s, 9);
+    App().CommitKey(u"Mine"_s);
+    EXPECT_EQ(ReadFile(), "[General]\n%20a=1\nMine=9\n%U3000b=2\n%Ufeffc=3\n");
+}
+
+TEST_F(CfgCenterTest, NameThatCannotBeInAFileGivesNoSubConfigurationAndNoKey) {
     Open();
     const QStringList names = {u""_s,
                                u"/"_s,
@@ -391,11 +396,11 @@ TEST_F(CfgCenterTest, NameThatCannotStandInAFileGivesNoSubConfigurationAndNoKey)
                                u"a"_s + QChar::Null,
                                QChar(QChar::ByteOrderMark) + u"a"_s};
     for (const QString& name : names) {
-        const qsizetype lines = m_trace.size();
+        const qsizetype lines = m_trace.lines.size();
         EXPECT_EQ(App().GetSubCfg(name), nullptr) << name.toStdString();
         App().SetString(name, u"x"_s);
         EXPECT_EQ(App().GetString(name, u"absent"_s), u"absent"_s) << name.toStdString();
-        EXPECT_EQ(m_trace.size(), lines + 2) << name.toStdString();
+        EXPECT_EQ(m_trace.lines.size(), lines + 2) << name.toStdString();
     }
     EXPECT_TRUE(CfgCenter::Close());
     EXPECT_EQ(Files(), QStringList());
@@ -482,14 +487,14 @@ TEST_F(CfgCenterTest, ConfigDirectoryIsMadeWhenItIsMissing) {
     EXPECT_EQ(ReadFile(u"station/config/Application.ini"_s), "[General]\nKey=1\n");
 }
 
-TEST_F(CfgCenterTest, ConfigDirectoryThatCannotBeHadIsRefusedWithAReason) {
+TEST_F(CfgCenterTest, ConfigDirectoryThatCannotBeUsedIsRefusedWithAReason) {
     WriteFile("", u"file"_s);
     for (const QString& directory :
          {QString(), Path(u"file"_s), Path(u"file/below"_s), QString(QChar::Null)}) {
         EXPECT_FALSE(CfgCenter::SetConfigDirectory(directory));
         EXPECT_TRUE(CfgCenter::GetLastError().contains(directory));
         EXPECT_TRUE(CfgCenter::GetLastError().contains(u"cannot be opened"));
-        EXPECT_TRUE(m_trace.last().contains(CfgCenter::GetLastError()));
+        EXPECT_TRUE(m_trace.lines.last().contains(CfgCenter::GetLastError()));
     }
 }
 
@@ -498,7 +503,7 @@ TEST_F(CfgCenterTest, WithoutADirectorySettingsLiveInMemoryAndThatIsSaidOnce) {
     App().SetInt(u"Other"_s, 2);
     EXPECT_EQ(App().GetInt(u"Key"_s, 0), 1);
     App().CommitKey(u"Key"_s);
-    EXPECT_EQ(m_trace.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
     EXPECT_TRUE(CfgCenter::GetLastError().contains(u"memory only"));
     EXPECT_EQ(CfgCenter::CreateCfg(u"Name"_s, ICfg::View::Outputs, {}), nullptr);
     EXPECT_TRUE(CfgCenter::GetLastError().contains(u"no configuration directory"));
@@ -518,11 +523,7 @@ TEST_F(CfgCenterTest, CommitSavesAtOnce) {
 TEST_F(CfgCenterTest, EventLoopSavesWhatWasNotCommitted) {
     Open();
     App().SetInt(u"Key"_s, 1);
-    QElapsedTimer timer;
-    timer.start();
-    while (!QFile::exists(Path()) && timer.elapsed() < 10000) {
-        QCoreApplication::processEvents();
-    }
+    EXPECT_TRUE(SpinUntil([this] { return QFile::exists(Path()); }));
     EXPECT_EQ(ReadFile(), "[General]\nKey=1\n");
 }
 
@@ -709,6 +710,17 @@ TEST_F(CfgCenterTest, WritingBackTakesAKeyThatNobodyAskedForAsItStoodInTheFile) 
     EXPECT_EQ(ReadFile(), "Key=2\n");
 }
 
+TEST_F(CfgCenterTest, LastOfSeveralTextsOfAKeyIsWrittenBack) {
+    WriteFile("Key=1\n");
+    Open();
+    {
+        const CfgWriteBack writeBack = App().BeginWriteBack();
+        App().SetInt(u"Key"_s, 2);
+        App().SetInt(u"Key"_s, 3);
+    }
+    EXPECT_EQ(ReadFile(), "[General]\nKey=3\n");
+}
+
 TEST_F(CfgCenterTest, AnotherSpellingIsNoChangeWhenWritingBack) {
     WriteFile("Flag=TRUE\nNumber=007\nText=48.10\nMine=48.10\n");
     Open();
@@ -804,7 +816,7 @@ TEST_F(CfgCenterTest, CommitWaitsForALockedFileOnceAndNotForLong) {
     lock.unlock();
     App().CommitKey({});
     EXPECT_EQ(ReadFile().count('\n'), 101);
-    EXPECT_EQ(m_trace, QStringList()) << "nothing is lost";
+    EXPECT_EQ(m_trace.lines, QStringList()) << "nothing is lost";
 }
 
 TEST_F(CfgCenterTest, EventLoopSavesWhatWasCommittedWhileTheFileWasLocked) {
@@ -815,11 +827,7 @@ TEST_F(CfgCenterTest, EventLoopSavesWhatWasCommittedWhileTheFileWasLocked) {
     App().CommitKey({});
     QCoreApplication::processEvents();
     lock.unlock();
-    QElapsedTimer timer;
-    timer.start();
-    while (!QFile::exists(Path()) && timer.elapsed() < 10000) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    EXPECT_TRUE(SpinUntil([this] { return QFile::exists(Path()); }));
     EXPECT_EQ(ReadFile(), "[General]\nKey=1\n");
 }
 
@@ -830,13 +838,14 @@ TEST_F(CfgCenterTest, CloseWaitsForALockedFile) {
     App().SetInt(u"Key"_s, 1);
     App().CommitKey({});
     std::thread other([&lock] {
+        // Longer than the second for which a commit waits: this is what Close has more of.
         std::this_thread::sleep_for(std::chrono::milliseconds(1500));
         lock.unlock();
     });
     EXPECT_TRUE(CfgCenter::Close());
     other.join();
     EXPECT_EQ(ReadFile(), "[General]\nKey=1\n");
-    EXPECT_EQ(m_trace, QStringList());
+    EXPECT_EQ(m_trace.lines, QStringList());
 }
 
 TEST_F(CfgCenterTest, CloseGivesUpAFileThatStaysLockedAndNamesTheKeysInOneLine) {
@@ -851,7 +860,7 @@ TEST_F(CfgCenterTest, CloseGivesUpAFileThatStaysLockedAndNamesTheKeysInOneLine) 
     EXPECT_FALSE(CfgCenter::Close());
     EXPECT_GE(timer.elapsed(), 9000);
     EXPECT_LT(timer.elapsed(), 30000);
-    EXPECT_EQ(m_trace.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
     EXPECT_TRUE(CfgCenter::GetLastError().startsWith(u"The settings file "_s + Path() +
                                                      u" could not be saved: it is locked by cfgcentertest "
                                                      u"(process "_s +
@@ -941,7 +950,7 @@ TEST_F(CfgCenterTest, DamagedLineIsReportedAndTheFileKeptBesideAndTheOtherLinesR
         const QByteArray content = "; heading\n" + row.line + "\n[Section]\nSecond=2\n";
         const QString name = u"row%1.ini"_s.arg(&row - rows.data());
         WriteFile(content, name);
-        m_trace.clear();
+        m_trace.lines.clear();
         Open();
         const CfgPtr pCfg(CfgCenter::CreateCfg(name.chopped(4), ICfg::View::Outputs, {}));
         const QString number = QString::number(2 + row.line.count('\n'));
@@ -949,8 +958,8 @@ TEST_F(CfgCenterTest, DamagedLineIsReportedAndTheFileKeptBesideAndTheOtherLinesR
                                  u' ' + row.reason + u"; it is kept as "_s + Path(name) +
                                  u".damaged-1. The other lines are used."_s;
         EXPECT_EQ(CfgCenter::GetLastError(), expected);
-        ASSERT_EQ(m_trace.size(), 1);
-        EXPECT_TRUE(m_trace[0].endsWith(expected));
+        ASSERT_EQ(m_trace.lines.size(), 1);
+        EXPECT_TRUE(m_trace.lines[0].endsWith(expected));
         EXPECT_EQ(ReadFile(name), content);
         EXPECT_EQ(ReadFile(name + u".damaged-1"_s), content);
         EXPECT_EQ(pCfg->GetInt(u"Section/Second"_s, 0), 2);
@@ -1083,7 +1092,7 @@ TEST_F(CfgCenterTest, ValueOfTheWrongTypeGivesTheDefaultAndIsReportedOnceWithKey
         {u"Flag"_s, u"maybe"_s, false},  {u"Two"_s, u"2"_s, false}};
     for (const Row& row : rows) {
         SCOPED_TRACE(row.key.toStdString());
-        m_trace.clear();
+        m_trace.lines.clear();
         for (int i = 0; i < 3; ++i) {
             if (row.isNumber) {
                 EXPECT_EQ(pCfg->GetInt(row.key, 42), 42);
@@ -1097,7 +1106,7 @@ TEST_F(CfgCenterTest, ValueOfTheWrongTypeGivesTheDefaultAndIsReportedOnceWithKey
                   u"The settings file "_s + Path() + u" holds \""_s + row.text + u"\" under the key \"S/"_s +
                       row.key + u"\", which is not "_s + (row.isNumber ? u"an integer"_s : u"a boolean"_s) +
                       u"; the default is used."_s);
-        EXPECT_EQ(m_trace.size(), 1);
+        EXPECT_EQ(m_trace.lines.size(), 1);
         EXPECT_EQ(pCfg->GetString(row.key, u"absent"_s), row.text);
     }
     EXPECT_EQ(Files().size(), 1);
@@ -1106,11 +1115,11 @@ TEST_F(CfgCenterTest, ValueOfTheWrongTypeGivesTheDefaultAndIsReportedOnceWithKey
 TEST_F(CfgCenterTest, ValueOfTheWrongTypeIsReportedAgainWhenItIsAnotherOne) {
     Open();
     for (const QString& text : {u"a"_s, u"b"_s, u"a"_s}) {
-        m_trace.clear();
+        m_trace.lines.clear();
         App().SetString(u"Key"_s, text);
         EXPECT_EQ(App().GetInt(u"Key"_s, 1), 1);
         EXPECT_EQ(App().GetInt(u"Key"_s, 1), 1);
-        EXPECT_EQ(m_trace.size(), 1);
+        EXPECT_EQ(m_trace.lines.size(), 1);
     }
 }
 
@@ -1150,15 +1159,30 @@ TEST_F(CfgCenterTest, ReadOnlyPlaceIsReportedOnceAndTheNextCommitTriesAgain) {
         App().SetInt(u"Other"_s, 3);
         App().CommitKey(u"Other"_s);
         QCoreApplication::processEvents();
-        EXPECT_EQ(m_trace.size(), 1) << "one line, not one for each try";
+        EXPECT_EQ(m_trace.lines.size(), 1) << "one line, not one for each try";
         EXPECT_EQ(App().GetInt(u"Key"_s, 0), 2);
     }
     EXPECT_EQ(ReadFile(), "Key=1\n");
     chmod(QFile::encodeName(m_directory.path()).constData(), 0755);
     chmod(QFile::encodeName(Path()).constData(), 0644);
     App().CommitKey(u"Key"_s);
-    EXPECT_EQ(m_trace.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
     EXPECT_EQ(ReadFile(), "[General]\nKey=2\nOther=3\n");
+}
+
+TEST_F(CfgCenterTest, NameOfTheNewFileThatIsTakenIsReportedAndTheOldFileStays) {
+    WriteFile("Key=1\n");
+    const QString inTheWay = Path(u"Application.ini.saving"_s);
+    ASSERT_TRUE(QDir().mkdir(inTheWay));
+    Open();
+    App().SetInt(u"Key"_s, 2);
+    App().CommitKey(u"Key"_s);
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(
+        u"could not be saved: the file or its folder cannot be written (read-only, or the disk is full)"));
+    EXPECT_EQ(ReadFile(), "Key=1\n");
+    ASSERT_TRUE(QDir().rmdir(inTheWay));
+    App().CommitKey(u"Key"_s);
+    EXPECT_EQ(ReadFile(), "[General]\nKey=2\n");
 }
 
 TEST_F(CfgCenterTest, FailedSaveFromTheEventLoopIsReported) {
@@ -1166,11 +1190,7 @@ TEST_F(CfgCenterTest, FailedSaveFromTheEventLoopIsReported) {
     Open();
     const FullDisk disk(3);
     App().SetInt(u"Key"_s, 2);
-    QElapsedTimer timer;
-    timer.start();
-    while (m_trace.isEmpty() && timer.elapsed() < 10000) {
-        QCoreApplication::processEvents();
-    }
+    EXPECT_TRUE(SpinUntil([this] { return !m_trace.lines.isEmpty(); }));
     EXPECT_TRUE(CfgCenter::GetLastError().contains(u"could not be saved"));
     EXPECT_EQ(ReadFile(), "Key=1\n");
 }
@@ -1178,7 +1198,7 @@ TEST_F(CfgCenterTest, FailedSaveFromTheEventLoopIsReported) {
 TEST_F(CfgCenterTest, FullDiskLeavesTheOldFileWholeAndTheNextCommitTriesAgain) {
     for (const qsizetype size : {1000, 100000}) {
         SCOPED_TRACE(size);
-        m_trace.clear();
+        m_trace.lines.clear();
         Open();
         App().SetString(u"Key"_s, QString(size, u'a'));
         App().CommitKey(u"Key"_s);
@@ -1189,14 +1209,14 @@ TEST_F(CfgCenterTest, FullDiskLeavesTheOldFileWholeAndTheNextCommitTriesAgain) {
             const FullDisk disk(size);
             App().CommitKey(u"Key"_s);
         }
-        EXPECT_EQ(m_trace.size(), 1);
+        EXPECT_EQ(m_trace.lines.size(), 1);
         EXPECT_TRUE(
             CfgCenter::GetLastError().contains(u"could not be saved: the disk did not take all of it"));
         EXPECT_EQ(ReadFile(), old);
         EXPECT_EQ(Files(), QStringList(u"Application.ini"_s));
         EXPECT_EQ(App().GetString(u"Key"_s, {}), QString(size + 10, u'b'));
         App().CommitKey(u"Key"_s);
-        EXPECT_EQ(m_trace.size(), 1);
+        EXPECT_EQ(m_trace.lines.size(), 1);
         EXPECT_EQ(ReadFile(), "[General]\nKey=" + QByteArray(size + 10, 'b') + "\n");
     }
 }
@@ -1220,16 +1240,16 @@ TEST_F(CfgCenterTest, FailureIsReportedAgainWhenItHasAnotherReasonOrCameBack) {
     {
         const FullDisk disk(1000);
         Open();
-        m_trace.clear();
+        m_trace.lines.clear();
         App().SetInt(u"New"_s, 2);
         App().CommitKey(u"New"_s);
         App().CommitKey(u"New"_s);
-        EXPECT_EQ(m_trace.size(), 1);
-        EXPECT_TRUE(m_trace.last().contains(u"could not be saved: a copy of it cannot be kept"));
+        EXPECT_EQ(m_trace.lines.size(), 1);
+        EXPECT_TRUE(m_trace.lines.last().contains(u"could not be saved: a copy of it cannot be kept"));
         WriteFile("Good=2\n");
     }
     App().CommitKey(u"New"_s);
-    EXPECT_EQ(m_trace.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
     for (int round = 1; round <= 2; ++round) {
         {
             const FullDisk disk(100);
@@ -1237,8 +1257,8 @@ TEST_F(CfgCenterTest, FailureIsReportedAgainWhenItHasAnotherReasonOrCameBack) {
             App().CommitKey(u"New"_s);
             App().CommitKey(u"New"_s);
         }
-        EXPECT_EQ(m_trace.size(), 1 + round);
-        EXPECT_TRUE(m_trace.last().contains(u"could not be saved: the disk did not take all of it"));
+        EXPECT_EQ(m_trace.lines.size(), 1 + round);
+        EXPECT_TRUE(m_trace.lines.last().contains(u"could not be saved: the disk did not take all of it"));
         App().CommitKey(u"New"_s);
     }
 }
@@ -1294,7 +1314,7 @@ TEST_F(CfgCenterTest, LargestFileIsReadAndALargerOneIsRefusedAndStays) {
     write(CfgCenter::MAX_FILE_SIZE);
     Open();
     EXPECT_EQ(App().GetString(u"Key"_s, {}).size(), CfgCenter::MAX_FILE_SIZE - 14);
-    EXPECT_EQ(m_trace, QStringList());
+    EXPECT_EQ(m_trace.lines, QStringList());
     write(CfgCenter::MAX_FILE_SIZE + 1);
     Open();
     EXPECT_TRUE(CfgCenter::GetLastError().contains(Path() + u" cannot be read (it is larger than 8 MiB)"_s));
@@ -1333,10 +1353,10 @@ TEST_F(CfgCenterTest, FileThatAnEditorIsWritingIsWaitedFor) {
     EXPECT_EQ(App().GetInt(u"Theirs"_s, 0), 1);
     QFile editor(Path());
     ASSERT_TRUE(editor.open(QFile::WriteOnly | QFile::Truncate | QFile::Unbuffered));
-    std::thread saving([&editor] {
+    std::thread saving([&editor, saver = gettid()] {
         for (const QByteArray& part :
              {QByteArray("[General]\nKe"), QByteArray("y=1\nThei"), QByteArray("rs=2\n")}) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            EXPECT_TRUE(AwaitSleep(saver));
             editor.write(part);
         }
         editor.close();
@@ -1357,7 +1377,7 @@ TEST_F(CfgCenterTest, FileThatSomebodyGoesOnWritingIsLeftAloneAndSavedLater) {
     App().CommitKey({});
     EXPECT_EQ(ReadFile(), "");
     EXPECT_EQ(App().GetInt(u"Key"_s, 0), 1) << "what was read stays in force";
-    EXPECT_EQ(m_trace, QStringList()) << "it is too early to complain";
+    EXPECT_EQ(m_trace.lines, QStringList()) << "it is too early to complain";
     QElapsedTimer timer;
     timer.start();
     App().CommitKey({});
@@ -1381,7 +1401,7 @@ TEST_F(CfgCenterTest, KeysAreNamedThatAreLostBecauseSomebodyGoesOnWritingTheFile
                                            u"file is unchanged; the new values of Mine are lost"));
 }
 
-TEST_F(CfgCenterTest, FileThatIsOpenForWritingAtTheStartIsReadAsItStands) {
+TEST_F(CfgCenterTest, FileThatIsOpenForWritingAtTheStartIsReadAsItIs) {
     WriteFile("[General]\nKey=1\n");
     QFile other(Path());
     ASSERT_TRUE(other.open(QFile::ReadWrite));
@@ -1407,8 +1427,8 @@ TEST_F(CfgCenterTest, FileThatAnEditorHasMovedAwayToSaveANewOneIsWaitedFor) {
     WriteFile("[General]\nKey=1\nTheirs=1\n");
     Open();
     ASSERT_TRUE(QFile::rename(Path(), Path(u"Application.ini~"_s)));
-    std::thread saving([this] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::thread saving([this, saver = gettid()] {
+        EXPECT_TRUE(AwaitSleep(saver));
         WriteFile("[General]\nKey=1\nTheirs=2\n", u"new"_s);
         ASSERT_TRUE(QFile::rename(Path(u"new"_s), Path()));
     });
@@ -1498,7 +1518,7 @@ TEST_F(CfgCenterTest, FileStaysItsOwnersWithItsPermissions) {
     EXPECT_EQ(status.st_mode & 07777, 0640U);
 }
 
-TEST_F(CfgCenterTest, SectionsAreListedWhateverCharactersStandBesideTheSlash) {
+TEST_F(CfgCenterTest, SectionsAreListedWhateverCharactersAreBesideTheSlash) {
     Open();
     for (const QString& key :
          {u"A"_s, u"A!/K"_s, u"A-b"_s, u"A/K"_s, u"A/S/K"_s, u"A/S/L"_s, u"A/S0"_s, u"A0/K"_s, u"B"_s}) {

@@ -38,6 +38,12 @@ TEST(ChannelReader, LineOfAnyLengthIsOneRow) {
     }
 }
 
+TEST(ChannelReader, ByteOrderMarkIsNoPartOfTheHeader) {
+    const ChannelReader reader = Read("\xEF\xBB\xBFname,frequency_mhz\nTower,121.5\n");
+    ASSERT_EQ(reader.GetChannels().size(), 1U);
+    EXPECT_EQ(reader.GetChannels().front().name, u"Tower"_s);
+}
+
 TEST(ChannelReader, LastLineThatIsTooLongIsOneBadRow) {
     const ChannelReader reader = Read("name,frequency_mhz\n" + QByteArray(200000, 'x'));
     EXPECT_TRUE(reader.GetChannels().empty());

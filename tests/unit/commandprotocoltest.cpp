@@ -22,7 +22,7 @@ namespace {
 
 const char* const BANNER = " >>>>>>>>>> PROTOCOL FILE REACHED MAXIMUM SIZE - THIS IS A CONTINUATION FILE\n\n";
 
-/// A clock that goes on when it is told to.
+/// A clock that goes on when the test says so.
 class DrivenClock : public ITolmOS {
 public:
     DrivenClock() { TolmOS::Replace(this); }
@@ -38,7 +38,7 @@ public:
 };
 
 /// Runs in a directory of its own, where the log is kept.
-class CommandLog : public testing::Test {
+class CommandProtocolTest : public testing::Test {
 protected:
     void SetUp() override {
         qputenv("TZ", "UTC-1"); // an hour ahead, so that local time and UTC differ
@@ -73,14 +73,14 @@ CommandProtocol MakeLog() {
 
 } // namespace
 
-TEST_F(CommandLog, NothingIsOpenedBeforeItIsInitialised) {
+TEST_F(CommandProtocolTest, NothingIsOpenedBeforeItIsInitialised) {
     CommandProtocol log = MakeLog();
     EXPECT_FALSE(log.Add(u"early"_s));
     EXPECT_EQ(log.GetLastError(), u"CommandProtocol::Add: m_pCurrentFile == NULL"_s);
     EXPECT_TRUE(QDir(m_directory.path()).isEmpty());
 }
 
-TEST_F(CommandLog, StartMovesThePreviousLogIntoABackupAndWritesAHeader) {
+TEST_F(CommandProtocolTest, StartMovesThePreviousLogIntoABackupAndWritesAHeader) {
     Write(LOG, "from the last run\n");
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init()) << log.GetLastError().toStdString();
@@ -90,14 +90,14 @@ TEST_F(CommandLog, StartMovesThePreviousLogIntoABackupAndWritesAHeader) {
     EXPECT_EQ(Read(Backups().constFirst()), QByteArray("from the last run\n"));
 }
 
-TEST_F(CommandLog, FirstStartMovesAnEmptyLogIntoABackupToo) {
+TEST_F(CommandProtocolTest, FirstStartMovesAnEmptyLogIntoABackupToo) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     ASSERT_EQ(Backups().size(), 1);
     EXPECT_EQ(Read(Backups().constFirst()), QByteArray());
 }
 
-TEST_F(CommandLog, LinesCarryTheLocalTimeOfDayAndAreOnDiskAtOnce) {
+TEST_F(CommandProtocolTest, LinesCarryTheLocalTimeOfDayAndAreOnDiskAtOnce) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     m_clock.now += 3600000 - 7;
@@ -108,7 +108,7 @@ TEST_F(CommandLog, LinesCarryTheLocalTimeOfDayAndAreOnDiskAtOnce) {
     EXPECT_TRUE(Read(LOG).endsWith("00:17:51:000:\t\n00:17:51:000:\ta %1 %2 b\n"));
 }
 
-TEST_F(CommandLog, FileNamesAreCleanedOfWhatTheyMustNotHold) {
+TEST_F(CommandProtocolTest, FileNamesAreCleanedOfWhatTheyMustNotHold) {
     CommandProtocol log(u"a:b*c\"d?e<f"_s, {});
     ASSERT_TRUE(log.Init());
     EXPECT_EQ(Read(u"commandlog-a_b_c_d?e<f.txt"_s),
@@ -116,7 +116,7 @@ TEST_F(CommandLog, FileNamesAreCleanedOfWhatTheyMustNotHold) {
     EXPECT_EQ(Backups(), QStringList{u"commandlog-a_b_c_d?e<f.txt-2026-11-15_22-17-51-7.bak"_s});
 }
 
-TEST_F(CommandLog, NewAddressCountsForTheFileFromTheNextStartOn) {
+TEST_F(CommandProtocolTest, NewAddressCountsForTheFileFromTheNextStartOn) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     log.SetDeviceAddress(u"10.0.0.2"_s);
@@ -128,7 +128,7 @@ TEST_F(CommandLog, NewAddressCountsForTheFileFromTheNextStartOn) {
               QByteArray("23:17:51:008:\tDF-Address: 10.0.0.2\tStation 7\n\n"));
 }
 
-TEST_F(CommandLog, LogIsRolledOverWhenItIsLargerThanItsLimitAndNotBefore) {
+TEST_F(CommandProtocolTest, LogIsRolledOverWhenItIsLargerThanItsLimitAndNotBefore) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     log.SetMaxBytes(static_cast<unsigned long>(HEADER.size()));
@@ -145,7 +145,7 @@ TEST_F(CommandLog, LogIsRolledOverWhenItIsLargerThanItsLimitAndNotBefore) {
                              "23:17:51:008:\tbeyond it\n");
 }
 
-TEST_F(CommandLog, LogThatAnotherProgramCutShortIsNotRolledOver) {
+TEST_F(CommandProtocolTest, LogThatAnotherProgramCutShortIsNotRolledOver) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     log.SetMaxBytes(200);
@@ -157,7 +157,7 @@ TEST_F(CommandLog, LogThatAnotherProgramCutShortIsNotRolledOver) {
     EXPECT_EQ(Backups().size(), 1) << "the one of the start";
 }
 
-TEST_F(CommandLog, LogThatAnotherProgramMadeLongerIsRolledOver) {
+TEST_F(CommandProtocolTest, LogThatAnotherProgramMadeLongerIsRolledOver) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     log.SetMaxBytes(200);
@@ -167,7 +167,7 @@ TEST_F(CommandLog, LogThatAnotherProgramMadeLongerIsRolledOver) {
     EXPECT_EQ(Backups().size(), 2);
 }
 
-TEST_F(CommandLog, DirectoryAndArchiveOfTheLogsHavePublicNames) {
+TEST_F(CommandProtocolTest, DirectoryAndArchiveOfTheLogsHavePublicNames) {
     const QString directory = CommandProtocol::LOG_DIRECTORY;
     const QString archive = CommandProtocol::ARCHIVE_NAME;
     EXPECT_EQ(directory, u"ZANControl"_s);
@@ -177,7 +177,7 @@ TEST_F(CommandLog, DirectoryAndArchiveOfTheLogsHavePublicNames) {
     EXPECT_TRUE(QFile::exists(directory + u'/' + LOG));
 }
 
-TEST_F(CommandLog, LimitIsTwentyMillionBytesUnlessSetOtherwise) {
+TEST_F(CommandProtocolTest, LimitIsTwentyMillionBytesUnlessSetOtherwise) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     const qsizetype frame = HEADER.size() + qsizetype(sizeof("23:17:51:007:\t\n") - 1);
@@ -190,7 +190,7 @@ TEST_F(CommandLog, LimitIsTwentyMillionBytesUnlessSetOtherwise) {
     EXPECT_EQ(Backups().size(), 2);
 }
 
-TEST_F(CommandLog, NoAcceptedLineIsLostOverThirtyRollOvers) {
+TEST_F(CommandProtocolTest, NoAcceptedLineIsLostOverThirtyRollOvers) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     log.SetMaxBytes(2000);
@@ -227,7 +227,7 @@ TEST_F(CommandLog, NoAcceptedLineIsLostOverThirtyRollOvers) {
     EXPECT_EQ(read, written);
 }
 
-TEST_F(CommandLog, OneBackupIsRemovedForEachOneMadeHoweverManyThereAre) {
+TEST_F(CommandProtocolTest, OneBackupIsRemovedForEachOneMadeHoweverManyThereAre) {
     for (int i = 0; i < 25; ++i) {
         Write(u"old%1.bak"_s.arg(i, 2, 10, QChar(u'0')), "x");
         QFile file(u"ZANControl/old%1.bak"_s.arg(i, 2, 10, QChar(u'0')));
@@ -245,7 +245,7 @@ TEST_F(CommandLog, OneBackupIsRemovedForEachOneMadeHoweverManyThereAre) {
                                        "CommandProtocol: Going to delete the oldest backup file."_s});
 }
 
-TEST_F(CommandLog, TwentyBackupsStayAndNineteenAreLeftAlone) {
+TEST_F(CommandProtocolTest, TwentyBackupsStayAndNineteenAreLeftAlone) {
     for (int i = 0; i < 19; ++i) {
         Write(u"old%1.bak"_s.arg(i), "x");
     }
@@ -257,7 +257,7 @@ TEST_F(CommandLog, TwentyBackupsStayAndNineteenAreLeftAlone) {
     EXPECT_EQ(Backups().size(), 20);
 }
 
-TEST_F(CommandLog, OfBackupsOfTheSameTimeTheFirstByNameIsTheOldest) {
+TEST_F(CommandProtocolTest, OfBackupsOfTheSameTimeTheFirstByNameIsTheOldest) {
     for (int i = 0; i < 20; ++i) {
         const QString name = u"%1.bak"_s.arg(QChar(u'a' + (i * 7) % 20));
         Write(name, "x");
@@ -272,7 +272,7 @@ TEST_F(CommandLog, OfBackupsOfTheSameTimeTheFirstByNameIsTheOldest) {
     EXPECT_TRUE(Backups().contains(u"t.bak"_s));
 }
 
-TEST_F(CommandLog, TwoDevicesShareTheDirectoryAndItsBackups) {
+TEST_F(CommandProtocolTest, TwoDevicesShareTheDirectoryAndItsBackups) {
     CommandProtocol first(u"one"_s, {});
     CommandProtocol second(u"two"_s, {});
     ASSERT_TRUE(first.Init() && second.Init());
@@ -287,7 +287,7 @@ TEST_F(CommandLog, TwoDevicesShareTheDirectoryAndItsBackups) {
     EXPECT_TRUE(Read(u"commandlog-two.txt"_s).endsWith("\t29\n"));
 }
 
-TEST_F(CommandLog, BackupOfTheSameNameIsReplaced) {
+TEST_F(CommandProtocolTest, BackupOfTheSameNameIsReplaced) {
     Write(LOG + u"-2026-11-15_22-17-51-7.bak"_s, "earlier");
     Write(LOG, "later");
     CommandProtocol log = MakeLog();
@@ -295,7 +295,7 @@ TEST_F(CommandLog, BackupOfTheSameNameIsReplaced) {
     EXPECT_EQ(Read(LOG + u"-2026-11-15_22-17-51-7.bak"_s), QByteArray("later"));
 }
 
-TEST_F(CommandLog, XmlIsIndentedByFourBlanksALevel) {
+TEST_F(CommandProtocolTest, XmlIsIndentedByFourBlanksALevel) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     EXPECT_TRUE(log.Add(u"<?xml version=\"1.0\"?><Command><Set Id=\"1\"><Value>5</Value></Set></Command>"_s));
@@ -308,7 +308,7 @@ TEST_F(CommandLog, XmlIsIndentedByFourBlanksALevel) {
                                            "</Command>\n\n"));
 }
 
-TEST_F(CommandLog, WhatIsNoXmlIsWrittenAsItStands) {
+TEST_F(CommandProtocolTest, WhatIsNoXmlIsWrittenAsItIs) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     const QString texts[] = {
@@ -348,7 +348,7 @@ QByteArray OfSize(qsizetype bytes, const QByteArray& start, const QByteArray& pa
 
 } // namespace
 
-TEST_F(CommandLog, XmlIsIndentedUpToAHundredLevelsAndWrittenAsItCameBeyondThem) {
+TEST_F(CommandProtocolTest, XmlIsIndentedUpToAHundredLevelsAndWrittenAsItCameBeyondThem) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     EXPECT_TRUE(log.Add(QString::fromLatin1(Nested(100))));
@@ -364,7 +364,7 @@ TEST_F(CommandLog, XmlIsIndentedUpToAHundredLevelsAndWrittenAsItCameBeyondThem) 
     }
 }
 
-TEST_F(CommandLog, XmlIsIndentedUpToASizeAndWrittenAsItCameBeyondIt) {
+TEST_F(CommandProtocolTest, XmlIsIndentedUpToASizeAndWrittenAsItCameBeyondIt) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     log.SetMaxBytes(4000000000UL);
@@ -383,7 +383,7 @@ TEST_F(CommandLog, XmlIsIndentedUpToASizeAndWrittenAsItCameBeyondIt) {
     }
 }
 
-TEST_F(CommandLog, XmlThatTakesLongToReadIsWrittenAsItCame) {
+TEST_F(CommandProtocolTest, XmlThatTakesLongToReadIsWrittenAsItCame) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     const auto withAttributes = [](int count) {
@@ -412,7 +412,7 @@ TEST_F(CommandLog, XmlThatTakesLongToReadIsWrittenAsItCame) {
     }
 }
 
-TEST_F(CommandLog, EqualsSignsCountAsAttributesOnlyWhereAttributesStand) {
+TEST_F(CommandProtocolTest, EqualsSignsCountAsAttributesOnlyWhereAttributesAre) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     const QByteArray signs = QByteArray("a=1;").repeated(300);
@@ -439,7 +439,7 @@ TEST_F(CommandLog, EqualsSignsCountAsAttributesOnlyWhereAttributesStand) {
     }
 }
 
-TEST_F(CommandLog, XmlInAnEncodingThatIsNotLikeAsciiIsWrittenAsItCame) {
+TEST_F(CommandProtocolTest, XmlInAnEncodingThatIsNotLikeAsciiIsWrittenAsItCame) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     const auto declared = [](const QByteArray& encoding) {
@@ -457,14 +457,14 @@ TEST_F(CommandLog, XmlInAnEncodingThatIsNotLikeAsciiIsWrittenAsItCame) {
     }
 }
 
-TEST_F(CommandLog, TextIsWrittenWithEightBitsACharacter) {
+TEST_F(CommandProtocolTest, TextIsWrittenWithEightBitsACharacter) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     EXPECT_TRUE(log.Add(u"Gerät \u20AC\tEnde\nneue Zeile"_s));
     EXPECT_TRUE(Read(LOG).endsWith("\tGer\xE4t ?\tEnde\nneue Zeile\n"));
 }
 
-TEST_F(CommandLog, DirectoryThatCannotBeMadeIsTold) {
+TEST_F(CommandProtocolTest, DirectoryThatCannotBeMadeIsReported) {
     QFile file(u"ZANControl"_s); // a file has its name
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     CommandProtocol log = MakeLog();
@@ -476,13 +476,13 @@ TEST_F(CommandLog, DirectoryThatCannotBeMadeIsTold) {
               u"CommandProtocol: Writing commandfile ZANControl/commandlog-10.0.0.1_5555.txt failed."_s);
 }
 
-TEST_F(CommandLog, AddressThatLeadsOutOfTheDirectoryOpensNothing) {
+TEST_F(CommandProtocolTest, AddressThatLeadsOutOfTheDirectoryOpensNothing) {
     CommandProtocol log(u"../../outside"_s, {});
     EXPECT_FALSE(log.Init());
     EXPECT_FALSE(QFile::exists(m_directory.path() + u"/../outside.txt"_s));
 }
 
-TEST_F(CommandLog, RenameThatFailsLeavesTheLogClosed) {
+TEST_F(CommandProtocolTest, RenameThatFailsLeavesTheLogClosed) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     log.SetMaxBytes(1);
@@ -501,7 +501,7 @@ TEST_F(CommandLog, RenameThatFailsLeavesTheLogClosed) {
     EXPECT_TRUE(log.Init()) << "a new start works where the name is free";
 }
 
-TEST_F(CommandLog, LogThatSomebodyRemovedCannotBecomeABackup) {
+TEST_F(CommandProtocolTest, LogThatSomebodyRemovedCannotBecomeABackup) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     log.SetMaxBytes(1);
@@ -511,7 +511,7 @@ TEST_F(CommandLog, LogThatSomebodyRemovedCannotBecomeABackup) {
               u"CommandProtocol::BackupFile: file <ZANControl/"_s + LOG + u"> does not exist."_s);
 }
 
-TEST_F(CommandLog, EachLineHasItsTimeToTheMillisecond) {
+TEST_F(CommandProtocolTest, EachLineHasItsTimeToTheMillisecond) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     m_clock.now += 980; // 51.987
@@ -521,7 +521,7 @@ TEST_F(CommandLog, EachLineHasItsTimeToTheMillisecond) {
     EXPECT_EQ(Read(LOG), HEADER + "23:17:51:987:\tin the same second\n23:17:52:000:\tin the next\n");
 }
 
-TEST_F(CommandLog, LineThatDoesNotFitOnTheDiskIsRefusedWhole) {
+TEST_F(CommandProtocolTest, LineThatDoesNotFitOnTheDiskIsRefusedWhole) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     ASSERT_TRUE(log.Add(u"fits"_s));
@@ -537,7 +537,7 @@ TEST_F(CommandLog, LineThatDoesNotFitOnTheDiskIsRefusedWhole) {
     EXPECT_EQ(Read(LOG), before + "23:17:51:007:\tfits again\n");
 }
 
-TEST_F(CommandLog, HalfALineIsTakenBackFromALogThatAnotherProgramCutShort) {
+TEST_F(CommandProtocolTest, HalfALineIsTakenBackFromALogThatAnotherProgramCutShort) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     ASSERT_TRUE(QFile::resize(u"ZANControl/"_s + LOG, 10));
@@ -548,7 +548,7 @@ TEST_F(CommandLog, HalfALineIsTakenBackFromALogThatAnotherProgramCutShort) {
     EXPECT_EQ(Read(LOG), HEADER.first(10));
 }
 
-TEST_F(CommandLog, CopyWritesIntoTheSameFile) {
+TEST_F(CommandProtocolTest, CopyWritesIntoTheSameFile) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());
     {
@@ -559,7 +559,7 @@ TEST_F(CommandLog, CopyWritesIntoTheSameFile) {
     EXPECT_EQ(Read(LOG), HEADER + "23:17:51:007:\tfrom the copy\n");
 }
 
-TEST_F(CommandLog, IsAMessageStore) {
+TEST_F(CommandProtocolTest, IsAMessageStore) {
     const std::unique_ptr<IMessageStore> store = std::make_unique<CommandProtocol>(u"x"_s, QString());
     EXPECT_NE(dynamic_cast<CommandProtocol*>(store.get()), nullptr);
 }

@@ -1,8 +1,8 @@
 #include "zancommon/connectionspeedfilter.h"
 
+#include "support/bearings.h"
 #include "support/printing.h"
-#include "valueframework/tree.h"
-#include "zancommon/bearing.h"
+#include "support/treevalues.h"
 
 #include <gtest/gtest.h>
 
@@ -18,27 +18,14 @@ namespace {
 
 constexpr qint16 UNUSABLE = -4000;
 
-template <class T = ValueInt, class... Content>
-T* Insert(const QString& name, Content... content) {
-    auto value = std::make_unique<T>(content...);
-    value->SetName(name, nullptr);
-    return dynamic_cast<T*>(Tree::Instance()->InsertValue(u"/Test"_s, std::move(value)));
-}
-
 std::vector<Bearing> RandomBearings(std::size_t count) {
     std::mt19937 random(static_cast<unsigned>(count));
-    const auto any = [&random] { return static_cast<quint16>(random()); };
-    const auto anySigned = [&random] { return static_cast<qint16>(random()); };
     std::vector<Bearing> bearings(count);
     for (Bearing& bearing : bearings) {
-        bearing = {.channel = any(),
-                   .azimuth = any(),
-                   .elevation = anySigned(),
-                   .level = anySigned(),
-                   .marker = anySigned(),
-                   .azimuthSpread = any(),
-                   .averageCount = any(),
-                   .quality = random() % 2 == 0 ? quint16{0} : any()};
+        bearing = RandomBearing(random);
+        if (random() % 2 == 0) {
+            bearing.quality = 0;
+        }
     }
     return bearings;
 }
@@ -57,7 +44,7 @@ protected:
     void SetUp() override { Tree::Instance()->Clear(); }
 
     void BindSpeed(int speed) {
-        Insert(u"Speed"_s, speed);
+        InsertInTree<ValueInt>(u"/Test/Speed"_s, speed);
         m_filter.SetConnectionSpeedValuePath(u"/Test/Speed"_s);
     }
     /// Whether a block with a rejected bearing is marked.
@@ -133,7 +120,7 @@ TEST_F(ConnectionSpeedFilterTest, BlocksOfAnySizeEqualTheRuleAppliedToEachBearin
     BindSpeed(1);
     for (const std::size_t count : {1U, 2U, 7U, 8U, 9U, 15U, 64U, 1000U, 60000U}) {
         SCOPED_TRACE(count);
-        // Two more than the block: what stands behind it is not the filter's.
+        // Two more than the block: what is behind it is not the filter's.
         std::vector<Bearing> bearings = RandomBearings(count + 2);
         const std::vector<Bearing> expected = Marked(bearings, count);
         m_filter.Apply(static_cast<unsigned>(count), bearings.data());
@@ -150,13 +137,13 @@ TEST_F(ConnectionSpeedFilterTest, EmptyBlockMayBeNull) {
 }
 
 TEST_F(ConnectionSpeedFilterTest, IntegerWithARangeIsASpeedToo) {
-    Insert<ValueNumericInt>(u"Speed"_s, 3, 0, 10, 1);
+    InsertInTree<ValueNumericInt>(u"/Test/Speed"_s, 3, 0, 10, 1);
     m_filter.SetConnectionSpeedValuePath(u"/Test/Speed"_s);
     EXPECT_TRUE(Marks());
 }
 
 TEST_F(ConnectionSpeedFilterTest, PathWithoutValueOrOfAnotherTypeLeavesItUnboundForALaterCall) {
-    Insert<ValueNumericDouble>(u"Double"_s, 5.0, 0.0, 10.0, 1.0);
+    InsertInTree<ValueNumericDouble>(u"/Test/Double"_s, 5.0, 0.0, 10.0, 1.0);
     m_filter.SetConnectionSpeedValuePath(u"/Test/Double"_s);
     m_filter.SetConnectionSpeedValuePath(u"/Test/Missing"_s);
     EXPECT_FALSE(Marks());
@@ -166,12 +153,12 @@ TEST_F(ConnectionSpeedFilterTest, PathWithoutValueOrOfAnotherTypeLeavesItUnbound
 
 TEST_F(ConnectionSpeedFilterTest, FirstSuccessfulBindingHolds) {
     BindSpeed(1);
-    Insert(u"Other"_s, 0);
+    InsertInTree<ValueInt>(u"/Test/Other"_s, 0);
     m_filter.SetConnectionSpeedValuePath(u"/Test/Other"_s);
     EXPECT_TRUE(Marks());
 }
 
-TEST_F(ConnectionSpeedFilterTest, ValueThatTheTreeDestroyedIsUnboundAndCanBeBoundAnew) {
+TEST_F(ConnectionSpeedFilterTest, ValueThatTheTreeDestroyedIsUnboundAndCanBeBoundAgain) {
     BindSpeed(1);
     ASSERT_TRUE(Marks());
     Tree::Instance()->Clear();

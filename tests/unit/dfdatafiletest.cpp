@@ -5,6 +5,7 @@
 #include "support/fifo.h"
 #include "support/printing.h"
 #include "support/standardoutput.h"
+#include "support/unixsocket.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,8 +19,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -70,7 +69,7 @@ protected:
                               QFile::encodeName(m_name).constData()),
                   0);
     }
-    /// Lets the event loop run until so many failures were told.
+    /// Lets the event loop run until so many failures were reported.
     [[nodiscard]] bool HasFailedSoon(qsizetype count) const {
         return SpinUntil([this, count] { return m_failures.size() >= count; });
     }
@@ -222,7 +221,7 @@ TEST_F(DFDataFileTest, FileThatSomebodyMadeBetweenTheAttemptsIsKeptLikeAnyPrevio
     EXPECT_EQ(Contents(u".bak"_s), "another\r\n");
 }
 
-TEST_F(DFDataFileTest, EachOpeningKeepsThePreviousFileAnew) {
+TEST_F(DFDataFileTest, EachOpeningKeepsThePreviousFileAgain) {
     m_file.Open(m_name);
     m_file.WriteLine("$1\r\n");
     m_file.Close();
@@ -244,7 +243,7 @@ TEST_F(DFDataFileTest, FileThatStaysInItsPlaceIsLeftOpen) {
     EXPECT_EQ(m_failures, QStringList());
 }
 
-TEST_F(DFDataFileTest, FileThatIsRemovedIsToldOnceAndBegunAnew) {
+TEST_F(DFDataFileTest, FileThatIsRemovedIsReportedOnceAndBegunAgain) {
     Put("backup", u".bak"_s);
     Put("earlier");
     m_file.Open(m_name);
@@ -365,7 +364,7 @@ TEST_F(DFDataFileTest, FileThatGoesWithItsDirectoryIsTriedAgainUntilTheDirectory
     EXPECT_EQ(Contents(), "$1\r\n");
 }
 
-TEST_F(DFDataFileTest, FileThatIsGoneIsToldWhenItIsClosedAndNotBegunAnew) {
+TEST_F(DFDataFileTest, FileThatIsGoneIsReportedWhenItIsClosedAndNotBegunAgain) {
     m_file.Open(m_name);
     m_file.WriteLine("$1\r\n");
     ASSERT_TRUE(QFile::remove(m_name));
@@ -386,7 +385,7 @@ TEST_F(DFDataFileTest, LinesThatAreHeldBackAreInTheFileThatWasMovedAway) {
     EXPECT_EQ(Contents(), "");
 }
 
-TEST_F(DFDataFileTest, FifoThatIsReplacedByAFileIsToldAndTheFileIsWritten) {
+TEST_F(DFDataFileTest, FifoThatIsReplacedByAFileIsReportedAndTheFileIsWritten) {
     {
         Fifo fifo(m_name);
         fifo.StartReading();
@@ -438,14 +437,9 @@ TEST_F(DFDataFileTest, FifoWithoutAReaderIsTriedAgainUntilThereIsOne) {
 }
 
 TEST_F(DFDataFileTest, SocketIsNoFifoThatLacksAReader) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    m_name.toLocal8Bit().toStdString().copy(address.sun_path, sizeof address.sun_path - 1);
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_EQ(bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    const UnixSocket socket(m_name);
     m_file.Open(m_name);
     EXPECT_EQ(m_failures, QStringList(u"Could not open file "_s + m_name + u": No such device or address"_s));
-    close(socket);
 }
 
 TEST_F(DFDataFileTest, FifoWhoseReaderGoesAwayHasFailedAndIsTriedAgain) {
@@ -524,7 +518,7 @@ TEST_F(DFDataFileTest, StandardOutputHasNoNameThatItCouldLose) {
     EXPECT_EQ(m_failures, QStringList());
 }
 
-TEST_F(DFDataFileTest, StandardOutputThatCannotBeHadIsReported) {
+TEST_F(DFDataFileTest, StandardOutputThatCannotBeOpenedIsReported) {
     ASSERT_FALSE(m_file.IsOpen());
     {
         const FewDescriptors none(0);

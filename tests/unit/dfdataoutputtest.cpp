@@ -11,6 +11,7 @@
 #include "valueframework/valueaccess.h"
 #include "valueframework/valuetypes.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCheckBox>
 #include <QDir>
 #include <QElapsedTimer>
@@ -115,10 +116,9 @@ public:
     int count = 0;
 };
 
-void RunEventLoopForAWhile() {
-    QElapsedTimer timer;
-    timer.start();
-    EXPECT_TRUE(SpinUntil([&timer] { return timer.hasExpired(50); }));
+/// How many timers of an object are running.
+qsizetype CountTimers(QObject& object) {
+    return QAbstractEventDispatcher::instance()->registeredTimers(&object).size();
 }
 
 class DFDataOutputTest : public testing::Test {
@@ -515,10 +515,7 @@ TEST_F(DFDataOutputTest, IntervalOfZeroStartsNoTimerAndOutputFollowsEachBearing)
     FillTree();
     FillOperationMode(7);
     MakeOutput(true, false, 0);
-    TimerEvents events;
-    m_output->installEventFilter(&events);
-    RunEventLoopForAWhile();
-    EXPECT_EQ(events.count, 0);
+    EXPECT_EQ(CountTimers(*m_output), 0);
     EXPECT_EQ(InFile(), "");
     NewBearing();
     EXPECT_EQ(InFile(), LINE);
@@ -528,6 +525,7 @@ TEST_F(DFDataOutputTest, RunningTimerDrivesTheOutputInsteadOfTheBearings) {
     FillTree();
     FillOperationMode(7);
     MakeOutput(true, false, 10000);
+    EXPECT_EQ(CountTimers(*m_output), 1);
     NewBearing();
     EXPECT_EQ(InFile(), "");
     m_output.reset();
@@ -637,7 +635,7 @@ TEST_F(DFDataOutputTest, WhatSetsOffNoSentenceIsCountedWithItsReason) {
     }
     {
         DFDataOutput& output = MakeOutput(false, false);
-        NewBearing(); // while it is off, it is told of none
+        NewBearing(); // while it is off, it is notified of none
         output.SetEnabled(true);
         NewBearing();
         EXPECT_EQ(output.GetCounters(), (Counters{.withoutSink = 1}));
@@ -733,10 +731,7 @@ TEST_F(DFDataOutputTest, SwitchedOffOutputSendsNothing) {
         output.SetEnabled(false);
         const auto counters = output.GetCounters();
         NewBearing();
-        TimerEvents events;
-        output.installEventFilter(&events);
-        RunEventLoopForAWhile();
-        EXPECT_EQ(events.count, 0);
+        EXPECT_EQ(CountTimers(output), 0);
         EXPECT_EQ(output.GetCounters(), counters);
         m_output.reset();
     }
@@ -1318,7 +1313,7 @@ TEST_F(DFDataOutputTest, PartsOfThePanelAreEnabledByTheirBoxes) {
     expect(false, false);
 }
 
-TEST_F(DFDataOutputTest, AppliedPanelIsTakenOverAndTheOutputStartsAnew) {
+TEST_F(DFDataOutputTest, AppliedPanelIsTakenOverAndTheOutputStartsAgain) {
     FillTree();
     DFDataOutput& output = MakeOutput(false, false);
     FileCheck().click();
@@ -1351,7 +1346,7 @@ TEST_F(DFDataOutputTest, AppliedPanelIsTakenOverAndTheOutputStartsAnew) {
     EXPECT_FALSE(output.IsEnabled());
 }
 
-TEST_F(DFDataOutputTest, EachDifferenceInThePanelStartsTheOutputAnew) {
+TEST_F(DFDataOutputTest, EachDifferenceInThePanelStartsTheOutputAgain) {
     const std::vector<std::function<void()>> changes{
         [this] { SerialCheck().click(); }, [this] { AddressEdit().setText(u"COM200"_s); },
         [this] { FileNameEdit().setText(m_fileName + u'x'); }, [this] { IntervalSpin().setValue(9990); }};
@@ -1371,7 +1366,7 @@ TEST_F(DFDataOutputTest, EachDifferenceInThePanelStartsTheOutputAnew) {
     }
 }
 
-TEST_F(DFDataOutputTest, PanelWithoutADifferenceDoesNotStartTheOutputAnew) {
+TEST_F(DFDataOutputTest, PanelWithoutADifferenceDoesNotStartTheOutputAgain) {
     FillTree();
     DFDataOutput& output = MakeOutput(true, false, 0);
     NewBearing();

@@ -179,7 +179,7 @@ TEST(DFDataSentence, EachFieldOfTheTailIsPaddedAndRoundedOnItsOwn) {
     }
 }
 
-TEST(DFDataSentence, ElementNumberStandsBehindTheTail) {
+TEST(DFDataSentence, ElementNumberIsBehindTheTail) {
     DFDataSentence sentence;
     for (const auto& [number, ending] :
          {std::pair(0U, ",SR,0"), std::pair(12U, ",SR,12"), std::pair(4294967295U, ",SR,4294967295")}) {
@@ -216,9 +216,9 @@ TEST(DFDataSentence, WidestSentenceFitsAndIsAsQtPrintsIt) {
 }
 
 /// A quarter of the random numbers; the parameter is the seed, so that every run has the same ones.
-class DFDataSentenceRandom : public testing::TestWithParam<unsigned> {};
+class DFDataSentenceRandomTest : public testing::TestWithParam<unsigned> {};
 
-TEST_P(DFDataSentenceRandom, NumbersArePrintedAsByQt) {
+TEST_P(DFDataSentenceRandomTest, NumbersArePrintedAsByQt) {
     std::mt19937_64 random(GetParam());
     std::uniform_real_distribution<double> exponent(-9.0, 11.0);
     for (int i = 0; i < 245000; ++i) {
@@ -230,7 +230,7 @@ TEST_P(DFDataSentenceRandom, NumbersArePrintedAsByQt) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, DFDataSentenceRandom, testing::Values(1U, 2U, 3U, 4U));
+INSTANTIATE_TEST_SUITE_P(Seeds, DFDataSentenceRandomTest, testing::Values(1U, 2U, 3U, 4U));
 
 TEST(DFDataSentence, TiesArePrintedAsByQt) {
     // An odd multiple of 2^-(p + 1) lies halfway between two numbers of p decimals.

@@ -115,7 +115,7 @@ TEST_F(DisplayFilterRangeTest, PublishesWhatNoSectorCovers) {
         {"endless", {{-INF, INF}}, {}},
         {"endless the other way", {{INF, -INF}}, {{0, 359.99}}},
         {"from a number to infinity", {{180, INF}}, {{0, 180}}},
-        // What is no number
+        // What is not a number
         {"no number", {{NOT_A_NUMBER, 90}}, {{0, 359.99}}},
         {"no number beside others", {{0, 90}, {100, NOT_A_NUMBER}, {180, 270}}, {{90, 180}, {270, 359.99}}},
         {"nothing but no numbers", {{NOT_A_NUMBER, NOT_A_NUMBER}}, {{0, 359.99}}},
@@ -212,7 +212,7 @@ TEST_F(DisplayFilterRangeTest, FrequencyLimitsAreCopiedAsTheyAre) {
                                   {0.0, std::numeric_limits<double>::max(), 0, 359.99}}));
 }
 
-TEST_F(DisplayFilterRangeTest, RangesOfOneSetStandOneAfterTheOther) {
+TEST_F(DisplayFilterRangeTest, RangesOfOneSetAreOneAfterTheOther) {
     range.Reset();
     range.AddDeviceFilterRange({3, 4, {{90, 359.99}}});
     range.AddDeviceFilterRange({1, 2, {{0, 350}}});
@@ -222,7 +222,7 @@ TEST_F(DisplayFilterRangeTest, RangesOfOneSetStandOneAfterTheOther) {
 
 // --- sets ---
 
-TEST_F(DisplayFilterRangeTest, ObserversAreToldOnceWhenASetIsPublished) {
+TEST_F(DisplayFilterRangeTest, ObserversAreNotifiedOnceWhenASetIsPublished) {
     Publish({});
     CodeObserver observer;
     List()->AddObserver(&observer);
@@ -303,7 +303,7 @@ TEST_F(DisplayFilterRangeTest, ListIsMadeOnceAndTakenAsItIs) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(DisplayFilterRangeTest, ListStandsBelowAnyBasePath) {
+TEST_F(DisplayFilterRangeTest, ListIsBelowAnyBasePath) {
     const DisplayFilterRange other(u"B"_s, u"/ZANServer/A"_s);
     EXPECT_TRUE(Tree::Instance()->Find<ValueQuadFloatList>(u"/ZANServer/A/B"_s));
 }
@@ -344,7 +344,7 @@ TEST_F(DisplayFilterRangeTest, ListThatHasGoneFromTheTreeIsAsNone) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(DisplayFilterRangeTest, ObserverMayRemoveTheListWhenItIsTold) {
+TEST_F(DisplayFilterRangeTest, ObserverMayRemoveTheListWhenItIsNotified) {
     FunctionObserver remover([](Observable*, TChangeCode code) {
         if (code != TChangeCode::GoingAway) {
             Tree::Instance()->Remove(List());

@@ -98,7 +98,7 @@ void ExpectDefaults(std::span<void* const> table, const std::array<bool, Count>&
     }
 }
 
-TEST(IDriver, OperationsStandInOrderRightAfterThoseOfQObject) {
+TEST(IDriver, OperationsAreInOrderRightAfterThoseOfQObject) {
     const std::ptrdiff_t lastOfQObject = VirtualSlot(&OpenQObject::disconnectNotify);
     EXPECT_EQ(lastOfQObject, QOBJECT_SLOTS - 1);
     EXPECT_EQ(Slots(driverMembers<IDriver>), Consecutive(lastOfQObject + 1, 64));
@@ -143,7 +143,7 @@ TEST(IDriver, IsDestroyedThroughQObject) {
     EXPECT_TRUE(destroyed);
 }
 
-TEST(ILegacyDriver, OperationsStandInOrderFromTheStart) {
+TEST(ILegacyDriver, OperationsAreInOrderFromTheStart) {
     EXPECT_EQ(Slots(legacyDriverMembers<ILegacyDriver>), Consecutive(0, 64));
 }
 
@@ -166,16 +166,16 @@ TEST(ILegacyDriver, OptionalOperationsAnswerNoNothingOrNotSupported) {
     EXPECT_EQ(driver.SetSyncTrigger(true), -1);
 }
 
-TEST(IDriverCallback, OperationsStandInOrderFromTheStart) {
+TEST(IDriverCallback, OperationsAreInOrderFromTheStart) {
     EXPECT_EQ(Slots(callbackMembers<IDriverCallback>), Consecutive(0, 22));
 }
 
-TEST(ILegacyDriverCallback, OperationsStandInTheSameOrderAsInIDriverCallback) {
+TEST(ILegacyDriverCallback, OperationsAreInTheSameOrderAsInIDriverCallback) {
     EXPECT_EQ(Slots(callbackMembers<ILegacyDriverCallback>), Slots(callbackMembers<IDriverCallback>));
 }
 
 TEST(LegacyDriverAdapter, HasTheOperationsOfItsTwoBasesAndNoMore) {
-    // The operations that override those of the second base stand in the first table too; the table of the
+    // The operations that override those of the second base are in the first table too; the table of the
     // second base follows it in the same symbol.
     EXPECT_EQ(VirtualTable("_ZTVN11KvZANCommon19LegacyDriverAdapterE").size(),
               TABLE_HEAD + QOBJECT_SLOTS + 64 + 22 + TABLE_HEAD + 22);

@@ -94,7 +94,7 @@ TEST(DriverRecords, GainControlStartsNotSet) {
 }
 
 TEST(DriverRecords, SetupsHaveTheirFieldsInOrder) {
-    // Structured bindings follow the declaration order, so the types tell the layout.
+    // Structured bindings follow the declaration order, so the types show the layout.
     const auto [converterHandle, type, typeName, antennaHandle, attenuation, enabled, preamplifier] =
         ConverterSetupStruct();
     static_assert(std::is_same_v<decltype(converterHandle), const qint32>);

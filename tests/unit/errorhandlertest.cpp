@@ -41,13 +41,13 @@ TEST(ErrorHandler, ATraceLineNamesItsOrigin) {
     EXPECT_EQ(trace.lines, QStringList{u"platform\\somewhere(297): the message"_s});
 }
 
-TEST(ErrorHandler, TextsThatLookLikePlacesStandAsTheyAre) {
+TEST(ErrorHandler, TextsThatLookLikePlacesStayAsTheyAre) {
     const TraceLines trace;
     _Q_Trace(u"100%1 %2"_s, u"%1\\%2"_s, 65535);
     EXPECT_EQ(trace.lines, QStringList{u"%1\\%2(65535): 100%1 %2"_s});
 }
 
-TEST(ErrorHandler, AFinishedLineIsWrittenAsItStands) {
+TEST(ErrorHandler, AFinishedLineIsWrittenAsItIs) {
     const TraceLines trace;
     _Q_TraceOld(u"  a line\twith\nall sorts "_s);
     _Q_TraceOld({});

@@ -66,7 +66,7 @@ protected:
 
 // --- the interface ---
 
-TEST_F(HwStatusTesterTest, VirtualOperationsStandInTheOrderOfTheInterface) {
+TEST_F(HwStatusTesterTest, VirtualOperationsAreInTheOrderOfTheInterface) {
     ExpectVirtualSlotsFrom(
         2, // behind the two of the destructor
         &HwStatusTester::ReadHwRequirementsFromTree, &HwStatusTester::WriteHwRequirementsToTree,
@@ -130,7 +130,7 @@ TEST_F(HwStatusTesterTest, CopyTestsTheSameDeviceAndKnowsNothingYet) {
 
 // --- states ---
 
-TEST_F(HwStatusTesterTest, StateOfAComponent) {
+TEST_F(HwStatusTesterTest, StateOfAComponentFollowsFromWhatIsRequiredOptionalAndInstalled) {
     Install(tester, {u"ri"_s, u"oi"_s, u"roi"_s, u"i"_s});
     tester.SetRequiredComponents({u"r"_s, u"ri"_s, u"ro"_s, u"roi"_s});
     tester.SetOptionalComponents({u"o"_s, u"oi"_s, u"ro"_s, u"roi"_s});

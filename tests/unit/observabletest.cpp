@@ -15,7 +15,7 @@ using Log = std::vector<std::string>;
 
 class Subject : public Observable {
 public:
-    void Tell(IObserver* originator = nullptr) { NotifyObservers(TChangeCode::Changed, originator); }
+    void Notify(IObserver* originator = nullptr) { NotifyObservers(TChangeCode::Changed, originator); }
 };
 
 /// A subject with the observers a, b and c, and the log that they share.
@@ -27,10 +27,10 @@ protected:
         subject.AddObserver(&c);
     }
 
-    /// Tells the observers and returns who was called.
-    Log Told(IObserver* originator = nullptr) {
+    /// Notifies the observers and returns the names of those that were called.
+    Log Notified(IObserver* originator = nullptr) {
         log.clear();
-        subject.Tell(originator);
+        subject.Notify(originator);
         return log;
     }
 
@@ -41,33 +41,33 @@ protected:
     Subject subject;
 };
 
-TEST_F(ObservableTest, ObserversAreToldInTheOrderOfAdding) {
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+TEST_F(ObservableTest, ObserversAreNotifiedInTheOrderOfAdding) {
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
 TEST_F(ObservableTest, SubjectAndCodeReachTheObserver) {
     const Observable* seenSubject = nullptr;
     TChangeCode seenCode{};
-    FunctionObserver observer([&](Observable* told, TChangeCode code) {
-        seenSubject = told;
+    FunctionObserver observer([&](Observable* changed, TChangeCode code) {
+        seenSubject = changed;
         seenCode = code;
     });
     Subject other;
     other.AddObserver(&observer);
-    other.Tell();
+    other.Notify();
     EXPECT_EQ(seenSubject, &other);
     EXPECT_EQ(seenCode, TChangeCode::Changed);
 }
 
-TEST_F(ObservableTest, ASubjectWithoutObserversTellsNobody) {
+TEST_F(ObservableTest, ASubjectWithoutObserversNotifiesNobody) {
     subject.DeleteObservers();
-    EXPECT_EQ(Told(), Log{});
+    EXPECT_EQ(Notified(), Log{});
 }
 
 TEST_F(ObservableTest, AnObserverIsAddedOnce) {
     EXPECT_FALSE(subject.AddObserver(&b));
     EXPECT_EQ(subject.GetObserverCount(), 3U);
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
 TEST_F(ObservableTest, NullIsNoObserver) {
@@ -77,58 +77,58 @@ TEST_F(ObservableTest, NullIsNoObserver) {
     EXPECT_EQ(subject.GetObserverCount(), 3U);
 }
 
-TEST_F(ObservableTest, ADeletedObserverIsNotTold) {
+TEST_F(ObservableTest, ADeletedObserverIsNotNotified) {
     EXPECT_TRUE(subject.DeleteObserver(&b));
-    EXPECT_EQ(Told(), (Log{"a", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "c"}));
 }
 
 TEST_F(ObservableTest, DeletingAStrangerIsRefused) {
     Subject other;
     EXPECT_FALSE(other.DeleteObserver(&a));
     EXPECT_FALSE(other.MakeFirstObserver(&a));
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
 TEST_F(ObservableTest, ADeletedObserverCanBeAddedAgainAtTheEnd) {
     subject.DeleteObserver(&a);
     EXPECT_TRUE(subject.AddObserver(&a));
-    EXPECT_EQ(Told(), (Log{"b", "c", "a"}));
+    EXPECT_EQ(Notified(), (Log{"b", "c", "a"}));
 }
 
 TEST_F(ObservableTest, DeleteObserversRemovesAllOfThem) {
     subject.DeleteObservers();
     EXPECT_EQ(subject.GetObserverCount(), 0U);
-    EXPECT_EQ(Told(), Log{});
+    EXPECT_EQ(Notified(), Log{});
     EXPECT_TRUE(subject.AddObserver(&c));
 }
 
-TEST_F(ObservableTest, TheFirstObserverIsToldFirstAndTheOthersKeepTheirOrder) {
+TEST_F(ObservableTest, TheFirstObserverIsNotifiedFirstAndTheOthersKeepTheirOrder) {
     EXPECT_TRUE(subject.MakeFirstObserver(&c));
-    EXPECT_EQ(Told(), (Log{"c", "a", "b"}));
+    EXPECT_EQ(Notified(), (Log{"c", "a", "b"}));
     EXPECT_TRUE(subject.MakeFirstObserver(&c));
-    EXPECT_EQ(Told(), (Log{"c", "a", "b"}));
+    EXPECT_EQ(Notified(), (Log{"c", "a", "b"}));
 }
 
-TEST_F(ObservableTest, TheOriginatorIsNeverTold) {
-    EXPECT_EQ(Told(&b), (Log{"a", "c"}));
-    EXPECT_EQ(Told(&a), (Log{"b", "c"}));
+TEST_F(ObservableTest, TheOriginatorIsNeverNotified) {
+    EXPECT_EQ(Notified(&b), (Log{"a", "c"}));
+    EXPECT_EQ(Notified(&a), (Log{"b", "c"}));
 }
 
-TEST_F(ObservableTest, AnOriginatorThatIsNoObserverKeepsNobodyFromBeingTold) {
+TEST_F(ObservableTest, AnOriginatorThatIsNoObserverKeepsNobodyFromBeingNotified) {
     const NamedObserver stranger("stranger", log);
-    EXPECT_EQ(Told(const_cast<NamedObserver*>(&stranger)), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(const_cast<NamedObserver*>(&stranger)), (Log{"a", "b", "c"}));
 }
 
 // --- changes of the list while a notification runs ---
 
-TEST_F(ObservableTest, AnObserverAddedDuringANotificationIsToldFromTheNextOneOn) {
+TEST_F(ObservableTest, AnObserverAddedDuringANotificationIsNotifiedFromTheNextOneOn) {
     NamedObserver late("late", log);
     a.onUpdate = [&] { subject.AddObserver(&late); };
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
-    EXPECT_EQ(Told(), (Log{"a", "b", "c", "late"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c", "late"}));
 }
 
-TEST_F(ObservableTest, ManyObserversAddedDuringANotificationAreToldFromTheNextOneOn) {
+TEST_F(ObservableTest, ManyObserversAddedDuringANotificationAreNotifiedFromTheNextOneOn) {
     std::vector<std::unique_ptr<NamedObserver>> many;
     c.onUpdate = [&] {
         for (int i = 0; i < 1000; ++i) {
@@ -136,33 +136,33 @@ TEST_F(ObservableTest, ManyObserversAddedDuringANotificationAreToldFromTheNextOn
         }
         c.onUpdate = {};
     };
-    EXPECT_EQ(Told().size(), 3U);
-    EXPECT_EQ(Told().size(), 1003U);
+    EXPECT_EQ(Notified().size(), 3U);
+    EXPECT_EQ(Notified().size(), 1003U);
 }
 
-TEST_F(ObservableTest, AnObserverMayRemoveItselfAndTheNextOneIsStillTold) {
+TEST_F(ObservableTest, AnObserverMayRemoveItselfAndTheNextOneIsStillNotified) {
     b.onUpdate = [&] { subject.DeleteObserver(&b); };
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
-    EXPECT_EQ(Told(), (Log{"a", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "c"}));
 }
 
-TEST_F(ObservableTest, AnObserverMayRemoveOneThatIsStillToBeTold) {
+TEST_F(ObservableTest, AnObserverMayRemoveOneThatIsStillToBeNotified) {
     a.onUpdate = [&] { subject.DeleteObserver(&c); };
-    EXPECT_EQ(Told(), (Log{"a", "b"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b"}));
     EXPECT_EQ(subject.GetObserverCount(), 2U);
 }
 
-TEST_F(ObservableTest, AnObserverMayRemoveOneThatHasBeenTold) {
+TEST_F(ObservableTest, AnObserverMayRemoveOneThatHasBeenNotified) {
     b.onUpdate = [&] { subject.DeleteObserver(&a); };
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
-    EXPECT_EQ(Told(), (Log{"b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"b", "c"}));
 }
 
 TEST_F(ObservableTest, AnObserverMayRemoveAllOfThem) {
     a.onUpdate = [&] { subject.DeleteObservers(); };
-    EXPECT_EQ(Told(), (Log{"a"}));
+    EXPECT_EQ(Notified(), (Log{"a"}));
     EXPECT_EQ(subject.GetObserverCount(), 0U);
-    EXPECT_EQ(Told(), Log{});
+    EXPECT_EQ(Notified(), Log{});
 }
 
 TEST_F(ObservableTest, AnObserverMayDeleteItself) {
@@ -170,8 +170,8 @@ TEST_F(ObservableTest, AnObserverMayDeleteItself) {
     subject.AddObserver(mortal);
     subject.MakeFirstObserver(mortal);
     mortal->onUpdate = [&] { delete mortal; };
-    EXPECT_EQ(Told(), (Log{"mortal", "a", "b", "c"}));
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"mortal", "a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
 TEST_F(ObservableTest, AnObserverMayDetachAndThenDeleteItself) {
@@ -182,34 +182,34 @@ TEST_F(ObservableTest, AnObserverMayDetachAndThenDeleteItself) {
         subject.DeleteObserver(mortal);
         delete mortal;
     };
-    EXPECT_EQ(Told(), (Log{"mortal", "a", "b", "c"}));
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"mortal", "a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
-TEST_F(ObservableTest, AnObserverMayDestroyOneThatIsStillToBeTold) {
+TEST_F(ObservableTest, AnObserverMayDestroyOneThatIsStillToBeNotified) {
     auto victim = std::make_unique<NamedObserver>("victim", log);
     subject.AddObserver(victim.get());
     b.onUpdate = [&] { victim.reset(); };
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
-TEST_F(ObservableTest, AnObserverRemovedAndAddedAgainIsNotToldInTheRunningNotification) {
+TEST_F(ObservableTest, AnObserverRemovedAndAddedAgainIsNotNotifiedInTheRunningNotification) {
     a.onUpdate = [&] {
         subject.DeleteObserver(&b);
         subject.AddObserver(&b);
     };
-    EXPECT_EQ(Told(), (Log{"a", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "c"}));
     a.onUpdate = {};
-    EXPECT_EQ(Told(), (Log{"a", "c", "b"}));
+    EXPECT_EQ(Notified(), (Log{"a", "c", "b"}));
 }
 
-TEST_F(ObservableTest, AnObserverThatRemovesAndAddsItselfIsNotToldTwice) {
+TEST_F(ObservableTest, AnObserverThatRemovesAndAddsItselfIsNotNotifiedTwice) {
     a.onUpdate = [&] {
         subject.DeleteObserver(&a);
         subject.AddObserver(&a);
     };
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
-    EXPECT_EQ(Told(), (Log{"b", "c", "a"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"b", "c", "a"}));
 }
 
 TEST_F(ObservableTest, ObserversThatComeAndGoInNotificationsLeaveNothingBehind) {
@@ -226,7 +226,7 @@ TEST_F(ObservableTest, ObserversThatComeAndGoInNotificationsLeaveNothingBehind) 
     subject.AddObserver(&restless);
     constexpr int TIMES = 500'000;
     for (int i = 0; i < TIMES; ++i) {
-        subject.Tell();
+        subject.Notify();
     }
     EXPECT_EQ(count, TIMES);
     EXPECT_EQ(subject.GetObserverCount(), 1U);
@@ -234,42 +234,42 @@ TEST_F(ObservableTest, ObserversThatComeAndGoInNotificationsLeaveNothingBehind) 
 
 // --- nested notifications ---
 
-TEST_F(ObservableTest, AChangeMadeInsideUpdateIsToldToAllBeforeTheOuterOneGoesOn) {
+TEST_F(ObservableTest, AChangeMadeInsideUpdateReachesAllBeforeTheOuterOneGoesOn) {
     b.onUpdate = [&] {
         b.onUpdate = {};
-        subject.Tell();
+        subject.Notify();
     };
-    EXPECT_EQ(Told(), (Log{"a", "b", "a", "b", "c", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "a", "b", "c", "c"}));
 }
 
-TEST_F(ObservableTest, AnOriginatorInsideUpdateIsNotToldOfItsOwnChange) {
+TEST_F(ObservableTest, AnOriginatorInsideUpdateIsNotNotifiedOfItsOwnChange) {
     b.onUpdate = [&] {
         b.onUpdate = {};
-        subject.Tell(&b);
+        subject.Notify(&b);
     };
-    EXPECT_EQ(Told(), (Log{"a", "b", "a", "c", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "a", "c", "c"}));
 }
 
-TEST_F(ObservableTest, AnObserverAddedDuringTheOuterNotificationIsToldOfTheInnerOne) {
+TEST_F(ObservableTest, AnObserverAddedDuringTheOuterNotificationIsNotifiedOfTheInnerOne) {
     NamedObserver late("late", log);
     a.onUpdate = [&] {
         a.onUpdate = {};
         subject.AddObserver(&late);
-        subject.Tell();
+        subject.Notify();
     };
-    EXPECT_EQ(Told(), (Log{"a", "a", "b", "c", "late", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "a", "b", "c", "late", "b", "c"}));
 }
 
-TEST_F(ObservableTest, AnObserverRemovedInAnInnerNotificationIsNotToldInTheOuterOne) {
+TEST_F(ObservableTest, AnObserverRemovedInAnInnerNotificationIsNotNotifiedInTheOuterOne) {
     int depth = 0;
     a.onUpdate = [&] {
         if (++depth == 1) {
-            subject.Tell();
+            subject.Notify();
         } else {
             subject.DeleteObserver(&b);
         }
     };
-    EXPECT_EQ(Told(), (Log{"a", "a", "c", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "a", "c", "c"}));
     EXPECT_EQ(subject.GetObserverCount(), 2U);
 }
 
@@ -277,35 +277,35 @@ TEST_F(ObservableTest, AHundredNestedNotificationsEndInOrder) {
     int depth = 0;
     a.onUpdate = [&] {
         if (++depth < 100) {
-            subject.Tell();
+            subject.Notify();
         }
     };
-    const Log told = Told();
-    EXPECT_EQ(told.size(), 300U);
-    EXPECT_EQ(told[99], "a");
-    EXPECT_EQ(told[100], "b");
-    EXPECT_EQ(told.back(), "c");
+    const Log called = Notified();
+    EXPECT_EQ(called.size(), 300U);
+    EXPECT_EQ(called[99], "a");
+    EXPECT_EQ(called[100], "b");
+    EXPECT_EQ(called.back(), "c");
 }
 
 // --- MakeFirstObserver while a notification runs ---
 
-TEST_F(ObservableTest, AnObserverMadeFirstDuringANotificationIsToldOnceInItAndFirstInTheNext) {
+TEST_F(ObservableTest, AnObserverMadeFirstDuringANotificationIsNotifiedOnceInItAndFirstInTheNext) {
     a.onUpdate = [&] { EXPECT_TRUE(subject.MakeFirstObserver(&c)); };
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
-    EXPECT_EQ(Told(), (Log{"c", "a", "b"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"c", "a", "b"}));
 }
 
 TEST_F(ObservableTest, AnObserverMadeFirstInAnInnerNotificationIsFirstWhenTheOuterOneHasEnded) {
     int depth = 0;
     b.onUpdate = [&] {
         if (++depth == 1) {
-            subject.Tell();
+            subject.Notify();
         } else if (depth == 2) {
             subject.MakeFirstObserver(&c);
         }
     };
-    EXPECT_EQ(Told(), (Log{"a", "b", "a", "b", "c", "c"}));
-    EXPECT_EQ(Told(), (Log{"c", "a", "b"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "a", "b", "c", "c"}));
+    EXPECT_EQ(Notified(), (Log{"c", "a", "b"}));
 }
 
 TEST_F(ObservableTest, TheLastOneMadeFirstDuringANotificationIsFirst) {
@@ -314,8 +314,8 @@ TEST_F(ObservableTest, TheLastOneMadeFirstDuringANotificationIsFirst) {
         subject.MakeFirstObserver(&c);
         a.onUpdate = {};
     };
-    Told();
-    EXPECT_EQ(Told(), (Log{"c", "b", "a"}));
+    Notified();
+    EXPECT_EQ(Notified(), (Log{"c", "b", "a"}));
 }
 
 TEST_F(ObservableTest, AnObserverMadeFirstAndThenRemovedInANotificationIsGone) {
@@ -323,9 +323,9 @@ TEST_F(ObservableTest, AnObserverMadeFirstAndThenRemovedInANotificationIsGone) {
         subject.MakeFirstObserver(&c);
         subject.DeleteObserver(&c);
     };
-    EXPECT_EQ(Told(), (Log{"a", "b"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b"}));
     a.onUpdate = {};
-    EXPECT_EQ(Told(), (Log{"a", "b"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b"}));
 }
 
 TEST_F(ObservableTest, AnObserverMadeFirstRemovedAndAddedAgainInANotificationIsLast) {
@@ -335,8 +335,8 @@ TEST_F(ObservableTest, AnObserverMadeFirstRemovedAndAddedAgainInANotificationIsL
         subject.AddObserver(&b);
         a.onUpdate = {};
     };
-    Told();
-    EXPECT_EQ(Told(), (Log{"a", "c", "b"}));
+    Notified();
+    EXPECT_EQ(Notified(), (Log{"a", "c", "b"}));
 }
 
 TEST_F(ObservableTest, RemovingAllInANotificationForgetsWhoWasToBecomeFirst) {
@@ -344,21 +344,21 @@ TEST_F(ObservableTest, RemovingAllInANotificationForgetsWhoWasToBecomeFirst) {
         subject.MakeFirstObserver(&c);
         subject.DeleteObservers();
     };
-    EXPECT_EQ(Told(), (Log{"a"}));
-    EXPECT_EQ(Told(), Log{});
+    EXPECT_EQ(Notified(), (Log{"a"}));
+    EXPECT_EQ(Notified(), Log{});
     EXPECT_EQ(subject.GetObserverCount(), 0U);
 }
 
 // --- lifetimes ---
 
-TEST_F(ObservableTest, ADestroyedObserverIsNotTold) {
+TEST_F(ObservableTest, ADestroyedObserverIsNotNotified) {
     {
         NamedObserver mortal("mortal", log);
         subject.AddObserver(&mortal);
         EXPECT_EQ(subject.GetObserverCount(), 4U);
     }
     EXPECT_EQ(subject.GetObserverCount(), 3U);
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
 TEST_F(ObservableTest, ADestroyedObserverDetachesFromAllItsSubjects) {
@@ -371,7 +371,7 @@ TEST_F(ObservableTest, ADestroyedObserverDetachesFromAllItsSubjects) {
     }
     for (Subject& each : subjects) {
         EXPECT_EQ(each.GetObserverCount(), 0U);
-        each.Tell();
+        each.Notify();
     }
     EXPECT_EQ(log, Log{});
 }
@@ -384,7 +384,7 @@ TEST_F(ObservableTest, AnObserverOutlivesItsSubjects) {
     }
     // Its list of subjects holds no dangling entry: it can observe another one and be destroyed.
     EXPECT_TRUE(subject.AddObserver(&survivor));
-    EXPECT_EQ(Told(), (Log{"a", "b", "c", "survivor"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c", "survivor"}));
 }
 
 TEST_F(ObservableTest, TheSubjectMayBeDestroyedInsideUpdate) {
@@ -392,7 +392,7 @@ TEST_F(ObservableTest, TheSubjectMayBeDestroyedInsideUpdate) {
     mortal->AddObserver(&a);
     mortal->AddObserver(&b);
     a.onUpdate = [&] { mortal.reset(); };
-    mortal->Tell();
+    mortal->Notify();
     EXPECT_EQ(log, (Log{"a"}));
 }
 
@@ -403,12 +403,12 @@ TEST_F(ObservableTest, TheSubjectMayBeDestroyedInsideANestedNotification) {
     int depth = 0;
     a.onUpdate = [&] {
         if (++depth < 3) {
-            mortal->Tell();
+            mortal->Notify();
         } else {
             mortal.reset();
         }
     };
-    mortal->Tell();
+    mortal->Notify();
     EXPECT_EQ(log, (Log{"a", "a", "a"}));
 }
 
@@ -422,7 +422,7 @@ TEST_F(ObservableTest, SubjectAndObserverMayBothBeDestroyedInsideUpdate) {
         mortalSubject.reset();
         mortalObserver.reset();
     };
-    mortalSubject->Tell();
+    mortalSubject->Notify();
     EXPECT_EQ(log, (Log{"mortal"}));
 }
 
@@ -431,22 +431,22 @@ TEST_F(ObservableTest, AnObserverThatThrowsLeavesTheListUsable) {
         subject.DeleteObserver(&b);
         throw 1;
     };
-    EXPECT_THROW(subject.Tell(), int);
+    EXPECT_THROW(subject.Notify(), int);
     a.onUpdate = {};
-    EXPECT_EQ(Told(), (Log{"a", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "c"}));
     EXPECT_TRUE(subject.MakeFirstObserver(&c));
-    EXPECT_EQ(Told(), (Log{"c", "a"}));
+    EXPECT_EQ(Notified(), (Log{"c", "a"}));
 }
 
 // --- copies ---
 
 TEST_F(ObservableTest, ACopyIsObservedByTheSameObservers) {
     Subject copy = subject;
-    copy.Tell();
+    copy.Notify();
     EXPECT_EQ(log, (Log{"a", "b", "c"}));
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
     copy.DeleteObserver(&a);
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
 TEST_F(ObservableTest, AssignmentReplacesTheObservers) {
@@ -454,7 +454,7 @@ TEST_F(ObservableTest, AssignmentReplacesTheObservers) {
     NamedObserver before("before", log);
     other.AddObserver(&before);
     other = subject;
-    other.Tell();
+    other.Notify();
     EXPECT_EQ(log, (Log{"a", "b", "c"}));
     EXPECT_EQ(other.GetObserverCount(), 3U);
 }
@@ -462,7 +462,7 @@ TEST_F(ObservableTest, AssignmentReplacesTheObservers) {
 TEST_F(ObservableTest, AssignmentToItselfChangesNothing) {
     const Subject& same = subject;
     subject = same;
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
 TEST_F(ObservableTest, ACopyMadeDuringANotificationHasTheObserversThatRemain) {
@@ -472,13 +472,13 @@ TEST_F(ObservableTest, ACopyMadeDuringANotificationHasTheObserversThatRemain) {
         copy = std::make_unique<Subject>(subject);
         b.onUpdate = {};
     };
-    Told();
+    Notified();
     log.clear();
-    copy->Tell();
+    copy->Notify();
     EXPECT_EQ(log, (Log{"b", "c"}));
 }
 
-TEST_F(ObservableTest, AssignmentDuringANotificationTellsTheNewObserversFromTheNextOneOn) {
+TEST_F(ObservableTest, AssignmentDuringANotificationNotifiesTheNewObserversFromTheNextOneOn) {
     NamedObserver d("d", log);
     NamedObserver e("e", log);
     Subject source;
@@ -488,8 +488,8 @@ TEST_F(ObservableTest, AssignmentDuringANotificationTellsTheNewObserversFromTheN
         subject.MakeFirstObserver(&c);
         subject = source;
     };
-    EXPECT_EQ(Told(), (Log{"a"}));
-    EXPECT_EQ(Told(), (Log{"d", "e"}));
+    EXPECT_EQ(Notified(), (Log{"a"}));
+    EXPECT_EQ(Notified(), (Log{"d", "e"}));
 }
 
 TEST_F(ObservableTest, ACopyOfAnObserverObservesNothing) {
@@ -498,7 +498,7 @@ TEST_F(ObservableTest, ACopyOfAnObserverObservesNothing) {
         EXPECT_EQ(subject.GetObserverCount(), 3U);
         EXPECT_FALSE(subject.DeleteObserver(&copy));
     }
-    EXPECT_EQ(Told(), (Log{"a", "b", "c"}));
+    EXPECT_EQ(Notified(), (Log{"a", "b", "c"}));
 }
 
 TEST_F(ObservableTest, AnObserverThatIsAssignedToKeepsItsSubjects) {
@@ -507,7 +507,7 @@ TEST_F(ObservableTest, AnObserverThatIsAssignedToKeepsItsSubjects) {
     Subject other;
     other.AddObserver(&target);
     target = source;
-    other.Tell();
+    other.Notify();
     EXPECT_EQ(target.codes.size(), 1U);
     EXPECT_TRUE(source.codes.empty());
 }

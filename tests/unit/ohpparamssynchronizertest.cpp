@@ -1,31 +1,15 @@
 #include "zancommon/ohpparamssynchronizer.h"
 
+#include "support/observers.h"
+
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <utility>
 
 using KvZANCommon::OHPParamsSynchronizer;
 using KvZANCommon::OverheadPassParams;
 
 namespace {
-
-class Counter : public IObserver {
-public:
-    void Update(Observable*, TChangeCode) override { ++count; }
-    int count = 0;
-};
-
-class Reaction : public IObserver {
-public:
-    explicit Reaction(std::function<void()> reaction)
-        : m_reaction(std::move(reaction)) {}
-    void Update(Observable*, TChangeCode) override { m_reaction(); }
-
-private:
-    std::function<void()> m_reaction;
-};
 
 void ExpectContent(const OverheadPassParams& params, int threshold, bool isValid) {
     EXPECT_EQ(params.GetThreshold(), threshold);
@@ -42,23 +26,23 @@ TEST_F(OHPParamsSynchronizerTest, ConstructionCopiesTheFirstSetIntoTheSecond) {
     m_first.SetThreshold(100, nullptr);
     m_first.SetValid(true, nullptr);
     m_second.SetThreshold(200, nullptr);
-    Counter firstCounter;
-    Counter secondCounter;
-    m_first.AddObserver(&firstCounter);
-    m_second.AddObserver(&secondCounter);
+    CodeObserver firstObserver;
+    CodeObserver secondObserver;
+    m_first.AddObserver(&firstObserver);
+    m_second.AddObserver(&secondObserver);
     const OHPParamsSynchronizer synchronizer(m_first, m_second);
     ExpectContent(m_first, 100, true);
     ExpectContent(m_second, 100, true);
-    EXPECT_EQ(firstCounter.count, 0);
-    EXPECT_EQ(secondCounter.count, 2);
+    EXPECT_TRUE(firstObserver.codes.empty());
+    EXPECT_EQ(secondObserver.codes.size(), 2U);
 }
 
 TEST_F(OHPParamsSynchronizerTest, ChangesOfEitherSetReachTheOtherOnceWithoutComingBack) {
     const OHPParamsSynchronizer synchronizer(m_first, m_second);
-    Counter firstCounter;
-    Counter secondCounter;
-    m_first.AddObserver(&firstCounter);
-    m_second.AddObserver(&secondCounter);
+    CodeObserver firstObserver;
+    CodeObserver secondObserver;
+    m_first.AddObserver(&firstObserver);
+    m_second.AddObserver(&secondObserver);
 
     m_first.SetThreshold(1, nullptr);
     m_first.SetValid(true, nullptr);
@@ -66,17 +50,17 @@ TEST_F(OHPParamsSynchronizerTest, ChangesOfEitherSetReachTheOtherOnceWithoutComi
     m_second.SetThreshold(2, nullptr);
     m_second.SetValid(false, nullptr);
     ExpectContent(m_first, 2, false);
-    EXPECT_EQ(firstCounter.count, 4);
-    EXPECT_EQ(secondCounter.count, 4);
+    EXPECT_EQ(firstObserver.codes.size(), 4U);
+    EXPECT_EQ(secondObserver.codes.size(), 4U);
 }
 
-TEST_F(OHPParamsSynchronizerTest, OriginatorOfAChangeIsNotTold) {
+TEST_F(OHPParamsSynchronizerTest, OriginatorOfAChangeIsNotNotified) {
     const OHPParamsSynchronizer synchronizer(m_first, m_second);
-    Counter originator;
+    CodeObserver originator;
     m_first.AddObserver(&originator);
     m_first.SetThreshold(1, &originator);
     ExpectContent(m_second, 1, false);
-    EXPECT_EQ(originator.count, 0);
+    EXPECT_TRUE(originator.codes.empty());
 }
 
 TEST_F(OHPParamsSynchronizerTest, ItsOwnChangeDoesNotComeBack) {
@@ -150,7 +134,7 @@ TEST_F(OHPParamsSynchronizerTest, SetJoinedWithItselfStaysUsable) {
 }
 
 TEST_F(OHPParamsSynchronizerTest, WhatAnObserverChangesDuringTheCopyIsKept) {
-    Reaction reaction([this] { m_second.SetValid(true, nullptr); });
+    FunctionObserver reaction([this](Observable*, TChangeCode) { m_second.SetValid(true, nullptr); });
     const OHPParamsSynchronizer synchronizer(m_first, m_second);
     m_second.AddObserver(&reaction);
     m_first.SetThreshold(1, nullptr);
@@ -160,7 +144,7 @@ TEST_F(OHPParamsSynchronizerTest, WhatAnObserverChangesDuringTheCopyIsKept) {
 
 TEST_F(OHPParamsSynchronizerTest, ObserverMayDestroyTheSynchronizerMeanwhile) {
     auto synchronizer = std::make_unique<OHPParamsSynchronizer>(m_first, m_second);
-    Reaction reaction([&synchronizer] { synchronizer.reset(); });
+    FunctionObserver reaction([&synchronizer](Observable*, TChangeCode) { synchronizer.reset(); });
     m_second.AddObserver(&reaction);
     m_first.SetThreshold(1, nullptr);
     EXPECT_FALSE(synchronizer);
@@ -170,7 +154,7 @@ TEST_F(OHPParamsSynchronizerTest, ObserverMayDestroyTheSynchronizerMeanwhile) {
 TEST_F(OHPParamsSynchronizerTest, ObserverMayDestroyASetMeanwhile) {
     auto second = std::make_unique<OverheadPassParams>();
     const OHPParamsSynchronizer synchronizer(m_first, *second);
-    Reaction reaction([&second] { second.reset(); });
+    FunctionObserver reaction([&second](Observable*, TChangeCode) { second.reset(); });
     second->AddObserver(&reaction);
     m_first.SetThreshold(1, nullptr);
     EXPECT_FALSE(second);

@@ -1,14 +1,14 @@
 #include "zancommon/ohpparamsvtsynchronizer.h"
 
-#include "kwbase/errorhandler.h"
+#include "support/observers.h"
 #include "support/printing.h"
-#include "valueframework/tree.h"
+#include "support/tracelines.h"
+#include "support/treevalues.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using KvZANCommon::OHPParamsVtSynchronizer;
@@ -19,13 +19,6 @@ namespace {
 const QString THRESHOLD_PATH = u"/ZANServer/OverheadPass/Threshold"_s;
 const QString VALID_PATH = u"/ZANServer/OverheadPass/Valid"_s;
 
-template <class T, class... Content>
-T* Insert(const QString& name, Content... content) {
-    auto value = std::make_unique<T>(content...);
-    value->SetName(name, nullptr);
-    return dynamic_cast<T*>(Tree::Instance()->InsertValue(u"/ZANServer/OverheadPass"_s, std::move(value)));
-}
-
 ValueNumericInt* Threshold() {
     return Tree::Instance()->Find<ValueNumericInt>(THRESHOLD_PATH);
 }
@@ -33,29 +26,9 @@ ValueBool* Valid() {
     return Tree::Instance()->Find<ValueBool>(VALID_PATH);
 }
 
-class Counter : public IObserver {
-public:
-    void Update(Observable*, TChangeCode) override { ++count; }
-    int count = 0;
-};
-
-class Reaction : public IObserver {
-public:
-    explicit Reaction(std::function<void()> reaction)
-        : m_reaction(std::move(reaction)) {}
-    void Update(Observable*, TChangeCode) override { m_reaction(); }
-
-private:
-    std::function<void()> m_reaction;
-};
-
 class OHPParamsVtSynchronizerTest : public testing::Test {
 protected:
-    void SetUp() override {
-        Tree::Instance()->Clear();
-        ErrorHandler::Instance().SetSink([this](const QString& line) { m_traces.append(line); });
-    }
-    void TearDown() override { ErrorHandler::Instance().SetSink({}); }
+    void SetUp() override { Tree::Instance()->Clear(); }
 
     void ExpectParams(int threshold, bool isValid) const {
         EXPECT_EQ(m_params.GetThreshold(), threshold);
@@ -69,7 +42,7 @@ protected:
     }
 
     OverheadPassParams m_params;
-    QStringList m_traces;
+    TraceLines m_trace;
 };
 
 TEST_F(OHPParamsVtSynchronizerTest, MissingValuesAreMadeFromTheParameters) {
@@ -78,7 +51,7 @@ TEST_F(OHPParamsVtSynchronizerTest, MissingValuesAreMadeFromTheParameters) {
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     ExpectTree(450, true);
     ExpectParams(450, true);
-    EXPECT_TRUE(m_traces.isEmpty());
+    EXPECT_TRUE(m_trace.lines.isEmpty());
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, NewThresholdValueAccepts0To900Only) {
@@ -96,27 +69,27 @@ TEST_F(OHPParamsVtSynchronizerTest, NewThresholdValueAccepts0To900Only) {
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, ValuesThatAreThereGoIntoTheParametersAndKeepTheirRange) {
-    Insert<ValueNumericInt>(u"Threshold"_s, 1000, -2000, 2000, 5);
-    Insert<ValueBool>(u"Valid"_s, true);
-    Counter counter;
-    m_params.AddObserver(&counter);
+    InsertInTree<ValueNumericInt>(THRESHOLD_PATH, 1000, -2000, 2000, 5);
+    InsertInTree<ValueBool>(VALID_PATH, true);
+    CodeObserver observer;
+    m_params.AddObserver(&observer);
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     ExpectParams(1000, true);
     ExpectTree(1000, true);
     EXPECT_EQ(Threshold()->GetMin(), -2000);
     EXPECT_EQ(Threshold()->GetMax(), 2000);
     EXPECT_EQ(Threshold()->GetStep(), 5);
-    EXPECT_EQ(counter.count, 2);
+    EXPECT_EQ(observer.codes.size(), 2U);
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, OneValueThatIsThereIsReadAndTheOtherOneMade) {
-    Insert<ValueBool>(u"Valid"_s, true);
+    InsertInTree<ValueBool>(VALID_PATH, true);
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     ExpectParams(600, true);
     ExpectTree(600, true);
 }
 
-TEST_F(OHPParamsVtSynchronizerTest, ValuesStandBelowTheBasePathGiven) {
+TEST_F(OHPParamsVtSynchronizerTest, ValuesAreBelowTheBasePathGiven) {
     const OHPParamsVtSynchronizer synchronizer(m_params, u"/ZANCONTROL/Device1"_s);
     const auto* threshold =
         Tree::Instance()->Find<ValueNumericInt>(u"/ZANCONTROL/Device1/OverheadPass/Threshold"_s);
@@ -130,7 +103,7 @@ TEST_F(OHPParamsVtSynchronizerTest, ValuesStandBelowTheBasePathGiven) {
 TEST_F(OHPParamsVtSynchronizerTest, BasePathMayEndWithASlash) {
     const OHPParamsVtSynchronizer synchronizer(m_params, u"/ZANServer/"_s);
     ExpectTree(600, false);
-    EXPECT_TRUE(m_traces.isEmpty());
+    EXPECT_TRUE(m_trace.lines.isEmpty());
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, BasePathThatIsNoneLeavesTheParametersUsable) {
@@ -159,31 +132,32 @@ TEST_F(OHPParamsVtSynchronizerTest, ChangesOfTheParametersReachTheTree) {
     ExpectParams(100, true);
 }
 
-TEST_F(OHPParamsVtSynchronizerTest, EachChangeIsToldOnceOnEitherSide) {
+TEST_F(OHPParamsVtSynchronizerTest, EachChangeNotifiesOnceOnEitherSide) {
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
-    Counter paramsCounter;
-    Counter treeCounter;
-    m_params.AddObserver(&paramsCounter);
-    Threshold()->AddObserver(&treeCounter);
-    Valid()->AddObserver(&treeCounter);
+    CodeObserver ofParams;
+    CodeObserver ofTree;
+    m_params.AddObserver(&ofParams);
+    Threshold()->AddObserver(&ofTree);
+    Valid()->AddObserver(&ofTree);
     m_params.SetThreshold(100, nullptr);
     Threshold()->SetValue(200, nullptr);
     m_params.SetValid(true, nullptr);
     Valid()->SetValue(false, nullptr);
-    EXPECT_EQ(paramsCounter.count, 4);
-    EXPECT_EQ(treeCounter.count, 4);
+    EXPECT_EQ(ofParams.codes.size(), 4U);
+    EXPECT_EQ(ofTree.codes.size(), 4U);
 }
 
-TEST_F(OHPParamsVtSynchronizerTest, OriginatorOfAChangeIsNotTold) {
+TEST_F(OHPParamsVtSynchronizerTest, OriginatorOfAChangeIsNotNotified) {
     OHPParamsVtSynchronizer synchronizer(m_params, {});
-    Counter originator;
+    CodeObserver originator;
     m_params.AddObserver(&originator);
     Threshold()->AddObserver(&originator);
     m_params.SetThreshold(100, &originator);
-    EXPECT_EQ(originator.count, 1); // by the value, which it did not change
-    originator.count = 0;
+    // By the value, which it did not change, and then by the parameters.
+    EXPECT_EQ(originator.subjects, std::vector<const Observable*>{Threshold()});
+    originator.subjects.clear();
     Threshold()->SetValue(101, &originator);
-    EXPECT_EQ(originator.count, 1); // by the parameters
+    EXPECT_EQ(originator.subjects, std::vector<const Observable*>{&m_params});
     // The synchroniser's own change does not come back to it.
     Threshold()->SetValue(102, &synchronizer);
     ExpectParams(101, false);
@@ -228,7 +202,7 @@ TEST_F(OHPParamsVtSynchronizerTest, NewThresholdValueTakesTheNearestWhenTheParam
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, NearestThresholdIsThatOfTheRangeTheValueHas) {
-    Insert<ValueNumericInt>(u"Threshold"_s, 1000, 950, 2000, 5);
+    InsertInTree<ValueNumericInt>(THRESHOLD_PATH, 1000, 950, 2000, 5);
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     m_params.SetThreshold(600, nullptr);
     ExpectTree(950, false);
@@ -242,21 +216,21 @@ TEST_F(OHPParamsVtSynchronizerTest, NearestThresholdIsThatOfTheRangeTheValueHas)
 TEST_F(OHPParamsVtSynchronizerTest, ThresholdThatTheValueCannotTakeIsTraced) {
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     m_params.SetThreshold(900, nullptr);
-    EXPECT_TRUE(m_traces.isEmpty());
+    EXPECT_TRUE(m_trace.lines.isEmpty());
     m_params.SetThreshold(901, nullptr);
-    ASSERT_EQ(m_traces.size(), 1);
-    EXPECT_TRUE(m_traces[0].endsWith(
+    ASSERT_EQ(m_trace.lines.size(), 1);
+    EXPECT_TRUE(m_trace.lines[0].endsWith(
         u": WARNING: the overhead-pass threshold 901 is outside 0 to 900; the value tree takes 900"_s))
-        << m_traces[0].toStdString();
+        << m_trace.lines[0].toStdString();
     m_params.SetThreshold(0, nullptr);
-    EXPECT_EQ(m_traces.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, ThresholdOfAnotherTypeIsLeftAloneAndTheFlagStaysSynchronised) {
-    const auto* wrong = Insert<ValueString>(u"Threshold"_s, u"high"_s);
+    const auto* wrong = InsertInTree<ValueString>(THRESHOLD_PATH, u"high"_s);
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
-    ASSERT_EQ(m_traces.size(), 1);
-    EXPECT_TRUE(m_traces[0].contains(THRESHOLD_PATH)) << m_traces[0].toStdString();
+    ASSERT_EQ(m_trace.lines.size(), 1);
+    EXPECT_TRUE(m_trace.lines[0].contains(THRESHOLD_PATH)) << m_trace.lines[0].toStdString();
     EXPECT_EQ(wrong->GetObserverCount(), 0U);
     m_params.SetThreshold(100, nullptr);
     EXPECT_EQ(wrong->GetValue(), u"high"_s);
@@ -267,10 +241,10 @@ TEST_F(OHPParamsVtSynchronizerTest, ThresholdOfAnotherTypeIsLeftAloneAndTheFlagS
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, FlagOfAnotherTypeIsLeftAloneAndTheThresholdStaysSynchronised) {
-    const auto* wrong = Insert<ValueInt>(u"Valid"_s, 5);
+    const auto* wrong = InsertInTree<ValueInt>(VALID_PATH, 5);
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
-    ASSERT_EQ(m_traces.size(), 1);
-    EXPECT_TRUE(m_traces[0].contains(VALID_PATH)) << m_traces[0].toStdString();
+    ASSERT_EQ(m_trace.lines.size(), 1);
+    EXPECT_TRUE(m_trace.lines[0].contains(VALID_PATH)) << m_trace.lines[0].toStdString();
     EXPECT_EQ(wrong->GetObserverCount(), 0U);
     m_params.SetValid(true, nullptr);
     EXPECT_EQ(wrong->GetValue(), 5);
@@ -281,10 +255,10 @@ TEST_F(OHPParamsVtSynchronizerTest, FlagOfAnotherTypeIsLeftAloneAndTheThresholdS
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, IntegerWithoutRangeIsNoThresholdValue) {
-    Insert<ValueInt>(u"Threshold"_s, 5);
+    InsertInTree<ValueInt>(THRESHOLD_PATH, 5);
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     ExpectParams(600, false);
-    EXPECT_EQ(m_traces.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, RemovedThresholdValueIsForgottenAndTheFlagStaysSynchronised) {
@@ -312,8 +286,8 @@ TEST_F(OHPParamsVtSynchronizerTest, RemovedFlagIsForgottenAndTheThresholdStaysSy
 TEST_F(OHPParamsVtSynchronizerTest, ValueIsForgottenBeforeItIsGone) {
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     ValueNumericInt* threshold = Threshold();
-    // Told after the synchroniser, while the value still stands.
-    Reaction reaction([&] {
+    // Notified after the synchroniser, while the value is still there.
+    FunctionObserver reaction([&](Observable*, TChangeCode) {
         EXPECT_EQ(threshold->GetObserverCount(), 1U);
         m_params.SetThreshold(100, nullptr);
         EXPECT_EQ(threshold->GetValue(), 600);
@@ -362,7 +336,7 @@ TEST_F(OHPParamsVtSynchronizerTest, RenamedValueStaysSynchronised) {
 TEST_F(OHPParamsVtSynchronizerTest, ValueInsertedAgainAfterItsRemovalIsLeftAlone) {
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     Tree::Instance()->Remove(Threshold());
-    auto* newOne = Insert<ValueNumericInt>(u"Threshold"_s, 5, 0, 900, 1);
+    auto* newOne = InsertInTree<ValueNumericInt>(THRESHOLD_PATH, 5, 0, 900, 1);
     ASSERT_EQ(Threshold(), newOne);
     m_params.SetThreshold(100, nullptr);
     EXPECT_EQ(newOne->GetValue(), 5);
@@ -417,14 +391,14 @@ TEST_F(OHPParamsVtSynchronizerTest, ParametersThatAreGoneAreNotTouched) {
 }
 
 TEST_F(OHPParamsVtSynchronizerTest, ObserverMayRemoveTheValueWhileItIsRead) {
-    Insert<ValueNumericInt>(u"Threshold"_s, 5, 0, 900, 1);
-    Insert<ValueBool>(u"Valid"_s, true);
-    Reaction reaction([] { Tree::Instance()->Clear(); });
+    InsertInTree<ValueNumericInt>(THRESHOLD_PATH, 5, 0, 900, 1);
+    InsertInTree<ValueBool>(VALID_PATH, true);
+    FunctionObserver reaction([](Observable*, TChangeCode) { Tree::Instance()->Clear(); });
     m_params.AddObserver(&reaction);
     const OHPParamsVtSynchronizer synchronizer(m_params, {});
     EXPECT_EQ(m_params.GetThreshold(), 5);
     m_params.DeleteObserver(&reaction);
-    // The threshold value went while it was read; the flag was made anew.
+    // The threshold value went while it was read; the flag was made again.
     m_params.SetValid(true, nullptr);
     EXPECT_FALSE(Threshold());
     EXPECT_TRUE(Valid()->GetValue());
@@ -433,7 +407,7 @@ TEST_F(OHPParamsVtSynchronizerTest, ObserverMayRemoveTheValueWhileItIsRead) {
 TEST_F(OHPParamsVtSynchronizerTest, ObserverMayDestroyTheParametersMeanwhile) {
     auto params = std::make_unique<OverheadPassParams>();
     const OHPParamsVtSynchronizer synchronizer(*params, {});
-    Reaction reaction([&params] { params.reset(); });
+    FunctionObserver reaction([&params](Observable*, TChangeCode) { params.reset(); });
     Threshold()->AddObserver(&reaction);
     params->SetThreshold(100, nullptr);
     EXPECT_FALSE(params);
@@ -443,7 +417,7 @@ TEST_F(OHPParamsVtSynchronizerTest, ObserverMayDestroyTheParametersMeanwhile) {
 TEST_F(OHPParamsVtSynchronizerTest, ObserverMayDestroySynchronizerParametersAndValuesMeanwhile) {
     auto params = std::make_unique<OverheadPassParams>();
     auto synchronizer = std::make_unique<OHPParamsVtSynchronizer>(*params, QString());
-    Reaction reaction([&] {
+    FunctionObserver reaction([&](Observable*, TChangeCode) {
         Tree::Instance()->Clear();
         synchronizer.reset();
         params.reset();

@@ -1,5 +1,7 @@
 #include "zancommon/overheadpassparams.h"
 
+#include "support/observers.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -10,53 +12,43 @@ using KvZANCommon::OverheadPassParams;
 
 namespace {
 
-class Recorder : public IObserver {
-public:
-    void Update(Observable* subject, TChangeCode code) override {
-        subjects.push_back(subject);
-        codes.push_back(code);
-    }
-    std::vector<Observable*> subjects;
-    std::vector<TChangeCode> codes;
-};
-
 TEST(OverheadPassParams, FreshSetHasThreshold600AndIsNotValid) {
     const OverheadPassParams params;
     EXPECT_EQ(params.GetThreshold(), 600);
     EXPECT_FALSE(params.IsValid());
 }
 
-TEST(OverheadPassParams, SettersStoreAndTellTheObserversCode3) {
+TEST(OverheadPassParams, SettersStoreAndNotifyTheObserversWithCode3) {
     OverheadPassParams params;
-    Recorder recorder;
-    params.AddObserver(&recorder);
+    CodeObserver observer;
+    params.AddObserver(&observer);
     params.SetThreshold(450, nullptr);
     EXPECT_EQ(params.GetThreshold(), 450);
     params.SetValid(true, nullptr);
     EXPECT_TRUE(params.IsValid());
-    EXPECT_EQ(recorder.codes, std::vector<TChangeCode>(2, static_cast<TChangeCode>(3)));
-    EXPECT_EQ(recorder.subjects, std::vector<Observable*>(2, &params));
+    EXPECT_EQ(observer.codes, std::vector<TChangeCode>(2, static_cast<TChangeCode>(3)));
+    EXPECT_EQ(observer.subjects, std::vector<const Observable*>(2, &params));
 }
 
-TEST(OverheadPassParams, SettingTheSameAgainTellsNobody) {
+TEST(OverheadPassParams, SettingTheSameAgainNotifiesNobody) {
     OverheadPassParams params;
-    Recorder recorder;
-    params.AddObserver(&recorder);
+    CodeObserver observer;
+    params.AddObserver(&observer);
     params.SetThreshold(600, nullptr);
     params.SetValid(false, nullptr);
-    EXPECT_TRUE(recorder.codes.empty());
+    EXPECT_TRUE(observer.codes.empty());
     params.SetThreshold(700, nullptr);
     params.SetThreshold(700, nullptr);
-    EXPECT_EQ(recorder.codes.size(), 1U);
+    EXPECT_EQ(observer.codes.size(), 1U);
     params.SetValid(true, nullptr);
     params.SetValid(true, nullptr);
-    EXPECT_EQ(recorder.codes.size(), 2U);
+    EXPECT_EQ(observer.codes.size(), 2U);
 }
 
-TEST(OverheadPassParams, OriginatorIsNotTold) {
+TEST(OverheadPassParams, OriginatorIsNotNotified) {
     OverheadPassParams params;
-    Recorder originator;
-    Recorder other;
+    CodeObserver originator;
+    CodeObserver other;
     params.AddObserver(&originator);
     params.AddObserver(&other);
     params.SetThreshold(1, &originator);
@@ -76,45 +68,42 @@ TEST(OverheadPassParams, AnyIntegerIsAThreshold) {
 
 TEST(OverheadPassParams, CopyTakesOverContentAndObservers) {
     OverheadPassParams params;
-    Recorder recorder;
-    params.AddObserver(&recorder);
-    params.SetThreshold(123, &recorder);
-    params.SetValid(true, &recorder);
+    CodeObserver observer;
+    params.AddObserver(&observer);
+    params.SetThreshold(123, &observer);
+    params.SetValid(true, &observer);
     OverheadPassParams copy(params);
     EXPECT_EQ(copy.GetThreshold(), 123);
     EXPECT_TRUE(copy.IsValid());
     copy.SetThreshold(124, nullptr);
     EXPECT_EQ(params.GetThreshold(), 123);
-    EXPECT_EQ(recorder.subjects, std::vector<Observable*>{&copy});
+    EXPECT_EQ(observer.subjects, std::vector<const Observable*>{&copy});
 }
 
-TEST(OverheadPassParams, AssignmentTakesOverContentAndObserversAndTellsNobody) {
+TEST(OverheadPassParams, AssignmentTakesOverContentAndObserversAndNotifiesNobody) {
     OverheadPassParams params;
-    Recorder recorder;
-    params.AddObserver(&recorder);
-    params.SetThreshold(123, &recorder);
-    params.SetValid(true, &recorder);
+    CodeObserver observer;
+    params.AddObserver(&observer);
+    params.SetThreshold(123, &observer);
+    params.SetValid(true, &observer);
     OverheadPassParams target;
-    Recorder former;
+    CodeObserver former;
     target.AddObserver(&former);
     target = params;
     EXPECT_EQ(target.GetThreshold(), 123);
     EXPECT_TRUE(target.IsValid());
-    EXPECT_TRUE(recorder.codes.empty());
+    EXPECT_TRUE(observer.codes.empty());
     target.SetValid(false, nullptr);
-    EXPECT_EQ(recorder.subjects, std::vector<Observable*>{&target});
+    EXPECT_EQ(observer.subjects, std::vector<const Observable*>{&target});
     EXPECT_TRUE(former.codes.empty());
 }
 
-TEST(OverheadPassParams, ObserverMayDestroyTheSetItIsToldOf) {
-    class Destroyer : public IObserver {
-    public:
-        void Update(Observable*, TChangeCode) override { params.reset(); }
-        std::unique_ptr<OverheadPassParams> params = std::make_unique<OverheadPassParams>();
-    } destroyer;
-    destroyer.params->AddObserver(&destroyer);
-    destroyer.params->SetThreshold(1, nullptr);
-    EXPECT_FALSE(destroyer.params);
+TEST(OverheadPassParams, ObserverMayDestroyTheSetItIsNotifiedOf) {
+    auto params = std::make_unique<OverheadPassParams>();
+    FunctionObserver destroyer([&params](Observable*, TChangeCode) { params.reset(); });
+    params->AddObserver(&destroyer);
+    params->SetThreshold(1, nullptr);
+    EXPECT_FALSE(params);
 }
 
 } // namespace

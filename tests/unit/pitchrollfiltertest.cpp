@@ -1,8 +1,9 @@
 #include "zancommon/pitchrollfilter.h"
 
+#include "support/bearings.h"
+#include "support/observers.h"
 #include "support/printing.h"
-#include "valueframework/tree.h"
-#include "zancommon/bearing.h"
+#include "support/treevalues.h"
 
 #include <gtest/gtest.h>
 
@@ -22,56 +23,30 @@ namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
-template <class T, class... Content>
-T* Insert(const QString& name, Content... content) {
-    auto value = std::make_unique<T>(content...);
-    value->SetName(name, nullptr);
-    return dynamic_cast<T*>(Tree::Instance()->InsertValue(u"/Test"_s, std::move(value)));
-}
-
-ValueNumericDouble* InsertAngle(const QString& name, double angle) {
+ValueNumericDouble* InsertAngle(const QString& path, double angle) {
     constexpr double LIMIT = 1e9;
-    return Insert<ValueNumericDouble>(name, angle, -LIMIT, LIMIT, 0.1);
+    return InsertInTree<ValueNumericDouble>(path, angle, -LIMIT, LIMIT, 0.1);
 }
-
-Bearing RandomBearing(std::mt19937& random) {
-    const auto any = [&random] { return static_cast<quint16>(random()); };
-    const auto anySigned = [&random] { return static_cast<qint16>(random()); };
-    return {.channel = any(),
-            .azimuth = any(),
-            .elevation = anySigned(),
-            .level = anySigned(),
-            .marker = anySigned(),
-            .azimuthSpread = any(),
-            .averageCount = any(),
-            .quality = any()};
-}
-
-class Counter : public IObserver {
-public:
-    void Update(Observable*, TChangeCode) override { ++count; }
-    int count = 0;
-};
 
 class PitchRollFilterTest : public testing::Test {
 protected:
     void SetUp() override { Tree::Instance()->Clear(); }
 
     void BindPitch(double pitch, double threshold) {
-        InsertAngle(u"Pitch"_s, pitch);
-        InsertAngle(u"PitchThreshold"_s, threshold);
+        InsertAngle(u"/Test/Pitch"_s, pitch);
+        InsertAngle(u"/Test/PitchThreshold"_s, threshold);
         m_filter.SetPitchValuePath(u"/Test/Pitch"_s);
         m_filter.SetPitchThresholdValuePath(u"/Test/PitchThreshold"_s);
     }
     void BindRoll(double roll, double threshold) {
-        InsertAngle(u"Roll"_s, roll);
-        InsertAngle(u"RollThreshold"_s, threshold);
+        InsertAngle(u"/Test/Roll"_s, roll);
+        InsertAngle(u"/Test/RollThreshold"_s, threshold);
         m_filter.SetRollValuePath(u"/Test/Roll"_s);
         m_filter.SetRollThresholdValuePath(u"/Test/RollThreshold"_s);
     }
     void BindStatus() {
-        m_pDataValid = Insert<ValueBool>(u"DataValid"_s, true);
-        m_pStateInfo = Insert<ValueString>(u"StateInfo"_s, u"fine"_s);
+        m_pDataValid = InsertInTree<ValueBool>(u"/Test/DataValid"_s, true);
+        m_pStateInfo = InsertInTree<ValueString>(u"/Test/StateInfo"_s, u"fine"_s);
         m_filter.SetZANDataValidValuePath(u"/Test/DataValid"_s);
         m_filter.SetZANDataStateInfoValuePath(u"/Test/StateInfo"_s);
     }
@@ -155,15 +130,15 @@ TEST_F(PitchRollFilterTest, ConditionIsMetWhenEitherLimitIsExceeded) {
 }
 
 TEST_F(PitchRollFilterTest, LimitIsNotExceededWhileItsThresholdIsUnbound) {
-    InsertAngle(u"Pitch"_s, 90.0);
-    InsertAngle(u"Roll"_s, 90.0);
+    InsertAngle(u"/Test/Pitch"_s, 90.0);
+    InsertAngle(u"/Test/Roll"_s, 90.0);
     m_filter.SetPitchValuePath(u"/Test/Pitch"_s);
     m_filter.SetRollValuePath(u"/Test/Roll"_s);
     EXPECT_FALSE(m_filter.IsFilterConditionMet());
 }
 
 TEST_F(PitchRollFilterTest, LimitIsNotExceededWhileItsAngleIsUnbound) {
-    InsertAngle(u"Threshold"_s, 0.0);
+    InsertAngle(u"/Test/Threshold"_s, 0.0);
     m_filter.SetPitchThresholdValuePath(u"/Test/Threshold"_s);
     m_filter.SetRollThresholdValuePath(u"/Test/Threshold"_s);
     EXPECT_FALSE(m_filter.IsFilterConditionMet());
@@ -173,8 +148,8 @@ TEST_F(PitchRollFilterTest, FirstSuccessfulBindingHolds) {
     BindPitch(90.0, 5.0);
     BindRoll(90.0, 5.0);
     BindStatus();
-    InsertAngle(u"Level"_s, 0.0);
-    InsertAngle(u"Huge"_s, 1000.0);
+    InsertAngle(u"/Test/Level"_s, 0.0);
+    InsertAngle(u"/Test/Huge"_s, 1000.0);
     m_filter.SetPitchValuePath(u"/Test/Level"_s);
     m_filter.SetPitchThresholdValuePath(u"/Test/Huge"_s);
     m_filter.SetRollValuePath(u"/Test/Level"_s);
@@ -183,8 +158,8 @@ TEST_F(PitchRollFilterTest, FirstSuccessfulBindingHolds) {
     m_filter.SetRollThresholdValuePath(u"/Test/Huge"_s);
     EXPECT_TRUE(m_filter.IsFilterConditionMet());
 
-    const auto* otherFlag = Insert<ValueBool>(u"OtherFlag"_s, true);
-    const auto* otherText = Insert<ValueString>(u"OtherText"_s, u"other"_s);
+    const auto* otherFlag = InsertInTree<ValueBool>(u"/Test/OtherFlag"_s, true);
+    const auto* otherText = InsertInTree<ValueString>(u"/Test/OtherText"_s, u"other"_s);
     m_filter.SetZANDataValidValuePath(u"/Test/OtherFlag"_s);
     m_filter.SetZANDataStateInfoValuePath(u"/Test/OtherText"_s);
     m_filter.Apply(0, nullptr);
@@ -194,7 +169,7 @@ TEST_F(PitchRollFilterTest, FirstSuccessfulBindingHolds) {
 }
 
 TEST_F(PitchRollFilterTest, PathWithoutValueOrOfAnotherTypeLeavesTheMemberUnboundForALaterCall) {
-    Insert<ValueNumericInt>(u"Integer"_s);
+    InsertInTree<ValueNumericInt>(u"/Test/Integer"_s);
     m_filter.SetPitchValuePath(u"/Test/Integer"_s);
     m_filter.SetPitchThresholdValuePath(u"/Test/Missing"_s);
     m_filter.SetZANDataValidValuePath(u"/Test/Integer"_s);
@@ -212,13 +187,13 @@ TEST_F(PitchRollFilterTest, PathWithoutValueOrOfAnotherTypeLeavesTheMemberUnboun
 
 TEST_F(PitchRollFilterTest, NodeAtThePathLeavesTheMemberUnbound) {
     Tree::Instance()->CreateNode(u"/Test/Pitch"_s);
-    InsertAngle(u"PitchThreshold"_s, 0.0);
+    InsertAngle(u"/Test/PitchThreshold"_s, 0.0);
     m_filter.SetPitchValuePath(u"/Test/Pitch"_s);
     m_filter.SetPitchThresholdValuePath(u"/Test/PitchThreshold"_s);
     EXPECT_FALSE(m_filter.IsFilterConditionMet());
 }
 
-TEST_F(PitchRollFilterTest, ValueThatTheTreeDestroyedIsUnboundAndCanBeBoundAnew) {
+TEST_F(PitchRollFilterTest, ValueThatTheTreeDestroyedIsUnboundAndCanBeBoundAgain) {
     BindPitch(90.0, 5.0);
     BindStatus();
     ASSERT_TRUE(m_filter.IsFilterConditionMet());
@@ -238,7 +213,7 @@ TEST_F(PitchRollFilterTest, ValueThatTheTreeDestroyedIsUnboundAndCanBeBoundAnew)
 TEST_F(PitchRollFilterTest, RenamedValueStaysBound) {
     BindPitch(90.0, 5.0);
     Tree::Instance()->GetValue(u"/Test/Pitch"_s)->SetName(u"Nick"_s, nullptr);
-    InsertAngle(u"Pitch"_s, 0.0);
+    InsertAngle(u"/Test/Pitch"_s, 0.0);
     m_filter.SetPitchValuePath(u"/Test/Pitch"_s);
     EXPECT_TRUE(m_filter.IsFilterConditionMet());
 }
@@ -248,7 +223,7 @@ TEST_F(PitchRollFilterTest, BlockIsRejectedWithAllOtherMembersUntouched) {
     for (const std::size_t count : {1U, 2U, 7U, 8U, 9U, 64U, 1000U, 60000U}) {
         SCOPED_TRACE(count);
         std::mt19937 random(static_cast<unsigned>(count));
-        // Two more than the block: what stands behind it is not the filter's.
+        // Two more than the block: what is behind it is not the filter's.
         std::vector<Bearing> bearings(count + 2);
         for (Bearing& bearing : bearings) {
             bearing = RandomBearing(random);
@@ -318,23 +293,20 @@ TEST_F(PitchRollFilterTest, ResultWithoutAzimuthChangesNeitherResultNorTree) {
     ExpectStatusUntouched();
 }
 
-TEST_F(PitchRollFilterTest, ObserversOfTheStatusValuesAreTold) {
+TEST_F(PitchRollFilterTest, ObserversOfTheStatusValuesAreNotified) {
     BindStatus();
-    Counter validCounter;
-    Counter infoCounter;
-    m_pDataValid->AddObserver(&validCounter);
-    m_pStateInfo->AddObserver(&infoCounter);
+    CodeObserver ofValid;
+    CodeObserver ofInfo;
+    m_pDataValid->AddObserver(&ofValid);
+    m_pStateInfo->AddObserver(&ofInfo);
     m_filter.Apply(0, nullptr);
     m_filter.Apply(0, nullptr);
-    EXPECT_EQ(validCounter.count, 1);
-    EXPECT_EQ(infoCounter.count, 1);
+    EXPECT_EQ(ofValid.codes.size(), 1U);
+    EXPECT_EQ(ofInfo.codes.size(), 1U);
 }
 
 TEST_F(PitchRollFilterTest, ObserverMayRemoveTheStatusValuesMeanwhile) {
-    class Remover : public IObserver {
-    public:
-        void Update(Observable*, TChangeCode) override { Tree::Instance()->Clear(); }
-    } remover;
+    FunctionObserver remover([](Observable*, TChangeCode) { Tree::Instance()->Clear(); });
     BindStatus();
     m_pDataValid->AddObserver(&remover);
     m_filter.Apply(0, nullptr);
@@ -373,7 +345,7 @@ TEST_F(PitchRollFilterTest, CopiesAreBoundToTheSameValues) {
 
 TEST_F(PitchRollFilterTest, DestructionReleasesNothing) {
     auto filter = std::make_unique<PitchRollFilter>();
-    auto* pitch = InsertAngle(u"Pitch"_s, 1.5);
+    auto* pitch = InsertAngle(u"/Test/Pitch"_s, 1.5);
     filter->SetPitchValuePath(u"/Test/Pitch"_s);
     filter.reset();
     EXPECT_EQ(Tree::Instance()->Find<ValueNumericDouble>(u"/Test/Pitch"_s), pitch);

@@ -35,7 +35,7 @@ protected:
     Percents m_percents;
 };
 
-TEST_F(ProgressCalculatorTest, FiveSecondsAreToldInFiveStepsAndEndWithoutASignal) {
+TEST_F(ProgressCalculatorTest, FiveSecondsAreSignalledInFiveStepsAndEndWithoutASignal) {
     m_calculator.Start(5000);
     for (int i = 0; i < 5; ++i) {
         EXPECT_TRUE(Timer().isActive());
@@ -146,7 +146,7 @@ TEST(ProgressCalculator, RunsOnTheSystemClockAndItsTimer) {
     EXPECT_LE(percents.front(), 60U); // ... and the wait for it has an end
 }
 
-TEST(ProgressCalculator, TicksAreNeverEarlySoThatAHundredIsTold) {
+TEST(ProgressCalculator, TicksAreNeverEarlySoThatAHundredIsSignalled) {
     // Started at a hundred moments of a second: a timer that may round lets some of them come early.
     constexpr int COUNT = 100;
     constexpr uint DURATION_MS = 1000;

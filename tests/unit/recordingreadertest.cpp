@@ -1,6 +1,7 @@
 #include "zanserver/recordingreader.h"
 
 #include "support/printing.h"
+#include "support/recordings.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -23,9 +24,7 @@ using BadLine = RecordingReader::BadLine;
 
 namespace {
 
-const QByteArray HEADER =
-    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,"
-    "roll_deg,latitude_deg,longitude_deg,altitude_m";
+const QByteArray HEADER = RECORDING_HEADER.chopped(1); // without the end of the line
 const QByteArray ROW = "1000,121500000,12.3,4.5,90,-52.04,359.9,-1.5,2.5,52.4603,5.52722,-4.0";
 
 /// Hands out its bytes in pieces of a given size, and then ends or fails.
@@ -184,9 +183,9 @@ void PrintTo(const LineCase& lineCase, std::ostream* out) {
     *out << lineCase.name;
 }
 
-class RecordingReaderBadLine : public testing::TestWithParam<LineCase> {};
+class RecordingReaderBadLineTest : public testing::TestWithParam<LineCase> {};
 
-TEST_P(RecordingReaderBadLine, IsReportedAndTheRestIsUsed) {
+TEST_P(RecordingReaderBadLineTest, IsReportedAndTheRestIsUsed) {
     const auto& [name, line, reason, text] = GetParam();
     QByteArray bytes = HEADER + '\n' + ROW + '\n' + line + '\n' + ROW + '\n';
     QBuffer buffer(&bytes);
@@ -203,7 +202,7 @@ TEST_P(RecordingReaderBadLine, IsReportedAndTheRestIsUsed) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Lines, RecordingReaderBadLine,
+    Lines, RecordingReaderBadLineTest,
     testing::Values(
         LineCase{"TooFewColumns", "1000,121500000,12.3", BadLine::ColumnCount,
                  u"wrong number of columns: 3"_s},
@@ -273,9 +272,9 @@ void PrintTo(const RangeCase& range, std::ostream* out) {
     *out << HEADER.split(',')[range.column].constData();
 }
 
-class RecordingReaderRange : public testing::TestWithParam<RangeCase> {};
+class RecordingReaderRangeTest : public testing::TestWithParam<RangeCase> {};
 
-TEST_P(RecordingReaderRange, LimitsAreValidAndBeyondThemIsOutOfRange) {
+TEST_P(RecordingReaderRangeTest, LimitsAreValidAndBeyondThemIsOutOfRange) {
     const auto& [column, inside, outside] = GetParam();
     for (const QByteArray& field : inside) {
         const Content content = ReadBytes(HEADER + '\n' + RowWith(column, field));
@@ -290,7 +289,7 @@ TEST_P(RecordingReaderRange, LimitsAreValidAndBeyondThemIsOutOfRange) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Columns, RecordingReaderRange,
+    Columns, RecordingReaderRangeTest,
     testing::Values(RangeCase{0, {"0", "253402300799999"}, {"253402300800000"}},
                     RangeCase{1, {"0.001", "1e3", "3000000000000"}, {"0", "-0.0", "-1", "3000000000001"}},
                     RangeCase{2, {"0", "0.0", "359.9", "359.99999"}, {"360", "360.0", "361", "-0.1", "-90"}},

@@ -2,6 +2,7 @@
 
 #include "support/fulldisk.h"
 #include "support/printing.h"
+#include "support/recordings.h"
 #include "zanserver/recordingreader.h"
 
 #include <QDir>
@@ -22,10 +23,6 @@ using namespace Qt::StringLiterals;
 using namespace ZANServer;
 
 namespace {
-
-const QByteArray HEADER =
-    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,"
-    "roll_deg,latitude_deg,longitude_deg,altitude_m\n";
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
@@ -52,14 +49,14 @@ QByteArray Contents(const QString& name) {
 
 class RecordingWriterTest : public testing::Test {
 protected:
-    /// The row as it stands in the file.
+    /// The row as it is in the file.
     QByteArray Written(const RecordedBearing& bearing) {
         RecordingWriter writer;
         EXPECT_TRUE(writer.Open(m_name) && writer.Write(bearing) && writer.Commit())
             << writer.GetErrorText().toStdString();
         QByteArray bytes = Contents(m_name);
-        EXPECT_TRUE(bytes.startsWith(HEADER));
-        return bytes.mid(HEADER.size());
+        EXPECT_TRUE(bytes.startsWith(RECORDING_HEADER));
+        return bytes.mid(RECORDING_HEADER.size());
     }
     [[nodiscard]] QStringList Files() const {
         return QDir(m_directory.path()).entryList(QDir::Files | QDir::Hidden | QDir::System);
@@ -84,7 +81,7 @@ TEST_F(RecordingWriterTest, ARecordingWithoutRowsIsAHeader) {
     RecordingWriter writer;
     ASSERT_TRUE(writer.Open(m_name));
     ASSERT_TRUE(writer.Commit());
-    EXPECT_EQ(Contents(m_name), HEADER);
+    EXPECT_EQ(Contents(m_name), RECORDING_HEADER);
 }
 
 TEST_F(RecordingWriterTest, AnAngleThatRoundsUpToTheFullCircleIsNorth) {
@@ -198,7 +195,7 @@ TEST_F(RecordingWriterTest, RefusesARowThatTheReaderWouldNotTake) {
     }
     EXPECT_TRUE(writer.Write(FULL));
     EXPECT_TRUE(writer.Commit());
-    EXPECT_EQ(Contents(m_name), HEADER + row + row);
+    EXPECT_EQ(Contents(m_name), RECORDING_HEADER + row + row);
 }
 
 TEST_F(RecordingWriterTest, TheFileAppearsWithCommit) {
@@ -217,7 +214,7 @@ TEST_F(RecordingWriterTest, WithoutCommitTheFormerFileStays) {
         ASSERT_TRUE(writer.Open(m_name));
         ASSERT_TRUE(writer.Write(SPARSE));
     }
-    EXPECT_EQ(Contents(m_name), HEADER + row);
+    EXPECT_EQ(Contents(m_name), RECORDING_HEADER + row);
     EXPECT_EQ(Files(), QStringList(u"recording.csv"_s));
 }
 
@@ -229,10 +226,10 @@ TEST_F(RecordingWriterTest, OpeningAnotherFileGivesUpTheOneBegun) {
     ASSERT_TRUE(writer.Open(other));
     ASSERT_TRUE(writer.Commit());
     EXPECT_EQ(Files(), QStringList(u"other.csv"_s));
-    EXPECT_EQ(Contents(other), HEADER);
+    EXPECT_EQ(Contents(other), RECORDING_HEADER);
 }
 
-TEST_F(RecordingWriterTest, EachRecordingBeginsAnew) {
+TEST_F(RecordingWriterTest, EachRecordingBeginsAgain) {
     RecordedBearing early = FULL;
     early.timeMs = 1000;
     RecordingWriter writer;
@@ -274,7 +271,7 @@ TEST_F(RecordingWriterTest, AFullDiskIsReportedAndLeavesTheFormerFile) {
         EXPECT_FALSE(committed);
         EXPECT_TRUE(writer.GetErrorText().startsWith(m_name + u": cannot be written: "_s));
         EXPECT_TRUE(writer.GetErrorText().contains(u"too large"_s)) << writer.GetErrorText().toStdString();
-        EXPECT_EQ(Contents(m_name), HEADER + row);
+        EXPECT_EQ(Contents(m_name), RECORDING_HEADER + row);
         EXPECT_EQ(Files(), QStringList(u"recording.csv"_s));
     }
 }

@@ -31,7 +31,7 @@ TEST(RepeatedLines, LinesThatDifferInTheirNumbersAreEqual) {
               "(3) 12:59:59.1: To 127.0.0.1:49266\n");
 }
 
-TEST(RepeatedLines, CountsAreToldWithTheFirstLineAfterAMinuteAndLinesAreNewAgain) {
+TEST(RepeatedLines, CountsAreWrittenWithTheFirstLineAfterAMinuteAndLinesAreNewAgain) {
     RepeatedLines lines;
     EXPECT_EQ(lines.Add("a\n", START), "a\n");
     EXPECT_EQ(lines.Add("a\n", START + 1s), "");

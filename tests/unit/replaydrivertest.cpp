@@ -1,6 +1,8 @@
 #include "zanserver/replaydriver.h"
 #include "support/eventloop.h"
 #include "support/printing.h"
+#include "support/recordings.h"
+#include "support/unixsocket.h"
 #include "zancommon/legacydriveradapter.h"
 #include "zanserver/driverreceiver.h"
 
@@ -17,10 +19,6 @@ using namespace Qt::StringLiterals;
 using namespace ZANServer;
 
 namespace {
-
-const QByteArray HEADER =
-    "time_ms,frequency_hz,azimuth_deg,elevation_deg,quality,level_db,heading_deg,pitch_deg,roll_deg,"
-    "latitude_deg,longitude_deg,altitude_m\n";
 
 /// The other end of a FIFO: writes whole pieces, unbuffered.
 class Writer {
@@ -55,7 +53,7 @@ protected:
         m_adapter.SetLegacyDriver(&driver);
         QFile file(m_directory.filePath(u"recording.csv"_s));
         EXPECT_TRUE(file.open(QFile::WriteOnly));
-        file.write(HEADER + rows);
+        file.write(RECORDING_HEADER + rows);
         file.close();
         std::string name = file.fileName().toStdString();
         return m_device.Initialize(name, false);
@@ -169,14 +167,30 @@ TEST_F(ReplayDriverTest, RecordingThatCannotBeOpenedIsAnErrorOfTheDriver) {
     EXPECT_TRUE(m_device.GetLastError().isEmpty());
 }
 
+TEST_F(ReplayDriverTest, StreamThatCannotBeOpenedIsAnErrorOfTheDriver) {
+    const QString path = m_directory.filePath(u"socket"_s);
+    const UnixSocket socket(path);
+    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    m_adapter.SetLegacyDriver(&driver);
+    std::string name = path.toStdString();
+    EXPECT_EQ(m_device.Initialize(name, false), ReplayDriver::FAILED);
+    EXPECT_EQ(m_device.GetLastError(), path + u": cannot be opened: No such device or address"_s);
+}
+
+TEST_F(ReplayDriverTest, HasOneChannelThatNeedsNeitherResetNorDeletion) {
+    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    m_adapter.SetLegacyDriver(&driver);
+    EXPECT_EQ(m_device.GetMaxChannelCount(EMODE_SCAN), 1);
+    EXPECT_EQ(m_device.Reset(), ReplayDriver::OK);
+    EXPECT_EQ(m_device.DeleteAllChannels(), ReplayDriver::OK);
+}
+
 TEST_F(ReplayDriverTest, StandbyStopsAReplayThatWaitsForItsTime) {
     ReplayDriver driver(m_adapter, 1.0);
     ASSERT_EQ(Open(driver, "0,121500000,10,,50,,,,,,,\n253402300799999,121500000,10,,50,,,,,,,\n"),
               ReplayDriver::OK);
     m_device.SetMode(EMODE_SCAN);
-    while (m_blocks.empty()) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    EXPECT_TRUE(WaitForBlocks(1));
     m_device.SetMode(EMODE_STANDBY);
     m_receiver.PassOnWaiting();
     EXPECT_EQ(m_blocks.size(), 1U);
@@ -225,12 +239,12 @@ TEST_F(ReplayDriverTest, RowsOfAFifoAreDeliveredAsTheyCome) {
     StartOnFifo(driver);
     {
         Writer writer(Fifo());
-        writer.Write(HEADER + "0,121500000,10,,50,,,,,,,\n");
+        writer.Write(RECORDING_HEADER + "0,121500000,10,,50,,,,,,,\n");
         EXPECT_TRUE(WaitForBlocks(1)) << "without the row behind it";
         writer.Write("1,121500000,20,");
         writer.Write(",50,,,,,,,\n1,121500000,30,,50,,,,,,,\nnonsense\n");
         EXPECT_TRUE(SpinUntil([&] { return m_errors.size() == 1; }));
-        EXPECT_TRUE(WaitForBlocks(2)) << "a line that is no row holds nothing up";
+        EXPECT_TRUE(WaitForBlocks(2)) << "a line that is not a row holds nothing up";
         writer.Write("2,121500000,40,,50,,,,,,,\n" + QByteArray(10000, 'x'));
         EXPECT_TRUE(WaitForBlocks(3)) << "nor does one that does not end";
         writer.Write("\n3,121500000,50,,50,,,,,,,\n\n");

@@ -39,22 +39,22 @@ SampleModeQuery::Row TestRow() {
     return row;
 }
 
-class SampleModeQuerying : public testing::Test {
+class SampleModeQueryTest : public testing::Test {
 protected:
-    SampleModeQuerying() { ZANOptions::Instance()->AddOption(OPTION_ZAN_HFR); }
-    ~SampleModeQuerying() override { ZANOptions::Finalise(); }
+    SampleModeQueryTest() { ZANOptions::Instance()->AddOption(OPTION_ZAN_HFR); }
+    ~SampleModeQueryTest() override { ZANOptions::Finalise(); }
 
     TraceLines m_traces; // keeps the output of the test readable
 };
 
 } // namespace
 
-TEST_F(SampleModeQuerying, ARowThatPassesAllTestsFits) {
+TEST_F(SampleModeQueryTest, ARowThatPassesAllTestsFits) {
     EXPECT_EQ(Query().Test(TestRow()), EReason::SUPPORTED);
     EXPECT_TRUE(Query().Fits(TestRow()));
 }
 
-TEST_F(SampleModeQuerying, EachTestThatFailsIsTold) {
+TEST_F(SampleModeQueryTest, EachTestThatFailsIsReported) {
     SampleModeQuery query = Query();
     query.converter = CONVERTER_NONE;
     EXPECT_EQ(query.Test(TestRow()), EReason::UNKNOWN_CONVERTER);
@@ -79,7 +79,7 @@ TEST_F(SampleModeQuerying, EachTestThatFailsIsTold) {
     EXPECT_FALSE(Query().Fits(TestRow()));
 }
 
-TEST_F(SampleModeQuerying, TheBandwidthIsAWishAndNoTestOfTheRow) {
+TEST_F(SampleModeQueryTest, TheBandwidthIsAWishAndNoTestOfTheRow) {
     SampleModeQuery query = Query();
     query.realtimeBandwidth = 2e6;
     EXPECT_EQ(query.Test(TestRow()), EReason::SUPPORTED);
@@ -88,7 +88,7 @@ TEST_F(SampleModeQuerying, TheBandwidthIsAWishAndNoTestOfTheRow) {
     EXPECT_TRUE(query.Fits(TestRow()));
 }
 
-TEST_F(SampleModeQuerying, ARowWithoutOptionsFitsWithAnyOptions) {
+TEST_F(SampleModeQueryTest, ARowWithoutOptionsFitsWithAnyOptions) {
     SampleModeQuery::Row row = TestRow();
     row.requiredOption = OPTION_NONE;
     row.excludedOption = OPTION_NONE;
@@ -97,7 +97,7 @@ TEST_F(SampleModeQuerying, ARowWithoutOptionsFitsWithAnyOptions) {
     EXPECT_TRUE(Query().Fits(row));
 }
 
-TEST_F(SampleModeQuerying, AnAntennaIsExplainedByTheRowsThatComeFurthest) {
+TEST_F(SampleModeQueryTest, AnAntennaIsExplainedByTheRowsThatComeFurthest) {
     ZANOptions::Instance()->ClearAllOptions();
     const DeviceTree device;
     struct Row {
@@ -135,7 +135,7 @@ TEST_F(SampleModeQuerying, AnAntennaIsExplainedByTheRowsThatComeFurthest) {
     }
 }
 
-TEST_F(SampleModeQuerying, EachOptionThatWouldDoIsNamedOnce) {
+TEST_F(SampleModeQueryTest, EachOptionThatWouldDoIsNamedOnce) {
     ZANOptions::Instance()->ClearAllOptions();
     const DeviceTree device;
     DeviceTree::SetType(u"ZANREEF"_s);

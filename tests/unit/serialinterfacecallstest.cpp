@@ -1,4 +1,4 @@
-// What SerialInterface asks of the platform, seen from a platform that can be told to fail.
+// What SerialInterface asks of the platform, seen from a platform that fails when the test says so.
 
 #include "zancommon/serialinterface.h"
 

@@ -5,8 +5,6 @@
 #include "support/pseudoterminal.h"
 #include "support/tracelines.h"
 
-#include <QAbstractEventDispatcher>
-#include <QEventLoop>
 #include <QFile>
 #include <QMetaMethod>
 #include <QTemporaryDir>
@@ -21,27 +19,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr unsigned short RETRY_MS = 20;
-constexpr int FEW_WAKE_UPS = 100; // a spinning loop makes thousands
 
 const QString ORIGIN = u"devicecontrol\\directionfinder\\zancommon\\serialinterface"_s;
 const QString OPENED = ORIGIN + u"(81): RS232Output: SerialInterface::OnOpen\n"_s;
 const QString CLOSED = ORIGIN + u"(89): RS232Output: SerialInterface::OnClose\n"_s;
 const QString DATA_CAME = ORIGIN + u"(94): RS232Output: SerialInterface::OnRead\n"_s;
 const QString FAILED = ORIGIN + u"(99): RS232Output: SerialInterface::OnError\n"_s;
-
-/// How often the event loop wakes up in a while.
-int CountWakeUps() {
-    int wakeUps = 0;
-    QEventLoop loop;
-    const auto connection = QObject::connect(QAbstractEventDispatcher::instance(),
-                                             &QAbstractEventDispatcher::awake, [&wakeUps] { ++wakeUps; });
-    QTimer end;
-    QObject::connect(&end, &QTimer::timeout, &loop, &QEventLoop::quit);
-    end.start(300);
-    loop.exec();
-    QObject::disconnect(connection);
-    return wakeUps;
-}
 
 class SerialInterfaceTest : public testing::Test {
 protected:

@@ -34,7 +34,7 @@ QString Doubted(const QString& key, const QString& value, const QString& allowed
     return u"warning: the setting \"%1\" is \"%2\"; allowed %3"_s.arg(key, value, allowed);
 }
 
-class SettingsCheck : public testing::Test {
+class SettingsCheckTest : public testing::Test {
 protected:
     /// What is said about a settings file.
     static QStringList Check(const QByteArray& settings) {
@@ -56,7 +56,7 @@ protected:
 
 } // namespace
 
-TEST_F(SettingsCheck, FindsNothingInSettingsThatAreSoundOrMissing) {
+TEST_F(SettingsCheckTest, FindsNothingInSettingsThatAreSoundOrMissing) {
     EXPECT_EQ(Check(""), QStringList());
     EXPECT_EQ(Check("Output_Interval=10000\n[OverheadPass]\nThreshold=0\n" + STATION +
                     "PitchThreshold=-90\nRollThreshold=180\nDFMechOffset=3600\nDeclination=-1800\n"
@@ -65,7 +65,7 @@ TEST_F(SettingsCheck, FindsNothingInSettingsThatAreSoundOrMissing) {
               QStringList());
 }
 
-TEST_F(SettingsCheck, NumberOutsideItsRangeIsToldWithNameValueAndWhatIsAllowed) {
+TEST_F(SettingsCheckTest, NumberOutsideItsRangeIsReportedWithNameValueAndWhatIsAllowed) {
     EXPECT_EQ(
         Check("Output_Interval=10001\n[OverheadPass]\nThreshold=-1\n"),
         (QStringList{Refused(u"Output_Interval"_s, u"10001"_s, u"are whole numbers from 0 to 10000"_s),
@@ -79,7 +79,7 @@ TEST_F(SettingsCheck, NumberOutsideItsRangeIsToldWithNameValueAndWhatIsAllowed) 
                            Refused(u"PitchThreshold"_s, u"90.5"_s, u"is -90 to 90"_s)}));
 }
 
-TEST_F(SettingsCheck, RefusedSettingsAreToldInABoundedNumberAndLength) {
+TEST_F(SettingsCheckTest, RefusedSettingsAreReportedInABoundedNumberAndLength) {
     QByteArray antennas;
     for (int i = 0; i < 100; ++i) {
         antennas += "[ZANStations/ZANStation0/SystemConfiguration/Antenna" + QByteArray::number(i) +
@@ -93,13 +93,13 @@ TEST_F(SettingsCheck, RefusedSettingsAreToldInABoundedNumberAndLength) {
                                   u"are whole numbers from 0 to 10000"_s)});
 }
 
-TEST_F(SettingsCheck, KeysOfAFileThatTheStoreRefusesAreNotLookedFor) {
+TEST_F(SettingsCheckTest, KeysOfAFileThatTheStoreRefusesAreNotLookedFor) {
     const QByteArray unknown = "[General]\nUnknown=1\n;";
     EXPECT_EQ(Check(unknown).size(), 1);
     EXPECT_EQ(Check(unknown + QByteArray(CfgCenter::MAX_FILE_SIZE, 'x')), QStringList());
 }
 
-TEST_F(SettingsCheck, TextWhereANumberBelongsIsNoNumber) {
+TEST_F(SettingsCheckTest, TextWhereANumberBelongsIsNoNumber) {
     for (const QString& text : {u"often"_s, QString()}) {
         EXPECT_EQ(Check("Output_Interval=" + text.toUtf8() + '\n'),
                   QStringList{Refused(u"Output_Interval"_s, text, u"are whole numbers from 0 to 10000"_s)});
@@ -111,13 +111,13 @@ TEST_F(SettingsCheck, TextWhereANumberBelongsIsNoNumber) {
                            Refused(u"RollThreshold"_s, u"nan"_s, u"is -180 to 180"_s)}));
 }
 
-TEST_F(SettingsCheck, LongTextIsCutWhereItIsTold) {
+TEST_F(SettingsCheckTest, LongTextIsCutWhereItIsReported) {
     EXPECT_EQ(Check("Output_Interval=" + QByteArray(100000, 'x') + '\n'),
               QStringList{Refused(u"Output_Interval"_s, QString(200, u'x') + u"..."_s,
                                   u"are whole numbers from 0 to 10000"_s)});
 }
 
-TEST_F(SettingsCheck, FlagThatIsNeitherTrueNorFalseIsTold) {
+TEST_F(SettingsCheckTest, FlagThatIsNeitherTrueNorFalseIsReported) {
     EXPECT_EQ(
         Check("FileOutput_Enabled=yes\n[OverheadPass]\nValid=ja\n" + STATION + "HwCheckRequirements=2\n"),
         (QStringList{Refused(u"FileOutput_Enabled"_s, u"yes"_s, u"is true or false"_s),
@@ -126,7 +126,7 @@ TEST_F(SettingsCheck, FlagThatIsNeitherTrueNorFalseIsTold) {
     EXPECT_EQ(Check("RS232Output_Enabled=TRUE\n[OverheadPass]\nValid=0\n"), QStringList());
 }
 
-TEST_F(SettingsCheck, AntennaWithoutItsNumbersOrFlagsIsTold) {
+TEST_F(SettingsCheckTest, AntennaWithoutItsNumbersOrFlagsIsReported) {
     const QString antenna = u"SystemConfiguration/Antenna1/"_s;
     EXPECT_EQ(Check(STATION + "[ZANStations/ZANStation0/SystemConfiguration/Antenna1]\n"
                               "Enabled=on\nMinRange=4O000000\nMaxRange=1.3e9\nMechOffset=1,5\nMaxFreq=inf\n"),
@@ -136,26 +136,26 @@ TEST_F(SettingsCheck, AntennaWithoutItsNumbersOrFlagsIsTold) {
                            Refused(antenna + u"MaxFreq"_s, u"inf"_s, u"is a number"_s)}));
 }
 
-TEST_F(SettingsCheck, KeyThatASelectionDoesNotHaveIsToldWithThoseThatItHas) {
+TEST_F(SettingsCheckTest, KeyThatASelectionDoesNotHaveIsReportedWithThoseThatItHas) {
     EXPECT_EQ(Check(STATION + "LocationChoice=3\nPreAmplifierHf=perhaps\n"),
               (QStringList{Refused(u"LocationChoice"_s, u"3"_s, u"is 0 (None), 1 (GPS), 2 (Manual)"_s),
                            Refused(u"PreAmplifierHf"_s, u"perhaps"_s, u"is true or false"_s)}));
 }
 
-TEST_F(SettingsCheck, SettingWhoseValueHasNoDescriptorIsTriedLikeTheOthers) {
+TEST_F(SettingsCheckTest, SettingWhoseValueHasNoDescriptorIsTriedLikeTheOthers) {
     EXPECT_EQ(
         Check(STATION + "UseJobSettings4FFM=maybe\n"),
         QStringList{u"error: the setting \"UseJobSettings4FFM\" is \"maybe\"; allowed is true or false"_s});
     EXPECT_EQ(Check(STATION + "UseJobSettings4FFM=true\nCalibrationSchedule=daily at 3\n"), QStringList());
 }
 
-TEST_F(SettingsCheck, OnlyTheStationOfTheDeviceIsLookedInto) {
+TEST_F(SettingsCheckTest, OnlyTheStationOfTheDeviceIsLookedInto) {
     EXPECT_EQ(
         Check("[ZANStations]\nCount=1\n[ZANStations/ZANStation0]\nDeviceAddress=other\nPitchThreshold=95\n"),
         QStringList());
 }
 
-TEST_F(SettingsCheck, KeyThatNobodyReadsIsToldWithTheNearestOneThatIsKnown) {
+TEST_F(SettingsCheckTest, KeyThatNobodyReadsIsReportedWithTheNearestOneThatIsKnown) {
     EXPECT_EQ(
         Check("OutputInterval=10\n" + STATION +
               "PitchTreshold=5\n[ZANStations/ZANStation0/SystemConfiguration/Antenna3]\nMinRnage=1\n"),
@@ -169,20 +169,20 @@ TEST_F(SettingsCheck, KeyThatNobodyReadsIsToldWithTheNearestOneThatIsKnown) {
             "most similar known one is \"ZANStations/ZANStation0/SystemConfiguration/Antenna3/MinRange\""_s}));
 }
 
-TEST_F(SettingsCheck, EveryKeyOfTheExampleStationIsKnown) {
+TEST_F(SettingsCheckTest, EveryKeyOfTheExampleStationIsKnown) {
     QFile example(QStringLiteral(ZAN_EXAMPLE_SETTINGS));
     ASSERT_TRUE(example.open(QFile::ReadOnly));
     EXPECT_EQ(Check(example.readAll()), QStringList());
 }
 
-TEST_F(SettingsCheck, HubPortAndAddressesAreKnown) {
+TEST_F(SettingsCheckTest, HubPortAndAddressesAreKnown) {
     EXPECT_EQ(
         Check("MshCentralAddress=127.0.0.1\nMshCentralPort=4500\nMshClientName=ZAN\nAutoCoupleTargets=a\n"),
         QStringList());
     EXPECT_EQ(Check("MshCentralPort=1\n") + Check("MshCentralPort=65535\n"), QStringList());
 }
 
-TEST_F(SettingsCheck, HubPortThatIsNoneIsWarnedOf) {
+TEST_F(SettingsCheckTest, HubPortThatIsNoneIsWarnedOf) {
     for (const QString& port : {u"0"_s, u"65536"_s, u"-1"_s, u"http"_s, QString()}) {
         EXPECT_EQ(Check("MshCentralPort=" + port.toUtf8() + '\n'),
                   QStringList{Doubted(u"MshCentralPort"_s, port,
@@ -190,7 +190,7 @@ TEST_F(SettingsCheck, HubPortThatIsNoneIsWarnedOf) {
     }
 }
 
-TEST_F(SettingsCheck, AntennaModelThatNobodyKnowsIsWarnedOfWithTheNearestOne) {
+TEST_F(SettingsCheckTest, AntennaModelThatNobodyKnowsIsWarnedOfWithTheNearestOne) {
     const QByteArray antennas = STATION +
                                 "[ZANStations/ZANStation0/SystemConfiguration]\nAntennaCount=2\n"
                                 "[ZANStations/ZANStation0/SystemConfiguration/Antenna0]\nName=PX110\n"
@@ -206,7 +206,7 @@ TEST_F(SettingsCheck, AntennaModelThatNobodyKnowsIsWarnedOfWithTheNearestOne) {
         << "it is not used";
 }
 
-TEST_F(SettingsCheck, DfMethodThatNobodyKnowsIsWarnedOf) {
+TEST_F(SettingsCheckTest, DfMethodThatNobodyKnowsIsWarnedOf) {
     const QByteArray antenna =
         STATION + "[ZANStations/ZANStation0/SystemConfiguration/Antenna0]\nDFAlgorithm=";
     EXPECT_EQ(Check(antenna + "WAT,COR,COR8,COR8O,COR9,SUPR,VEC,VMI,VMR\n"), QStringList());
@@ -221,7 +221,7 @@ TEST_F(SettingsCheck, DfMethodThatNobodyKnowsIsWarnedOf) {
     }
 }
 
-TEST_F(SettingsCheck, ManualPositionThatIsNotWhollySetIsWarnedOf) {
+TEST_F(SettingsCheckTest, ManualPositionThatIsNotWhollySetIsWarnedOf) {
     const auto warning = [](const QString& missing) {
         return QStringList{
             u"warning: LocationChoice is 2 (Manual), and %1 not set: the station has no position"_s.arg(
@@ -235,7 +235,7 @@ TEST_F(SettingsCheck, ManualPositionThatIsNotWhollySetIsWarnedOf) {
     EXPECT_EQ(Check(STATION + "LocationChoice=1\nLocationLatitude=55\n"), QStringList());
 }
 
-TEST_F(SettingsCheck, ManyKeysThatNobodyReadsAreCounted) {
+TEST_F(SettingsCheckTest, ManyKeysThatNobodyReadsAreCounted) {
     QByteArray settings;
     for (int i = 0; i < 1000; ++i) {
         settings += "Key" + QByteArray::number(i) + "=1\n";

@@ -1,5 +1,6 @@
 #include "kwbase/standardstream.h"
 
+#include "support/sleepingthread.h"
 #include "support/tinypipe.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include <csignal>
 #include <string>
 #include <thread>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -32,8 +34,8 @@ TEST(StandardStream, FullPipeIsWaitedForAsLongAsTheCallerWants) {
     EXPECT_EQ(stream.GetError(), EWOULDBLOCK);
     EXPECT_EQ(stream.Write("lost\n", 20ms), 0U);
     EXPECT_EQ(stream.GetError(), EWOULDBLOCK);
-    std::thread reader([&pipe] {
-        std::this_thread::sleep_for(50ms);
+    std::thread reader([&pipe, writer = gettid()] {
+        EXPECT_TRUE(AwaitSleep(writer));
         EXPECT_EQ(pipe.Read().size(), 4096);
     });
     EXPECT_EQ(stream.Write("kept\n", StandardStream::FOREVER), 5U);

@@ -5,6 +5,7 @@
 #include "support/printing.h"
 #include "support/storedsettings.h"
 #include "support/tracelines.h"
+#include "support/treevalues.h"
 
 #include <gtest/gtest.h>
 
@@ -151,7 +152,7 @@ TEST_F(StationCfgTest, CountThatCannotBeTrueIsNoneWithoutASection) {
     EXPECT_EQ(Stored(u"Count"_s), u"1"_s);
 }
 
-TEST_F(StationCfgTest, CountThatCanBeTrueIsTakenAsItStands) {
+TEST_F(StationCfgTest, CountThatCanBeTrueIsTakenAsItIs) {
     settings.Write("[ZANStations]\nCount=10000\n[ZANStations/ZANStation9999]\nDeviceAddress=a\nMark=far\n");
     EXPECT_EQ(MarkOf(u"a"_s), u"far"_s);
     EXPECT_EQ(MarkOf(u"b"_s), u"null"_s);
@@ -160,7 +161,7 @@ TEST_F(StationCfgTest, CountThatCanBeTrueIsTakenAsItStands) {
 
 // --- address and name of the device ---
 
-class StationAddressTest : public testing::Test {
+class StationCfgAddressTest : public testing::Test {
 protected:
     static ValueString* Address() { return DeviceTree::ServerValue<ValueString>(g_vdDevAddress); }
     static ValueString* Name() { return DeviceTree::ServerValue<ValueString>(g_vdDevName); }
@@ -169,7 +170,7 @@ protected:
     TraceLines trace;
 };
 
-TEST_F(StationAddressTest, AddressHasItsHostAsTheSystemWritesIt) {
+TEST_F(StationCfgAddressTest, AddressHasItsHostAsTheSystemWritesIt) {
     const std::pair<QString, QString> cases[] = {
         {u""_s, u"Default"_s},
         {u"host"_s, u"host"_s},
@@ -191,7 +192,7 @@ TEST_F(StationAddressTest, AddressHasItsHostAsTheSystemWritesIt) {
     }
 }
 
-TEST_F(StationAddressTest, HostIsHandedToTheOperatingSystem) {
+TEST_F(StationCfgAddressTest, HostIsHandedToTheOperatingSystem) {
     class System : public ITolmOS {
     public:
         [[nodiscard]] unsigned long long GetCurrentTime() const override { return 0; }
@@ -214,14 +215,14 @@ TEST_F(StationAddressTest, HostIsHandedToTheOperatingSystem) {
     TolmOS::Replace(nullptr);
 }
 
-TEST_F(StationAddressTest, NameIsTheDevicesOrDefault) {
+TEST_F(StationCfgAddressTest, NameIsTheDevicesOrDefault) {
     EXPECT_EQ(StationCfg::GetStationName(), u"Default"_s);
     Name()->SetValue(u"DF North: A"_s, nullptr);
     EXPECT_EQ(StationCfg::GetStationName(), u"DF North: A"_s);
     EXPECT_EQ(StationCfg::GetStationAddress(), u"Default"_s);
 }
 
-TEST_F(StationAddressTest, MissingValuesAreDefault) {
+TEST_F(StationCfgAddressTest, MissingValuesAreDefault) {
     Tree& tree = *Tree::Instance();
     ASSERT_TRUE(tree.Remove(Address()));
     ASSERT_TRUE(tree.Remove(Name()));
@@ -235,20 +236,17 @@ TEST_F(StationAddressTest, MissingValuesAreDefault) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(StationAddressTest, ValuesOfOtherTypesCountByTheirText) {
-    Tree& tree = *Tree::Instance();
+TEST_F(StationCfgAddressTest, ValuesOfOtherTypesCountByTheirText) {
     for (ValueString* const text : {Address(), Name()}) {
-        const QString parent = text->GetParent()->GetPath();
-        auto number = std::make_unique<ValueInt>(5000);
-        number->SetName(text->GetName(), nullptr);
-        ASSERT_TRUE(tree.Remove(text));
-        ASSERT_TRUE(tree.InsertValue(parent, std::move(number)));
+        const QString path = text->GetPath();
+        ASSERT_TRUE(Tree::Instance()->Remove(text));
+        ASSERT_TRUE(InsertInTree<ValueInt>(path, 5000));
     }
     EXPECT_EQ(StationCfg::GetStationAddress(), u"5000"_s);
     EXPECT_EQ(StationCfg::GetStationName(), u"5000"_s);
 }
 
-TEST_F(StationAddressTest, OneDeviceHasOneStationHoweverItsHostIsWritten) {
+TEST_F(StationCfgAddressTest, OneDeviceHasOneStationHoweverItsHostIsWritten) {
     const StoredSettings settings;
     for (const QString& address : {u"df.ship:5000"_s, u"DF.Ship:5000"_s, u"df.ship.:5000"_s}) {
         Address()->SetValue(address, nullptr);

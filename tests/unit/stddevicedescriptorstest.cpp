@@ -36,7 +36,7 @@ void ExpectCreatedAsDescribed(const Row& row, const QString& basePath) {
 
 } // namespace
 
-TEST(StdDeviceDescriptors, ValuesThatTheOutputReadsStandAtTheirPathsWithTheirTypes) {
+TEST(StdDeviceDescriptors, ValuesThatTheOutputReadsAreAtTheirPathsWithTheirTypes) {
     CreateBranch(EBranch::SERVER, u"/ZANServer"_s);
     const Row rows[] = {
         {g_vdAzimuth, u"/Res/DfR/Azimuth"_s, ValueType::Bearing, u",,,,,"_s},
@@ -57,7 +57,7 @@ TEST(StdDeviceDescriptors, ValuesThatTheOutputReadsStandAtTheirPathsWithTheirTyp
     }
 }
 
-TEST(StdDeviceDescriptors, DeviceValuesStandBelowTheDeviceNode) {
+TEST(StdDeviceDescriptors, DeviceValuesAreBelowTheDeviceNode) {
     CreateBranch(EBranch::DEVICE, u"/DEVICES/ZANServer"_s);
     const Row rows[] = {
         {g_vdCfgModifyTime, u"/Cfg/CfgModifyTime"_s, ValueType::String, u""_s},

@@ -157,7 +157,7 @@ TEST_F(TCFrequencyListPersistencyTest, NextRunFindsTheListButNoFractions) {
 
 // --- restoring ---
 
-TEST_F(TCFrequencyListPersistencyTest, ObserversAreToldOnceOfTheWholeNewList) {
+TEST_F(TCFrequencyListPersistencyTest, ObserversAreNotifiedOnceOfTheWholeNewList) {
     MakePersistent(NumberedEntries(3));
     SetList({PRESENT});
     CodeObserver codes;
@@ -229,7 +229,7 @@ TEST_F(TCFrequencyListPersistencyTest, EntryWithNoneOfItsKeysIsMissingAndLeftOut
     EXPECT_EQ(Restore(), (Entries{Entry(1, 10.0, true), Entry(3, 30.0)}));
 }
 
-TEST_F(TCFrequencyListPersistencyTest, EntriesComeInTheOrderOfTheirNumbersWhateverElseStandsThere) {
+TEST_F(TCFrequencyListPersistencyTest, EntriesComeInTheOrderOfTheirNumbersWhateverElseIsThere) {
     settings.Write("[TrafficControlFrequencies]\nTCFrequencyCount=11\n"
                    "[TrafficControlFrequencies/TCFrequency_10]\nChannelID=10\n"
                    "[TrafficControlFrequencies/TCFrequency_11]\nChannelID=11\n"
@@ -330,7 +330,7 @@ TEST_F(TCFrequencyListPersistencyTest, ListThatHasGoneFromTheTreeIsAsNone) {
     EXPECT_EQ(settings.CloseAndRead(), text);
 }
 
-TEST_F(TCFrequencyListPersistencyTest, ObserverMayRemoveTheListWhenItIsTold) {
+TEST_F(TCFrequencyListPersistencyTest, ObserverMayRemoveTheListWhenItIsNotified) {
     MakePersistent(NumberedEntries(2));
     FunctionObserver remover([&](Observable*, TChangeCode code) {
         if (code != TChangeCode::GoingAway) {

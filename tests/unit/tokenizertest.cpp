@@ -54,7 +54,7 @@ TEST(Tokenizer, AnEmptyTokenIsNotNull) {
     }
 }
 
-TEST(Tokenizer, BeginsAnewAfterTheLastToken) {
+TEST(Tokenizer, BeginsAgainAfterTheLastToken) {
     Tolm::Tokenizer next(u","_s);
     const QStringList tokens{u"a"_s, u"b"_s};
     EXPECT_EQ(Tokens(next, u"a,b"_s), tokens);

@@ -35,7 +35,7 @@ TEST(TolmOS, CreateGivesTheSameSystemEachTime) {
     EXPECT_EQ(&TolmOS::Create(), &TolmOS::Create());
 }
 
-TEST(TolmOS, AnotherSystemCanStandInForIt) {
+TEST(TolmOS, AnotherSystemCanTakeItsPlace) {
     ITolmOS& real = TolmOS::Create();
     StoppedClock stopped;
     TolmOS::Replace(&stopped);

@@ -2,6 +2,7 @@
 
 #include "support/observers.h"
 #include "support/printing.h"
+#include "support/treevalues.h"
 #include "valueframework/valuedescriptor.h"
 #include "valueframework/valuetypes.h"
 
@@ -41,9 +42,8 @@ protected:
 
     /// Inserts a value at a full path. Null when it was refused.
     template <class T = ValueInt>
-    T* Insert(const QString& path) {
-        const qsizetype nameBegin = path.lastIndexOf(u'/') + 1;
-        return static_cast<T*>(tree.InsertValue(path.first(nameBegin), Named<T>(path.sliced(nameBegin))));
+    static T* Insert(const QString& path) {
+        return InsertInTree<T>(path);
     }
     [[nodiscard]] QString Dumped() const {
         QString text;
@@ -106,7 +106,7 @@ TEST_F(TreeTest, ANodeIsFoundWithAndWithoutOneSlashAtTheEnd) {
     }
 }
 
-TEST_F(TreeTest, WhatStandsBelowANodeHasOnePathWhetherTheNodesEndsWithASlashOrNot) {
+TEST_F(TreeTest, WhatIsBelowANodeHasOnePathWhetherTheNodesEndsWithASlashOrNot) {
     EXPECT_EQ(Tree::PathBelow(u"/A"_s, u"/B/C"_s), u"/A/B/C"_s);
     EXPECT_EQ(Tree::PathBelow(u"/A/"_s, u"/B/C"_s), u"/A/B/C"_s);
     EXPECT_EQ(Tree::PathBelow(u"/"_s, u"/B"_s), u"/B"_s);
@@ -184,7 +184,7 @@ TEST_F(TreeTest, AValueWithoutANameOrWithoutAValueIsRefused) {
     EXPECT_EQ(Dumped(), QString());
 }
 
-TEST_F(TreeTest, ATakenNameIsRefusedWhateverStandsThere) {
+TEST_F(TreeTest, ATakenNameIsRefusedWhateverIsThere) {
     ValueInt* value = Insert(u"/A/taken"_s);
     tree.CreateNode(u"/A/node"_s);
     EXPECT_EQ(Insert<ValueInt>(u"/A/taken"_s), nullptr);  // value over value of the same type
@@ -322,7 +322,7 @@ TEST_F(TreeTest, ANewNameThatIsTakenOrNoNameIsRefused) {
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST_F(TreeTest, TheSameNameAgainTellsNobody) {
+TEST_F(TreeTest, TheSameNameAgainNotifiesNobody) {
     ValueInt* value = Insert(u"/A/v"_s);
     CodeObserver observer;
     value->AddObserver(&observer);
@@ -370,7 +370,7 @@ TEST_F(TreeTest, WhatIsNotInTheTreeAndTheRootAreNotRemoved) {
     EXPECT_EQ(tree.GetValueCount(), 1);
 }
 
-TEST_F(TreeTest, ClearRemovesEverythingBelowTheRootAndTellsIt) {
+TEST_F(TreeTest, ClearRemovesEverythingBelowTheRootAndNotifiesIt) {
     CodeObserver ofValue;
     CodeObserver ofNode;
     Insert(u"/A/v"_s)->AddObserver(&ofValue);
@@ -385,18 +385,18 @@ TEST_F(TreeTest, ClearRemovesEverythingBelowTheRootAndTellsIt) {
     EXPECT_NE(Insert(u"/A/v"_s), nullptr);
 }
 
-TEST_F(TreeTest, ObserversAreToldParentsFirstWhileEverythingStillStands) {
+TEST_F(TreeTest, ObserversAreNotifiedParentsFirstWhileEverythingIsStillThere) {
     const QStringList paths{u"/A"_s, u"/A/B"_s, u"/A/v"_s, u"/A/B/w"_s, u"/A/B/C"_s};
     tree.CreateNode(u"/A/B"_s);
     Insert(u"/A/v"_s);
     Insert(u"/A/B/w"_s);
     tree.CreateNode(u"/A/B/C"_s);
 
-    QStringList told;
+    QStringList notified;
     FunctionObserver observer([&](Observable* subject, TChangeCode code) {
         const auto* item = dynamic_cast<ITreeItem*>(subject);
         ASSERT_NE(item, nullptr);
-        told.append(item->GetPath() + u' ' + QString::number(static_cast<int>(code)));
+        notified.append(item->GetPath() + u' ' + QString::number(static_cast<int>(code)));
         for (const QString& path : paths) {
             EXPECT_TRUE(Stands(path)) << path.toStdString();
         }
@@ -407,7 +407,7 @@ TEST_F(TreeTest, ObserversAreToldParentsFirstWhileEverythingStillStands) {
         (item ? item : tree.GetValue(path))->AddObserver(&observer);
     }
     EXPECT_TRUE(tree.Remove(tree.GetNode(u"/A"_s)));
-    EXPECT_EQ(told, (QStringList{u"/A 18"_s, u"/A/B 18"_s, u"/A/v 2"_s, u"/A/B/w 2"_s, u"/A/B/C 18"_s}));
+    EXPECT_EQ(notified, (QStringList{u"/A 18"_s, u"/A/B 18"_s, u"/A/v 2"_s, u"/A/B/w 2"_s, u"/A/B/C 18"_s}));
 }
 
 TEST_F(TreeTest, AnObserverOfARemovedValueNeedNotDetach) {
@@ -449,12 +449,12 @@ protected:
                 path.back().isLower() ? static_cast<ITreeItem*>(Insert(path)) : tree.CreateNode(path);
             FunctionObserver& observer = observers[path];
             observer.onUpdate = [this, path, item](Observable* subject, TChangeCode code) {
-                // Whoever is told finds the item in its place.
+                // An observer that is notified finds the item in its place.
                 EXPECT_EQ(subject, item);
                 EXPECT_EQ(Item(path), item);
                 EXPECT_EQ(item->GetPath(), path);
                 EXPECT_EQ(code, tree.GetNode(path) ? TChangeCode::NodeGoingAway : TChangeCode::GoingAway);
-                ++told[path];
+                ++notified[path];
                 if (const auto action = actions.find(path); action != actions.end()) {
                     action->second();
                 }
@@ -465,11 +465,11 @@ protected:
 
     std::map<QString, FunctionObserver> observers;
     std::map<QString, std::function<void()>> actions;
-    std::map<QString, int> told;
+    std::map<QString, int> notified;
 };
 
 TEST_F(TreeRemovalTest, AnyObserverMayRemoveAnythingWhileAnythingIsRemoved) {
-    const QString whole = u"/"_s; // stands for Clear
+    const QString whole = u"/"_s; // means Clear
     const auto isWithin = [&](const QString& path, const QString& top) {
         return top == whole || path == top || path.startsWith(top + u'/');
     };
@@ -477,7 +477,7 @@ TEST_F(TreeRemovalTest, AnyObserverMayRemoveAnythingWhileAnythingIsRemoved) {
         for (const QString& trigger : PATHS) {
             for (const QString& inner : PATHS + QStringList{whole}) {
                 SCOPED_TRACE((outer + u" while "_s + trigger + u" removes "_s + inner).toStdString());
-                told.clear();
+                notified.clear();
                 actions.clear();
                 Build();
                 const auto remove = [&](const QString& path) {
@@ -489,7 +489,7 @@ TEST_F(TreeRemovalTest, AnyObserverMayRemoveAnythingWhileAnythingIsRemoved) {
                 for (const QString& path : PATHS) {
                     const bool isRemoved = isWithin(path, outer) || (isTriggered && isWithin(path, inner));
                     EXPECT_EQ(Stands(path), !isRemoved) << path.toStdString();
-                    EXPECT_EQ(told[path], isRemoved ? 1 : 0) << path.toStdString();
+                    EXPECT_EQ(notified[path], isRemoved ? 1 : 0) << path.toStdString();
                 }
                 tree.Clear();
                 EXPECT_EQ(Dumped(), QString());
@@ -675,34 +675,35 @@ TEST_F(TreeRemovalTest, ListsAndSelectionsSurviveTheirRemovalInsideASetter) {
 
 // --- delete observers ---
 
-/// Notes what it is told of the destruction of other items.
+/// Notes the items of whose destruction it is notified.
 class DeleteObserver final : public ITreeItem {
 public:
     [[nodiscard]] QString GetTypeName() const override { return u"DeleteObserver"_s; }
     void OnItemDeleted(ITreeItem* item) override {
-        told.append(item->GetPath());
+        notified.append(item->GetPath());
         if (onDeleted) {
             onDeleted();
         }
     }
 
-    QStringList told;
+    QStringList notified;
     std::function<void()> onDeleted;
 
 private:
     void AnnounceRemoval() override {}
 };
 
-TEST_F(TreeTest, TheDeleteObserverOfAValueIsToldOnceAndAfterTheObservers) {
+TEST_F(TreeTest, TheDeleteObserverOfAValueIsNotifiedOnceAndAfterTheObservers) {
     ValueInt* value = Insert(u"/A/v"_s);
     DeleteObserver deleteObserver;
     EXPECT_EQ(value->GetDeleteObserver(), nullptr);
     value->SetDeleteObserver(&deleteObserver);
     EXPECT_EQ(value->GetDeleteObserver(), &deleteObserver);
-    FunctionObserver observer([&](Observable*, TChangeCode) { EXPECT_TRUE(deleteObserver.told.isEmpty()); });
+    FunctionObserver observer(
+        [&](Observable*, TChangeCode) { EXPECT_TRUE(deleteObserver.notified.isEmpty()); });
     value->AddObserver(&observer);
     tree.Remove(tree.GetNode(u"/A"_s));
-    EXPECT_EQ(deleteObserver.told, QStringList{u"/A/v"_s});
+    EXPECT_EQ(deleteObserver.notified, QStringList{u"/A/v"_s});
 }
 
 TEST_F(TreeTest, ADeleteObserverMayBeTakenBackOrBeGone) {
@@ -717,7 +718,7 @@ TEST_F(TreeTest, ADeleteObserverMayBeTakenBackOrBeGone) {
     }
     EXPECT_EQ(value->GetDeleteObserver(), nullptr);
     tree.Remove(value);
-    EXPECT_EQ(deleteObserver.told, QStringList{});
+    EXPECT_EQ(deleteObserver.notified, QStringList{});
 }
 
 TEST_F(TreeTest, ADeleteObserverMayRemoveOtherItems) {
@@ -728,11 +729,11 @@ TEST_F(TreeTest, ADeleteObserverMayRemoveOtherItems) {
     deleteObserver.onDeleted = [&] { tree.Clear(); };
     value->SetDeleteObserver(&deleteObserver);
     EXPECT_TRUE(tree.Remove(value));
-    EXPECT_EQ(deleteObserver.told, QStringList{u"/A/v"_s});
+    EXPECT_EQ(deleteObserver.notified, QStringList{u"/A/v"_s});
     EXPECT_EQ(Dumped(), QString());
 }
 
-TEST_F(TreeTest, WhenADeleteObserverIsToldTheNodesAboveStillStandAndTakeNothingIn) {
+TEST_F(TreeTest, WhenADeleteObserverIsNotifiedTheNodesAboveAreStillThereAndTakeNothingIn) {
     ValueInt* value = Insert(u"/A/B/v"_s);
     DeleteObserver deleteObserver;
     deleteObserver.onDeleted = [&] {
@@ -742,7 +743,7 @@ TEST_F(TreeTest, WhenADeleteObserverIsToldTheNodesAboveStillStandAndTakeNothingI
     };
     value->SetDeleteObserver(&deleteObserver);
     EXPECT_TRUE(tree.Remove(tree.GetNode(u"/A"_s)));
-    EXPECT_EQ(deleteObserver.told.size(), 1);
+    EXPECT_EQ(deleteObserver.notified.size(), 1);
     EXPECT_EQ(Dumped(), QString());
 }
 

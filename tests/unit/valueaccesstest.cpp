@@ -81,7 +81,7 @@ TEST_F(ValueAccessTest, AValueOfAnotherTypeAtThePathYieldsNothingAndOneLeakLineA
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST_F(ValueAccessTest, ANumberWithARangeStandsForANumberButNotTheOtherWayRound) {
+TEST_F(ValueAccessTest, ANumberWithARangeIsTakenForANumberButNotTheOtherWayRound) {
     auto* numeric = GetOrCreateValue<ValueNumericInt>(u"/A/numeric"_s);
     EXPECT_EQ(GetOrCreateValue<ValueInt>(u"/A/numeric"_s), numeric);
     GetOrCreateValue<ValueInt>(u"/A/plain"_s);
@@ -96,7 +96,7 @@ TEST_F(ValueAccessTest, ANodeAtThePathYieldsNothing) {
     EXPECT_EQ(tree.GetNode(u"/A/B"_s), node);
 }
 
-TEST_F(ValueAccessTest, APathThatIsNoPathYieldsNothingAndIsTracedAsItStands) {
+TEST_F(ValueAccessTest, APathThatIsNoPathYieldsNothingAndIsTracedAsItIs) {
     const QStringList paths{u""_s,      u"v"_s,         u"/"_s,
                             u"A/v"_s,   u"/A/"_s,       u"//v"_s,
                             u"/A//v"_s, u"/A/%1//%2"_s, u"/x"_s.repeated(10'000)};
@@ -207,13 +207,13 @@ TEST_F(ValueAccessTest, ADescriptorOfAValueMakesNoNode) {
 
 // --- child values of an adapter's node ---
 
-class AdapterTest : public ValueAccessTest {
+class ValueAccessAdapterTest : public ValueAccessTest {
 protected:
     const ValueDescriptor support{u"/AntActivePassiveSupport"_s, MakeDefault::Int()};
     const ValueDescriptor deeper{u"/Range/Min"_s, MakeDefault::Double()};
 };
 
-TEST_F(AdapterTest, AChildValueIsFoundByItsDescriptor) {
+TEST_F(ValueAccessAdapterTest, AChildValueIsFoundByItsDescriptor) {
     Node* node = tree.CreateNode(u"/A"_s);
     auto* value = GetOrCreateValue<ValueNumericInt>(u"/A/AntActivePassiveSupport"_s);
     auto* min = GetOrCreateValue<ValueNumericDouble>(u"/A/Range/Min"_s);
@@ -225,7 +225,7 @@ TEST_F(AdapterTest, AChildValueIsFoundByItsDescriptor) {
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AdapterTest, AnAbsentChildOrOneOfAnotherTypeIsTracedAndIgnored) {
+TEST_F(ValueAccessAdapterTest, AnAbsentChildOrOneOfAnotherTypeIsTracedAndIgnored) {
     const QString line = u"devicecontrol\\stddevicedefinition\\stdadapter(219): "
                          u"_GETVALUE AntActivePassiveSupport failed - ignored"_s;
     const Adapter adapter(tree.CreateNode(u"/A"_s));
@@ -239,21 +239,21 @@ TEST_F(AdapterTest, AnAbsentChildOrOneOfAnotherTypeIsTracedAndIgnored) {
               u"devicecontrol\\stddevicedefinition\\stdadapter(219): _GETVALUE Min failed - ignored"_s);
 }
 
-TEST_F(AdapterTest, NothingIsTracedWhenInformationIsNotTraced) {
+TEST_F(ValueAccessAdapterTest, NothingIsTracedWhenInformationIsNotTraced) {
     const Adapter adapter(tree.CreateNode(u"/A"_s));
     ErrorHandler::Instance().SetTraceMask(TraceBit::ASSERTION);
     EXPECT_EQ(adapter.GetValue<ValueNumericInt>(support), nullptr);
     EXPECT_TRUE(trace.lines.isEmpty());
 }
 
-TEST_F(AdapterTest, WithoutANodeThereAreNoValues) {
+TEST_F(ValueAccessAdapterTest, WithoutANodeThereAreNoValues) {
     const Adapter adapter(nullptr);
     EXPECT_EQ(adapter.GetNode(), nullptr);
     EXPECT_EQ(adapter.GetValue<ValueNumericInt>(support), nullptr);
     EXPECT_EQ(trace.lines.size(), 1);
 }
 
-TEST_F(AdapterTest, WhenTheNodeIsGoneThereAreNoValues) {
+TEST_F(ValueAccessAdapterTest, WhenTheNodeIsGoneThereAreNoValues) {
     const Adapter adapter(tree.CreateNode(u"/A"_s));
     GetOrCreateValue<ValueNumericInt>(u"/A/AntActivePassiveSupport"_s);
     tree.Clear();

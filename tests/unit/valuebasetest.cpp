@@ -3,8 +3,8 @@
 #include "support/eventloop.h"
 #include "support/observers.h"
 #include "support/printing.h"
+#include "support/treevalues.h"
 #include "support/valuesamples.h"
-#include "valueframework/tree.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +32,7 @@ protected:
 
 // --- name and state ---
 
-TEST_F(ValueBaseTest, AChangeOfStateTellsTheObserversButNotTheOriginator) {
+TEST_F(ValueBaseTest, AChangeOfStateNotifiesTheObserversButNotTheOriginator) {
     value.AddObserver(&other);
     EXPECT_EQ(value.GetState(), TValueState::Valid);
     value.SetState(TValueState::NotMeasured, &other);
@@ -43,7 +43,7 @@ TEST_F(ValueBaseTest, AChangeOfStateTellsTheObserversButNotTheOriginator) {
     EXPECT_EQ(observer.codes.size(), 1U) << "the same state again";
 }
 
-TEST_F(ValueBaseTest, AChangeOfNameTellsTheObserversButNotTheOriginator) {
+TEST_F(ValueBaseTest, AChangeOfNameNotifiesTheObserversButNotTheOriginator) {
     value.AddObserver(&other);
     EXPECT_TRUE(value.SetName(u"name"_s, &other));
     EXPECT_EQ(observer.codes, Codes{CHANGED});
@@ -60,7 +60,7 @@ TEST_F(ValueBaseTest, TheStateDoesNotChangeTheContent) {
 
 // --- transactions ---
 
-TEST_F(ValueBaseTest, ATransactionTellsOnceAtItsEndWithItsCode) {
+TEST_F(ValueBaseTest, ATransactionNotifiesOnceAtItsEndWithItsCode) {
     value.StartTransaction(nullptr);
     EXPECT_TRUE(value.IsTransactionActive());
     value.SetValue(1, nullptr);
@@ -73,7 +73,7 @@ TEST_F(ValueBaseTest, ATransactionTellsOnceAtItsEndWithItsCode) {
     EXPECT_EQ(observer.codes, Codes{REPLACED});
 }
 
-TEST_F(ValueBaseTest, TheOutermostEndOfNestedTransactionsTells) {
+TEST_F(ValueBaseTest, TheOutermostEndOfNestedTransactionsNotifies) {
     value.StartTransaction(nullptr);
     value.StartTransaction(nullptr);
     value.SetValue(1, nullptr);
@@ -84,7 +84,7 @@ TEST_F(ValueBaseTest, TheOutermostEndOfNestedTransactionsTells) {
     EXPECT_EQ(observer.codes, Codes{CHANGED});
 }
 
-TEST_F(ValueBaseTest, TheOriginatorOfTheEndIsNotTold) {
+TEST_F(ValueBaseTest, TheOriginatorOfTheEndIsNotNotified) {
     value.AddObserver(&other);
     value.StartTransaction(&other);
     value.SetValue(1, &other);
@@ -93,15 +93,15 @@ TEST_F(ValueBaseTest, TheOriginatorOfTheEndIsNotTold) {
     EXPECT_TRUE(other.codes.empty());
 }
 
-TEST_F(ValueBaseTest, AnEndWithoutAStartTellsNobody) {
+TEST_F(ValueBaseTest, AnEndWithoutAStartNotifiesNobody) {
     EXPECT_FALSE(value.EndTransaction(CHANGED, nullptr));
     EXPECT_FALSE(value.IsTransactionActive());
     EXPECT_TRUE(observer.codes.empty());
     value.SetValue(1, nullptr);
-    EXPECT_EQ(observer.codes, Codes{CHANGED}) << "later changes are told as ever";
+    EXPECT_EQ(observer.codes, Codes{CHANGED}) << "later changes are notified as ever";
 }
 
-TEST_F(ValueBaseTest, HasChangedTellsWithItsCodeAndInsideATransactionTheEndTells) {
+TEST_F(ValueBaseTest, HasChangedNotifiesWithItsCodeAndInsideATransactionTheEndNotifies) {
     value.AddObserver(&other);
     value.HasChanged(REPLACED, &other);
     EXPECT_EQ(observer.codes, Codes{REPLACED});
@@ -113,7 +113,7 @@ TEST_F(ValueBaseTest, HasChangedTellsWithItsCodeAndInsideATransactionTheEndTells
     EXPECT_EQ(observer.codes, (Codes{REPLACED, CHANGED}));
 }
 
-TEST_F(ValueBaseTest, AScopedTransactionTellsItsCodesInTheirOrderAtItsEnd) {
+TEST_F(ValueBaseTest, AScopedTransactionNotifiesWithItsCodesInTheirOrderAtItsEnd) {
     value.AddObserver(&other);
     {
         const ValueTransaction transaction = value.CreateTransaction({REPLACED, CHANGED}, &other);
@@ -168,7 +168,7 @@ TEST_F(ValueBaseTest, AScopedTransactionThatWasEndedByHandDoesNotEndTwice) {
     }
     EXPECT_EQ(observer.codes, Codes{REPLACED});
     value.SetValue(1, nullptr);
-    EXPECT_EQ(observer.codes, (Codes{REPLACED, CHANGED})) << "later changes are told as ever";
+    EXPECT_EQ(observer.codes, (Codes{REPLACED, CHANGED})) << "later changes are notified as ever";
 }
 
 TEST_F(ValueBaseTest, AScopedTransactionOutlivesItsValue) {
@@ -248,7 +248,7 @@ TEST_F(ValueBaseTest, WaitingCodesAreDeliveredOnceEachInTheOrderOfTheirFirstComi
     EXPECT_EQ(observer.codes, (Codes{REPLACED, CHANGED}));
 }
 
-TEST_F(ValueBaseTest, TheOnlyOriginatorOfWhatWaitsIsNotTold) {
+TEST_F(ValueBaseTest, TheOnlyOriginatorOfWhatWaitsIsNotNotified) {
     value.AddObserver(&other);
     value.SetUpdateTimerTime(NEVER_MS);
     value.SetValue(1, &other);
@@ -258,7 +258,7 @@ TEST_F(ValueBaseTest, TheOnlyOriginatorOfWhatWaitsIsNotTold) {
     EXPECT_TRUE(other.codes.empty());
 }
 
-TEST_F(ValueBaseTest, SeveralOriginatorsOfWhatWaitsAreAllTold) {
+TEST_F(ValueBaseTest, SeveralOriginatorsOfWhatWaitsAreAllNotified) {
     struct Row {
         IObserver* first;
         IObserver* second;
@@ -276,7 +276,7 @@ TEST_F(ValueBaseTest, SeveralOriginatorsOfWhatWaitsAreAllTold) {
     }
 }
 
-TEST_F(ValueBaseTest, BecomingZeroDeliversAtOnceAndChangesAreAgainToldAtOnce) {
+TEST_F(ValueBaseTest, BecomingZeroDeliversAtOnceAndChangesAreAgainDeliveredAtOnce) {
     value.SetUpdateTimerTime(NEVER_MS);
     value.SetValue(1, nullptr);
     EXPECT_TRUE(observer.codes.empty());
@@ -288,7 +288,7 @@ TEST_F(ValueBaseTest, BecomingZeroDeliversAtOnceAndChangesAreAgainToldAtOnce) {
     EXPECT_EQ(observer.codes.size(), 2U);
 }
 
-TEST_F(ValueBaseTest, WithNothingWaitingAnotherUpdateTimeTellsNobody) {
+TEST_F(ValueBaseTest, WithNothingWaitingAnotherUpdateTimeNotifiesNobody) {
     value.SetUpdateTimerTime(NEVER_MS);
     value.SetUpdateTimerTime(0);
     const int identifier = value.OverrideTimer(SHORT_MS);
@@ -458,7 +458,7 @@ TEST_F(ValueBaseTest, AnOriginatorMayBeDestroyedWhileItsChangeWaits) {
     EXPECT_EQ(observer.codes, Codes{CHANGED});
 }
 
-TEST_F(ValueBaseTest, ANewObserverAtTheAddressOfAnOriginatorThatIsGoneIsTold) {
+TEST_F(ValueBaseTest, ANewObserverAtTheAddressOfAnOriginatorThatIsGoneIsNotified) {
     std::optional<CodeObserver> sameAddress(std::in_place);
     value.AddObserver(&*sameAddress);
     value.SetUpdateTimerTime(NEVER_MS);
@@ -470,7 +470,7 @@ TEST_F(ValueBaseTest, ANewObserverAtTheAddressOfAnOriginatorThatIsGoneIsTold) {
     EXPECT_EQ(observer.codes, Codes{CHANGED});
 }
 
-TEST_F(ValueBaseTest, ANewObserverAtTheAddressOfAnOriginatorIsToldOfTheEndOfItsTransaction) {
+TEST_F(ValueBaseTest, ANewObserverAtTheAddressOfAnOriginatorIsNotifiedOfTheEndOfItsTransaction) {
     std::optional<CodeObserver> sameAddress(std::in_place);
     {
         const ValueTransaction transaction = value.CreateTransaction({CHANGED, REPLACED}, &*sameAddress);
@@ -492,7 +492,7 @@ TEST_F(ValueBaseTest, ACopyOfAnOriginatorIsAnotherObserver) {
     EXPECT_TRUE(originator->codes.empty());
 }
 
-TEST_F(ValueBaseTest, RemovalIsToldAtOnceWhateverWaits) {
+TEST_F(ValueBaseTest, RemovalIsNotifiedAtOnceWhateverWaits) {
     Tree& tree = *Tree::Instance();
     auto inserted = std::make_unique<ValueInt>();
     inserted->SetName(u"v"_s, nullptr);
@@ -506,32 +506,28 @@ TEST_F(ValueBaseTest, RemovalIsToldAtOnceWhateverWaits) {
 
 // --- command lines ---
 
-class CommandStringTest : public testing::Test {
-protected:
-    ~CommandStringTest() override { Tree::Instance()->Clear(); }
+const QString VALUE_PATH = u"/A/v"_s;
 
-    static ValueBase* Insert(std::unique_ptr<ValueBase> value, const QString& path = u"/A/v"_s) {
-        const qsizetype nameBegin = path.lastIndexOf(u'/') + 1;
-        value->SetName(path.sliced(nameBegin), nullptr);
-        return Tree::Instance()->InsertValue(path.first(nameBegin), std::move(value));
-    }
+class ValueBaseCommandStringTest : public testing::Test {
+protected:
+    ~ValueBaseCommandStringTest() override { Tree::Instance()->Clear(); }
 };
 
-TEST_F(CommandStringTest, HoldsTimeOrSequencePathAndText) {
-    const ValueBase* value = Insert(std::make_unique<ValueInt>(-5));
+TEST_F(ValueBaseCommandStringTest, HoldsTimeOrSequencePathAndText) {
+    const ValueBase* value = InsertInTree<ValueInt>(VALUE_PATH, -5);
     EXPECT_EQ(value->GetCommandStringForRecording(1234), u"1234\t/A/v\t-5"_s);
     EXPECT_EQ(value->GetCommandStringForTransmission(4294967295U), u"4294967295\t/A/v\t-5"_s);
 }
 
-TEST_F(CommandStringTest, ControlCharactersAreEscaped) {
-    const ValueBase* value = Insert(std::make_unique<ValueString>(u"a\tb\nc\r\\d;"_s), u"/A/a\tb"_s);
+TEST_F(ValueBaseCommandStringTest, ControlCharactersAreEscaped) {
+    const ValueBase* value = InsertInTree<ValueString>(u"/A/a\tb"_s, u"a\tb\nc\r\\d;"_s);
     EXPECT_EQ(value->GetCommandStringForRecording(0), u"0\t/A/a\\tb\ta\\tb\\nc\\u000d\\\\d\\u003b"_s);
 }
 
-TEST_F(CommandStringTest, EveryTypeRoundTrips) {
+TEST_F(ValueBaseCommandStringTest, EveryTypeRoundTrips) {
     for (const ValueSample& sample : ValueSamples()) {
         SCOPED_TRACE(sample.typeName);
-        ValueBase* value = Insert(sample.make());
+        ValueBase* value = InsertInTree(VALUE_PATH, sample.make());
         const QString recorded = value->GetCommandStringForRecording(1);
         const QString transmitted = value->GetCommandStringForTransmission(2);
         for (const QString& command : {recorded, transmitted}) {
@@ -543,8 +539,8 @@ TEST_F(CommandStringTest, EveryTypeRoundTrips) {
     }
 }
 
-TEST_F(CommandStringTest, HostileTextsRoundTrip) {
-    auto* value = static_cast<ValueString*>(Insert(std::make_unique<ValueString>(), u"/A %1\t/\\n\u00e4"_s));
+TEST_F(ValueBaseCommandStringTest, HostileTextsRoundTrip) {
+    auto* value = InsertInTree<ValueString>(u"/A %1\t/\\n\u00e4"_s);
     QString all;
     for (char16_t c = 0; c < 0x300; ++c) {
         all += QChar(c);
@@ -561,8 +557,8 @@ TEST_F(CommandStringTest, HostileTextsRoundTrip) {
     }
 }
 
-TEST_F(CommandStringTest, MalformedLinesAreRefused) {
-    auto* value = static_cast<ValueNumericInt*>(Insert(std::make_unique<ValueNumericInt>(5, 0, 10, 1)));
+TEST_F(ValueBaseCommandStringTest, MalformedLinesAreRefused) {
+    auto* value = InsertInTree<ValueNumericInt>(VALUE_PATH, 5, 0, 10, 1);
     CodeObserver observer;
     value->AddObserver(&observer);
     const std::vector<QString> refused = {
@@ -608,8 +604,8 @@ TEST_F(CommandStringTest, MalformedLinesAreRefused) {
     EXPECT_EQ(value->GetValue(), 6);
 }
 
-TEST_F(CommandStringTest, TheOriginatorIsNotTold) {
-    ValueBase* value = Insert(std::make_unique<ValueInt>());
+TEST_F(ValueBaseCommandStringTest, TheOriginatorIsNotNotified) {
+    ValueBase* value = InsertInTree<ValueInt>(VALUE_PATH);
     CodeObserver observer;
     CodeObserver originator;
     value->AddObserver(&observer);
@@ -619,7 +615,7 @@ TEST_F(CommandStringTest, TheOriginatorIsNotTold) {
     EXPECT_TRUE(originator.codes.empty());
 }
 
-TEST(ValueOriginator, WithoutOneEveryObserverIsTold) {
+TEST(ValueOriginator, WithoutOneEveryObserverIsNotified) {
     ValueSelection selection;
     ValueNumericInt number;
     ValueBearingList list;

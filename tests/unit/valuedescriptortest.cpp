@@ -79,7 +79,7 @@ TEST_F(ValueDescriptorTest, TheBasePathOfTheMomentCounts) {
     EXPECT_EQ(descriptor.Create(nullptr)->GetPath(), u"/v"_s);
 }
 
-TEST_F(ValueDescriptorTest, AValueThatStandsThereIsReturnedAsItIsWhateverItsType) {
+TEST_F(ValueDescriptorTest, AValueThatIsThereIsReturnedAsItIsWhateverItsType) {
     const ValueDescriptor asInt(u"/v"_s, MakeDefault::Int(7));
     const ValueDescriptor asBool(u"/v"_s, MakeDefault::Bool(true));
     const ValueDescriptor asNode(u"/v"_s, MakeDefault::Nothing());

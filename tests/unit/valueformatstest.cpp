@@ -18,7 +18,7 @@ namespace {
 
 const QString HUGE_TEXT(1'000'000, u'9');
 
-/// Texts that are no number of any kind.
+/// Texts that are not numbers of any kind.
 const QStringList NO_NUMBERS{u""_s,
                              u" "_s,
                              u"\t\n"_s,
@@ -175,7 +175,7 @@ TEST(FormatFloat, RefusesWhatIsNoFiniteNumber) {
 
 // --- text ---
 
-TEST(FormatString, TakesAnyTextAsItStands) {
+TEST(FormatString, TakesAnyTextAsItIs) {
     ExpectRoundTrip<FormatString<QString>>(
         {u""_s, u" "_s, u"a;b,c\\d%1\n\t"_s, u"a\0b"_s, u"\U0001F4E1"_s, HUGE_TEXT});
 }
@@ -248,12 +248,12 @@ TEST(FormatBearingResult, RefusesAWrongCountAndMembersThatDoNotFit) {
 
 // --- records of lists ---
 
-TEST(QuadFloatFormat, WritesTheFourNumbers) {
+TEST(FormatQuadFloat, WritesTheFourNumbers) {
     EXPECT_EQ(QuadFloatFormat::ToString({1, -2.5, 0.1, 1e300}), u"1,-2.5,0.1,1e+300"_s);
     ExpectRoundTrip<QuadFloatFormat>({QuadFloat(), QuadFloat(1, -2.5, 0.1, 1e300)});
 }
 
-TEST(QuadFloatFormat, RefusesAWrongCountAndWhatIsNoNumber) {
+TEST(FormatQuadFloat, RefusesAWrongCountAndWhatIsNoNumber) {
     const QStringList texts{u"1,2,3"_s,
                             u"1,2,3,4,5"_s,
                             u",,,"_s,
@@ -351,7 +351,7 @@ TEST(StreamFormat, AnIncompleteOrUnknownEscapeIsRefused) {
     EXPECT_EQ(out, u"A2"_s);
 }
 
-TEST(StreamFormat, ElementsStandOneAfterTheOther) {
+TEST(StreamFormat, ElementsAreOneAfterTheOther) {
     using Stream = StreamFormat<QString, FormatString<QString>>;
     QString text;
     const QStringList elements{u"a;b"_s, u""_s, u"\n"_s};

@@ -39,7 +39,7 @@ TEST_F(ValueListTest, KeepsItsElementsInOrder) {
     EXPECT_EQ(list.GetElements(), (std::vector{ONE, TWO}));
 }
 
-TEST_F(ValueListTest, PushBackTellsEachTimeButNotTheOriginator) {
+TEST_F(ValueListTest, PushBackNotifiesEachTimeButNotTheOriginator) {
     list.PushBack(ONE, nullptr);
     list.PushBack(ONE, nullptr);
     list.PushBack(ONE, &observer);
@@ -54,7 +54,7 @@ TEST_F(ValueListTest, AnElementOfTheListItselfCanBeAppended) {
     EXPECT_EQ(list.GetElements().back(), ONE);
 }
 
-TEST_F(ValueListTest, ClearTellsOnceAndAnEmptyListTellsNobody) {
+TEST_F(ValueListTest, ClearNotifiesOnceAndAnEmptyListNotifiesNobody) {
     list.Clear(nullptr);
     EXPECT_TRUE(list.Empty());
     list.Clear(nullptr);
@@ -113,7 +113,7 @@ TEST_F(ValueListTest, AWalkEndsWhenTheContentIsReplaced) {
     EXPECT_TRUE(list.IsLast());
 }
 
-TEST_F(ValueListTest, AnElementStandsInTheTextWithASemicolonBehindIt) {
+TEST_F(ValueListTest, AnElementIsInTheTextWithASemicolonBehindIt) {
     EXPECT_EQ(list.GetStringValue(), u"1,2,3,4;-0.5,0,1e-300,1e+300;"_s);
 }
 

@@ -68,7 +68,7 @@ TEST_F(ValueSelectionTest, AnItemIsChosenByKeyNameOrPosition) {
     EXPECT_EQ(observer.codes, std::vector(4, TChangeCode::Changed));
 }
 
-TEST_F(ValueSelectionTest, WhatIsNoItemIsRefusedAndTellsNobody) {
+TEST_F(ValueSelectionTest, WhatIsNoItemIsRefusedAndNotifiesNobody) {
     EXPECT_FALSE(selection.SetCurrentIndex(-1, nullptr));
     EXPECT_FALSE(selection.SetCurrentIndex(3, nullptr));
     EXPECT_FALSE(selection.SetCurrentKey(0, nullptr));
@@ -79,28 +79,28 @@ TEST_F(ValueSelectionTest, WhatIsNoItemIsRefusedAndTellsNobody) {
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST_F(ValueSelectionTest, ChoosingTheCurrentItemAgainTellsNobody) {
+TEST_F(ValueSelectionTest, ChoosingTheCurrentItemAgainNotifiesNobody) {
     EXPECT_TRUE(selection.SetCurrentIndex(0, nullptr));
     EXPECT_TRUE(selection.SetCurrentKey(10, nullptr));
     EXPECT_TRUE(selection.SetStringValue(u"low"_s, nullptr));
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST_F(ValueSelectionTest, TheOriginatorIsNotTold) {
+TEST_F(ValueSelectionTest, TheOriginatorIsNotNotified) {
     selection.SetCurrentIndex(1, &observer);
     selection.AddItem({u"more"_s, 0.0, 30}, &observer);
     selection.Clear(&observer);
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST_F(ValueSelectionTest, AddingAnItemKeepsTheChoiceAndTells) {
+TEST_F(ValueSelectionTest, AddingAnItemKeepsTheChoiceAndNotifies) {
     selection.SetCurrentIndex(1, nullptr);
     selection.AddItem({u"more"_s, 0.0, 30}, nullptr);
     EXPECT_EQ(selection.GetCurrentIndex(), 1);
     EXPECT_EQ(observer.codes.size(), 2U);
 }
 
-TEST_F(ValueSelectionTest, ClearRemovesItemsAndChoiceAndTellsOnce) {
+TEST_F(ValueSelectionTest, ClearRemovesItemsAndChoiceAndNotifiesOnce) {
     selection.Clear(nullptr);
     EXPECT_TRUE(selection.GetItems().empty());
     EXPECT_EQ(selection.GetCurrentIndex(), -1);
@@ -112,7 +112,7 @@ TEST_F(ValueSelectionTest, ClearRemovesItemsAndChoiceAndTellsOnce) {
     EXPECT_EQ(selection.GetCurrentKey(), 5);
 }
 
-TEST_F(ValueSelectionTest, AddItemsFillsFromATableAndTellsOnce) {
+TEST_F(ValueSelectionTest, AddItemsFillsFromATableAndNotifiesOnce) {
     const std::vector<SelItemDesc> items = {{u"a"_s, 0.5, 1}, {u"b"_s, -0.5, -2}, {u"not added"_s, 0.0, 3}};
     SelItemDesc::AddItems(items.data(), 2, &selection);
     ASSERT_EQ(selection.GetItems().size(), 5U);
@@ -121,7 +121,7 @@ TEST_F(ValueSelectionTest, AddItemsFillsFromATableAndTellsOnce) {
     EXPECT_EQ(observer.codes, std::vector{TChangeCode::Changed});
 }
 
-TEST_F(ValueSelectionTest, AddItemsOfNothingAddsNothingAndTellsNobody) {
+TEST_F(ValueSelectionTest, AddItemsOfNothingAddsNothingAndNotifiesNobody) {
     const SelItemDesc item(u"a"_s, 0.5, 1);
     SelItemDesc::AddItems(nullptr, 1, &selection);
     SelItemDesc::AddItems(&item, 0, &selection);

@@ -38,7 +38,7 @@ TEST(Value, TheTextOfEveryTypeRoundTrips) {
     }
 }
 
-TEST(Value, SettingTheSameTextTellsNobodyExceptForBearings) {
+TEST(Value, SettingTheSameTextNotifiesNobodyExceptForBearings) {
     for (const ValueSample& sample : ValueSamples()) {
         SCOPED_TRACE(sample.typeName);
         const std::unique_ptr<ValueBase> value = sample.make();
@@ -49,7 +49,7 @@ TEST(Value, SettingTheSameTextTellsNobodyExceptForBearings) {
     }
 }
 
-TEST(Value, SettingAnotherTextTellsOnceAndNotTheOriginator) {
+TEST(Value, SettingAnotherTextNotifiesOnceAndNotTheOriginator) {
     for (const ValueSample& sample : ValueSamples()) {
         SCOPED_TRACE(sample.typeName);
         const std::unique_ptr<ValueBase> value = sample.make();
@@ -63,7 +63,7 @@ TEST(Value, SettingAnotherTextTellsOnceAndNotTheOriginator) {
     }
 }
 
-TEST(Value, AssignTakesOverContentAndStateAndTellsOnce) {
+TEST(Value, AssignTakesOverContentAndStateAndNotifiesOnce) {
     for (const ValueSample& sample : ValueSamples()) {
         SCOPED_TRACE(sample.typeName);
         const std::unique_ptr<ValueBase> source = sample.make();
@@ -81,7 +81,7 @@ TEST(Value, AssignTakesOverContentAndStateAndTellsOnce) {
     }
 }
 
-TEST(Value, AssigningTheSameTellsNobodyExceptForBearings) {
+TEST(Value, AssigningTheSameNotifiesNobodyExceptForBearings) {
     for (const ValueSample& sample : ValueSamples()) {
         SCOPED_TRACE(sample.typeName);
         const std::unique_ptr<ValueBase> target = sample.make();
@@ -92,7 +92,7 @@ TEST(Value, AssigningTheSameTellsNobodyExceptForBearings) {
     }
 }
 
-TEST(Value, AssigningAnotherStateOnlyTellsOnce) {
+TEST(Value, AssigningAnotherStateOnlyNotifiesOnce) {
     for (const ValueSample& sample : ValueSamples()) {
         SCOPED_TRACE(sample.typeName);
         const std::unique_ptr<ValueBase> source = sample.make();
@@ -170,7 +170,7 @@ TEST(Value, StartsWithTheDefaultOfItsType) {
     EXPECT_EQ(ValueInt().GetState(), TValueState::Valid);
 }
 
-TEST(Value, SettingAChangeTellsTheObserversAndNotTheOriginator) {
+TEST(Value, SettingAChangeNotifiesTheObserversAndNotTheOriginator) {
     ValueInt value(1);
     CodeObserver observer;
     CodeObserver originator;
@@ -182,7 +182,7 @@ TEST(Value, SettingAChangeTellsTheObserversAndNotTheOriginator) {
     EXPECT_TRUE(originator.codes.empty());
 }
 
-TEST(Value, SettingTheSameTellsNobody) {
+TEST(Value, SettingTheSameNotifiesNobody) {
     ValueInt value(1);
     ValueNumericDouble zero(0.0, -1.0, 1.0, 0.1);
     ValueString text(u"text"_s);
@@ -196,7 +196,7 @@ TEST(Value, SettingTheSameTellsNobody) {
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST(Value, EachBearingIsToldAlsoWhenItEqualsTheOneBefore) {
+TEST(Value, EachBearingNotifiesAlsoWhenItEqualsTheOneBefore) {
     ValueBearing value;
     CodeObserver observer;
     value.AddObserver(&observer);
@@ -294,7 +294,7 @@ TEST(ValueNumeric, TheStepDoesNotRestrictTheContent) {
     EXPECT_EQ(value.GetValue(), 3);
 }
 
-TEST(ValueNumeric, SetMinMaxMovesTheContentToTheNearerBoundAndTellsOnce) {
+TEST(ValueNumeric, SetMinMaxMovesTheContentToTheNearerBoundAndNotifiesOnce) {
     struct Row {
         int min;
         int max;
@@ -344,7 +344,7 @@ TEST(ValueNumeric, ARangeThatIsNoneIsRefused) {
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST(ValueNumeric, TheSameRangeAgainTellsNobody) {
+TEST(ValueNumeric, TheSameRangeAgainNotifiesNobody) {
     ValueNumericInt value(5, 0, 10, 1);
     CodeObserver observer;
     value.AddObserver(&observer);

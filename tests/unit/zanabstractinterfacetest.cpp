@@ -134,7 +134,7 @@ TEST(ZANAbstractInterface, MetaObjectHasTheTwoSlots) {
     EXPECT_EQ(meta.method(meta.methodOffset() + 1).methodType(), QMetaMethod::Slot);
 }
 
-TEST(ZANAbstractInterface, VirtualOperationsStandInOrderRightAfterThoseOfQObject) {
+TEST(ZANAbstractInterface, VirtualOperationsAreInOrderRightAfterThoseOfQObject) {
     struct OpenQObject : QObject {
         using QObject::disconnectNotify;
     };

@@ -161,7 +161,7 @@ TEST(ZANCatalogue, ConverterGroupsHoldTheirConvertersAndEndWithNone) {
               expected[1].Values<EZANConverter>(u"values"_s));
 }
 
-TEST(ZANCatalogue, DeviceTypeNamesStandInOrder) {
+TEST(ZANCatalogue, DeviceTypeNamesAreInOrder) {
     const auto expected = ReadCatalogue("devicetypes.csv");
     ASSERT_EQ(Catalogue::s_aDeviceTypeNames.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -170,7 +170,7 @@ TEST(ZANCatalogue, DeviceTypeNamesStandInOrder) {
     }
 }
 
-TEST(ZANCatalogue, ConverterTypeNamesStandInOrder) {
+TEST(ZANCatalogue, ConverterTypeNamesAreInOrder) {
     const auto expected = ReadCatalogue("convertertypes.csv");
     ASSERT_EQ(Catalogue::s_aConverterTypeNames.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -180,7 +180,7 @@ TEST(ZANCatalogue, ConverterTypeNamesStandInOrder) {
     }
 }
 
-TEST(ZANCatalogue, SampleModes4And13And14StandInTwoRowsThatDifferOnlyInDeviceTypesAndRequiredOption) {
+TEST(ZANCatalogue, SampleModes4And13And14AreInTwoRowsThatDifferOnlyInDeviceTypesAndRequiredOption) {
     using Row = Catalogue::SampleModeDescription;
     for (const int sampleMode : {4, 13, 14}) {
         SCOPED_TRACE(sampleMode);

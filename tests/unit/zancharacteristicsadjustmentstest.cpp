@@ -1,6 +1,7 @@
 #include "support/devicetree.h"
 #include "support/printing.h"
 #include "support/tracelines.h"
+#include "support/treevalues.h"
 #include "zancommon/zancharacteristics.h"
 
 #include <gtest/gtest.h>
@@ -64,7 +65,7 @@ void ExpectSame(double value, double expected) {
     }
 }
 
-class CharacteristicsAdjustments : public testing::Test {
+class ZANCharacteristicsAdjustmentsTest : public testing::Test {
 protected:
     ZANCharacteristics& Connect(const std::vector<AntennaData>& antennas) {
         DeviceTree::SetAntennas(antennas);
@@ -83,7 +84,7 @@ struct FrequencyRow {
     int antenna;
 };
 
-TEST_F(CharacteristicsAdjustments, AFrequencyIsClampedIntoTheLimitsOfItsModeAndServedThere) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AFrequencyIsClampedIntoTheLimitsOfItsModeAndServedThere) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     const std::vector<FrequencyRow> rows{
         {299999.0, 300e3, 1},
@@ -121,7 +122,7 @@ TEST_F(CharacteristicsAdjustments, AFrequencyIsClampedIntoTheLimitsOfItsModeAndS
     }
 }
 
-TEST_F(CharacteristicsAdjustments, Mode5ClampsAnyFrequencyAndServesNone) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, Mode5ClampsAnyFrequencyAndServesNone) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     for (const int mode : {5, 7, 8, 10, 14, 15, -1, -2, INT_MAX, INT_MIN}) {
         for (const double wanted : {1.0, 25e6, 24999999.5, 100e6, INFINITE, -INFINITE, ANY}) {
@@ -133,7 +134,7 @@ TEST_F(CharacteristicsAdjustments, Mode5ClampsAnyFrequencyAndServesNone) {
     }
 }
 
-TEST_F(CharacteristicsAdjustments, Mode2PushesTheWholeBandIntoTheRangeOfTheAntenna) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, Mode2PushesTheWholeBandIntoTheRangeOfTheAntenna) {
     struct Row {
         double frequency;
         double bandwidth;
@@ -180,7 +181,7 @@ TEST_F(CharacteristicsAdjustments, Mode2PushesTheWholeBandIntoTheRangeOfTheAnten
     }
 }
 
-TEST_F(CharacteristicsAdjustments, Mode2MovesTheBandOffTheBorderOfTwoAntennasToTheOneOfTheFrequency) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, Mode2MovesTheBandOffTheBorderOfTwoAntennasToTheOneOfTheFrequency) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     double bandwidth = 1e6;
     double frequency = 29.9e6;
@@ -191,7 +192,7 @@ TEST_F(CharacteristicsAdjustments, Mode2MovesTheBandOffTheBorderOfTwoAntennasToT
     EXPECT_EQ(frequency, 30500001.0);
 }
 
-TEST_F(CharacteristicsAdjustments, Mode2WithoutAntennaLeavesTheFrequencyAsClamped) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, Mode2WithoutAntennaLeavesTheFrequencyAsClamped) {
     ZANCharacteristics& characteristics = Connect({Hf(), Antenna(2, u"RCV03"_s, 100e6, 1300e6)});
     double bandwidth = 1e6;
     double frequency = 50e6;
@@ -202,7 +203,7 @@ TEST_F(CharacteristicsAdjustments, Mode2WithoutAntennaLeavesTheFrequencyAsClampe
     EXPECT_EQ(frequency, 25e6);
 }
 
-TEST_F(CharacteristicsAdjustments, AFrequencyIsClampedByItsOwnMode) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AFrequencyIsClampedByItsOwnMode) {
     DeviceTree::SetType(u"ZANMOSS"_s); // serves the modes 1, 3 and 4
     ZANCharacteristics& characteristics = Connect({Antenna(1, u"RCV02"_s, 300e3, 30e6)});
     double bandwidth = 0.0;
@@ -213,7 +214,7 @@ TEST_F(CharacteristicsAdjustments, AFrequencyIsClampedByItsOwnMode) {
     EXPECT_EQ(frequency, 25e6);
 }
 
-TEST_F(CharacteristicsAdjustments, WhereMinimumExceedsMaximumTheMaximumCounts) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, WhereMinimumExceedsMaximumTheMaximumCounts) {
     DeviceTree::SetType(u"ZANFERN"_s);
     ZANCharacteristics& characteristics = Connect({}); // 450 MHz and 100 MHz
     double bandwidth = 0.0;
@@ -255,7 +256,7 @@ void ExpectAdjusted(ZANCharacteristics& characteristics, const RangeRow& row) {
 constexpr auto DOWN = ZANCharacteristics::ADJUST_DOWN;
 constexpr auto UP = ZANCharacteristics::ADJUST_UP;
 
-TEST_F(CharacteristicsAdjustments, ARangeIsMovedAsAWholeToWhereItIsServed) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, ARangeIsMovedAsAWholeToWhereItIsServed) {
     const std::vector<AntennaData> usual{Hf(), Vuhf()};
     const std::vector<AntennaData> hf{Hf()};
     // Two vertical antennas side by side, and a horizontal one over both.
@@ -318,7 +319,7 @@ TEST_F(CharacteristicsAdjustments, ARangeIsMovedAsAWholeToWhereItIsServed) {
     }
 }
 
-TEST_F(CharacteristicsAdjustments, ARangeOverTheBorderOfTwoAntennasEndsOrBeginsAtTheBorder) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, ARangeOverTheBorderOfTwoAntennasEndsOrBeginsAtTheBorder) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     const std::vector<RangeRow> rows{
         {"down", {}, OPMODE_FFM, 25e6, 35e6, 1e6, DOWN, 1, 20e6, 30e6},
@@ -340,7 +341,7 @@ TEST_F(CharacteristicsAdjustments, ARangeOverTheBorderOfTwoAntennasEndsOrBeginsA
     }
 }
 
-TEST_F(CharacteristicsAdjustments, ARangeThatNoSampleModeFitsKeepsItsFrequencies) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, ARangeThatNoSampleModeFitsKeepsItsFrequencies) {
     DeviceTree::SetType(u"ZANMOSS"_s); // no wideband FFM
     ZANCharacteristics& characteristics =
         Connect({Antenna(1, u"RCV02"_s, 300e3, 30e6), Antenna(2, u"RCV04"_s, 30000001.0, 1300e6)});
@@ -354,7 +355,7 @@ TEST_F(CharacteristicsAdjustments, ARangeThatNoSampleModeFitsKeepsItsFrequencies
     }
 }
 
-TEST_F(CharacteristicsAdjustments, BothLimitsAreTestedOnTheRangeAsGivenAndTheUpperOneOverrides) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, BothLimitsAreTestedOnTheRangeAsGivenAndTheUpperOneOverrides) {
     ZANCharacteristics& characteristics = Connect({Antenna(1, u"RCV01"_s, 10e6, 20e6)});
     AntennaData& antenna = *characteristics.GetAntennaByIndex(0);
     antenna.minRange = 300e3; // reaches beyond the limits that were read
@@ -369,7 +370,7 @@ TEST_F(CharacteristicsAdjustments, BothLimitsAreTestedOnTheRangeAsGivenAndTheUpp
     }
 }
 
-TEST_F(CharacteristicsAdjustments, AnyNumberGoesThrough) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AnyNumberGoesThrough) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     const std::vector<double> numbers{0.0,      -0.0,      1.0,          25e6,  ANY, HIGHEST_DOUBLE,
                                       INFINITE, -INFINITE, NOT_A_NUMBER, 5e-324};
@@ -402,14 +403,9 @@ TEST_F(CharacteristicsAdjustments, AnyNumberGoesThrough) {
 /// Replaces a value of the server by another one of the same name.
 template <class T>
 T* ReplaceServerValue(const ValueDescriptor& descriptor) {
-    Tree& tree = *Tree::Instance();
     const QString path = ZANPath::SERVER.toString() + descriptor.PathName();
-    ValueBase* const old = tree.GetValue(path);
-    const QString parent = old->GetParent()->GetPath();
-    auto value = std::make_unique<T>();
-    value->SetName(old->GetName(), nullptr);
-    tree.Remove(old);
-    return dynamic_cast<T*>(tree.InsertValue(parent, std::move(value)));
+    Tree::Instance()->Remove(Tree::Instance()->GetValue(path));
+    return InsertInTree<T>(path);
 }
 
 void RemoveServerValue(const ValueDescriptor& descriptor) {
@@ -423,7 +419,7 @@ void SetDeclination(int declination) {
     value->SetValue(declination, nullptr);
 }
 
-TEST_F(CharacteristicsAdjustments, AnAzimuthIsTurnedByDisplayMode) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AnAzimuthIsTurnedByDisplayMode) {
     struct Row {
         int azimuth;
         int displayMode;
@@ -453,7 +449,7 @@ TEST_F(CharacteristicsAdjustments, AnAzimuthIsTurnedByDisplayMode) {
     }
 }
 
-TEST_F(CharacteristicsAdjustments, DisplayMode1TakesTheDeclinationOff) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, DisplayMode1TakesTheDeclinationOff) {
     SetDeclination(200);
     unsigned short azimuth = 100;
     EXPECT_TRUE(ZANCharacteristics().AdjustAzimuthToDisplayMode(azimuth, 1));
@@ -483,7 +479,7 @@ long ExpectedAzimuth(long azimuth, int displayMode, long declination) {
     return azimuth;
 }
 
-TEST_F(CharacteristicsAdjustments, EveryAzimuthIsBroughtIntoOneTurn) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, EveryAzimuthIsBroughtIntoOneTurn) {
     const ZANCharacteristics characteristics;
     for (const int declination : {-1800, -1, 0, 200, 1800, 40000}) {
         SetDeclination(declination);
@@ -498,7 +494,7 @@ TEST_F(CharacteristicsAdjustments, EveryAzimuthIsBroughtIntoOneTurn) {
     }
 }
 
-TEST_F(CharacteristicsAdjustments, AnotherDisplayModeLeavesTheAzimuth) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AnotherDisplayModeLeavesTheAzimuth) {
     const ZANCharacteristics characteristics;
     for (const int displayMode : {-1, 4, 5, INT_MAX, INT_MIN}) {
         unsigned short azimuth = 40000;
@@ -507,7 +503,7 @@ TEST_F(CharacteristicsAdjustments, AnotherDisplayModeLeavesTheAzimuth) {
     }
 }
 
-TEST_F(CharacteristicsAdjustments, WithoutDeclinationOrHeadingSourceTheAzimuthStays) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, WithoutDeclinationOrHeadingSourceTheAzimuthStays) {
     struct Row {
         const char* name;
         void (*spoil)();
@@ -532,7 +528,7 @@ TEST_F(CharacteristicsAdjustments, WithoutDeclinationOrHeadingSourceTheAzimuthSt
     }
 }
 
-TEST_F(CharacteristicsAdjustments, OnlyThePresenceOfTheHeadingSourceMatters) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, OnlyThePresenceOfTheHeadingSourceMatters) {
     const ZANCharacteristics characteristics;
     SetDeclination(100);
     auto* const source = DeviceTree::ServerValue<ValueSelection>(g_vdHeaSource);
@@ -551,7 +547,7 @@ TEST_F(CharacteristicsAdjustments, OnlyThePresenceOfTheHeadingSourceMatters) {
 
 // The antenna of a frequency
 
-TEST_F(CharacteristicsAdjustments, TheAntennaOfAFrequencyIsOneOfThePolarisationOfThisMoment) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, TheAntennaOfAFrequencyIsOneOfThePolarisationOfThisMoment) {
     DeviceTree::SetAntennas({Polarised(Antenna(1, u"RCV03"_s, 20e6, 1300e6), POLARISATION_VERTICAL),
                              Polarised(Antenna(2, u"RCV03"_s, 20e6, 1300e6), POLARISATION_HORIZONTAL)});
     auto* const polarisation = DeviceTree::ServerValue<ValueString>(g_vdPolarisation);
@@ -569,7 +565,7 @@ TEST_F(CharacteristicsAdjustments, TheAntennaOfAFrequencyIsOneOfThePolarisationO
     }
 }
 
-TEST_F(CharacteristicsAdjustments, AntennasAreLookedUpByFrequencyBothEndsIncluded) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AntennasAreLookedUpByFrequencyBothEndsIncluded) {
     struct Row {
         double frequency;
         bool preferRangeStart;
@@ -600,7 +596,7 @@ TEST_F(CharacteristicsAdjustments, AntennasAreLookedUpByFrequencyBothEndsInclude
     }
 }
 
-TEST_F(CharacteristicsAdjustments, OfSeveralAntennasWithoutTheWantedPolarisationTheLastIsTaken) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, OfSeveralAntennasWithoutTheWantedPolarisationTheLastIsTaken) {
     ZANCharacteristics& characteristics =
         Connect({Polarised(Antenna(1, u"RCV03"_s, 20e6, 1300e6), POLARISATION_LEFT),
                  Polarised(Antenna(2, u"RCV03"_s, 20e6, 1300e6), POLARISATION_RIGHT)});
@@ -642,12 +638,12 @@ TEST(ZANCharacteristicsNames, AreDisplayedWithoutTheEndingOfAPair) {
     EXPECT_EQ(characteristics.GetAntennaDisplayName(nullptr), QString());
 }
 
-TEST_F(CharacteristicsAdjustments, CapabilitiesAreThoseOfTheRecordBut_PX120_NeverSwitches) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, CapabilitiesAreThoseOfTheRecordButPX120NeverSwitches) {
     struct Row {
         QString name;
         bool polarisation; // of the record
         bool activePassive;
-        bool switches; // between active and passive, as told
+        bool switches; // between active and passive, as the device says
     };
     const std::vector<Row> rows{
         {u"PX122 (A/P)"_s, false, true, true},
@@ -682,7 +678,7 @@ TEST_F(CharacteristicsAdjustments, CapabilitiesAreThoseOfTheRecordBut_PX120_Neve
     }
 }
 
-TEST_F(CharacteristicsAdjustments, ARangeOnASharedEdgeBelongsToTheAntennaThatEndsThere) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, ARangeOnASharedEdgeBelongsToTheAntennaThatEndsThere) {
     ZANCharacteristics& characteristics =
         Connect({Polarised(Antenna(1, u"RCV03"_s, 20e6, 30e6), POLARISATION_VERTICAL),
                  Polarised(Antenna(2, u"RCV03"_s, 30e6, 40e6), POLARISATION_VERTICAL)});
@@ -697,7 +693,7 @@ TEST_F(CharacteristicsAdjustments, ARangeOnASharedEdgeBelongsToTheAntennaThatEnd
     EXPECT_EQ(start, 30e6);
 }
 
-TEST_F(CharacteristicsAdjustments, ARangeThatEndsOnASharedEdgeStaysWithTheAntennaThatEndsThere) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, ARangeThatEndsOnASharedEdgeStaysWithTheAntennaThatEndsThere) {
     ZANCharacteristics& characteristics =
         Connect({Polarised(Antenna(1, u"RCV03"_s, 20e6, 30e6), POLARISATION_VERTICAL),
                  Polarised(Antenna(2, u"RCV03"_s, 30e6, 40e6), POLARISATION_VERTICAL)});
@@ -717,7 +713,7 @@ TEST_F(CharacteristicsAdjustments, ARangeThatEndsOnASharedEdgeStaysWithTheAntenn
 
 // What was done, and why
 
-TEST_F(CharacteristicsAdjustments, AFrequencyThatIsServedAsItIsIsMovedByNothing) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AFrequencyThatIsServedAsItIsIsMovedByNothing) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     const FrequencyAdjustment adjustment = characteristics.AdjustFrequency(OPMODE_FFM, 100e6);
     EXPECT_TRUE(adjustment.IsServed());
@@ -729,7 +725,7 @@ TEST_F(CharacteristicsAdjustments, AFrequencyThatIsServedAsItIsIsMovedByNothing)
     EXPECT_EQ(HandleOf(adjustment.antenna), 2);
 }
 
-TEST_F(CharacteristicsAdjustments, AFrequencyTellsHowFarItWasMovedIntoTheLimits) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AFrequencyTellsHowFarItWasMovedIntoTheLimits) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     const FrequencyAdjustment raised = characteristics.AdjustFrequency(OPMODE_FFM, 100e3);
     EXPECT_EQ(raised.intoLimits, 200e3);
@@ -741,7 +737,7 @@ TEST_F(CharacteristicsAdjustments, AFrequencyTellsHowFarItWasMovedIntoTheLimits)
     EXPECT_EQ(HandleOf(lowered.antenna), 2);
 }
 
-TEST_F(CharacteristicsAdjustments, AFrequencyTellsHowFarItsBandWasMovedIntoTheRangeOfTheAntenna) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AFrequencyTellsHowFarItsBandWasMovedIntoTheRangeOfTheAntenna) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     const FrequencyAdjustment adjustment =
         characteristics.AdjustFrequency(OPMODE_WIDEBAND_FFM, 2000e6, 2e6); // both moves
@@ -753,7 +749,7 @@ TEST_F(CharacteristicsAdjustments, AFrequencyTellsHowFarItsBandWasMovedIntoTheRa
     EXPECT_EQ(HandleOf(adjustment.antenna), 2);
 }
 
-TEST_F(CharacteristicsAdjustments, WithoutABandwidthTheBandHasTheOneOfTheBestSampleMode) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, WithoutABandwidthTheBandHasTheOneOfTheBestSampleMode) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     const FrequencyAdjustment adjustment = characteristics.AdjustFrequency(OPMODE_WIDEBAND_FFM, 300e3);
     EXPECT_EQ(adjustment.bandwidth,
@@ -764,7 +760,7 @@ TEST_F(CharacteristicsAdjustments, WithoutABandwidthTheBandHasTheOneOfTheBestSam
         << "no band in this mode";
 }
 
-TEST_F(CharacteristicsAdjustments, AFrequencyThatIsNotServedTellsWhatIsMissing) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AFrequencyThatIsNotServedTellsWhatIsMissing) {
     using EMissing = FrequencyAdjustment::EMissing;
     ZANCharacteristics& characteristics = Connect({Hf(), Antenna(2, u"RCV03"_s, 100e6, 1300e6)});
     const FrequencyAdjustment inGap = characteristics.AdjustFrequency(OPMODE_FFM, 50e6);
@@ -783,7 +779,7 @@ TEST_F(CharacteristicsAdjustments, AFrequencyThatIsNotServedTellsWhatIsMissing) 
     EXPECT_TRUE(characteristics.AdjustFrequency(OPMODE_WIDEBAND_FFM, 10e6, 29.7e6).IsServed());
 }
 
-TEST_F(CharacteristicsAdjustments, ARangeTellsHowFarItWasMovedAndOffWhichBorder) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, ARangeTellsHowFarItWasMovedAndOffWhichBorder) {
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
     constexpr double ANY_BANDWIDTH = ZANCharacteristics::fBANDWIDTH_ANY;
     const RangeAdjustment up = characteristics.AdjustFrequencyRange(OPMODE_SCAN, {25e6, 35e6}, ANY_BANDWIDTH,
@@ -816,7 +812,7 @@ TEST_F(CharacteristicsAdjustments, ARangeTellsHowFarItWasMovedAndOffWhichBorder)
     EXPECT_EQ(inLimits.range, (FrequencyRange{300e3, 400e3}));
 }
 
-TEST_F(CharacteristicsAdjustments, ARangeThatIsNotServedTellsWhatIsMissing) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, ARangeThatIsNotServedTellsWhatIsMissing) {
     using EMissing = RangeAdjustment::EMissing;
     constexpr double ANY_BANDWIDTH = ZANCharacteristics::fBANDWIDTH_ANY;
     ZANCharacteristics& characteristics = Connect({Hf(), Vuhf()});
@@ -835,7 +831,7 @@ TEST_F(CharacteristicsAdjustments, ARangeThatIsNotServedTellsWhatIsMissing) {
     EXPECT_FALSE(withoutMode.IsServed());
 }
 
-TEST_F(CharacteristicsAdjustments, TheAntennaOfARangeContainsAllOfIt) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, TheAntennaOfARangeContainsAllOfIt) {
     constexpr double ANY_BANDWIDTH = ZANCharacteristics::fBANDWIDTH_ANY;
     // The start of the moved range is the end of the first antenna, too.
     ZANCharacteristics& sharedEdge =
@@ -857,7 +853,7 @@ TEST_F(CharacteristicsAdjustments, TheAntennaOfARangeContainsAllOfIt) {
     EXPECT_EQ(HandleOf(adjustment.antenna), 3);
 }
 
-TEST_F(CharacteristicsAdjustments, AreAskedOfTheOperationsThatADerivedClassOverrides) {
+TEST_F(ZANCharacteristicsAdjustmentsTest, AreAskedOfTheOperationsThatADerivedClassOverrides) {
     class Narrow final : public ZANCharacteristics {
     public:
         [[nodiscard]] double GetMinFreq(EOperationMode /*mode*/) const override { return 5e6; }

@@ -132,7 +132,7 @@ TEST(ZANCharacteristicsAllocation, QuestionsWithoutAListAsAnswerAllocateNothingO
     for (const auto& each : questions) {
         SCOPED_TRACE(each.name);
         each.ask();
-        for (int index = 0; index <= 3; ++index) { // the last one is no antenna
+        for (int index = 0; index <= 3; ++index) { // the last one is not an antenna
             antenna = characteristics.GetAntennaByIndex(index);
             frequency = antenna ? antenna->maxRange - 1e6 : 9e9;
             EXPECT_EQ(AllocationsOf(each.ask), 0) << "about antenna " << index;

@@ -2,6 +2,7 @@
 #include "support/observers.h"
 #include "support/printing.h"
 #include "support/tracelines.h"
+#include "support/treevalues.h"
 #include "support/virtualslots.h"
 #include "zancommon/zancharacteristics.h"
 
@@ -98,7 +99,7 @@ std::vector<std::size_t> ObserverCounts(const QString& device) {
 const std::vector<std::size_t> nobody{0, 0, 0, 0};
 const std::vector<std::size_t> one{1, 1, 1, 1};
 
-class CharacteristicsModel : public testing::Test {
+class ZANCharacteristicsModelTest : public testing::Test {
 protected:
     TraceLines m_traces; // also keeps the output of the tests readable
     DeviceTree m_device;
@@ -106,7 +107,7 @@ protected:
 
 // Interface
 
-TEST(ZANCharacteristicsInterface, VirtualOperationsStandInOrderBehindThoseOfTheObserver) {
+TEST(ZANCharacteristicsInterface, VirtualOperationsAreInOrderBehindThoseOfTheObserver) {
     using C = ZANCharacteristics;
     // The destructor has the slots 0 and 1.
     ExpectVirtualSlotsFrom(
@@ -143,9 +144,10 @@ struct ConnectionRow {
     bool isComplete;
 };
 
-class ConnectionTable : public CharacteristicsModel, public testing::WithParamInterface<ConnectionRow> {};
+class ZANCharacteristicsConnectionTest : public ZANCharacteristicsModelTest,
+                                         public testing::WithParamInterface<ConnectionRow> {};
 
-TEST_P(ConnectionTable, TellsWhetherAllWasFoundAndConnectsToWhatIsThere) {
+TEST_P(ZANCharacteristicsConnectionTest, NotifiesWhetherAllWasFoundAndConnectsToWhatIsThere) {
     DeviceTree::SetAntennas({HfAntenna()});
     for (const QString& path : GetParam().missing) {
         ASSERT_TRUE(RemoveFromTree(path));
@@ -162,7 +164,7 @@ TEST_P(ConnectionTable, TellsWhetherAllWasFoundAndConnectsToWhatIsThere) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    ZANCharacteristics, ConnectionTable,
+    ZANCharacteristics, ZANCharacteristicsConnectionTest,
     testing::Values(ConnectionRow{"nothingMissing", {}, true},
                     ConnectionRow{"withoutDeviceType", {DevicePath(g_vdDevType)}, false},
                     ConnectionRow{"withoutChannelCount", {DevicePath(g_vdDevMaxChannelCount)}, false},
@@ -174,7 +176,7 @@ INSTANTIATE_TEST_SUITE_P(
                                   false}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST_F(CharacteristicsModel, ADeviceWithoutConfigurationNodeIsConnectedIncompletely) {
+TEST_F(ZANCharacteristicsModelTest, ADeviceWithoutConfigurationNodeIsConnectedIncompletely) {
     DeviceTree::SetAntennas({HfAntenna()});
     ASSERT_TRUE(Tree::Instance()->Remove(CfgNode()));
     CodeObserver observer;
@@ -187,17 +189,15 @@ TEST_F(CharacteristicsModel, ADeviceWithoutConfigurationNodeIsConnectedIncomplet
     EXPECT_EQ(observer.codes, toldOnce);
 }
 
-TEST_F(CharacteristicsModel, AValueOfAnotherTypeCountsAsMissing) {
+TEST_F(ZANCharacteristicsModelTest, AValueOfAnotherTypeCountsAsMissing) {
     ASSERT_TRUE(RemoveFromTree(DevicePath(g_vdDevType)));
-    auto number = std::make_unique<ValueNumericInt>();
-    number->SetName(u"DevType"_s, nullptr);
-    Tree::Instance()->InsertValue(DeviceTree::Path() + u"/DevAttr"_s, std::move(number));
+    ASSERT_TRUE(InsertInTree<ValueNumericInt>(DevicePath(g_vdDevType)));
     ZANCharacteristics characteristics;
     EXPECT_FALSE(characteristics.SetBase_ValuePath(DeviceTree::Path(), true));
     EXPECT_EQ(Tree::Instance()->GetValue(DevicePath(g_vdDevType))->GetObserverCount(), 0U);
 }
 
-TEST_F(CharacteristicsModel, ASlashAtTheEndOfThePathMakesNoDifference) {
+TEST_F(ZANCharacteristicsModelTest, ASlashAtTheEndOfThePathMakesNoDifference) {
     DeviceTree::SetAntennas({HfAntenna()});
     ZANCharacteristics characteristics;
     EXPECT_TRUE(characteristics.SetBase_ValuePath(DeviceTree::Path() + u'/', true));
@@ -205,7 +205,7 @@ TEST_F(CharacteristicsModel, ASlashAtTheEndOfThePathMakesNoDifference) {
     EXPECT_EQ(ObserverCounts(DeviceTree::Path()), one);
 }
 
-TEST_F(CharacteristicsModel, IsNotConnectedWithoutANodeAtThePath) {
+TEST_F(ZANCharacteristicsModelTest, IsNotConnectedWithoutANodeAtThePath) {
     ZANCharacteristics characteristics;
     for (const QString& path : {QString(), u"/DEVICES/None"_s, u"DEVICES/ZANServer"_s, u"/"_s, u"//"_s,
                                 DevicePath(g_vdDevType), DeviceTree::Path() + u"//"_s}) {
@@ -217,7 +217,7 @@ TEST_F(CharacteristicsModel, IsNotConnectedWithoutANodeAtThePath) {
     }
 }
 
-TEST_F(CharacteristicsModel, UpdatesNothingWhileItIsNotConnected) {
+TEST_F(ZANCharacteristicsModelTest, UpdatesNothingWhileItIsNotConnected) {
     DeviceTree::SetType(u"ZANMOSS"_s);
     DeviceTree::SetAntennas({HfAntenna()});
     ZANCharacteristics characteristics;
@@ -233,7 +233,7 @@ TEST_F(CharacteristicsModel, UpdatesNothingWhileItIsNotConnected) {
     EXPECT_EQ(characteristics.GetZANType(), ZANTYPE_ZANMOSS);
 }
 
-TEST_F(CharacteristicsModel, ConnectingReadsAllThatIsCachedButTellsNobody) {
+TEST_F(ZANCharacteristicsModelTest, ConnectingReadsAllThatIsCachedButNotifiesNobody) {
     DeviceTree::SetType(u"ZANREEF"_s);
     SetValueAt(DevicePath(g_vdDevMaxChannelCount), 1234);
     DeviceTree::SetAntennas({HfAntenna(), VuhfAntenna()});
@@ -254,7 +254,7 @@ TEST_F(CharacteristicsModel, ConnectingReadsAllThatIsCachedButTellsNobody) {
     }
 }
 
-TEST_F(CharacteristicsModel, SwitchingBetweenTwoDevicesAThousandTimesLeavesNothingBehind) {
+TEST_F(ZANCharacteristicsModelTest, SwitchingBetweenTwoDevicesAThousandTimesLeavesNothingBehind) {
     const QString other = u"/DEVICES/Other"_s;
     CreateBranch(EBranch::DEVICE, other);
     SetValueAt(other + g_vdDevType.PathName(), u"ZANMOSS"_s);
@@ -305,7 +305,7 @@ const std::vector<FollowedRow>& FollowedValues() {
     return rows;
 }
 
-TEST_F(CharacteristicsModel, FollowsAChangeWithAutoUpdateAndTellsItsObserversOnce) {
+TEST_F(ZANCharacteristicsModelTest, FollowsAChangeWithAutoUpdateAndNotifiesItsObserversOnce) {
     for (const FollowedRow& row : FollowedValues()) {
         SCOPED_TRACE(row.name);
         const DeviceTree device;
@@ -324,12 +324,12 @@ TEST_F(CharacteristicsModel, FollowsAChangeWithAutoUpdateAndTellsItsObserversOnc
         characteristics.AddObserver(&observer);
         row.change();
         EXPECT_EQ(count, 1);
-        EXPECT_EQ(seen, row.after) << "the observers are told after the change is taken over";
+        EXPECT_EQ(seen, row.after) << "the observers are notified after the change is taken over";
         EXPECT_EQ(row.query(characteristics), row.after);
     }
 }
 
-TEST_F(CharacteristicsModel, FollowsNothingWithoutAutoUpdateAndTellsNobody) {
+TEST_F(ZANCharacteristicsModelTest, FollowsNothingWithoutAutoUpdateAndNotifiesNobody) {
     for (const FollowedRow& row : FollowedValues()) {
         SCOPED_TRACE(row.name);
         const DeviceTree device;
@@ -347,7 +347,7 @@ TEST_F(CharacteristicsModel, FollowsNothingWithoutAutoUpdateAndTellsNobody) {
     }
 }
 
-TEST_F(CharacteristicsModel, AnotherDeviceTypeIsTakenOverAloneUntilTheNextRebuild) {
+TEST_F(ZANCharacteristicsModelTest, AnotherDeviceTypeIsTakenOverAloneUntilTheNextRebuild) {
     DeviceTree::SetAntennas({HfAntenna()});
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
@@ -359,7 +359,7 @@ TEST_F(CharacteristicsModel, AnotherDeviceTypeIsTakenOverAloneUntilTheNextRebuil
     EXPECT_EQ(characteristics.GetMinFreq(OPMODE_FFM), 25e6);
 }
 
-TEST_F(CharacteristicsModel, TheModifyTimeHasEverythingReadAnew) {
+TEST_F(ZANCharacteristicsModelTest, TheModifyTimeHasEverythingReadAgain) {
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
     DeviceTree::SetAntennas({HfAntenna(), VuhfAntenna()});
@@ -375,7 +375,7 @@ TEST_F(CharacteristicsModel, TheModifyTimeHasEverythingReadAnew) {
     EXPECT_EQ(hfEnd, 30e6);
 }
 
-TEST_F(CharacteristicsModel, ChangesOfOtherSubjectsAndOtherCodesDoNothing) {
+TEST_F(ZANCharacteristicsModelTest, ChangesOfOtherSubjectsAndOtherCodesDoNothing) {
     DeviceTree::SetAntennas({HfAntenna()});
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
@@ -392,7 +392,7 @@ TEST_F(CharacteristicsModel, ChangesOfOtherSubjectsAndOtherCodesDoNothing) {
     characteristics.Update(&stranger, TChangeCode::GoingAway);
     characteristics.Update(nullptr, TChangeCode::GoingAway);
     characteristics.Update(nullptr, TChangeCode::NodeGoingAway);
-    // The codes of a node and of a value do not stand for one another.
+    // The code of a node does not mean that of a value, nor the other way round.
     characteristics.Update(CfgNode(), TChangeCode::GoingAway);
     for (const ValueDescriptor* descriptor : {&g_vdDevType, &g_vdDevMaxChannelCount, &g_vdCfgModifyTime}) {
         characteristics.Update(Tree::Instance()->GetValue(DevicePath(*descriptor)),
@@ -403,7 +403,7 @@ TEST_F(CharacteristicsModel, ChangesOfOtherSubjectsAndOtherCodesDoNothing) {
     EXPECT_EQ(ObserverCounts(DeviceTree::Path()), one);
 }
 
-TEST_F(CharacteristicsModel, NullIsNoSubjectWhileNothingIsHeld) {
+TEST_F(ZANCharacteristicsModelTest, NullIsNoSubjectWhileNothingIsHeld) {
     ZANCharacteristics characteristics;
     CodeObserver observer;
     characteristics.AddObserver(&observer);
@@ -413,7 +413,7 @@ TEST_F(CharacteristicsModel, NullIsNoSubjectWhileNothingIsHeld) {
     EXPECT_EQ(observer.codes, notTold);
 }
 
-TEST_F(CharacteristicsModel, ForgetsAValueThatGoesAwayAndAnswersItsDefault) {
+TEST_F(ZANCharacteristicsModelTest, ForgetsAValueThatGoesAwayAndAnswersItsDefault) {
     struct Row {
         const char* name;
         QString path;
@@ -453,7 +453,7 @@ TEST_F(CharacteristicsModel, ForgetsAValueThatGoesAwayAndAnswersItsDefault) {
     }
 }
 
-TEST_F(CharacteristicsModel, DetachesFromEachThingThatGoesAway) {
+TEST_F(ZANCharacteristicsModelTest, DetachesFromEachThingThatGoesAway) {
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
     for (const QString& path : {DevicePath(g_vdDevType), DevicePath(g_vdDevMaxChannelCount),
@@ -474,7 +474,7 @@ TEST_F(CharacteristicsModel, DetachesFromEachThingThatGoesAway) {
     EXPECT_EQ(observer.codes, notTold);
 }
 
-TEST_F(CharacteristicsModel, AValueThatDoesNotObserveIsNotForgotten) {
+TEST_F(ZANCharacteristicsModelTest, AValueThatDoesNotObserveIsNotForgotten) {
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
     auto* const type = DeviceTree::DeviceValue<ValueString>(g_vdDevType);
@@ -485,7 +485,7 @@ TEST_F(CharacteristicsModel, AValueThatDoesNotObserveIsNotForgotten) {
     EXPECT_EQ(characteristics.GetZANType(), ZANTYPE_ZANFERN);
 }
 
-TEST_F(CharacteristicsModel, ADeviceThatGoesAwayAndComesBackIsFollowedAgainAfterReconnecting) {
+TEST_F(ZANCharacteristicsModelTest, ADeviceThatGoesAwayAndComesBackIsFollowedAgainAfterReconnecting) {
     ZANCharacteristics characteristics;
     CodeObserver observer;
     characteristics.AddObserver(&observer);
@@ -511,7 +511,7 @@ TEST_F(CharacteristicsModel, ADeviceThatGoesAwayAndComesBackIsFollowedAgainAfter
     }
 }
 
-TEST_F(CharacteristicsModel, OnlyTheConfigurationGoesAwayAndComesBack) {
+TEST_F(ZANCharacteristicsModelTest, OnlyTheConfigurationGoesAwayAndComesBack) {
     ZANCharacteristics characteristics;
     CodeObserver observer;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
@@ -525,7 +525,7 @@ TEST_F(CharacteristicsModel, OnlyTheConfigurationGoesAwayAndComesBack) {
     EXPECT_EQ(ObserverCounts(DeviceTree::Path()), one);
 }
 
-TEST_F(CharacteristicsModel, AnObserverMayDestroyTheInformationCenter) {
+TEST_F(ZANCharacteristicsModelTest, AnObserverMayDestroyTheInformationCenter) {
     for (const FollowedRow& row : FollowedValues()) {
         SCOPED_TRACE(row.name);
         const DeviceTree device;
@@ -542,7 +542,7 @@ TEST_F(CharacteristicsModel, AnObserverMayDestroyTheInformationCenter) {
     }
 }
 
-TEST_F(CharacteristicsModel, AnObserverMayConnectAnewToWhatItLikes) {
+TEST_F(ZANCharacteristicsModelTest, AnObserverMayConnectAgainToWhatItLikes) {
     const QString other = u"/DEVICES/Other"_s;
     for (const QString& path : {DeviceTree::Path(), other, u"/None"_s}) {
         for (const FollowedRow& row : FollowedValues()) {
@@ -566,7 +566,7 @@ TEST_F(CharacteristicsModel, AnObserverMayConnectAnewToWhatItLikes) {
     }
 }
 
-TEST_F(CharacteristicsModel, DetachesFromTheTreeAtItsEnd) {
+TEST_F(ZANCharacteristicsModelTest, DetachesFromTheTreeAtItsEnd) {
     auto characteristics = std::make_unique<ZANCharacteristics>();
     characteristics->SetBase_ValuePath(DeviceTree::Path(), true);
     ASSERT_EQ(ObserverCounts(DeviceTree::Path()), one);
@@ -575,7 +575,7 @@ TEST_F(CharacteristicsModel, DetachesFromTheTreeAtItsEnd) {
     EXPECT_EQ(Tree::Instance()->GetValue(PolarisationPath())->GetObserverCount(), 0U);
 }
 
-TEST_F(CharacteristicsModel, OutlivesTheValuesOfTheTree) {
+TEST_F(ZANCharacteristicsModelTest, OutlivesTheValuesOfTheTree) {
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
     Tree::Instance()->Clear();
@@ -585,7 +585,7 @@ TEST_F(CharacteristicsModel, OutlivesTheValuesOfTheTree) {
 
 // Copies
 
-TEST_F(CharacteristicsModel, ACopyHoldsWhatItsSourceHoldsAndFollowsByItself) {
+TEST_F(ZANCharacteristicsModelTest, ACopyHoldsWhatItsSourceHoldsAndFollowsByItself) {
     DeviceTree::SetType(u"ZANREEF"_s);
     SetValueAt(DevicePath(g_vdDevMaxChannelCount), 77);
     AntennaData antenna = WithHandle(VuhfAntenna(), 5);
@@ -629,7 +629,7 @@ TEST_F(CharacteristicsModel, ACopyHoldsWhatItsSourceHoldsAndFollowsByItself) {
     EXPECT_EQ(source.GetZANType(), ZANTYPE_ZANREEF);
 }
 
-TEST_F(CharacteristicsModel, CopyAndSourceFollowTheTreeAndEndInEitherOrder) {
+TEST_F(ZANCharacteristicsModelTest, CopyAndSourceFollowTheTreeAndEndInEitherOrder) {
     for (const bool isSourceFirst : {false, true}) {
         auto source = std::make_unique<ZANCharacteristics>();
         source->SetBase_ValuePath(DeviceTree::Path(), true);
@@ -648,7 +648,7 @@ TEST_F(CharacteristicsModel, CopyAndSourceFollowTheTreeAndEndInEitherOrder) {
     }
 }
 
-TEST_F(CharacteristicsModel, AssigningToItselfChangesNothing) {
+TEST_F(ZANCharacteristicsModelTest, AssigningToItselfChangesNothing) {
     DeviceTree::SetAntennas({HfAntenna()});
     ZANCharacteristics characteristics;
     CodeObserver observer;
@@ -664,7 +664,7 @@ TEST_F(CharacteristicsModel, AssigningToItselfChangesNothing) {
     EXPECT_EQ(observer.codes, toldOnce);
 }
 
-TEST_F(CharacteristicsModel, AssigningAnUnconnectedOneDisconnects) {
+TEST_F(ZANCharacteristicsModelTest, AssigningAnUnconnectedOneDisconnects) {
     DeviceTree::SetAntennas({HfAntenna()});
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
@@ -677,7 +677,7 @@ TEST_F(CharacteristicsModel, AssigningAnUnconnectedOneDisconnects) {
 
 // Device type and channel count
 
-TEST_F(CharacteristicsModel, DeviceTypeNamesLeadToTypes) {
+TEST_F(ZANCharacteristicsModelTest, DeviceTypeNamesLeadToTypes) {
     struct Row {
         QString name;
         EZANType type;
@@ -710,7 +710,7 @@ TEST_F(CharacteristicsModel, DeviceTypeNamesLeadToTypes) {
     }
 }
 
-TEST_F(CharacteristicsModel, AMissingDeviceTypeIsNotTraced) {
+TEST_F(ZANCharacteristicsModelTest, AMissingDeviceTypeIsNotTraced) {
     RemoveFromTree(DevicePath(g_vdDevType));
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
@@ -718,7 +718,7 @@ TEST_F(CharacteristicsModel, AMissingDeviceTypeIsNotTraced) {
     EXPECT_TRUE(m_traces.lines.isEmpty());
 }
 
-TEST_F(CharacteristicsModel, AnUnknownDeviceTypeIsTracedOnlyWhenInformationIs) {
+TEST_F(ZANCharacteristicsModelTest, AnUnknownDeviceTypeIsTracedOnlyWhenInformationIs) {
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
     ErrorHandler::Instance().SetTraceMask(~TraceBit::INFORMATION);
@@ -726,7 +726,7 @@ TEST_F(CharacteristicsModel, AnUnknownDeviceTypeIsTracedOnlyWhenInformationIs) {
     EXPECT_TRUE(m_traces.lines.isEmpty());
 }
 
-TEST_F(CharacteristicsModel, AChannelCountBelowOneYieldsTheDefault) {
+TEST_F(ZANCharacteristicsModelTest, AChannelCountBelowOneYieldsTheDefault) {
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
     for (const auto& [count, expected] : std::vector<std::pair<int, int>>{
@@ -736,7 +736,7 @@ TEST_F(CharacteristicsModel, AChannelCountBelowOneYieldsTheDefault) {
     }
 }
 
-TEST(ZANCharacteristicsDefaults, StandWhileNothingWasEverConnected) {
+TEST(ZANCharacteristicsDefaults, AreInForceWhileNothingWasEverConnected) {
     const TraceLines traces;
     ZANCharacteristics characteristics;
     EXPECT_EQ(ZANCharacteristics::MAX_CHANNEL_COUNT_DEFAULT, 60000);
@@ -756,7 +756,7 @@ TEST(ZANCharacteristicsDefaults, StandWhileNothingWasEverConnected) {
 
 // Polarisation
 
-TEST_F(CharacteristicsModel, PolarisationPrefersTheAntennaOfItsName) {
+TEST_F(ZANCharacteristicsModelTest, PolarisationPrefersTheAntennaOfItsName) {
     std::vector<AntennaData> antennas;
     for (int mode = 0; mode < 4; ++mode) {
         antennas.push_back(WithHandle(VuhfAntenna(), mode));
@@ -794,7 +794,7 @@ AntennaData Range(double low, double high) {
     return MakeAntenna(u"PX106"_s, u"RCV03"_s, low, high);
 }
 
-TEST_F(CharacteristicsModel, ConverterSwitchFrequenciesComeFromTheEnabledAntennas) {
+TEST_F(ZANCharacteristicsModelTest, ConverterSwitchFrequenciesComeFromTheEnabledAntennas) {
     const std::vector<SwitchRow> rows{
         {"no antenna", {}, 0.0, 0.0},
         {"VUHF from 20 MHz", {Range(20e6, 1300e6)}, 20e6, 0.0},
@@ -837,7 +837,7 @@ TEST_F(CharacteristicsModel, ConverterSwitchFrequenciesComeFromTheEnabledAntenna
 constexpr std::array<int, 8> UNSERVED_MODES{5, 7, 8, 10, 11, 12, 13, 14};
 constexpr std::array<int, 5> NO_MODES{-1, -2, 15, INT_MAX, INT_MIN};
 
-TEST_F(CharacteristicsModel, EachServedModeHasTheLimitsOfItsAntennas) {
+TEST_F(ZANCharacteristicsModelTest, EachServedModeHasTheLimitsOfItsAntennas) {
     DeviceTree::SetAntennas({VuhfAntenna(), HfAntenna()});
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
@@ -847,7 +847,7 @@ TEST_F(CharacteristicsModel, EachServedModeHasTheLimitsOfItsAntennas) {
     }
 }
 
-TEST_F(CharacteristicsModel, ModesThatNoAntennaServesAreAt25MHz) {
+TEST_F(ZANCharacteristicsModelTest, ModesThatNoAntennaServesAreAt25MHz) {
     DeviceTree::SetAntennas({VuhfAntenna(), HfAntenna()});
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
@@ -860,7 +860,7 @@ TEST_F(CharacteristicsModel, ModesThatNoAntennaServesAreAt25MHz) {
     }
 }
 
-TEST_F(CharacteristicsModel, WithNoAntennaForAModeADeviceOtherThanZanfernReports25MHzTwice) {
+TEST_F(ZANCharacteristicsModelTest, WithNoAntennaForAModeADeviceOtherThanZanfernReports25MHzTwice) {
     DeviceTree::SetType(u"ZANMOSS"_s); // whose sample modes are for the modes 1, 3 and 4 only
     DeviceTree::SetAntennas({MakeAntenna(u"PX103"_s, u"RCV02"_s, 1e6, 30e6)});
     ZANCharacteristics characteristics;
@@ -875,7 +875,7 @@ TEST_F(CharacteristicsModel, WithNoAntennaForAModeADeviceOtherThanZanfernReports
     }
 }
 
-TEST_F(CharacteristicsModel, DisabledAndUnsupportedAntennasDoNotExtendTheLimits) {
+TEST_F(ZANCharacteristicsModelTest, DisabledAndUnsupportedAntennasDoNotExtendTheLimits) {
     DeviceTree::SetAntennas({Disabled(HfAntenna()), Range(100e6, 200e6),
                              MakeAntenna(u"PX122"_s, u"RCV99"_s, 20e6, 3600e6), Range(19e6, 300e6),
                              Range(150e6, 160e6)});
@@ -889,7 +889,7 @@ TEST_F(CharacteristicsModel, DisabledAndUnsupportedAntennasDoNotExtendTheLimits)
     EXPECT_EQ(characteristics.GetMaxFreq(OPMODE_FFM), 25e6);
 }
 
-TEST_F(CharacteristicsModel, AMaximumChannelCountOfZeroOrLessYields60000) {
+TEST_F(ZANCharacteristicsModelTest, AMaximumChannelCountOfZeroOrLessYields60000) {
     ZANCharacteristics characteristics;
     for (const int count : {0, -5}) {
         SetValueAt(DevicePath(g_vdDevMaxChannelCount), count);
@@ -898,7 +898,7 @@ TEST_F(CharacteristicsModel, AMaximumChannelCountOfZeroOrLessYields60000) {
     }
 }
 
-TEST_F(CharacteristicsModel, ZanfernWithAntennasFrom20MHzTo3GHzReports100MHzAnd450MHz) {
+TEST_F(ZANCharacteristicsModelTest, ZanfernWithAntennasFrom20MHzTo3GHzReports100MHzAnd450MHz) {
     DeviceTree::SetType(u"ZANFERN"_s);
     DeviceTree::SetAntennas({Range(20e6, 1300e6), Range(1300e6, 3000e6)});
     ZANCharacteristics characteristics;
@@ -907,7 +907,7 @@ TEST_F(CharacteristicsModel, ZanfernWithAntennasFrom20MHzTo3GHzReports100MHzAnd4
     EXPECT_EQ(characteristics.GetMaxFreq(OPMODE_FFM), 450e6);
 }
 
-TEST_F(CharacteristicsModel, LimitsArePlausibleForTheDevice) {
+TEST_F(ZANCharacteristicsModelTest, LimitsArePlausibleForTheDevice) {
     struct Row {
         QString type;
         double low; // of the range; above its end, where only one of the two is of interest
@@ -946,7 +946,7 @@ TEST_F(CharacteristicsModel, LimitsArePlausibleForTheDevice) {
     }
 }
 
-TEST_F(CharacteristicsModel, TheLowestPlausibleFrequencyIs9kHz) {
+TEST_F(ZANCharacteristicsModelTest, TheLowestPlausibleFrequencyIs9kHz) {
     ZANOptions::Instance()->AddOption(OPTION_ZAN_LF);
     DeviceTree::SetAntennas({MakeAntenna(u"PX120"_s, u"RCV07"_s, 9000.0, 1e6)});
     ZANCharacteristics characteristics;
@@ -955,7 +955,7 @@ TEST_F(CharacteristicsModel, TheLowestPlausibleFrequencyIs9kHz) {
     EXPECT_EQ(characteristics.GetMaxFreq(OPMODE_FFM), 1e6);
 }
 
-TEST_F(CharacteristicsModel, ZanfernClampsAlsoTheModesThatNoAntennaServes) {
+TEST_F(ZANCharacteristicsModelTest, ZanfernClampsAlsoTheModesThatNoAntennaServes) {
     DeviceTree::SetType(u"ZANFERN"_s);
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);
@@ -969,7 +969,7 @@ TEST_F(CharacteristicsModel, ZanfernClampsAlsoTheModesThatNoAntennaServes) {
 
 // Antennas by handle and position
 
-TEST_F(CharacteristicsModel, AntennasAreFoundByHandleAndPosition) {
+TEST_F(ZANCharacteristicsModelTest, AntennasAreFoundByHandleAndPosition) {
     DeviceTree::SetAntennas({WithHandle(HfAntenna(), 7), Disabled(WithHandle(VuhfAntenna(), 3))});
     ZANCharacteristics characteristics;
     characteristics.SetBase_ValuePath(DeviceTree::Path(), true);

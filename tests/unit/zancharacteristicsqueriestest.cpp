@@ -77,7 +77,7 @@ QString Fixed(double number) {
 }
 
 /// A device with its antennas and options, and the trace lines that questions about it write.
-class ZANCharacteristicsQueries : public testing::Test {
+class ZANCharacteristicsQueriesTest : public testing::Test {
 protected:
     ZANCharacteristics& Connect(const QString& type, const QString& options, const Antennas& antennas) {
         DeviceTree::SetType(type);
@@ -240,9 +240,10 @@ std::set<double> AllRealtimeBandwidths() {
 }
 
 /// The choice for a device of each type.
-class SampleModeChoice : public ZANCharacteristicsQueries, public testing::WithParamInterface<int> {
+class ZANCharacteristicsSampleModeTest : public ZANCharacteristicsQueriesTest,
+                                         public testing::WithParamInterface<int> {
 protected:
-    SampleModeChoice() {
+    ZANCharacteristicsSampleModeTest() {
         ErrorHandler::Instance().SetTraceMask(0);
         wantedRealtimeBandwidths.insert(wantedRealtimeBandwidths.end(),
                                         {ANY_BANDWIDTH, 0.5, 150e3, NOT_A_NUMBER});
@@ -301,7 +302,8 @@ protected:
 
 } // namespace
 
-TEST_P(SampleModeChoice, IsTheRowOfTheHighestPriorityThatFitsDeviceOptionsConverterRangeAndMode) {
+TEST_P(ZANCharacteristicsSampleModeTest,
+       IsTheRowOfTheHighestPriorityThatFitsDeviceOptionsConverterRangeAndMode) {
     Situation situation{};
     situation.type = static_cast<EZANType>(GetParam());
     DeviceTree::SetType(deviceTypes.at(static_cast<std::size_t>(GetParam())));
@@ -329,7 +331,7 @@ TEST_P(SampleModeChoice, IsTheRowOfTheHighestPriorityThatFitsDeviceOptionsConver
     }
 }
 
-TEST_P(SampleModeChoice, PreamplifierIsThereWhenAnyRowForTheConverterOfTheGroupHasOne) {
+TEST_P(ZANCharacteristicsSampleModeTest, PreamplifierIsThereWhenAnyRowForTheConverterOfTheGroupHasOne) {
     Situation situation{};
     situation.type = static_cast<EZANType>(GetParam());
     const auto groups = ReadCatalogue("converters.csv");
@@ -359,14 +361,14 @@ TEST_P(SampleModeChoice, PreamplifierIsThereWhenAnyRowForTheConverterOfTheGroupH
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Devices, SampleModeChoice, testing::Range(0, static_cast<int>(deviceTypes.size())),
-                         [](const auto& each) {
+INSTANTIATE_TEST_SUITE_P(Devices, ZANCharacteristicsSampleModeTest,
+                         testing::Range(0, static_cast<int>(deviceTypes.size())), [](const auto& each) {
                              return deviceTypes.at(static_cast<std::size_t>(each.param)).toStdString();
                          });
 
 // Sample modes
 
-TEST_F(ZANCharacteristicsQueries, EachRowOfTheTableIsReachedAndItsResolutionBandwidthsRoundUp) {
+TEST_F(ZANCharacteristicsQueriesTest, EachRowOfTheTableIsReachedAndItsResolutionBandwidthsRoundUp) {
     for (const SampleModeRow& row : SampleModes()) {
         SCOPED_TRACE(testing::Message()
                      << "sample mode " << row.sampleMode << " of device type " << row.types[0]);
@@ -399,7 +401,7 @@ TEST_F(ZANCharacteristicsQueries, EachRowOfTheTableIsReachedAndItsResolutionBand
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, SampleModeMustCoverTheWorkingRangeOfTheAntenna) {
+TEST_F(ZANCharacteristicsQueriesTest, SampleModeMustCoverTheWorkingRangeOfTheAntenna) {
     const auto sampleMode = [this](double high) {
         return Connect(u"ZANMOSS"_s, {}, {MakeAntenna(u"PX101"_s, u"RCV09"_s, 5e5, high)})
             .GetBestSampleMode(OPMODE_FFM, 1e6, 2e6, ANY_BANDWIDTH);
@@ -415,7 +417,7 @@ TEST_F(ZANCharacteristicsQueries, SampleModeMustCoverTheWorkingRangeOfTheAntenna
         << "what the antenna covers beyond its working range makes no difference";
 }
 
-TEST_F(ZANCharacteristicsQueries, RowOfAMissingOptionGivesWayToTheOneOfTheHighestPriority) {
+TEST_F(ZANCharacteristicsQueriesTest, RowOfAMissingOptionGivesWayToTheOneOfTheHighestPriority) {
     const Antennas antennas{MakeAntenna(u"PX101"_s, u"RCV01"_s, 3e5, 3e7)};
     for (const QString& options : {u"ZAN-CL"_s, u"ZANTIDE-WB"_s}) { // with WB rows of priority 0 fit too
         const ZANCharacteristics& characteristics = Connect(u"ZANTIDE"_s, options, antennas);
@@ -426,7 +428,7 @@ TEST_F(ZANCharacteristicsQueries, RowOfAMissingOptionGivesWayToTheOneOfTheHighes
               Bandwidths({1e6, 2e6, 5e6, 1e7}));
 }
 
-TEST_F(ZANCharacteristicsQueries, OfRowsOfEqualPriorityTheEarlierOneIsChosen) {
+TEST_F(ZANCharacteristicsQueriesTest, OfRowsOfEqualPriorityTheEarlierOneIsChosen) {
     const Antennas antennas{MakeAntenna(u"PX101"_s, u"RCV01"_s, 3e5, 3e7),
                             MakeAntenna(u"PX106"_s, u"RCV03"_s, 30000001.0, 1.3e9)};
     ZANCharacteristics& characteristics = Connect(u"ZANTIDE"_s, u"ZAN-HFR"_s, antennas);
@@ -438,7 +440,7 @@ TEST_F(ZANCharacteristicsQueries, OfRowsOfEqualPriorityTheEarlierOneIsChosen) {
     EXPECT_EQ(characteristics.GetBestSampleMode(OPMODE_SEARCH, 1e8, 1e9, ANY_BANDWIDTH), SAMPLEMODE_VUHF_2M);
 }
 
-TEST_F(ZANCharacteristicsQueries, RealtimeBandwidthBelowOneHertzMeansAny) {
+TEST_F(ZANCharacteristicsQueriesTest, RealtimeBandwidthBelowOneHertzMeansAny) {
     ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {}, {MakeAntenna(u"PX101"_s, u"RCV01"_s, 3e5, 3e7)});
     struct Case {
@@ -472,7 +474,7 @@ TEST_F(ZANCharacteristicsQueries, RealtimeBandwidthBelowOneHertzMeansAny) {
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, FirstEnabledAntennaWhoseRangeHoldsBothFrequenciesDecides) {
+TEST_F(ZANCharacteristicsQueriesTest, FirstEnabledAntennaWhoseRangeHoldsBothFrequenciesDecides) {
     const ZANCharacteristics& characteristics = Connect(
         u"ZANTIDE"_s, {},
         {Disabled(MakeAntenna(u"PX101"_s, u"RCV03"_s, 2e7, 3e7)),
@@ -510,7 +512,7 @@ TEST_F(ZANCharacteristicsQueries, FirstEnabledAntennaWhoseRangeHoldsBothFrequenc
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, WithoutAntennaThereIsNothingToOffer) {
+TEST_F(ZANCharacteristicsQueriesTest, WithoutAntennaThereIsNothingToOffer) {
     ZANCharacteristics& characteristics = Connect(u"ZANTIDE"_s, u"ZAN-HFR"_s, {});
     EXPECT_EQ(characteristics.GetConverterForFrequencyRange(1e6, 1e6), CONVERTER_NONE);
     EXPECT_TRUE(characteristics.GetAvailableConverters().empty());
@@ -528,7 +530,7 @@ TEST_F(ZANCharacteristicsQueries, WithoutAntennaThereIsNothingToOffer) {
     EXPECT_FALSE(characteristics.IsSuperResolutionAvailable());
 }
 
-TEST_F(ZANCharacteristicsQueries, NullAndMissingAntennasAreNotSupported) {
+TEST_F(ZANCharacteristicsQueriesTest, NullAndMissingAntennasAreNotSupported) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {}, {MakeAntenna(u"PX101"_s, u"RCV01"_s, 3e5, 3e7)});
     EXPECT_FALSE(characteristics.IsAntennaSupportedByDevice(nullptr, OPMODE_ANY));
@@ -539,7 +541,7 @@ TEST_F(ZANCharacteristicsQueries, NullAndMissingAntennasAreNotSupported) {
     EXPECT_TRUE(traces.lines.isEmpty()) << "where there is no antenna there is no sample mode to look for";
 }
 
-TEST_F(ZANCharacteristicsQueries, AntennaNeedNotBeEnabledOrConnectedToBeSupported) {
+TEST_F(ZANCharacteristicsQueriesTest, AntennaNeedNotBeEnabledOrConnectedToBeSupported) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {}, {Disabled(MakeAntenna(u"PX101"_s, u"RCV01"_s, 3e5, 3e7))});
     EXPECT_TRUE(characteristics.IsAntennaSupportedByDevice(0, OPMODE_FFM));
@@ -548,7 +550,7 @@ TEST_F(ZANCharacteristicsQueries, AntennaNeedNotBeEnabledOrConnectedToBeSupporte
     EXPECT_EQ(characteristics.GetBestSampleMode(OPMODE_FFM, 1e6, 1e6, ANY_BANDWIDTH), SAMPLEMODE_END);
 }
 
-TEST_F(ZANCharacteristicsQueries, OptionCountsFromTheMomentThatItIsReported) {
+TEST_F(ZANCharacteristicsQueriesTest, OptionCountsFromTheMomentThatItIsReported) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANDUNE"_s, {}, {MakeAntenna(u"PX101"_s, u"RCV01"_s, 3e5, 3e7)});
     EXPECT_EQ(characteristics.GetRealtimeBandwidths(OPMODE_SCAN, 1e6, 1e6), Bandwidths({1e6}));
@@ -560,7 +562,7 @@ TEST_F(ZANCharacteristicsQueries, OptionCountsFromTheMomentThatItIsReported) {
 
 // Converters
 
-TEST_F(ZANCharacteristicsQueries, ConvertersOfAllAntennasAreAvailableOnceEach) {
+TEST_F(ZANCharacteristicsQueriesTest, ConvertersOfAllAntennasAreAvailableOnceEach) {
     const ZANCharacteristics& characteristics = Connect(
         u"ZANTIDE"_s, {},
         {MakeAntenna(u"a"_s, u"RCV10"_s, 1e6, 2e6), Disabled(MakeAntenna(u"b"_s, u"RCV01"_s, 1e6, 2e6)),
@@ -570,7 +572,7 @@ TEST_F(ZANCharacteristicsQueries, ConvertersOfAllAntennasAreAvailableOnceEach) {
               std::set({CONVERTER_RCV01, CONVERTER_RCV05, CONVERTER_RCV10}));
 }
 
-TEST_F(ZANCharacteristicsQueries, ConvertersBelongToAtMostOneGroup) {
+TEST_F(ZANCharacteristicsQueriesTest, ConvertersBelongToAtMostOneGroup) {
     const ZANCharacteristics& characteristics = Connect(u"ZANTIDE"_s, {}, {});
     for (int value = -1; value <= 12; ++value) {
         const auto converter = static_cast<EZANConverter>(value);
@@ -581,7 +583,7 @@ TEST_F(ZANCharacteristicsQueries, ConvertersBelongToAtMostOneGroup) {
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, PreamplifierOfALaterAntennaCounts) {
+TEST_F(ZANCharacteristicsQueriesTest, PreamplifierOfALaterAntennaCounts) {
     const AntennaData without = MakeAntenna(u"PX101"_s, u"RCV09"_s, 5e5, 2.9e7);
     const AntennaData with = MakeAntenna(u"PX102"_s, u"RCV02"_s, 3e5, 3e7);
     EXPECT_FALSE(Connect(u"ZANMOSS"_s, {}, {without}).IsHfPreampAvailable());
@@ -593,7 +595,7 @@ TEST_F(ZANCharacteristicsQueries, PreamplifierOfALaterAntennaCounts) {
 
 // Bandwidths
 
-TEST_F(ZANCharacteristicsQueries, WantedResolutionBandwidthIsRoundedUpUnlessItIsAboveTheList) {
+TEST_F(ZANCharacteristicsQueriesTest, WantedResolutionBandwidthIsRoundedUpUnlessItIsAboveTheList) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {}, {MakeAntenna(u"PX106"_s, u"RCV03"_s, 2e7, 1.3e9)});
     struct Case {
@@ -617,7 +619,7 @@ TEST_F(ZANCharacteristicsQueries, WantedResolutionBandwidthIsRoundedUpUnlessItIs
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, DefaultResolutionBandwidthIs20kHzOrTheNextOne) {
+TEST_F(ZANCharacteristicsQueriesTest, DefaultResolutionBandwidthIs20kHzOrTheNextOne) {
     struct Case {
         QString type;
         QString converter;
@@ -724,7 +726,7 @@ TEST(ZANCharacteristicsFormatBandwidth, ShowsTheNumberInItsUnit) {
 
 // Range class
 
-TEST_F(ZANCharacteristicsQueries, RangeClassIsThatOfTheSampleModeBeforeThatOfTheFrequency) {
+TEST_F(ZANCharacteristicsQueriesTest, RangeClassIsThatOfTheSampleModeBeforeThatOfTheFrequency) {
     struct Case {
         QString converter;
         double low;
@@ -750,7 +752,7 @@ TEST_F(ZANCharacteristicsQueries, RangeClassIsThatOfTheSampleModeBeforeThatOfThe
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, WithoutSampleModeTheLowestFrequencyOfTheCoverageTellsTheRangeClass) {
+TEST_F(ZANCharacteristicsQueriesTest, WithoutSampleModeTheLowestFrequencyOfTheCoverageDecidesTheRangeClass) {
     struct Case {
         double minFreq;
         EFreqRange range;
@@ -777,17 +779,17 @@ TEST_F(ZANCharacteristicsQueries, WithoutSampleModeTheLowestFrequencyOfTheCovera
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, RangeClassDependsOnTheOperationMode) {
+TEST_F(ZANCharacteristicsQueriesTest, RangeClassDependsOnTheOperationMode) {
     ZANCharacteristics& characteristics =
         Connect(u"ZANMOSS"_s, {}, {MakeAntenna(u"PX101"_s, u"RCV02"_s, 1e7, 3e7)});
     const AntennaData* const antenna = characteristics.GetAntennaByIndex(0);
     EXPECT_EQ(characteristics.GetRangeTypeOfAntenna(antenna, OPMODE_FFM), FREQRANGE_HF);
     EXPECT_EQ(characteristics.GetRangeTypeOfAntenna(antenna, OPMODE_WIDEBAND_FFM), FREQRANGE_VUHF)
-        << "no sample mode for it, so the frequency tells";
+        << "no sample mode for it, so the frequency decides";
     EXPECT_EQ(characteristics.GetRangeTypeForFrequency(1e7), FREQRANGE_HF) << "of any mode";
 }
 
-TEST_F(ZANCharacteristicsQueries, RangeClassIsThatOfTheAntennaThatServesTheRange) {
+TEST_F(ZANCharacteristicsQueriesTest, RangeClassIsThatOfTheAntennaThatServesTheRange) {
     const AntennaData hf = MakeAntenna(u"PX101"_s, u"RCV01"_s, 2e7, 3e7);
     const AntennaData vuhf = MakeAntenna(u"PX106"_s, u"RCV03"_s, 2e7, 1.3e9);
     const ZANCharacteristics& first = Connect(u"ZANTIDE"_s, {}, {vuhf, hf});
@@ -796,7 +798,7 @@ TEST_F(ZANCharacteristicsQueries, RangeClassIsThatOfTheAntennaThatServesTheRange
     EXPECT_EQ(second.GetRangeTypeOfAntenna(&hf, OPMODE_FFM), FREQRANGE_HF);
 }
 
-TEST_F(ZANCharacteristicsQueries, RangeClassOfNoAntennaIsUnknown) {
+TEST_F(ZANCharacteristicsQueriesTest, RangeClassOfNoAntennaIsUnknown) {
     ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {}, {MakeAntenna(u"PX101"_s, u"RCV01"_s, 3e5, 3e7)});
     EXPECT_EQ(characteristics.GetRangeTypeOfAntenna(nullptr, OPMODE_ANY), -1);
@@ -808,7 +810,7 @@ TEST_F(ZANCharacteristicsQueries, RangeClassOfNoAntennaIsUnknown) {
 
 // DF methods and polarisations
 
-TEST_F(ZANCharacteristicsQueries, AntennaHasAMethodWhenAllItsBitsAreSet) {
+TEST_F(ZANCharacteristicsQueriesTest, AntennaHasAMethodWhenAllItsBitsAreSet) {
     const ZANCharacteristics& characteristics = Connect(u"ZANTIDE"_s, {}, {});
     struct Antenna {
         QString name;
@@ -840,13 +842,13 @@ TEST_F(ZANCharacteristicsQueries, AntennaHasAMethodWhenAllItsBitsAreSet) {
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, NullAntennaHasNoMethods) {
+TEST_F(ZANCharacteristicsQueriesTest, NullAntennaHasNoMethods) {
     const ZANCharacteristics& characteristics = Connect(u"ZANTIDE"_s, {}, {});
     EXPECT_EQ(characteristics.GetDfMethodsDetailedForAntennaAndFrequency(nullptr, 1e6), 0);
     EXPECT_FALSE(characteristics.HasAntennaDFMethod(nullptr, 1e6, METHODDETAILED_COR));
 }
 
-TEST_F(ZANCharacteristicsQueries, MethodsStandInTheOrderOfTheirFirstAppearance) {
+TEST_F(ZANCharacteristicsQueriesTest, MethodsAreInTheOrderOfTheirFirstAppearance) {
     ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {},
                 {WithMethods(MakeAntenna(u"a"_s, u"RCV01"_s, 1e6, 2e6), {METHOD_VEC, METHOD_WAT, METHOD_VEC}),
@@ -876,7 +878,7 @@ TEST_F(ZANCharacteristicsQueries, MethodsStandInTheOrderOfTheirFirstAppearance) 
     EXPECT_FALSE(characteristics.IsSuperResolutionAvailable()) << "no enabled antenna has it";
 }
 
-TEST_F(ZANCharacteristicsQueries, SuperResolutionStaysAvailableOnceItWasFound) {
+TEST_F(ZANCharacteristicsQueriesTest, SuperResolutionStaysAvailableOnceItWasFound) {
     const AntennaData with =
         WithMethods(MakeAntenna(u"a"_s, u"RCV01"_s, 1e6, 2e6), {METHOD_COR, METHOD_SUPR});
     const AntennaData without = WithMethods(MakeAntenna(u"b"_s, u"RCV01"_s, 3e6, 4e6), {METHOD_COR});
@@ -893,7 +895,7 @@ TEST_F(ZANCharacteristicsQueries, SuperResolutionStaysAvailableOnceItWasFound) {
     EXPECT_TRUE(characteristics.IsSuperResolutionAvailable()) << "the antenna may be gone";
 }
 
-TEST_F(ZANCharacteristicsQueries, PolarisationsOfSwitchableAntennasStandOnceEachInTheOrderOfTheList) {
+TEST_F(ZANCharacteristicsQueriesTest, PolarisationsOfSwitchableAntennasAreListedOnceEachInTheOrderOfTheList) {
     const ZANCharacteristics& characteristics = Connect(
         u"ZANTIDE"_s, {},
         {WithPolarisation(MakeAntenna(u"a"_s, u"RCV01"_s, 1e6, 2e6), POLARISATION_HORIZONTAL),
@@ -936,7 +938,7 @@ TEST_F(ZANCharacteristicsQueries, PolarisationsOfSwitchableAntennasStandOnceEach
 
 // Trace lines
 
-TEST_F(ZANCharacteristicsQueries, MissingSampleModeIsTraced) {
+TEST_F(ZANCharacteristicsQueriesTest, MissingSampleModeIsTraced) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANMOSS"_s, {}, {MakeAntenna(u"PX%1%s"_s, u"RCV09"_s, 5e5, 3e7)});
     const QString forAntenna =
@@ -995,14 +997,14 @@ TEST_F(ZANCharacteristicsQueries, MissingSampleModeIsTraced) {
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, RangeClassOfNoAntennaIsNotTracedWithoutItsBit) {
+TEST_F(ZANCharacteristicsQueriesTest, RangeClassOfNoAntennaIsNotTracedWithoutItsBit) {
     const ZANCharacteristics& characteristics = Connect(u"ZANTIDE"_s, {}, {});
     ErrorHandler::Instance().SetTraceMask(~TraceBit::INFORMATION);
     EXPECT_EQ(characteristics.GetRangeTypeOfAntenna(nullptr, OPMODE_ANY), -1);
     EXPECT_TRUE(traces.lines.isEmpty());
 }
 
-TEST_F(ZANCharacteristicsQueries, RealtimeBandwidthIsTracedAsAnIntegerAndTheLowestOneWhenItFitsNone) {
+TEST_F(ZANCharacteristicsQueriesTest, RealtimeBandwidthIsTracedAsAnIntegerAndTheLowestOneWhenItFitsNone) {
     const ZANCharacteristics& characteristics = Connect(u"ZANTIDE"_s, {}, {});
     struct Case {
         double realtimeBandwidth;
@@ -1040,7 +1042,7 @@ TEST_F(ZANCharacteristicsQueries, RealtimeBandwidthIsTracedAsAnIntegerAndTheLowe
 
 // Selections
 
-TEST(ZANCharacteristicsSelections, MethodsStandByNameWithTheirPositionAsKey) {
+TEST(ZANCharacteristicsSelections, MethodsAreListedByNameWithTheirPositionAsKey) {
     ValueSelection selection;
     ZANCharacteristics::FillSelectionWithDfMethods(
         selection, {METHOD_SUPR, METHOD_COR, METHOD_WAT, METHOD_VEC, UNKNOWN, METHOD_COR}, nullptr);
@@ -1052,7 +1054,7 @@ TEST(ZANCharacteristicsSelections, MethodsStandByNameWithTheirPositionAsKey) {
                                            {u"COR"_s, 0.0, 5}}));
 }
 
-TEST(ZANCharacteristicsSelections, PolarisationsStandByNameWithTheirPositionAsKey) {
+TEST(ZANCharacteristicsSelections, PolarisationsAreListedByNameWithTheirPositionAsKey) {
     ValueSelection selection;
     ZANCharacteristics::FillSelectionWithPolarisationModes(selection,
                                                            {POLARISATION_HORIZONTAL, POLARISATION_LEFT,
@@ -1098,7 +1100,7 @@ TEST(ZANCharacteristicsSelections, TwoAttenuationsAreThereForTheCounts0And2AndFo
     }
 }
 
-TEST_F(ZANCharacteristicsQueries, ResolutionBandwidthsAreOfferedAscendingWithTheirPositionAsKey) {
+TEST_F(ZANCharacteristicsQueriesTest, ResolutionBandwidthsAreOfferedAscendingWithTheirPositionAsKey) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {}, {MakeAntenna(u"PX106"_s, u"RCV03"_s, 2e7, 1.3e9)});
     ValueSelection selection;
@@ -1119,7 +1121,7 @@ TEST_F(ZANCharacteristicsQueries, ResolutionBandwidthsAreOfferedAscendingWithThe
     EXPECT_EQ(selection.GetItems(), Items({{u"200 kHz"_s, 200000.0, 0}}));
 }
 
-TEST_F(ZANCharacteristicsQueries, RealtimeBandwidthsAreOfferedForHops) {
+TEST_F(ZANCharacteristicsQueriesTest, RealtimeBandwidthsAreOfferedForHops) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, u"ZAN-HFR"_s, {MakeAntenna(u"PX106"_s, u"RCV03"_s, 2e7, 1.3e9)});
     ValueSelection selection;
@@ -1134,7 +1136,7 @@ TEST_F(ZANCharacteristicsQueries, RealtimeBandwidthsAreOfferedForHops) {
                                            {u"10 MHz"_s, 1e7, 6}}));
 }
 
-TEST_F(ZANCharacteristicsQueries, SelectionStaysAsItIsWhenThereAreNoBandwidths) {
+TEST_F(ZANCharacteristicsQueriesTest, SelectionStaysAsItIsWhenThereAreNoBandwidths) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANMOSS"_s, {}, {MakeAntenna(u"PX101"_s, u"RCV09"_s, 5e5, 3e7)});
     const Items before{{u"old"_s, 1.0, 5}, {u"chosen"_s, 2.0, 6}};
@@ -1155,7 +1157,7 @@ TEST_F(ZANCharacteristicsQueries, SelectionStaysAsItIsWhenThereAreNoBandwidths) 
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST_F(ZANCharacteristicsQueries, NullSelectionIsLeftAlone) {
+TEST_F(ZANCharacteristicsQueriesTest, NullSelectionIsLeftAlone) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {}, {MakeAntenna(u"PX106"_s, u"RCV03"_s, 2e7, 1.3e9)});
     CodeObserver observer;
@@ -1166,7 +1168,7 @@ TEST_F(ZANCharacteristicsQueries, NullSelectionIsLeftAlone) {
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST_F(ZANCharacteristicsQueries, ObserversOfASelectionAreToldOnceWhenItIsFilledButNotTheOriginator) {
+TEST_F(ZANCharacteristicsQueriesTest, ObserversOfASelectionAreNotifiedOnceWhenItIsFilledButNotTheOriginator) {
     const ZANCharacteristics& characteristics =
         Connect(u"ZANTIDE"_s, {}, {MakeAntenna(u"PX106"_s, u"RCV03"_s, 2e7, 1.3e9)});
     struct Case {

@@ -150,7 +150,7 @@ public:
     }
 };
 
-class CharacteristicsValidity : public testing::Test {
+class ZANCharacteristicsValidityTest : public testing::Test {
 protected:
     ZANCharacteristics& Connect(const std::vector<AntennaData>& antennas, bool autoUpdate = true) {
         DeviceTree::SetAntennas(antennas);
@@ -210,7 +210,7 @@ const std::vector<VerdictRow>& Verdicts() {
          {Antenna(u"a_H"_s, 1e6, 30e6), Antenna(u"b_V"_s, 1e6, 30e6), Antenna(u"c_L"_s, 1e6, 30e6),
           Antenna(u"d_R"_s, 1e6, 30e6)},
          VALID},
-        {"small letters are no ending", {Unnamed(1e6, 30e6), Antenna(u"PX104_r"_s, 1e6, 30e6)}, OVERLAP},
+        {"small letters are not an ending", {Unnamed(1e6, 30e6), Antenna(u"PX104_r"_s, 1e6, 30e6)}, OVERLAP},
         {"nor is the middle of a name", {Unnamed(1e6, 30e6), Antenna(u"PX104_R1"_s, 1e6, 30e6)}, OVERLAP},
         {"the name of the one that comes later counts",
          {Unnamed(1e6, 30e6), Antenna(u"x_V"_s, 1e6, 30e6)},
@@ -228,8 +228,8 @@ const std::vector<VerdictRow>& Verdicts() {
         {"a shared upper edge", {Unnamed(20e6, 100e6), Antenna(u"x_H"_s, 50e6, 100e6)}, VALID},
         {"a shared upper edge without pair", {Unnamed(20e6, 100e6), Unnamed(50e6, 100e6)}, OVERLAP},
 
-        // A span that does not lie above 0 is begun anew.
-        {"the span begins anew", {UsedFor(Unnamed(20e6, 30e6), ANY, 100e6), Unnamed(300e6, 400e6)}, VALID},
+        // A span that does not lie above 0 is begun again.
+        {"the span begins again", {UsedFor(Unnamed(20e6, 30e6), ANY, 100e6), Unnamed(300e6, 400e6)}, VALID},
         {"also for its upper end", {UsedFor(Unnamed(20e6, 30e6), 20e6, 0.0), Unnamed(300e6, 400e6)}, VALID},
         // The working range counts, not the coverage.
         {"working ranges adjoin", {UsedFor(Unnamed(20e6, 100e6), 20e6, 50e6), Unnamed(50e6, 200e6)}, VALID},
@@ -253,7 +253,7 @@ const std::vector<VerdictRow>& Verdicts() {
         {"half a hertz is rounded",
          {Unsupported(Unnamed(30000000.5, 30000001.0))},
          NotSupported(u"PX106"_s, u"30"_s, u"30"_s)},
-        {"the name stands as it is",
+        {"the name stays as it is",
          {Unsupported(Antenna(u"%1 %2 %L3 %99 <b>ä</b>"_s, 1e6, 2e6))},
          NotSupported(u"%1 %2 %L3 %99 <b>ä</b>"_s, u"1"_s, u"2"_s)},
         {"no name", {Unsupported(Antenna({}, 1e6, 2e6))}, NotSupported({}, u"1"_s, u"2"_s)},
@@ -267,21 +267,21 @@ const std::vector<VerdictRow>& Verdicts() {
     return rows;
 }
 
-TEST_F(CharacteristicsValidity, ASetupIsJudgedInTheOrderOfTheList) {
+TEST_F(ZANCharacteristicsValidityTest, ASetupIsJudgedInTheOrderOfTheList) {
     const ZANCharacteristics& characteristics = Connect({});
     for (const VerdictRow& row : Verdicts()) {
         SCOPED_TRACE(row.name);
         AntennaDataList list;
         Fill(list, row.antennas);
         const std::vector<Setting> before = SettingsOf(list);
-        QString message = u"something that stood there"_s;
+        QString message = u"something that was there"_s;
         EXPECT_EQ(characteristics.CheckAntennaSetupValidity(&list, message), row.message == VALID);
         EXPECT_EQ(message, row.message);
         EXPECT_EQ(SettingsOf(list), before);
     }
 }
 
-TEST_F(CharacteristicsValidity, NullStandsForTheOwnAntennas) {
+TEST_F(ZANCharacteristicsValidityTest, NullMeansTheOwnAntennas) {
     for (const VerdictRow& row : Verdicts()) {
         SCOPED_TRACE(row.name);
         const ZANCharacteristics& characteristics = Connect(row.antennas);
@@ -297,7 +297,7 @@ TEST_F(CharacteristicsValidity, NullStandsForTheOwnAntennas) {
     EXPECT_EQ(message, NONE_CONNECTED);
 }
 
-TEST_F(CharacteristicsValidity, RangesMayAdjoinExactlyOrWithOneHertzBetween) {
+TEST_F(ZANCharacteristicsValidityTest, RangesMayAdjoinExactlyOrWithOneHertzBetween) {
     for (const auto& [begin, verdict] :
          std::vector<std::pair<double, QString>>{{30e6, VALID}, {30000001.0, VALID}, {30.5e6, GAP}}) {
         QString message;
@@ -308,7 +308,7 @@ TEST_F(CharacteristicsValidity, RangesMayAdjoinExactlyOrWithOneHertzBetween) {
     }
 }
 
-TEST_F(CharacteristicsValidity, OnlyAntennasOfAPairMayShareARange) {
+TEST_F(ZANCharacteristicsValidityTest, OnlyAntennasOfAPairMayShareARange) {
     QString message;
     EXPECT_TRUE(Connect({Antenna(u"PX121_V"_s, 20e6, 1300e6), Antenna(u"PX121_H"_s, 20e6, 1300e6)})
                     .CheckAntennaSetupValidity(nullptr, message));
@@ -317,7 +317,7 @@ TEST_F(CharacteristicsValidity, OnlyAntennasOfAPairMayShareARange) {
     EXPECT_EQ(message, OVERLAP);
 }
 
-TEST_F(CharacteristicsValidity, AnAntennaThatTheDeviceCannotServeIsReportedWithItsCoverageInMHz) {
+TEST_F(ZANCharacteristicsValidityTest, AnAntennaThatTheDeviceCannotServeIsReportedWithItsCoverageInMHz) {
     QString message;
     EXPECT_FALSE(Connect({MakeAntenna(u"PX108"_s, u"RCV05"_s, 300e3, 3600e6)})
                      .CheckAntennaSetupValidity(nullptr, message));
@@ -325,13 +325,13 @@ TEST_F(CharacteristicsValidity, AnAntennaThatTheDeviceCannotServeIsReportedWithI
                        "currently installed options. It must be disabled."_s);
 }
 
-TEST_F(CharacteristicsValidity, OnlyDisabledAntennasAreNoneEnabled) {
+TEST_F(ZANCharacteristicsValidityTest, OnlyDisabledAntennasAreNoneEnabled) {
     QString message;
     EXPECT_FALSE(Connect({Disabled(Unnamed(20e6, 1300e6))}).CheckAntennaSetupValidity(nullptr, message));
     EXPECT_EQ(message, NONE_ENABLED);
 }
 
-TEST_F(CharacteristicsValidity, TheInstalledOptionsDecideWhatIsSupported) {
+TEST_F(ZANCharacteristicsValidityTest, TheInstalledOptionsDecideWhatIsSupported) {
     const ZANCharacteristics& characteristics = Connect({MakeAntenna(u"PX120"_s, u"RCV07"_s, 9e3, 1e6)});
     QString message;
     EXPECT_FALSE(characteristics.CheckAntennaSetupValidity(nullptr, message));
@@ -342,7 +342,7 @@ TEST_F(CharacteristicsValidity, TheInstalledOptionsDecideWhatIsSupported) {
 
 // Translation
 
-TEST_F(CharacteristicsValidity, EveryVerdictIsTranslated) {
+TEST_F(ZANCharacteristicsValidityTest, EveryVerdictIsTranslated) {
     const MarkingTranslator translator;
     ZANCharacteristics& characteristics = Connect({});
     QString message;
@@ -355,7 +355,7 @@ TEST_F(CharacteristicsValidity, EveryVerdictIsTranslated) {
     }
 }
 
-TEST_F(CharacteristicsValidity, EveryOutcomeOfARepairIsTranslated) {
+TEST_F(ZANCharacteristicsValidityTest, EveryOutcomeOfARepairIsTranslated) {
     const MarkingTranslator translator;
     QString message;
     Connect({Unnamed(1e6, 2e6)}).MakeAntennaSetupValid(message);
@@ -485,7 +485,7 @@ const std::vector<RepairRow>& Repairs() {
     return rows;
 }
 
-TEST_F(CharacteristicsValidity, ARepairEnablesCutsAndDisables) {
+TEST_F(ZANCharacteristicsValidityTest, ARepairEnablesCutsAndDisables) {
     for (const RepairRow& row : Repairs()) {
         for (const bool autoUpdate : {true, false}) {
             SCOPED_TRACE(row.name);
@@ -499,7 +499,7 @@ TEST_F(CharacteristicsValidity, ARepairEnablesCutsAndDisables) {
     }
 }
 
-TEST_F(CharacteristicsValidity, OfAntennasWithOneRangeTheFirstIsKeptAndTheRightHalfOfAPair) {
+TEST_F(ZANCharacteristicsValidityTest, OfAntennasWithOneRangeTheFirstIsKeptAndTheRightHalfOfAPair) {
     struct Row {
         std::vector<AntennaData> antennas;
         std::set<QString> kept;
@@ -526,7 +526,7 @@ TEST_F(CharacteristicsValidity, OfAntennasWithOneRangeTheFirstIsKeptAndTheRightH
     }
 }
 
-TEST_F(CharacteristicsValidity, AValidSetupIsLeftAlone) {
+TEST_F(ZANCharacteristicsValidityTest, AValidSetupIsLeftAlone) {
     ZANCharacteristics& characteristics =
         Connect({Antenna(u"b"_s, 30e6, 1300e6), Antenna(u"a"_s, 1e6, 30e6)});
     CodeObserver observer;
@@ -542,7 +542,7 @@ TEST_F(CharacteristicsValidity, AValidSetupIsLeftAlone) {
     EXPECT_TRUE(observer.codes.empty());
 }
 
-TEST_F(CharacteristicsValidity, ARepairThatFailsLeavesListTreeAndModifyTime) {
+TEST_F(ZANCharacteristicsValidityTest, ARepairThatFailsLeavesListTreeAndModifyTime) {
     const std::vector<std::vector<AntennaData>> setups{
         {},
         {Unsupported(Unnamed(1e6, 2e6))},
@@ -564,7 +564,7 @@ TEST_F(CharacteristicsValidity, ARepairThatFailsLeavesListTreeAndModifyTime) {
     }
 }
 
-TEST_F(CharacteristicsValidity, TheTreeHoldsExactlyTheRepairedAntennas) {
+TEST_F(ZANCharacteristicsValidityTest, TheTreeHoldsExactlyTheRepairedAntennas) {
     AntennaData first = Antenna(u"PX103"_s, 300e3, 30e6);
     first.handle = 4;
     first.dfMethods = {METHOD_COR, METHOD_SUPR};
@@ -606,7 +606,7 @@ TEST_F(CharacteristicsValidity, TheTreeHoldsExactlyTheRepairedAntennas) {
     EXPECT_EQ(antenna->maxFreq, 30e6);
 }
 
-TEST_F(CharacteristicsValidity, ARepairHasEverythingRebuiltFromTheTree) {
+TEST_F(ZANCharacteristicsValidityTest, ARepairHasEverythingRebuiltFromTheTree) {
     ZANCharacteristics& characteristics =
         Connect({Disabled(Antenna(u"a"_s, 300e3, 30e6)), Disabled(Antenna(u"b"_s, 20e6, 1300e6))});
     ASSERT_EQ(characteristics.GetMaxFreq(OPMODE_FFM), 25e6);
@@ -625,7 +625,7 @@ TEST_F(CharacteristicsValidity, ARepairHasEverythingRebuiltFromTheTree) {
     EXPECT_TRUE(characteristics.CheckAntennaSetupValidity(nullptr, message));
 }
 
-TEST_F(CharacteristicsValidity, ObserversOfTheModifyTimeFindTheRepairedAntennasInTheTree) {
+TEST_F(ZANCharacteristicsValidityTest, ObserversOfTheModifyTimeFindTheRepairedAntennasInTheTree) {
     ZANCharacteristics& characteristics =
         Connect({Antenna(u"a"_s, 300e3, 30e6), Antenna(u"b"_s, 20e6, 1300e6)});
     std::vector<Setting> seen;
@@ -637,7 +637,7 @@ TEST_F(CharacteristicsValidity, ObserversOfTheModifyTimeFindTheRepairedAntennasI
     EXPECT_EQ(seen, (std::vector<Setting>{{u"a"_s, true, 300e3, 30e6}, {u"b"_s, true, 30000001.0, 1300e6}}));
 }
 
-TEST_F(CharacteristicsValidity, ARebuildWhileTheOldAntennasGoDoesNotLoseTheRepairedOnes) {
+TEST_F(ZANCharacteristicsValidityTest, ARebuildWhileTheOldAntennasGoDoesNotLoseTheRepairedOnes) {
     const std::vector<Setting> repaired{{u"a"_s, true, 300e3, 30e6}, {u"b"_s, true, 30000001.0, 1300e6}};
     for (const bool autoUpdate : {true, false}) {
         ZANCharacteristics& characteristics =
@@ -660,7 +660,7 @@ TEST_F(CharacteristicsValidity, ARebuildWhileTheOldAntennasGoDoesNotLoseTheRepai
     }
 }
 
-TEST_F(CharacteristicsValidity, AnObserverOfARepairMayDestroyTheInformationCenter) {
+TEST_F(ZANCharacteristicsValidityTest, AnObserverOfARepairMayDestroyTheInformationCenter) {
     const DrivenClock clock;
     for (int i = 0; i < 2; ++i) { // the second time at the modify time of the first
         ZANCharacteristics& characteristics = Connect({Disabled(Unnamed(1e6, 2e6))});
@@ -674,7 +674,7 @@ TEST_F(CharacteristicsValidity, AnObserverOfARepairMayDestroyTheInformationCente
     }
 }
 
-TEST_F(CharacteristicsValidity, ARepairWithoutModifyTimeIsWrittenAllTheSame) {
+TEST_F(ZANCharacteristicsValidityTest, ARepairWithoutModifyTimeIsWrittenAllTheSame) {
     DeviceTree::SetAntennas({Disabled(Unnamed(1e6, 2e6))});
     Tree::Instance()->Remove(ModifyTime());
     ZANCharacteristics& characteristics = DeviceTree::Connect();
@@ -685,7 +685,7 @@ TEST_F(CharacteristicsValidity, ARepairWithoutModifyTimeIsWrittenAllTheSame) {
     EXPECT_EQ(OwnSettings(characteristics), SettingsInTree());
 }
 
-TEST_F(CharacteristicsValidity, ARepairOfADeviceThatIsGoneKeepsItToItself) {
+TEST_F(ZANCharacteristicsValidityTest, ARepairOfADeviceThatIsGoneKeepsItToItself) {
     ZANCharacteristics& characteristics = Connect({Disabled(Unnamed(1e6, 2e6))});
     Tree::Instance()->Remove(Tree::Instance()->GetNode(DeviceTree::Path()));
     const QString tree = DumpOfTree();
@@ -722,7 +722,7 @@ private:
     bool m_wasSet;
 };
 
-TEST_F(CharacteristicsValidity, TheModifyTimeIsTheLocalTimeOfTheRepair) {
+TEST_F(ZANCharacteristicsValidityTest, TheModifyTimeIsTheLocalTimeOfTheRepair) {
     struct Row {
         QByteArray zone; // as POSIX writes it: hours to add for UTC
         QString utc;
@@ -749,7 +749,7 @@ TEST_F(CharacteristicsValidity, TheModifyTimeIsTheLocalTimeOfTheRepair) {
     }
 }
 
-TEST_F(CharacteristicsValidity, TwoRepairsWithinOneSecondBothReachTheObservers) {
+TEST_F(ZANCharacteristicsValidityTest, TwoRepairsWithinOneSecondBothReachTheObservers) {
     DrivenClock clock;
     ZANCharacteristics& characteristics = Connect({Disabled(Unnamed(1e6, 2e6))});
     CodeObserver ofTime;

@@ -28,13 +28,13 @@ public:
     void SlotUpdateConfiguration() override {}
 };
 
-class InformationCenter : public testing::Test {
+class ZANInformationCenterTest : public testing::Test {
 protected:
     TraceLines m_traces; // keeps the output of the tests readable
     DeviceTree m_device;
 };
 
-TEST_F(InformationCenter, IsTheSameObjectOnEachCall) {
+TEST_F(ZANInformationCenterTest, IsTheSameObjectOnEachCall) {
     ZANInformationCenter* const center = ZANInformationCenter::Instance();
     ASSERT_NE(center, nullptr);
     EXPECT_EQ(ZANInformationCenter::Instance(), center);
@@ -42,7 +42,7 @@ TEST_F(InformationCenter, IsTheSameObjectOnEachCall) {
     EXPECT_EQ(&ZANInformationCenter::Instance()->GetZANInterfaces(), &center->GetZANInterfaces());
 }
 
-TEST_F(InformationCenter, BeginsUnconnectedAndWithoutOutputs) {
+TEST_F(ZANInformationCenterTest, BeginsUnconnectedAndWithoutOutputs) {
     ZANInformationCenter& center = *ZANInformationCenter::Instance();
     EXPECT_TRUE(center.GetZANCharacteristics().GetAntennaHandles(false).empty());
     EXPECT_EQ(center.GetZANCharacteristics().GetZANType(), ZANTYPE_ZANTIDE);
@@ -50,7 +50,7 @@ TEST_F(InformationCenter, BeginsUnconnectedAndWithoutOutputs) {
     EXPECT_EQ(center.GetZANInterfaces().Size(), 0U);
 }
 
-TEST_F(InformationCenter, IsFreshAfterFinalise) {
+TEST_F(ZANInformationCenterTest, IsFreshAfterFinalise) {
     DeviceTree::SetType(u"ZANFERN"_s);
     DeviceTree::SetAntennas({MakeAntenna(u"PX106"_s, u"RCV03"_s, 20e6, 1300e6)});
     DeviceTree::Connect();
@@ -65,7 +65,7 @@ TEST_F(InformationCenter, IsFreshAfterFinalise) {
     EXPECT_EQ(center.GetZANInterfaces().Size(), 0U);
 }
 
-TEST_F(InformationCenter, IsFinalisedTwiceAndBeforeItsFirstUseWithoutEffect) {
+TEST_F(ZANInformationCenterTest, IsFinalisedTwiceAndBeforeItsFirstUseWithoutEffect) {
     ZANInformationCenter::Finalise();
     ZANInformationCenter::Instance();
     ZANInformationCenter::Finalise();
@@ -73,7 +73,7 @@ TEST_F(InformationCenter, IsFinalisedTwiceAndBeforeItsFirstUseWithoutEffect) {
     EXPECT_NE(ZANInformationCenter::Instance(), nullptr);
 }
 
-TEST_F(InformationCenter, OutputsInTheListStayAlive) {
+TEST_F(ZANInformationCenterTest, OutputsInTheListStayAlive) {
     const auto output = std::make_unique<TestInterface>(u"Output"_s);
     const QPointer<TestInterface> watched = output.get();
     ZANInformationCenter::Instance()->GetZANInterfaces().Add(output.get());
@@ -81,7 +81,7 @@ TEST_F(InformationCenter, OutputsInTheListStayAlive) {
     EXPECT_FALSE(watched.isNull());
 }
 
-TEST_F(InformationCenter, DetachesFromTheTreeWhenItIsFinalised) {
+TEST_F(ZANInformationCenterTest, DetachesFromTheTreeWhenItIsFinalised) {
     auto* const type = DeviceTree::DeviceValue<ValueString>(g_vdDevType);
     DeviceTree::Connect();
     ASSERT_EQ(type->GetObserverCount(), 1U);

@@ -101,7 +101,7 @@ TEST_F(ZANOptionsTest, ClearingRemovesAllOptions) {
     EXPECT_FALSE(options->HasOption(OPTION_ZAN_DR));
 }
 
-TEST_F(ZANOptionsTest, WhoAsksForNoOptionHasIt) {
+TEST_F(ZANOptionsTest, AskingForNoOptionSucceeds) {
     EXPECT_TRUE(options->HasOption(OPTION_NONE));
     options->AddOption(OPTION_NONE);
     EXPECT_EQ(options->GetOptionCount(OPTION_NONE), 0);
@@ -229,7 +229,7 @@ TEST_F(ZANOptionsTest, WithoutATextValueNothingIsReadOrWritten) {
     EXPECT_EQ(Tree::Instance()->GetValue(u"/DEVICES/Other"_s), nullptr);
 }
 
-TEST_F(ZANOptionsTest, OriginatorIsNotToldOfItsOwnWrite) {
+TEST_F(ZANOptionsTest, OriginatorIsNotNotifiedOfItsOwnWrite) {
     CodeObserver originator;
     CodeObserver other;
     TreeValue()->AddObserver(&originator);
@@ -239,7 +239,7 @@ TEST_F(ZANOptionsTest, OriginatorIsNotToldOfItsOwnWrite) {
     EXPECT_EQ(TreeValue()->GetValue(), u"ZAN-DR;ZANREEF-HBW"_s);
     EXPECT_TRUE(originator.codes.empty());
     EXPECT_EQ(other.codes.size(), 1U);
-    EXPECT_TRUE(options->WriteToValueTree(Path(), nullptr)); // nothing new to tell
+    EXPECT_TRUE(options->WriteToValueTree(Path(), nullptr)); // nothing new to publish
     options->ClearAllOptions();
     EXPECT_TRUE(options->WriteToValueTree(Path(), nullptr));
     EXPECT_EQ(TreeValue()->GetValue(), QString());

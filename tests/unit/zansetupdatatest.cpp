@@ -5,6 +5,7 @@
 #include "support/printing.h"
 #include "support/storedsettings.h"
 #include "support/tracelines.h"
+#include "support/treevalues.h"
 #include "support/valuesamples.h"
 #include "valueframework/valueaccess.h"
 
@@ -234,11 +235,8 @@ TEST_F(ZANSetupDataTest, BasePathAndPathMayEndWithASlash) {
 TEST_F(ZANSetupDataTest, ValueOfAnyTypeSurvivesInEveryRow) {
     const auto fillTree = [](const auto& make) {
         for (const Row& row : ROWS) {
-            const QString path = PathOf(row);
             Tree::Instance()->Remove(ValueOf(row));
-            std::unique_ptr<ValueBase> value = make();
-            ASSERT_TRUE(value->SetName(path.sliced(path.lastIndexOf(u'/') + 1), nullptr));
-            ASSERT_TRUE(Tree::Instance()->InsertValue(path.first(path.lastIndexOf(u'/')), std::move(value)));
+            ASSERT_TRUE(InsertInTree(PathOf(row), make()));
         }
     };
     for (const ValueSample& sample : ValueSamples()) {
@@ -287,7 +285,7 @@ TEST_F(ZANSetupDataTest, KeyThatIsTheCurrentOneAlreadyLeavesTheChoiceAlone) {
     EXPECT_EQ(SnapshotText(u"LocationChoice"), u"second"_s);
 }
 
-TEST_F(ZANSetupDataTest, SelectionWithoutItemsAndWithoutASettingIsNothingToTell) {
+TEST_F(ZANSetupDataTest, SelectionWithoutItemsAndWithoutASettingIsNotTraced) {
     DeviceTree::ServerValue<ValueSelection>(g_vdPosSource)->Clear(nullptr);
     settings.Write(FileWith(""));
     data.ReadFromValueTree({});
@@ -364,7 +362,7 @@ TEST_F(ZANSetupDataTest, CopyKeepsTheBasePath) {
 
 // --- paths ---
 
-TEST_F(ZANSetupDataTest, PathStandsInFrontOfTheBasePath) {
+TEST_F(ZANSetupDataTest, PathIsInFrontOfTheBasePath) {
     MakeValues(u"/DEVICES/Second"_s);
     SetContents(u"/DEVICES/Second"_s);
     data.ReadFromValueTree(u"/DEVICES/Second"_s);
@@ -492,13 +490,13 @@ TEST_F(ZANSetupDataTest, SettingThatIsNoContentOfTheValueKeepsTheSnapshot) {
         trace.lines.clear();
         data.ReadFromCfg(Station());
         EXPECT_EQ(SnapshotText(key), Text(RowOf(key).content)) << Text(key).toStdString() << '=' << text;
-        EXPECT_FALSE(trace.lines.filter(Text(key)).isEmpty()) << "it is told";
+        EXPECT_FALSE(trace.lines.filter(Text(key)).isEmpty()) << "it is traced";
     }
 }
 
 // --- observers ---
 
-TEST_F(ZANSetupDataTest, OriginatorIsNotToldOfWhatItWrites) {
+TEST_F(ZANSetupDataTest, OriginatorIsNotNotifiedOfWhatItWrites) {
     SetContents();
     data.ReadFromValueTree({});
     for (const Row& row : ROWS) {
@@ -518,7 +516,7 @@ TEST_F(ZANSetupDataTest, OriginatorIsNotToldOfWhatItWrites) {
     EXPECT_TRUE(originator.codes.empty());
 }
 
-TEST_F(ZANSetupDataTest, ReadingAndStoringTellNobody) {
+TEST_F(ZANSetupDataTest, ReadingAndStoringNotifyNobody) {
     SetContents();
     CodeObserver observer;
     for (const Row& row : ROWS) {

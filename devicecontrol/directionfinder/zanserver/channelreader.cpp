@@ -76,11 +76,7 @@ bool ChannelReader::Read(const QString& fileName) {
 bool ChannelReader::Read(QIODevice& device) {
     m_channels.clear();
     m_badRows.clear();
-    std::optional<QString> header = ReadLine(device);
-    if (header && header->startsWith(QChar::ByteOrderMark)) {
-        header->remove(0, 1);
-    }
-    if (!ReadHeader(std::move(header).value_or(QString()))) {
+    if (!ReadHeader(ReadLine(device).value_or(QString()))) {
         return false;
     }
     for (qsizetype lineNumber = 2; !device.atEnd(); ++lineNumber) {

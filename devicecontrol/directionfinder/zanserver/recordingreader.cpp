@@ -345,27 +345,17 @@ quint64 RecordingReader::GetBadLineCount(BadLine reason) const {
 }
 
 QString RecordingReader::GetReasonText(BadLine reason) {
-    switch (reason) {
-    case BadLine::ColumnCount:
-        return u"wrong number of columns"_s;
-    case BadLine::MissingValue:
-        return u"required value missing"_s;
-    case BadLine::NotANumber:
-        return u"not a number"_s;
-    case BadLine::NotFinite:
-        return u"not a finite number"_s;
-    case BadLine::OutOfRange:
-        return u"out of range"_s;
-    case BadLine::TimeBackwards:
-        return u"time runs backwards"_s;
-    case BadLine::NulByte:
-        return u"NUL byte"_s;
-    case BadLine::TooLong:
-        return u"line too long"_s;
-    case BadLine::COUNT:
-        break;
-    }
-    return {};
+    // In the order of the reasons.
+    static constexpr std::array<QStringView, 8> TEXTS{u"wrong number of columns",
+                                                      u"required value missing",
+                                                      u"not a number",
+                                                      u"not a finite number",
+                                                      u"out of range",
+                                                      u"time runs backwards",
+                                                      u"NUL byte",
+                                                      u"line too long"};
+    static_assert(TEXTS.size() == static_cast<std::size_t>(BadLine::COUNT));
+    return TEXTS[static_cast<std::size_t>(reason)].toString();
 }
 
 } // namespace ZANServer

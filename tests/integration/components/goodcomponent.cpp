@@ -9,7 +9,7 @@ public:
     [[nodiscard]] int GetCount() const override { return s_count; }
 
 private:
-    static inline int s_count = 0; // starts anew each time that the library is loaded
+    static inline int s_count = 0; // starts again each time that the library is loaded
 };
 
 } // namespace

@@ -9,7 +9,7 @@ namespace {
 
 int instanceCount = 0;
 
-/// A client of the hub that notes what it is told, a line a call, in the file that ZAN_HUB_LOG names.
+/// A client of the hub that notes its calls, one a line, in the file that ZAN_HUB_LOG names.
 class HubClient final : public IMshClientDll {
 public:
     HubClient() { Note(u"created"_s); }
@@ -48,7 +48,7 @@ private:
         }
     }
 
-    const int m_number = ++instanceCount; // counted anew each time that the library is loaded
+    const int m_number = ++instanceCount; // counted from 1 each time that the library is loaded
 };
 
 } // namespace

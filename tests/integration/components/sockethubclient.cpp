@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// A client of a hub that speaks lines over TCP: "FRQ 121500000" sets the value that the tag is coupled to,
-/// and the hub is told the range. Joins again whenever the hub is gone.
+/// and the hub gets the range. Joins again whenever the hub is gone.
 class SocketHubClient final : public IMshClientDll {
 public:
     SocketHubClient() {

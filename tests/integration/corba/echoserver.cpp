@@ -17,6 +17,7 @@ namespace {
 class EchoServant : public POA_ZANTest::Echo, public PortableServer::RefCountServantBase {
 public:
     char* Repeat(const char* text) override { return CORBA::string_dup(text); }
+    /// The time itself is what the caller's time-out is tried out with.
     void Wait(CORBA::ULong milliseconds) override {
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
     }

@@ -1,0 +1,10 @@
+# run(COMMAND [argument...]): what it prints is in `output` and `error`. A command that fails fails the test.
+function(run)
+    execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
+    if(NOT result EQUAL 0)
+        list(JOIN ARGV " " command)
+        message(FATAL_ERROR "${command}\n${output}\n${error}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+    set(error "${error}" PARENT_SCOPE)
+endfunction()
