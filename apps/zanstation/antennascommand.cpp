@@ -72,7 +72,7 @@ public:
         ZANCharacteristics& characteristics = Station::GetCharacteristics();
         const AntennaSetup::Proposal proposal = characteristics.ProposeAntennaSetup();
         if (isDryRun) {
-            Say(u"Nothing is changed. A repair would do this:"_s);
+            Say(u"Nothing is changed. A repair would report:"_s);
         } else {
             QString message;
             characteristics.MakeAntennaSetupValid(message);

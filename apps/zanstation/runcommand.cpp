@@ -61,13 +61,13 @@ QStringList FindOwnFiles(const QString& directory) {
             files += {settings, settings + u".lock"_s, settings + u".saving"_s};
         }
     }
-    files.removeDuplicates();
     for (const QString& place : {directory, directory + u"/ZANControl"_s}) {
         for (const QFileInfo& file :
              QDir(place).entryInfoList({u"*.ini*"_s, u"station.lock"_s, u"commandlog-*"_s}, QDir::Files)) {
             files.append(file.filePath());
         }
     }
+    files.removeDuplicates();
     return files;
 }
 

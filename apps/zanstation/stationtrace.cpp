@@ -16,10 +16,14 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Lines about normal events, or about failures that the commands report themselves.
-constexpr std::array<QStringView, 7> USUAL{
-    u"No sample mode matching",        u"CommandProtocol: Going to delete the oldest backup file.",
-    u"SerialInterface::OnOpen",        u"SerialInterface::OnClose",
-    u"SerialInterface::OnRead",        u"The component \"",
+constexpr std::array<QStringView, 8> USUAL{
+    u"No sample mode matching",
+    u"No sample mode found",
+    u"CommandProtocol: Going to delete the oldest backup file.",
+    u"SerialInterface::OnOpen",
+    u"SerialInterface::OnClose",
+    u"SerialInterface::OnRead",
+    u"The component \"",
     u"The configuration directory \"",
 };
 

@@ -117,8 +117,8 @@ void FindReception(const ZANCharacteristics& characteristics, Tuning& tuning, do
     tuning.sampleMode = characteristics.GetBestSampleMode(mode, tuning.start, tuning.stop, realtimeBandwidth);
     tuning.realtimeBandwidths = characteristics.GetRealtimeBandwidths(mode, tuning.start, tuning.stop);
     if (tuning.sampleMode == SAMPLEMODE_END) {
-        tuning.problem =
-            u"the possible realtime bandwidths are "_s + FormatBandwidths(tuning.realtimeBandwidths);
+        tuning.problem = u"no sample mode has the wanted realtime bandwidth; possible: "_s +
+                         FormatBandwidths(tuning.realtimeBandwidths);
         return;
     }
     // A wanted realtime bandwidth must be met exactly.
@@ -335,7 +335,9 @@ int Tune(const QStringList& arguments) {
     }
     const std::optional<EOperationMode> mode = OperationModeText::Parse(*line.Text(u"mode"_s));
     if (!mode) {
-        return CommandLine::Refuse(u"--mode takes ffm, wideband, scan, search, tdma or a number to 14"_s);
+        return CommandLine::Refuse(
+            u"--mode takes ffm, wideband, scan, search, tdma or a number from 0 to 14, not %1"_s.arg(
+                CommandLine::Quote(*line.Text(u"mode"_s))));
     }
     request.adjustName = *line.Text(u"adjust"_s);
     const std::optional adjustMode = ReadAdjustMode(request.adjustName);
@@ -346,7 +348,8 @@ int Tune(const QStringList& arguments) {
     const bool isFrequency = !start && !stop && !line.IsSet(u"adjust"_s);
     if (request.frequency ? !isFrequency : !isRange) {
         return CommandLine::Refuse(
-            u"--frequency (with --bandwidth), or --start and --stop (with --adjust), the lower one first"_s);
+            u"tune takes --frequency (and --bandwidth), or --start and --stop with the lower one first (and "
+            "--adjust)"_s);
     }
     request.mode = *mode;
     request.adjustMode = *adjustMode;

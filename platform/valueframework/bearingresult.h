@@ -2,7 +2,8 @@
 
 #include <QtGlobal>
 
-/// One processed bearing as the value tree carries it. Azimuths count clockwise from north.
+/// One processed bearing as the value tree carries it. Azimuths count clockwise, as the driver delivers them:
+/// from the platform's bow while there is a heading, else from true north.
 ///
 /// A member holds a value only after it has been set; until then it reads as 0 and `IsValueValid` is false.
 /// The setters check nothing; the ranges stated here are those that the users of a bearing rely on.

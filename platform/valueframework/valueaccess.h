@@ -26,7 +26,8 @@ ZANPLATFORM_EXPORT void TraceRefusedValue(const QString& path);
 } // namespace ValueAccess
 
 /// The value of type T at a path, created when it is missing. Null, with a trace line, when a value of
-/// another type has that path already (it stays as it is), or when the path is not valid.
+/// another type has that path already (it stays as it is), or when the path is not valid. A new value that
+/// the tree refuses is kept until the process ends.
 template <class T>
 T* GetOrCreateValue(const QString& path) {
     Tree& tree = *Tree::Instance();

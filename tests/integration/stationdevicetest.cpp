@@ -156,7 +156,7 @@ TEST_F(StationDeviceTest, TuneTellsWhatIsValidAndWhatWasChangedAndWhy) {
         {u"--mode wideband --frequency 31M --bandwidth 3M"_s, 1, u"31.500001 MHz"_s,
          u"frequency raised by 500.001 kHz: the band of 3 MHz must lie in the range of PX106"_s,
          u"PX106 (30.000001 MHz - 1.3 GHz)"_s,
-         u"no: the possible realtime bandwidths are 100 kHz, 200 kHz, 500 kHz, 1 MHz, 2 MHz, 5 MHz, 10 MHz"_s},
+         u"no: no sample mode has the wanted realtime bandwidth; possible: 100 kHz, 200 kHz, 500 kHz, 1 MHz, 2 MHz, 5 MHz, 10 MHz"_s},
         {u"--mode wideband --frequency 2.9G --bandwidth 10G"_s,
          1,
          u"no: the band of 10 GHz is wider than the range of PX109 (1.300000001 GHz - 3 GHz)"_s,
@@ -240,7 +240,7 @@ TEST_F(StationDeviceTest, ADryRunShowsTheRepairAndChangesNothing) {
     const StationResult result = Run(u"antennas repair --dry-run"_s);
     EXPECT_EQ(result.exitCode, 0) << "as the repair ends";
     EXPECT_EQ(result.out,
-              u"Nothing is changed. A repair would do this:\n"
+              u"Nothing is changed. A repair would report:\n"
               "Auto configuration of antennas successfully covered range from 0.3 MHz to 3000 MHz.\n"
               "PX106: 20 MHz - 1.3 GHz -> 30.000001 MHz - 1.3 GHz\n"_s);
     EXPECT_EQ(ReadFile(SettingsFile()), before);

@@ -200,10 +200,26 @@ TEST_F(SettingsCheckTest, AntennaModelThatNobodyKnowsIsWarnedOfWithTheNearestOne
         QStringList{Doubted(u"SystemConfiguration/Antenna1/Name"_s, u"PX1O6"_s,
                             u"are the models of \"zanstation catalogue antennas\", and the nearest one is "
                             "\"PX106\""_s)});
-    EXPECT_EQ(Check(antennas + '\n'), QStringList()) << "an empty name ends the list";
+    EXPECT_EQ(
+        Check(antennas + '\n'),
+        QStringList{
+            u"warning: the setting \"SystemConfiguration/Antenna1/Name\" is empty: the antenna has no name"_s});
     EXPECT_EQ(Check(antennas + "PX122 (A/P)\n"), QStringList());
     EXPECT_EQ(Check(QByteArray(antennas).replace("Count=2", "Count=1") + "PX1O6\n"), QStringList())
         << "it is not used";
+}
+
+TEST_F(SettingsCheckTest, ConverterThatNobodyKnowsIsWarnedOf) {
+    const QByteArray antenna =
+        STATION + "[ZANStations/ZANStation0/SystemConfiguration/Antenna0]\nConverterTypeName=";
+    EXPECT_EQ(Check(antenna + '\n'), QStringList()) << "it has none";
+    EXPECT_EQ(Check(antenna + "RCV10\n"), QStringList());
+    for (const QString& unknown : {u"RCV99"_s, u"rcv01"_s}) {
+        EXPECT_EQ(Check(antenna + unknown.toLatin1() + '\n'),
+                  QStringList{Doubted(
+                      u"SystemConfiguration/Antenna0/ConverterTypeName"_s, unknown,
+                      u"are RCV01, RCV02, RCV03, RCV04, RCV05, RCV06, RCV07, RCV08, RCV09, RCV10"_s)});
+    }
 }
 
 TEST_F(SettingsCheckTest, DfMethodThatNobodyKnowsIsWarnedOf) {

@@ -13,8 +13,8 @@ struct Bearing {
     /// Elevation or level of a bearing without such a measurement.
     static constexpr qint16 NOT_MEASURED = std::numeric_limits<qint16>::min();
 
-    quint16 channel = 0;             ///< number of the channel, as the device counts; not used by the library
-    quint16 azimuth = 0;             ///< tenths of a degree, 0 to 3599, clockwise from north
+    quint16 channel = 0; ///< number of the channel, as the device counts; not used by the library
+    quint16 azimuth = 0; ///< tenths of a degree, 0 to 3599, clockwise: see `StatusStruct::heading`
     qint16 elevation = NOT_MEASURED; ///< tenths of a degree
     qint16 level = NOT_MEASURED;     ///< hundredths of a dB
     qint16 marker = 0;               ///< 0: usable, -4000: unusable

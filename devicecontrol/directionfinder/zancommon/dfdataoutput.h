@@ -6,8 +6,8 @@
 
 #include <memory>
 
-/// Writes the DF results of the value tree as lines of text, one per bearing, to a serial line and/or a file:
-/// with each new bearing or, with an output interval, periodically.
+/// Writes the DF results of the value tree as sentences, one line of text per bearing, to a serial line
+/// and/or a file: with each new bearing or, with an output interval, periodically.
 ///
 /// A line begins "$PLG" and carries azimuth, frequency, heading, quality, level and time. While the file is
 /// open, lines to both sinks continue with elevation, attitude and position. In super-resolution mode the

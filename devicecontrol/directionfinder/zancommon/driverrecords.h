@@ -3,7 +3,7 @@
 /// \file
 /// The records that cross the driver interfaces: plain values, compared by content. Drivers are built
 /// separately from the application, so the order and the widths of the fields must not change. Times are
-/// milliseconds since 1970-01-01 00:00:00 UTC, angles clockwise from north, positions WGS84. Handles are the
+/// milliseconds since 1970-01-01 00:00:00 UTC, angles clockwise, positions WGS84. Handles are the
 /// device's own; -1: none. Nothing is checked here.
 
 #include "zancommon/bearing.h"
@@ -195,9 +195,11 @@ struct ErrorStruct {
 struct StatusStruct {
     double frequency = 0.0; ///< Hz, receive frequency of the block
     bool levelOverflow = false;
-    bool magneticHeading = false;    ///< the heading refers to magnetic north, not to true north
-    bool withoutMechOffset = false;  ///< the antenna's mechanical offset must still be added to the azimuths
-    std::optional<double> heading;   ///< degrees
+    bool magneticHeading = false;   ///< the heading refers to magnetic north, not to true north
+    bool withoutMechOffset = false; ///< the antenna's mechanical offset must still be added to the azimuths
+    /// Degrees, of the platform. The azimuths of the block count clockwise from the platform's bow when there
+    /// is a heading, else from true north.
+    std::optional<double> heading;
     std::optional<double> pitch;     ///< degrees
     std::optional<double> roll;      ///< degrees
     std::optional<double> latitude;  ///< degrees, north positive
@@ -212,7 +214,7 @@ struct FFMData {
     quint64 time = 0;                         ///< milliseconds since 1970-01-01 00:00:00 UTC
     double frequency = 0.0;                   ///< Hz
     double bandwidth = 0.0;                   ///< Hz
-    quint16 azimuth = 0;                      ///< tenths of a degree, 0 to 3599
+    quint16 azimuth = 0;                      ///< as `Bearing::azimuth`
     qint16 elevation = Bearing::NOT_MEASURED; ///< tenths of a degree
     qint16 level = Bearing::NOT_MEASURED;     ///< hundredths of a dB
     quint16 azimuthSpread = 0;                ///< tenths of a degree

@@ -258,11 +258,29 @@ void CheckAntennaModel(const ICfg& station, const QString& key, Findings& findin
         models.append(row.name.toString());
     }
     const QString model = TextOf(station, key);
-    if (!model.isEmpty() && !models.contains(model)) {
+    if (model.isNull()) {
+        return; // an antenna that is not there
+    }
+    if (model.isEmpty()) {
+        findings.push_back(
+            {Severity::Warning, u"the setting \"%1\" is empty: the antenna has no name"_s.arg(key)});
+    } else if (!models.contains(model)) {
         findings.push_back(Doubted(
             key, model,
             u"are the models of \"zanstation catalogue antennas\", and the nearest one is \"%1\""_s.arg(
                 FindNearest(model, models))));
+    }
+}
+
+/// An empty name is accepted: the antenna has no converter.
+void CheckConverter(const ICfg& station, const QString& key, Findings& findings) {
+    QStringList names;
+    for (const auto& row : ZANCharacteristics::s_aConverterTypeNames) {
+        names.append(row.name.toString());
+    }
+    const QString name = TextOf(station, key);
+    if (!name.isEmpty() && !names.contains(name)) {
+        findings.push_back(Doubted(key, name, u"are "_s + names.join(u", "_s)));
     }
 }
 
@@ -334,6 +352,7 @@ Findings CheckMeaning(const QString& address) {
             const QString antenna = u"SystemConfiguration/Antenna%1/"_s.arg(i);
             CheckAntennaModel(*station, antenna + u"Name"_s, findings);
             CheckMethods(*station, antenna + u"DFAlgorithm"_s, findings);
+            CheckConverter(*station, antenna + u"ConverterTypeName"_s, findings);
         }
         CheckManualPosition(*station, findings);
     }

@@ -14,8 +14,9 @@ namespace ZANServer {
 /// \param address of the station's device
 ZANSERVER_EXPORT Findings CheckSettings(const QString& address);
 
-/// Warns about settings that are accepted but have no effect: an unknown antenna model or DF method, an
-/// impossible port of the hub, and a manual position that is not set.
+/// Warns about settings that are accepted but have no effect: an unknown antenna model, DF method
+/// or converter, an antenna without a name, an impossible port of the hub, and a manual position that is not
+/// set.
 /// \param address of the station's device
 ZANSERVER_EXPORT Findings CheckMeaning(const QString& address);
 
