@@ -160,9 +160,9 @@ bool RunCommand::CanBegin(const RunOptions& options) {
             canBegin = false;
         }
     }
-    const QString writer = output == STANDARD_STREAM ? QString() : OutputFile::FindWriter(output);
-    if (!writer.isEmpty()) {
-        Console::Error(u"the output %1 is in use by %2"_s.arg(output, writer));
+    const QString user = output == STANDARD_STREAM ? QString() : OutputFile::FindUser(output);
+    if (!user.isEmpty()) {
+        Console::Error(u"the output %1 is in use by %2"_s.arg(output, user));
         canBegin = false;
     }
     return canBegin;

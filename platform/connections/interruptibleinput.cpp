@@ -34,13 +34,17 @@ bool InterruptibleInput::Open(const QString& name) {
         setErrorString(reason);
         return false;
     }
-    InputFile::Lock(m_stream); // standard input may be a file: keeps outputs from writing to it
+    // Standard input may be a file, too: keeps outputs from writing to it.
+    if (name == STANDARD_INPUT && QFileInfo(QStringLiteral("/proc/self/fd/0")).isFile()) {
+        m_lock = ::open("/proc/self/fd/0", O_RDONLY | O_CLOEXEC);
+    }
+    InputFile::Lock(name == STANDARD_INPUT ? m_lock : m_stream);
     return open(ReadOnly | Unbuffered);
 }
 
 void InterruptibleInput::close() {
     QIODevice::close();
-    for (int* const descriptor : {&m_stream, &m_interrupt}) {
+    for (int* const descriptor : {&m_stream, &m_lock, &m_interrupt}) {
         if (*descriptor >= 0) {
             ::close(*descriptor);
             *descriptor = -1;

@@ -42,5 +42,6 @@ protected:
 
 private:
     int m_stream = -1;
+    int m_lock = -1;      // standard input, opened once more: other programs share what is open as that
     int m_interrupt = -1; // becomes readable with `Interrupt`
 };

@@ -293,7 +293,7 @@ bool OutputFile::IsSameFile(const QString& name, const QString& other) {
     return one && two && IsSame(*one, *two) && (S_ISREG(one->st_mode) || S_ISFIFO(one->st_mode));
 }
 
-QString OutputFile::FindWriter(const QString& name) {
+QString OutputFile::FindUser(const QString& name) {
     const QByteArray systemName = SystemName(name);
     const std::optional<struct stat> status = Status(systemName);
     if (!status || !(S_ISREG(status->st_mode) || S_ISFIFO(status->st_mode))) {
@@ -304,7 +304,9 @@ QString OutputFile::FindWriter(const QString& name) {
     if (descriptor < 0) {
         return {};
     }
-    const bool isLocked = flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    // A FIFO that is read may be written to.
+    const int excluding = S_ISREG(status->st_mode) ? LOCK_EX : LOCK_SH;
+    const bool isLocked = flock(descriptor, excluding | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     close(descriptor);
     if (!isLocked) {
         return {};

@@ -64,10 +64,10 @@ public:
     /// devices.
     [[nodiscard]] static bool IsSameFile(const QString& name, const QString& other);
 
-    /// The process that has a file or a FIFO open as an output: "process 1234", or "another process" when the
-    /// system does not say which. Empty when there is none, and when that cannot be determined. Changes
-    /// nothing.
-    [[nodiscard]] static QString FindWriter(const QString& name);
+    /// The process that has a file or a FIFO open as an output, or a file as an `InputFile`: "process 1234",
+    /// or "another process" when the system does not say which. Empty when there is none, and when that
+    /// cannot be determined. Changes nothing.
+    [[nodiscard]] static QString FindUser(const QString& name);
 
 private:
     ZANPLATFORM_NO_EXPORT bool Take(int descriptor);

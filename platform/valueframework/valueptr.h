@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <type_traits>
+#include <utility>
 
 namespace ZANPlatform {
 
@@ -22,7 +23,9 @@ namespace ZANPlatform {
 ///         }
 ///
 /// The observation ends with the `ValuePtr` or with the observer, whichever is destroyed first. A copy points
-/// to the same value and observes nothing. Does not own. Belongs to the thread of the value tree.
+/// to the same value and observes nothing. A pointer
+/// that is moved takes the observation along. An observer holds a value in one `ValuePtr` only: the first one
+/// that lets go ends the observation. Does not own. Belongs to the thread of the value tree.
 template <class T>
 class ValuePtr {
 public:
@@ -32,6 +35,17 @@ public:
     ValuePtr& operator=(const ValuePtr& other) {
         if (this != &other) {
             Hold(other.get());
+        }
+        return *this;
+    }
+    ValuePtr(ValuePtr&& other) noexcept
+        : m_value(std::exchange(other.m_value, {}))
+        , m_observer(std::exchange(other.m_observer, {})) {}
+    ValuePtr& operator=(ValuePtr&& other) noexcept {
+        if (this != &other) {
+            LetGo();
+            m_value = std::exchange(other.m_value, {});
+            m_observer = std::exchange(other.m_observer, {});
         }
         return *this;
     }

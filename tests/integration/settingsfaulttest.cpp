@@ -34,7 +34,7 @@ constexpr int KEY_COUNT = 200;
 constexpr int KILLS = 50;
 constexpr int ROUNDS = 30;
 #else
-constexpr int KILLS = 500;
+constexpr int KILLS = 200;
 constexpr int ROUNDS = 300;
 #endif
 

@@ -579,6 +579,24 @@ TEST_F(StationCommandsTest, SecondStationOnTheSettingsIsRefusedAndTheOtherComman
     EXPECT_EQ(RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s})).exitCode, 0);
 }
 
+TEST_F(StationCommandsTest, OutputToARecordingThatAnotherStationReplaysIsRefusedAndNotKept) {
+    QProcess first;
+    first.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
+    AwaitSentence(first, Path(u"out"_s));
+    const QByteArray recording = ReadFile(Path(u"endless.csv"_s));
+    const StationResult second =
+        RunStation({u"run"_s, u"--speed"_s, u"max"_s, u"--recording"_s, Path(u"recording.csv"_s),
+                    u"--config"_s, Path(u"other"_s), u"--output"_s, Path(u"endless.csv"_s), u"--quiet"_s});
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_TRUE(
+        second.err.startsWith(u"zanstation: the output %1 is in use by "_s.arg(Path(u"endless.csv"_s))))
+        << second.err.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"endless.csv"_s)), recording);
+    EXPECT_FALSE(ReadFile(Path(u"other/Application.ini"_s)).contains("endless.csv"));
+    first.terminate();
+    EXPECT_TRUE(first.waitForFinished(PATIENCE_MS));
+}
+
 TEST_F(StationCommandsTest, SecondStationOnTheOutputIsRefusedAndTouchesNothing) {
     QProcess first;
     first.start(QStringLiteral(ZAN_STATION), Replay(u"endless.csv"_s));
@@ -1008,6 +1026,9 @@ TEST_F(StationCommandsTest, BashCompletesCommandsOptionsValuesAndFiles) {
     EXPECT_EQ(Complete({u"tune"_s, u"--mode"_s, u"s"_s}, here), (QStringList{u"scan"_s, u"search"_s}));
     EXPECT_EQ(Complete({u"antennas"_s, u""_s}, here),
               (QStringList{u"check"_s, u"disable"_s, u"enable"_s, u"list"_s, u"range"_s, u"repair"_s}));
+    EXPECT_EQ(Complete({u"run"_s, u"--json/touch "_s + Path(u"typed"_s) + u" && true /e#"_s, u""_s}, here),
+              QStringList());
+    EXPECT_FALSE(QFile::exists(Path(u"typed"_s))) << "what was typed is not run";
     EXPECT_EQ(Complete({u"antennas"_s, u"--json"_s, u"--config=settings"_s, u"c"_s}, here),
               QStringList{u"check"_s});
     EXPECT_EQ(Complete({u"antennas"_s, u"repair"_s, u"--d"_s}, here), QStringList{u"--dry-run"_s});

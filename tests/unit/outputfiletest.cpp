@@ -1,5 +1,6 @@
 #include "connections/outputfile.h"
 
+#include "connections/inputfile.h"
 #include "support/fewdescriptors.h"
 #include "support/fifo.h"
 #include "support/printing.h"
@@ -433,32 +434,44 @@ TEST_F(OutputFileTest, WhoWritesToAFileOrAFifoIsKnownBeforeItIsOpened) {
     fifo.StartReading();
     const QString self = u"process %1"_s.arg(getpid());
     for (const QString& name : {Name(u"file"_s), Name(u"fifo"_s)}) {
-        EXPECT_EQ(OutputFile::FindWriter(name), QString());
+        EXPECT_EQ(OutputFile::FindUser(name), QString());
         OutputFile output;
         ASSERT_TRUE(output.OpenExisting(name));
         // The system's list does not name the files of every file system.
-        const QString writer = OutputFile::FindWriter(name);
+        const QString writer = OutputFile::FindUser(name);
         EXPECT_TRUE(writer == self || writer == u"another process") << writer.toStdString();
         output.Close();
-        EXPECT_EQ(OutputFile::FindWriter(name), QString());
+        EXPECT_EQ(OutputFile::FindUser(name), QString());
     }
     OutputFile file;
     ASSERT_TRUE(file.OpenExisting(Name(u"file"_s)));
     {
         const FewDescriptors none(0);
-        EXPECT_EQ(OutputFile::FindWriter(Name(u"file"_s)), QString()) << "it cannot be seen";
+        EXPECT_EQ(OutputFile::FindUser(Name(u"file"_s)), QString()) << "it cannot be seen";
     }
-    EXPECT_EQ(OutputFile::FindWriter(Name(u"missing"_s)), QString());
-    EXPECT_EQ(OutputFile::FindWriter(QString()), QString());
-    EXPECT_EQ(OutputFile::FindWriter(m_directory.path()), QString());
-    EXPECT_EQ(OutputFile::FindWriter(u"/dev/null"_s), QString());
+    EXPECT_EQ(OutputFile::FindUser(Name(u"missing"_s)), QString());
+    EXPECT_EQ(OutputFile::FindUser(QString()), QString());
+    EXPECT_EQ(OutputFile::FindUser(m_directory.path()), QString());
+    EXPECT_EQ(OutputFile::FindUser(u"/dev/null"_s), QString());
+}
+
+TEST_F(OutputFileTest, WhoReadsAFileAsARecordingIsKnownBeforeItIsOpened) {
+    Put(u"file"_s, "x");
+    const QString name = Name(u"file"_s);
+    InputFile input(name);
+    ASSERT_TRUE(input.open(QFile::ReadOnly));
+    const QString reader = OutputFile::FindUser(name);
+    EXPECT_TRUE(reader == u"process %1"_s.arg(getpid()) || reader == u"another process")
+        << reader.toStdString();
+    input.close();
+    EXPECT_EQ(OutputFile::FindUser(name), QString());
 }
 
 TEST_F(OutputFileTest, ReaderOfAFifoDoesNotNoticeThatSomebodyAsksForItsWriter) {
     const Fifo fifo(Name(u"fifo"_s));
     const int reader = open(QFile::encodeName(Name(u"fifo"_s)).constData(), O_RDONLY | O_NONBLOCK);
     ASSERT_GE(reader, 0);
-    EXPECT_EQ(OutputFile::FindWriter(Name(u"fifo"_s)), QString());
+    EXPECT_EQ(OutputFile::FindUser(Name(u"fifo"_s)), QString());
     pollfd end{reader, POLLIN, 0};
     EXPECT_EQ(poll(&end, 1, 0), 0) << "a writer that comes and goes is an end";
     close(reader);

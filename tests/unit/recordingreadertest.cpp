@@ -529,6 +529,43 @@ TEST(RecordingReader, AReadErrorWithinTheHeaderFailsOpen) {
     EXPECT_EQ(reader.GetErrorText(), u"recording: cannot be read after line 0: the disk is gone"_s);
 }
 
+TEST(RecordingReader, AFileThatBecomesShorterWhileItIsReadIsAnError) {
+    const QTemporaryDir directory;
+    const QString name = directory.filePath(u"recording.csv"_s);
+    QFile file(name);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write(HEADER + '\n' + QByteArray(ROW + '\n').repeated(20000));
+    file.close();
+    RecordingReader reader;
+    ASSERT_TRUE(reader.Open(name));
+    ASSERT_TRUE(file.resize(file.size() / 2));
+    while (reader.Next()) {
+    }
+    EXPECT_EQ(reader.GetErrorText(), name + u": became shorter while it was read"_s);
+    EXPECT_LT(reader.GetRowCount(), 20000U);
+}
+
+TEST(RecordingReader, ReadingEndsWhenItIsInterruptedAndGoesOnAfterwards) {
+    QBuffer buffer;
+    buffer.setData(HEADER + '\n' + QByteArray(ROW + '\n').repeated(20000));
+    ASSERT_TRUE(buffer.open(QIODevice::ReadOnly));
+    RecordingReader reader;
+    ASSERT_TRUE(reader.Open(buffer));
+    reader.Interrupt();
+    quint64 count = 0;
+    while (reader.Next()) {
+        ++count;
+    }
+    EXPECT_LT(count, 20000U) << "no more than what has been received";
+    EXPECT_EQ(reader.GetErrorText(), QString());
+    EXPECT_EQ(reader.GetBadLineCount(), 0U) << "the row that has been received in part waits";
+    reader.Resume();
+    while (reader.Next()) {
+        ++count;
+    }
+    EXPECT_EQ(count, 20000U);
+}
+
 TEST(RecordingReader, OpensOneFileAfterAnother) {
     const QTemporaryDir directory;
     const QString name = WriteFile(directory, HEADER + '\n' + ROW + '\n' + RowWith(2, "360") + '\n');

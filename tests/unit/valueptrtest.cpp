@@ -186,6 +186,35 @@ TEST_F(ValuePtrTest, ACopyPointsToTheSameValueAndObservesNothing) {
     EXPECT_EQ(value->GetObserverCount(), 1U);
 }
 
+TEST_F(ValuePtrTest, AMoveTakesTheObservationAlong) {
+    ValuePtr<ValueInt> first;
+    ASSERT_TRUE(first.Find(u"/A/v"_s, &observer));
+    ValuePtr<ValueInt> second(std::move(first));
+    EXPECT_FALSE(first); // NOLINT(bugprone-use-after-move): that is the rule
+    EXPECT_EQ(second.get(), value);
+    value->SetValue(1);
+    EXPECT_EQ(observer.codes.size(), 1U);
+    ValuePtr<ValueInt> third;
+    third = std::move(second);
+    value->SetValue(2);
+    EXPECT_EQ(observer.codes.size(), 2U);
+    third.LetGo();
+    value->SetValue(3);
+    EXPECT_EQ(observer.codes.size(), 2U);
+}
+
+TEST_F(ValuePtrTest, PointersInAVectorGoOnObservingWhenItGrows) {
+    std::vector<ValuePtr<ValueInt>> pointers;
+    for (const QString& path : {u"/A/v"_s, u"/A/w"_s, u"/A/x"_s}) {
+        GetOrCreateValue<ValueInt>(path);
+        pointers.emplace_back().Find(path, &observer);
+    }
+    for (const ValuePtr<ValueInt>& pointer : pointers) {
+        pointer->SetValue(7);
+    }
+    EXPECT_EQ(observer.codes.size(), 3U);
+}
+
 TEST_F(ValuePtrTest, AnObserverMayDeleteItselfInANotice) {
     struct Mortal : IObserver {
         void Update(Observable* subject, TChangeCode code) override {

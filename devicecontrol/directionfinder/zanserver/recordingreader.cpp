@@ -208,8 +208,8 @@ RecordingReader::Line RecordingReader::ReadLine(std::string_view& line) {
     while (!newline && m_end - m_begin <= MAX_LINE_LENGTH && Fill()) {
         newline = FindNewline();
     }
-    // The text before a read error may be an incomplete row.
-    if (!m_pDevice || m_begin == m_end) {
+    // The text before a read error may be an incomplete row, and that before an interruption is one.
+    if (!m_pDevice || m_begin == m_end || (!newline && m_isInterrupted)) {
         return Line::End;
     }
     const char* const begin = m_buffer.data() + m_begin;
@@ -264,6 +264,9 @@ const char* RecordingReader::FindNewline() const {
 /// Moves the remaining bytes to the front of the buffer and reads more after them. False when there is
 /// nothing more.
 bool RecordingReader::Fill() {
+    if (m_isInterrupted) {
+        return false;
+    }
     std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
     m_end -= m_begin;
     m_begin = 0;
@@ -272,6 +275,9 @@ bool RecordingReader::Fill() {
     if (count < 0) {
         return Fail(u"cannot be read after line "_s + QString::number(m_lineNumber) + u": "_s +
                     m_pDevice->errorString());
+    }
+    if (count == 0 && m_received < m_size) {
+        return Fail(u"became shorter while it was read"_s);
     }
     m_end += static_cast<std::size_t>(count);
     m_received += count;

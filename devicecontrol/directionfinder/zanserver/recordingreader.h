@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <optional>
 #include <string_view>
@@ -67,6 +68,11 @@ public:
     /// As `Next`, but also nothing while the device has not received the complete row.
     std::optional<RecordedBearing> NextIfHere();
 
+    /// From any thread: reading ends, as at the end of the recording, now and until `Resume`. A reader that
+    /// skips gigabytes of lines that are not rows would not end for long otherwise.
+    void Interrupt() { m_isInterrupted = true; }
+    void Resume() { m_isInterrupted = false; }
+
     /// Why `Open` or reading failed; empty without a failure.
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
     [[nodiscard]] quint64 GetRowCount() const { return m_rowCount; }
@@ -98,6 +104,7 @@ private:
     template <class MakeText>
     void Count(BadLine reason, MakeText makeText);
 
+    std::atomic<bool> m_isInterrupted = false;
     InputFile m_file;
     QIODevice* m_pDevice = nullptr; // null: nothing to read
     QString m_name;

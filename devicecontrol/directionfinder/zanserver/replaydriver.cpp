@@ -104,6 +104,7 @@ long ReplayDriver::SetMode(EMode mode) {
 void ReplayDriver::Start() {
     m_isStopping = false;
     m_stream.Resume();
+    m_reader.Resume();
     m_firstTime.reset();
     m_thread = std::thread([this] { Replay(); });
 }
@@ -118,6 +119,7 @@ void ReplayDriver::Stop() {
     }
     m_stopRequested.notify_all();
     m_stream.Interrupt();
+    m_reader.Interrupt();
     m_thread.join();
 }
 
