@@ -63,6 +63,7 @@ QStringList ReplayDriver::GetBadLineSummary() const {
 
 int ReplayDriver::Initialize(std::string& recording, bool /*simulation*/) {
     Stop();
+    m_reader.Resume();
     m_reportedLines = 0;
     m_progress = 0.0;
     m_blockCount = 0;
