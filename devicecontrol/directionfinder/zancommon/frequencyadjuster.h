@@ -60,8 +60,9 @@ inline double FrequencyAdjuster::PushBandInto(const FrequencyRange& range, doubl
     return frequency + half > range.high ? range.high - half : frequency;
 }
 
-inline FrequencyAdjustment FrequencyAdjuster::Adjust(EOperationMode mode, double frequency,
-                                                     std::optional<double> bandwidth) const {
+// Always inlined: `ToNextValidFrequency`, which uses two of the members, takes a quarter more time otherwise.
+[[gnu::always_inline]] inline FrequencyAdjustment
+FrequencyAdjuster::Adjust(EOperationMode mode, double frequency, std::optional<double> bandwidth) const {
     using EMissing = FrequencyAdjustment::EMissing;
     const FrequencyRange limits{m_device.GetMinFreq(mode), m_device.GetMaxFreq(mode)};
     const double inLimits = limits.Clip(frequency);

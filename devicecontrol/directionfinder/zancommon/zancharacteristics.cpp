@@ -603,7 +603,7 @@ RangeAdjustment ZANCharacteristics::AdjustFrequencyRange(EOperationMode mode, co
 
 const AntennaData* ZANCharacteristics::ToNextValidFrequency(EOperationMode mode, double& frequency,
                                                             double& bandwidth) {
-    const FrequencyAdjustment adjustment = AdjustFrequency(mode, frequency, bandwidth);
+    const FrequencyAdjustment adjustment = FrequencyAdjuster(*this).Adjust(mode, frequency, bandwidth);
     frequency = adjustment.frequency;
     return adjustment.antenna;
 }
