@@ -23,9 +23,9 @@ namespace ZANPlatform {
 ///         }
 ///
 /// The observation ends with the `ValuePtr` or with the observer, whichever is destroyed first. A copy points
-/// to the same value and observes nothing. A pointer
-/// that is moved takes the observation along. An observer holds a value in one `ValuePtr` only: the first one
-/// that lets go ends the observation. Does not own. Belongs to the thread of the value tree.
+/// to the same value and observes nothing. A pointer that is moved takes the observation along. An observer
+/// holds a value in one `ValuePtr` only: the first one that lets go ends the observation. Does not own.
+/// Belongs to the thread of the value tree.
 template <class T>
 class ValuePtr {
 public:
