@@ -221,12 +221,20 @@ bool CfgCenter::SetComponentDirectory(const QString& directory) {
     return GetState().components.SetDirectory(directory);
 }
 
+QString CfgCenter::GetComponentDirectory() {
+    return GetState().components.GetDirectory();
+}
+
 IDllInstance* CfgCenter::CreateDllInstanceByFileName(const QString& fileName, const QString&, bool, bool) {
     return GetState().components.Create(fileName);
 }
 
 void CfgCenter::DestroyDllInstanceByPointer(IDllInstance* instance) {
     GetState().components.Destroy(instance);
+}
+
+void CfgCenter::KeepLibraryOf(IDllInstance* instance) {
+    GetState().components.Keep(instance);
 }
 
 QString CfgCenter::GetLastError() {

@@ -54,6 +54,8 @@ public:
     /// Sets the only directory in which components are looked for; it need not exist yet. False for a path
     /// that is not absolute; then none is set.
     static bool SetComponentDirectory(const QString& directory);
+    /// That directory; empty while none is set.
+    static QString GetComponentDirectory();
     /// Loads a component library and returns a new instance; it is destroyed with
     /// `DestroyDllInstanceByPointer`. "MshClient.dll" means "libmshclient.so" in the component directory. The
     /// other arguments have no effect; callers pass an empty text and false. Null when there is no such
@@ -66,6 +68,9 @@ public:
     /// Destroys an instance, and unloads the library with its last instance. Null and pointers that
     /// `CreateDllInstanceByFileName` did not return are refused and reported.
     static void DestroyDllInstanceByPointer(IDllInstance* instance);
+    /// Keeps the library of an instance loaded to the end of the process: for components whose texts, threads
+    /// and code others may use after the last instance. What is not an instance is refused and reported.
+    static void KeepLibraryOf(IDllInstance* instance);
 
     /// The latest problem with a settings file or a component, as a text for the operator; empty when there
     /// was none. Each problem is traced as well. A success does not clear it.

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QLibrary>
 
+#include <algorithm>
 #include <exception>
 
 using namespace Qt::StringLiterals;
@@ -53,10 +54,15 @@ IDllInstance* LoadInstance(QLibrary& library, QString& reason) {
 IDllInstance::~IDllInstance() = default;
 
 std::shared_ptr<QLibrary> ComponentLoader::GetLibrary(const QString& path) const {
-    for (const std::shared_ptr<QLibrary>& pLibrary : m_libraryOfInstance) {
-        if (pLibrary->fileName() == path) {
-            return pLibrary;
-        }
+    const auto isIt = [&path](const std::shared_ptr<QLibrary>& pLibrary) {
+        return pLibrary->fileName() == path;
+    };
+    if (const auto found = std::ranges::find_if(m_libraryOfInstance, isIt);
+        found != m_libraryOfInstance.end()) {
+        return *found;
+    }
+    if (const auto kept = std::ranges::find_if(m_kept, isIt); kept != m_kept.end()) {
+        return *kept;
     }
     return std::make_shared<QLibrary>(path);
 }
@@ -121,5 +127,15 @@ void ComponentLoader::Destroy(IDllInstance* instance) {
     delete instance;
     if (pLibrary.use_count() == 1) {
         pLibrary->unload();
+    }
+}
+
+void ComponentLoader::Keep(IDllInstance* instance) {
+    if (const std::shared_ptr<QLibrary> pLibrary = m_libraryOfInstance.value(instance)) {
+        m_kept.insert(pLibrary);
+    } else {
+        ReportProblem(
+            u"The library of a component instance cannot be kept: the instance was not created here, or has already been destroyed."_s,
+            TRACE);
     }
 }

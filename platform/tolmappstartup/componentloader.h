@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <memory>
+#include <set>
 
 class IDllInstance;
 class QLibrary;
@@ -14,10 +15,13 @@ class ComponentLoader {
 public:
     /// False for a path that is not absolute; then no directory is set.
     bool SetDirectory(const QString& directory);
+    [[nodiscard]] const QString& GetDirectory() const { return m_directory; }
     /// A new instance from a library of the directory; null, with a report, when that is not possible.
     IDllInstance* Create(const QString& fileName);
     /// Destroys an instance of `Create`; null and other pointers are refused and reported.
     void Destroy(IDllInstance* instance);
+    /// Never unloads the library of an instance.
+    void Keep(IDllInstance* instance);
 
 private:
     /// The object of a library, which all of its instances share; a new one when there are no instances. With
@@ -26,4 +30,5 @@ private:
 
     QString m_directory;
     QHash<IDllInstance*, std::shared_ptr<QLibrary>> m_libraryOfInstance;
+    std::set<std::shared_ptr<QLibrary>> m_kept;
 };

@@ -72,6 +72,25 @@ TEST_F(ComponentTest, ComponentIsLoadedByItsSystemIndependentNameAndUnloadedWith
     EXPECT_EQ(m_trace.lines, QStringList());
 }
 
+TEST_F(ComponentTest, LibraryThatIsToBeKeptStaysWithoutInstances) {
+    IDllInstance* const instance = Create(u"GoodComponent.dll"_s);
+    ASSERT_NE(instance, nullptr);
+    CfgCenter::KeepLibraryOf(instance);
+    CfgCenter::DestroyDllInstanceByPointer(instance);
+    EXPECT_TRUE(IsMapped("libgoodcomponent.so"));
+    IDllInstance* const another = Create(u"GoodComponent.dll"_s);
+    ASSERT_NE(another, nullptr);
+    CfgCenter::DestroyDllInstanceByPointer(another);
+    EXPECT_TRUE(IsMapped("libgoodcomponent.so"));
+    EXPECT_EQ(m_trace, QStringList());
+}
+
+TEST_F(ComponentTest, LibraryOfWhatIsNotAnInstanceCannotBeKept) {
+    CfgCenter::KeepLibraryOf(nullptr);
+    EXPECT_EQ(m_trace.size(), 1);
+    EXPECT_TRUE(CfgCenter::GetLastError().contains(u"cannot be kept"));
+}
+
 TEST_F(ComponentTest, NullAndUnknownInstancesAreRefused) {
     CfgCenter::DestroyDllInstanceByPointer(nullptr);
     EXPECT_EQ(m_trace.lines.size(), 1);

@@ -62,7 +62,16 @@ void DriverReceiver::Stop(KvZANCommon::IDriver& driver) {
     PassOnWaiting();
 }
 
+void DriverReceiver::CutOff() {
+    m_isCutOff = true;
+    StopHoldingUp();
+    m_queue.TakeAll();
+}
+
 void DriverReceiver::Post(Delivery delivery, std::size_t ownedBytes) {
+    if (m_isCutOff) {
+        return;
+    }
     const bool mayWait = QThread::currentThread() != thread();
     if (m_queue.Push(std::move(delivery), OWN_SIZE<Delivery> + ownedBytes, mayWait)) {
         QMetaObject::invokeMethod(this, &DriverReceiver::PassOnWaiting, Qt::QueuedConnection);
@@ -71,6 +80,9 @@ void DriverReceiver::Post(Delivery delivery, std::size_t ownedBytes) {
 
 void DriverReceiver::PassOnWaiting() {
     std::vector<Delivery> waiting = m_queue.TakeAll();
+    if (m_isCutOff) {
+        return;
+    }
     Q_EMIT PassingOnBegins();
     for (Delivery& delivery : waiting) {
         if (auto* block = std::get_if<BearingBlock>(&delivery)) {

@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <cstddef>
 #include <variant>
 #include <vector>
@@ -46,6 +47,10 @@ public:
     void Stop(KvZANCommon::IDriver& driver);
     /// Passes on everything that is waiting, at once.
     void PassOnWaiting();
+    /// The driver is held up no more, now and later: one that waits for room could not be stopped.
+    void StopHoldingUp() { m_queue.StopBounding(); }
+    /// From now on nothing that the driver delivers is taken, and what is waiting is dropped.
+    void CutOff();
 
     void fillScanBuffer(long range, unsigned long long& time, unsigned firstChannel, unsigned count,
                         Bearing* bearings, KvZANCommon::StatusStruct& status) override;
@@ -78,6 +83,7 @@ private:
     const QString m_deviceAddress;
     const std::size_t m_longestPiece; // bearings
     BlockQueue<Delivery> m_queue;
+    std::atomic<bool> m_isCutOff = false;
 };
 
 } // namespace ZANServer

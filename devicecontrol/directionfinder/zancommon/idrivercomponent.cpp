@@ -1,0 +1,7 @@
+#include "zancommon/idrivercomponent.h"
+
+namespace KvZANCommon {
+
+IDriverComponent::~IDriverComponent() = default;
+
+} // namespace KvZANCommon

@@ -1,0 +1,210 @@
+#include "zanserver/driverthread.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace ZANServer {
+
+namespace {
+
+/// How often the main thread looks whether a call takes too long.
+constexpr std::chrono::milliseconds WATCH_INTERVAL = 100ms;
+
+/// Carries something out; returns why that has failed, or nothing.
+template <class Function>
+QString Try(Function& function) {
+    try {
+        function();
+        return {};
+    } catch (const std::exception& exception) {
+        return u"it threw an exception: "_s + QString::fromLocal8Bit(exception.what());
+    } catch (...) {
+        return u"it threw an exception"_s;
+    }
+}
+
+} // namespace
+
+/// What the two threads share.
+struct DriverThread::Shared {
+    struct Task {
+        DriverCall kind;
+        Call call;
+    };
+    struct Running {
+        DriverCall kind;
+        quint64 number; // of the calls so far
+    };
+
+    Factory factory;
+    std::shared_ptr<DriverReceiver> receiver;
+    std::unique_ptr<KvZANCommon::IDriver> driver; // touched on the driver's thread only
+
+    std::mutex mutex; // guards what follows
+    std::condition_variable changed;
+    DriverThread* owner = nullptr; // null once the driver is given up
+    std::vector<Task> tasks;
+    std::optional<Running> running;
+    quint64 callCount = 0;
+    bool isIdle = false;
+    bool isEnding = false;
+    bool hasEnded = false;
+
+    /// The process's given-up drivers. Never destroyed: they are used where they hang, to the very end.
+    static std::vector<std::shared_ptr<Shared>>& GivenUp() {
+        static auto& drivers = *new std::vector<std::shared_ptr<Shared>>;
+        return drivers;
+    }
+
+    /// Carries out one call on the driver's thread. False when the driver is given up.
+    template <class Function>
+    bool CarryOut(DriverCall kind, Function function) {
+        {
+            const std::lock_guard lock(mutex);
+            if (!owner) {
+                return false;
+            }
+            running = Running{kind, ++callCount};
+        }
+        const QString failure = Try(function);
+        const std::lock_guard lock(mutex);
+        running.reset();
+        if (owner && !failure.isEmpty()) {
+            const QString reason = GetName(kind) + u" has failed: "_s + failure;
+            QMetaObject::invokeMethod(
+                owner, [thread = owner, reason] { Q_EMIT thread->Failed(reason); }, Qt::QueuedConnection);
+        }
+        return owner != nullptr;
+    }
+
+    /// Takes over what was posted, after waiting for it. False when there is nothing more to come.
+    bool TakeTasks(std::vector<Task>& taken) {
+        std::unique_lock lock(mutex);
+        isIdle = tasks.empty();
+        changed.notify_all();
+        changed.wait(lock, [this] { return !tasks.empty() || isEnding || !owner; });
+        isIdle = false;
+        taken.clear();
+        taken.swap(tasks);
+        return owner && !taken.empty();
+    }
+
+    void Work() {
+        bool goesOn = CarryOut(DriverCall::Create, [this] {
+            driver = factory();
+            driver->SetCallback(receiver.get());
+        });
+        std::vector<Task> taken;
+        while (goesOn && TakeTasks(taken)) {
+            for (const Task& task : taken) {
+                goesOn = goesOn && (!driver || CarryOut(task.kind, [&] { task.call(*driver); }));
+            }
+        }
+        CarryOut(DriverCall::Destroy, [this] { driver.reset(); });
+        const std::lock_guard lock(mutex);
+        hasEnded = true;
+        changed.notify_all();
+    }
+};
+
+DriverThread::DriverThread(Factory factory, std::shared_ptr<DriverReceiver> receiver, Timeout timeout)
+    : m_timeout(std::move(timeout))
+    , m_shared(std::make_shared<Shared>()) {
+    m_shared->factory = std::move(factory);
+    m_shared->receiver = std::move(receiver);
+    m_shared->owner = this;
+    m_watch.callOnTimeout(this, [this] { GiveUpIfOverdue(); });
+    m_watch.start(WATCH_INTERVAL);
+    m_thread = std::thread([shared = m_shared] { shared->Work(); });
+}
+
+DriverThread::~DriverThread() {
+    m_shared->receiver->StopHoldingUp();
+    {
+        const std::lock_guard lock(m_shared->mutex);
+        m_shared->isEnding = true;
+        m_shared->changed.notify_all();
+    }
+    if (WaitUntil([this] { return m_shared->hasEnded; })) {
+        m_thread.join();
+    }
+}
+
+void DriverThread::Post(DriverCall kind, Call call) {
+    const std::lock_guard lock(m_shared->mutex);
+    if (m_shared->owner) {
+        m_shared->tasks.push_back({kind, std::move(call)});
+        m_shared->changed.notify_all();
+    }
+}
+
+bool DriverThread::Wait() {
+    return WaitUntil([this] { return m_shared->isIdle && m_shared->tasks.empty(); });
+}
+
+bool DriverThread::IsGivenUp() const {
+    const std::lock_guard lock(m_shared->mutex);
+    return !m_shared->owner;
+}
+
+bool DriverThread::HasGivenUpAny() {
+    return !Shared::GivenUp().empty();
+}
+
+/// Waits for something that the driver's thread does. False when the driver is given up.
+template <class Condition>
+bool DriverThread::WaitUntil(Condition condition) {
+    while (!GiveUpIfOverdue()) {
+        std::unique_lock lock(m_shared->mutex);
+        if (m_shared->changed.wait_for(lock, WATCH_INTERVAL, condition)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether the driver is given up now, or was before.
+bool DriverThread::GiveUpIfOverdue() {
+    // While this thread cannot look, it may be that the whole process was stopped: that time does not count.
+    const auto now = std::chrono::steady_clock::now();
+    const auto sinceLastLook =
+        std::min<std::chrono::steady_clock::duration>(now - m_lastLook, 2 * WATCH_INTERVAL);
+    m_lastLook = now;
+    QString reason;
+    {
+        const std::lock_guard lock(m_shared->mutex);
+        const auto& running = m_shared->running;
+        if (!m_shared->owner) {
+            return true;
+        }
+        const quint64 number = running ? running->number : 0;
+        m_watchedFor =
+            number == m_watchedCall ? m_watchedFor + sinceLastLook : std::chrono::steady_clock::duration();
+        m_watchedCall = number;
+        if (!running || m_watchedFor <= m_timeout(running->kind)) {
+            return false;
+        }
+        reason = u"%1 has not returned within %2 s; the driver is given up"_s.arg(
+            GetName(running->kind),
+            QString::number(static_cast<double>(m_timeout(running->kind).count()) / 1000.0));
+        m_shared->owner = nullptr;
+        m_shared->tasks.clear();
+        m_shared->changed.notify_all();
+    }
+    m_shared->receiver->CutOff();
+    Shared::GivenUp().push_back(m_shared);
+    m_thread.detach();
+    m_watch.stop();
+    Q_EMIT GivenUp(reason);
+    return true;
+}
+
+} // namespace ZANServer

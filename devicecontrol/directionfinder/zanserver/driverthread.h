@@ -1,0 +1,77 @@
+#pragma once
+
+#include "zanserver_export.h"
+
+#include "zancommon/idriver.h"
+#include "zanserver/drivercall.h"
+#include "zanserver/driverreceiver.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace ZANServer {
+
+/// The one thread on which a driver is created, called and destroyed.
+///
+/// Calls are carried out in the order in which they were posted; the main thread never waits for one, unless
+/// it says so. What a call throws is its failure (`Failed`), and the next one follows. A call that does not
+/// return within its time-out (`GetTimeout`) gives the driver up: no call follows, nothing that it delivers
+/// arrives any more, and it stays where it hangs, with its thread, its component and its receiver, until the
+/// process ends; that must then be done without destructors (`HasGivenUpAny`).
+///
+/// Belongs to the main thread, as does everything that is called of it.
+class ZANSERVER_EXPORT DriverThread final : public QObject {
+    Q_OBJECT
+
+public:
+    using Call = std::function<void(KvZANCommon::IDriver& driver)>;
+    using Factory = std::function<std::unique_ptr<KvZANCommon::IDriver>()>;
+    using Timeout = std::function<std::chrono::milliseconds(DriverCall kind)>;
+
+    /// Begins with the creation of the driver, which gets the receiver as its callback.
+    /// \param factory makes the driver on its thread; kept as long as the driver, with all that it holds (the
+    ///        driver's component)
+    DriverThread(Factory factory, std::shared_ptr<DriverReceiver> receiver, Timeout timeout = GetTimeout);
+    /// Carries out what was posted, and destroys the driver. Waits for that, no longer than the time-outs.
+    ~DriverThread() override;
+
+    /// Has a call carried out on the driver's thread. Without effect when the driver is given up.
+    void Post(DriverCall kind, Call call);
+    /// Waits until all that was posted is done, no longer than the time-outs. False when the driver is given
+    /// up.
+    bool Wait();
+
+    [[nodiscard]] bool IsGivenUp() const;
+    /// Whether the process has given up a driver. It has to end by `std::_Exit` then: destructors of what the
+    /// driver still uses would have it crash.
+    [[nodiscard]] static bool HasGivenUpAny();
+
+Q_SIGNALS:
+    /// A call has thrown, or the driver could not be created.
+    void Failed(const QString& reason);
+    /// Once.
+    void GivenUp(const QString& reason);
+
+private:
+    struct Shared;
+
+    template <class Condition>
+    bool WaitUntil(Condition condition);
+    bool GiveUpIfOverdue();
+
+    const Timeout m_timeout;
+    std::shared_ptr<Shared> m_shared;
+    QTimer m_watch;
+    // The call that was running at the last look, and for how long it has been seen to.
+    quint64 m_watchedCall = 0;
+    std::chrono::steady_clock::duration m_watchedFor{};
+    std::chrono::steady_clock::time_point m_lastLook;
+    std::thread m_thread;
+};
+
+} // namespace ZANServer

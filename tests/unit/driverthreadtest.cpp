@@ -1,0 +1,205 @@
+#include "zanserver/driverthread.h"
+
+#include "support/eventloop.h"
+#include "support/printing.h"
+#include "zancommon/nulldriver.h"
+
+#include <gtest/gtest.h>
+
+#include <QStringList>
+
+#include <algorithm>
+#include <atomic>
+#include <future>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace ZANServer;
+using KvZANCommon::IDriver;
+
+// One thread calls the driver, and a driver that hangs costs the program nothing but that thread.
+
+namespace {
+
+/// What became of a driver, told by itself.
+struct Life {
+    std::atomic<std::thread::id> createdOn;
+    std::atomic<std::thread::id> destroyedOn;
+    std::atomic<KvZANCommon::IDriverCallback*> callback = nullptr;
+};
+
+class LivingDriver final : public KvZANCommon::NullDriver {
+public:
+    explicit LivingDriver(Life& life)
+        : m_life(life) {
+        m_life.createdOn = std::this_thread::get_id();
+    }
+    ~LivingDriver() override { m_life.destroyedOn = std::this_thread::get_id(); }
+    void SetCallback(KvZANCommon::IDriverCallback* callback) override { m_life.callback = callback; }
+
+private:
+    Life& m_life;
+};
+
+class DriverThreadTest : public testing::Test {
+protected:
+    std::unique_ptr<DriverThread> Start(std::chrono::milliseconds timeout = std::chrono::minutes(1)) {
+        auto thread =
+            std::make_unique<DriverThread>([this] { return std::make_unique<LivingDriver>(*m_life); },
+                                           m_receiver, [timeout](DriverCall) { return timeout; });
+        QObject::connect(thread.get(), &DriverThread::Failed, thread.get(),
+                         [this](const QString& reason) { m_failures.append(reason); });
+        QObject::connect(thread.get(), &DriverThread::GivenUp, thread.get(),
+                         [this](const QString& reason) { m_givenUp.append(reason); });
+        return thread;
+    }
+
+    /// A call that returns when it is let go, or never.
+    DriverThread::Call Hang() {
+        return [released = m_released](IDriver&) { released.wait(); };
+    }
+    /// Lets the thread of a driver that was given up end, so that nothing of it is left to the next test.
+    void Release() { m_release->set_value(); }
+
+    // A driver that is given up uses these to the end of the process.
+    Life* const m_life = new Life;
+    std::promise<void>* const m_release = new std::promise<void>;
+    const std::shared_future<void> m_released = m_release->get_future().share();
+
+    const std::shared_ptr<DriverReceiver> m_receiver = std::make_shared<DriverReceiver>(u"device"_s);
+    QStringList m_failures;
+    QStringList m_givenUp;
+};
+
+} // namespace
+
+TEST_F(DriverThreadTest, DriverIsCreatedCalledAndDestroyedOnOneThreadOfItsOwn) {
+    auto thread = Start();
+    std::thread::id calledOn;
+    thread->Post(DriverCall::Setting, [&](IDriver&) { calledOn = std::this_thread::get_id(); });
+    EXPECT_TRUE(thread->Wait());
+    EXPECT_NE(calledOn, std::this_thread::get_id());
+    EXPECT_EQ(m_life->createdOn.load(), calledOn);
+    EXPECT_EQ(m_life->callback.load(), m_receiver.get());
+    EXPECT_EQ(m_life->destroyedOn.load(), std::thread::id());
+    thread.reset();
+    EXPECT_EQ(m_life->destroyedOn.load(), calledOn);
+}
+
+TEST_F(DriverThreadTest, CallsAreCarriedOutInTheirOrder) {
+    auto thread = Start();
+    std::vector<int> order;
+    for (int i = 0; i < 1000; ++i) {
+        thread->Post(DriverCall::Setting, [&order, i](IDriver&) { order.push_back(i); });
+    }
+    EXPECT_TRUE(thread->Wait());
+    ASSERT_EQ(order.size(), 1000U);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST_F(DriverThreadTest, WhatWasPostedIsCarriedOutBeforeTheDriverIsDestroyed) {
+    auto thread = Start();
+    int count = 0;
+    for (int i = 0; i < 100; ++i) {
+        thread->Post(DriverCall::Setting, [&count](IDriver&) { ++count; });
+    }
+    thread.reset();
+    EXPECT_EQ(count, 100);
+}
+
+TEST_F(DriverThreadTest, CallThatThrowsHasFailedAndTheNextOneFollows) {
+    auto thread = Start();
+    bool isReached = false;
+    thread->Post(DriverCall::Reset, [](IDriver&) { throw std::runtime_error("no power"); });
+    thread->Post(DriverCall::Setting, [](IDriver&) { throw 1; });
+    thread->Post(DriverCall::Query, [&](IDriver&) { isReached = true; });
+    EXPECT_TRUE(thread->Wait());
+    EXPECT_TRUE(isReached);
+    EXPECT_TRUE(SpinUntil([&] { return m_failures.size() == 2; }));
+    EXPECT_EQ(m_failures, (QStringList{u"Reset has failed: it threw an exception: no power"_s,
+                                       u"a setting has failed: it threw an exception"_s}));
+    EXPECT_FALSE(thread->IsGivenUp());
+}
+
+TEST_F(DriverThreadTest, DriverThatCannotBeCreatedIsToldAndNotCalled) {
+    bool isCalled = false;
+    {
+        DriverThread thread([]() -> std::unique_ptr<IDriver> { throw std::runtime_error("no licence"); },
+                            m_receiver);
+        QObject::connect(&thread, &DriverThread::Failed, &thread,
+                         [this](const QString& reason) { m_failures.append(reason); });
+        thread.Post(DriverCall::Initialize, [&](IDriver&) { isCalled = true; });
+        EXPECT_TRUE(thread.Wait());
+        EXPECT_TRUE(SpinUntil([&] { return !m_failures.isEmpty(); }));
+    }
+    EXPECT_FALSE(isCalled);
+    EXPECT_EQ(m_failures,
+              QStringList{u"creating the driver has failed: it threw an exception: no licence"_s});
+}
+
+TEST_F(DriverThreadTest, DriverThatHangsIsGivenUpOnceAndNotCalledAgain) {
+    auto thread = Start(std::chrono::milliseconds(300));
+    std::atomic<bool> isCalled = false;
+    thread->Post(DriverCall::Initialize, Hang());
+    thread->Post(DriverCall::Setting, [&](IDriver&) { isCalled = true; });
+    EXPECT_TRUE(SpinUntil([&] { return !m_givenUp.isEmpty(); }));
+    EXPECT_EQ(m_givenUp, QStringList{u"Initialize has not returned within 0.3 s; the driver is given up"_s});
+    EXPECT_TRUE(thread->IsGivenUp());
+    EXPECT_TRUE(DriverThread::HasGivenUpAny());
+    EXPECT_FALSE(thread->Wait());
+    thread->Post(DriverCall::Setting, [&](IDriver&) { isCalled = true; });
+    Release();
+    thread.reset();
+    EXPECT_FALSE(isCalled);
+    EXPECT_EQ(m_givenUp.size(), 1);
+}
+
+TEST_F(DriverThreadTest, WaitingForADriverThatHangsEndsWithItsTimeout) {
+    auto thread = Start(std::chrono::milliseconds(300));
+    thread->Post(DriverCall::SetMode, Hang());
+    EXPECT_FALSE(thread->Wait());
+    EXPECT_EQ(m_givenUp.size(), 1);
+    Release();
+}
+
+TEST_F(DriverThreadTest, EndOfTheThreadOfADriverThatHangsDoesNotWaitForIt) {
+    auto thread = Start(std::chrono::milliseconds(300));
+    thread->Post(DriverCall::SetMode, Hang());
+    thread.reset();
+    EXPECT_EQ(m_givenUp.size(), 1);
+    EXPECT_EQ(m_life->destroyedOn.load(), std::thread::id()) << "it is still in its call";
+    Release();
+}
+
+TEST_F(DriverThreadTest, NothingThatAGivenUpDriverDeliversArrives) {
+    int blocks = 0;
+    QObject::connect(m_receiver.get(), &DriverReceiver::BlockReceived, m_receiver.get(),
+                     [&](BearingBlock&) { ++blocks; });
+    auto thread = Start(std::chrono::milliseconds(300));
+    std::promise<void> delivered;
+    thread->Post(DriverCall::SetMode, [&, released = m_released](IDriver&) {
+        released.wait();
+        unsigned long long time = 0;
+        Bearing bearing;
+        KvZANCommon::StatusStruct status;
+        m_receiver->fillScanBuffer(0, time, 0, 1, &bearing, status);
+        delivered.set_value();
+    });
+    EXPECT_FALSE(thread->Wait());
+    Release();
+    delivered.get_future().wait();
+    m_receiver->PassOnWaiting();
+    EXPECT_EQ(blocks, 0);
+}
+
+TEST_F(DriverThreadTest, CallThatEndsWithinItsTimeoutIsNotGivenUpHoweverManyFollow) {
+    auto thread = Start(std::chrono::milliseconds(1000));
+    for (int i = 0; i < 8; ++i) { // in all longer than the time-out
+        thread->Post(DriverCall::Setting,
+                     [](IDriver&) { std::this_thread::sleep_for(std::chrono::milliseconds(200)); });
+    }
+    EXPECT_TRUE(thread->Wait());
+    EXPECT_EQ(m_givenUp, QStringList());
+}
