@@ -30,6 +30,7 @@ using namespace Qt::StringLiterals;
     ROW(Antennas, u"antennas", u"shows, checks, repairs and changes the antenna setup") \
     ROW(Tune, u"tune", u"finds the nearest valid frequency or range, and what serves it") \
     ROW(Catalogue, u"catalogue", u"prints a table of the device catalogue") \
+    ROW(Drivers, u"drivers", u"lists the drivers, and why one cannot be used") \
     ROW(Hardware, u"hardware", u"compares the device's components with those required") \
     ROW(Run, u"run", u"replays a recording through driver, filters and outputs") \
     ROW(Simulate, u"simulate", u"writes the recording of an emitter that passes the station") \

@@ -82,12 +82,12 @@ TEST_F(ComponentTest, LibraryThatIsToBeKeptStaysWithoutInstances) {
     ASSERT_NE(another, nullptr);
     CfgCenter::DestroyDllInstanceByPointer(another);
     EXPECT_TRUE(IsMapped("libgoodcomponent.so"));
-    EXPECT_EQ(m_trace, QStringList());
+    EXPECT_EQ(m_trace.lines, QStringList());
 }
 
 TEST_F(ComponentTest, LibraryOfWhatIsNotAnInstanceCannotBeKept) {
     CfgCenter::KeepLibraryOf(nullptr);
-    EXPECT_EQ(m_trace.size(), 1);
+    EXPECT_EQ(m_trace.lines.size(), 1);
     EXPECT_TRUE(CfgCenter::GetLastError().contains(u"cannot be kept"));
 }
 

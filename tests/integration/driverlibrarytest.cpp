@@ -80,7 +80,7 @@ TEST_F(DriverLibraryTest, DriverThatThrowsWhenItIsAskedIsRefused) {
     EXPECT_EQ(FindFault(u"silent"_s), u"it threw an exception: no comment."_s);
 }
 
-TEST_F(DriverLibraryTest, DriverThatIsNotThereIsToldWithThePlaceThatWasLookedIn) {
+TEST_F(DriverLibraryTest, DriverThatIsNotThereIsReportedWithThePlaceThatWasSearched) {
     QString fault;
     EXPECT_EQ(DriverLibrary::Load(u"absent"_s, fault), nullptr);
     EXPECT_EQ(fault, u"The component \"zandriver-absent\" cannot be loaded: there is no file %1/"

@@ -23,7 +23,7 @@ using KvZANCommon::IDriver;
 
 namespace {
 
-/// What became of a driver, told by itself.
+/// What becomes of a driver.
 struct Life {
     std::atomic<std::thread::id> createdOn;
     std::atomic<std::thread::id> destroyedOn;
@@ -123,7 +123,7 @@ TEST_F(DriverThreadTest, CallThatThrowsHasFailedAndTheNextOneFollows) {
     EXPECT_FALSE(thread->IsGivenUp());
 }
 
-TEST_F(DriverThreadTest, DriverThatCannotBeCreatedIsToldAndNotCalled) {
+TEST_F(DriverThreadTest, DriverThatCannotBeCreatedIsReportedAndNotCalled) {
     bool isCalled = false;
     {
         DriverThread thread([]() -> std::unique_ptr<IDriver> { throw std::runtime_error("no licence"); },
@@ -196,7 +196,7 @@ TEST_F(DriverThreadTest, NothingThatAGivenUpDriverDeliversArrives) {
 
 TEST_F(DriverThreadTest, CallThatEndsWithinItsTimeoutIsNotGivenUpHoweverManyFollow) {
     auto thread = Start(std::chrono::milliseconds(1000));
-    for (int i = 0; i < 8; ++i) { // in all longer than the time-out
+    for (int i = 0; i < 8; ++i) { // the time is the rule: in all longer than the time-out
         thread->Post(DriverCall::Setting,
                      [](IDriver&) { std::this_thread::sleep_for(std::chrono::milliseconds(200)); });
     }
