@@ -2,8 +2,8 @@
 // bytes with memchr and converts them with from_chars, without checking or keeping anything.
 
 #include "zanserver/passsimulator.h"
-#include "zanserver/recordingreader.h"
-#include "zanserver/recordingwriter.h"
+#include "zancommon/recordingreader.h"
+#include "zancommon/recordingwriter.h"
 
 #include <QFile>
 #include <QString>
@@ -15,7 +15,8 @@
 #include <cstring>
 
 using namespace Qt::StringLiterals;
-using namespace ZANServer;
+using namespace KvZANCommon;
+using ZANServer::PassSimulator;
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "zanserver/broker.h"
 #include "zanserver/finding.h"
 #include "zanserver/plural.h"
-#include "zanserver/recordingreader.h"
+#include "zancommon/recordingreader.h"
 #include "zanserver/settingscheck.h"
 #include "zanserver/station.h"
 #include "zanserver/stationcheck.h"
@@ -23,6 +23,8 @@
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
+using KvZANCommon::RecordedBearing;
+using KvZANCommon::RecordingReader;
 
 namespace {
 
@@ -90,7 +92,7 @@ Finding ExamineRecording(const QString& fileName) {
 /// Checks settings, device, recording, serial ports, broker and hub client.
 std::vector<NamedFinding> Examine(const QString& configDirectory, const std::optional<QString>& recording) {
     std::vector<NamedFinding> findings{{u"settings"_s, ExamineSettings(configDirectory)}};
-    const QString address = Station::ADDRESS.toString();
+    const QString address = Station::GetDeviceAddress();
     for (const Findings& each : {CheckSettings(address), CheckMeaning(address), CheckKeys(configDirectory)}) {
         for (const Finding& finding : each) {
             findings.push_back({u"settings"_s, finding});

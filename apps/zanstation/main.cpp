@@ -1,5 +1,6 @@
 #include "kwbase/standarderror.h"
 #include "kwbase/standardstream.h"
+#include "zanserver/driverthread.h"
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
@@ -182,5 +183,9 @@ int main(int argc, char** argv) {
         Console::Error(u"an argument is not UTF-8 text"_s);
         return Finish(EXIT_USAGE);
     }
-    return Finish(Work(QCoreApplication::arguments().mid(1)));
+    const int exitCode = Finish(Work(QCoreApplication::arguments().mid(1)));
+    if (ZANServer::DriverThread::HasGivenUpAny()) {
+        std::_Exit(exitCode); // its thread still uses what the end of the process would destroy
+    }
+    return exitCode;
 }

@@ -1,11 +1,10 @@
 #include "zanstation/runcommand.h"
 
+#include "connections/interruptibleinput.h"
 #include "connections/outputfile.h"
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "tolmappstartup/directorylock.h"
-#include "zancommon/stationcfg.h"
-#include "zanserver/passsimulator.h"
 #include "zanserver/plural.h"
 #include "zanserver/settingscheck.h"
 #include "zanserver/stationcheck.h"
@@ -13,7 +12,6 @@
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/signalwatcher.h"
-#include "zanstation/simulatecommand.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -21,8 +19,9 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QRegularExpression>
-#include <QTimer>
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -52,8 +51,8 @@ QString GetOutputFile(const RunOptions& options) {
 }
 
 /// The station's files in the directory of its settings, also those that it will create.
-QStringList FindOwnFiles(const QString& directory) {
-    QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(Station::ADDRESS)};
+QStringList FindOwnFiles(const QString& directory, const QString& stationAddress) {
+    QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(stationAddress)};
     for (const QString& name : {u"/Application.ini"_s, u"/TrafficControl.ini"_s}) {
         // A settings file that is a link is saved where the link leads to.
         const QString place = QFileInfo(directory + name).canonicalFilePath();
@@ -77,50 +76,22 @@ QString Count(quint64 count) {
 
 } // namespace
 
-RunCommand::RunCommand(RunOptions options, const SignalWatcher& signals)
+RunCommand::RunCommand(RunOptions options, DriverComponentPtr driver, const SignalWatcher& signals)
     : m_options(std::move(options))
-    , m_signals(signals) {}
+    , m_signals(signals)
+    , m_driver(std::move(driver)) {}
 
 int RunCommand::Run() {
     connect(&m_signals, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
-    m_station.emplace();
+    m_station.emplace(m_options.driver);
     Console::Warn(m_station->GetWarnings());
     WarnOfStation();
-    if (!OpenRecording()) {
-        return EXIT_FAILED;
-    }
-    StoreOutputSettings();
+    SetUpDevice();
+    LimitDuration();
+    StoreSettings();
     SetParameters();
-    if (m_options.output == STANDARD_STREAM) {
-        Console::PrintToStandardError();
-        m_station->StartOutput(STANDARD_STREAM.toString());
-    } else {
-        m_station->StartOutput();
-    }
-    m_isOutputOn = m_station->GetOutput().IsEnabled();
-    if (!m_isOutputOn) {
-        Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
-    }
-    m_device.SetMode(EMODE_SCAN);
-
-    QTimer watch;
-    connect(&watch, &QTimer::timeout, this, &RunCommand::Watch);
-    watch.start(WATCH_INTERVAL_MS);
-    QTimer progress;
-    if (AppOptions::GetBoolean(u"Progress"_s, Console::IsTerminal() && !Console::IsQuiet())) {
-        connect(&progress, &QTimer::timeout, this, &RunCommand::ShowProgress);
-        progress.start(PROGRESS_INTERVAL_MS);
-    }
-    QCoreApplication::exec();
-
-    m_receiver->Stop(m_device);
-    m_station->GetOutput().SetEnabled(false); // waiting sentences are written, or counted as dropped
-    ReportOutputProblem();
-    if (progress.isActive()) {
-        ShowProgress();
-        Console::EndProgress();
-        progress.stop();
-    }
+    StartOutput();
+    Measure();
     if (const QString silence = DescribeSilence(true); !silence.isEmpty()) {
         Console::Warn(silence);
     }
@@ -132,8 +103,45 @@ int RunCommand::Run() {
     return m_hasFailed ? EXIT_FAILED : EXIT_OK;
 }
 
+void RunCommand::StartOutput() {
+    if (m_options.output == STANDARD_STREAM) {
+        Console::PrintToStandardError();
+        m_station->StartOutput(STANDARD_STREAM.toString());
+    } else {
+        m_station->StartOutput();
+    }
+    m_isOutputOn = m_station->GetOutput().IsEnabled();
+    if (!m_isOutputOn) {
+        Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
+    }
+}
+
+void RunCommand::Measure() {
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, this, &RunCommand::Watch);
+    watch.start(WATCH_INTERVAL_MS);
+    QTimer progress;
+    if (AppOptions::GetBoolean(u"Progress"_s, Console::IsTerminal() && !Console::IsQuiet())) {
+        connect(&progress, &QTimer::timeout, this, &RunCommand::ShowProgress);
+        progress.start(PROGRESS_INTERVAL_MS);
+    }
+    if (m_options.duration) {
+        m_duration.start();
+    }
+    m_device->Open();
+    QCoreApplication::exec();
+
+    m_device->Close();
+    m_station->GetOutput().SetEnabled(false); // waiting sentences are written, or counted as dropped
+    ReportOutputProblem();
+    if (progress.isActive()) {
+        ShowProgress();
+        Console::EndProgress();
+    }
+}
+
 bool RunCommand::CanBegin(const RunOptions& options) {
-    const QString address = Station::ADDRESS.toString();
+    const QString address = options.driver.GetStationAddress();
     for (const Findings& warnings : {CheckMeaning(address), CheckKeys(options.configDirectory)}) {
         for (const Finding& finding : warnings) {
             Console::Warn(finding.text);
@@ -145,15 +153,16 @@ bool RunCommand::CanBegin(const RunOptions& options) {
         canBegin = false;
     }
     const QString output = GetOutputFile(options);
-    const QString recording = StreamFile(options.recording, u"/dev/stdin"_s);
+    const QString recording = StreamFile(options.driver.address, u"/dev/stdin"_s);
     // A terminal may be both.
-    const bool canBeSame = options.recording != STANDARD_STREAM || QFileInfo(recording).isFile();
+    const bool canBeSame = options.driver.name == DriverChoice::REPLAY &&
+                           (options.driver.address != STANDARD_STREAM || QFileInfo(recording).isFile());
     if (!output.isEmpty() && canBeSame &&
         DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), recording)) {
-        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, options.recording));
+        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, options.driver.address));
         canBegin = false;
     }
-    for (const QString& file : FindOwnFiles(options.configDirectory)) {
+    for (const QString& file : FindOwnFiles(options.configDirectory, address)) {
         if (!output.isEmpty() && DFDataOutput::TouchesFile(output, file)) {
             Console::Error(
                 u"the output %1 would overwrite %2, which belongs to the station"_s.arg(output, file));
@@ -206,7 +215,10 @@ void RunCommand::SetParameters() {
     }
 }
 
-void RunCommand::StoreOutputSettings() const {
+void RunCommand::StoreSettings() const {
+    if (m_options.isDriverKept) {
+        m_options.driver.Store();
+    }
     ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
     if (m_options.output && m_options.output != STANDARD_STREAM) { // standard output is for this run only
         cfg.SetBool(u"FileOutput_Enabled"_s, !m_options.output->isEmpty());
@@ -225,34 +237,84 @@ void RunCommand::StoreOutputSettings() const {
     }
 }
 
-/// Opens the recording. Its rows are read only when the output exists.
-bool RunCommand::OpenRecording() {
-    m_receiver.emplace(m_station->GetDeviceAddress());
-    // Deliveries that have waited together are written together.
-    connect(&*m_receiver, &DriverReceiver::PassingOnBegins, this,
-            [this] { m_burst.emplace(m_station->GetOutput()); });
-    connect(&*m_receiver, &DriverReceiver::PassingOnEnds, this, [this] { m_burst.reset(); });
-    connect(&*m_receiver, &DriverReceiver::BlockReceived, this, [this](BearingBlock& block) {
-        WarnOfFrequency(block.status.frequency);
-        m_station->Process(block);
-    });
-    connect(&*m_receiver, &DriverReceiver::ErrorReported, this, &RunCommand::OnError);
-    connect(&*m_receiver, &DriverReceiver::CommandReported, this, &RunCommand::LogCommand);
-    connect(&*m_receiver, &DriverReceiver::LinkClosed, this, [] { QCoreApplication::quit(); });
+bool RunCommand::IsRecording() const {
+    return m_options.driver.name == DriverChoice::REPLAY;
+}
 
-    m_commandLog.emplace(Station::GetDeviceAddress(), StationCfg::GetStationName());
-    if (!m_commandLog->Init()) {
-        ReportCommandLogProblem();
+void RunCommand::SetUpDevice() {
+    m_device.emplace(*m_station, m_options.driver, std::move(m_driver));
+    if (m_options.speed) {
+        m_device->SetFirstCommand(u"speed "_s + *m_options.speed);
     }
-    m_driver.emplace(m_adapter, m_options.pace);
-    m_adapter.SetLegacyDriver(&*m_driver);
-    m_device.SetCallback(&*m_receiver);
-    std::string recording = m_options.recording.toStdString();
-    if (m_device.Initialize(recording, false) != ReplayDriver::OK) {
-        Console::Error(m_device.GetLastError());
-        return false;
+    const auto reportLog = [](const QString& problem) { Console::Warn(u"no command log: "_s + problem); };
+    if (!m_device->GetLogProblem().isEmpty()) {
+        reportLog(m_device->GetLogProblem());
     }
-    return true;
+    connect(&*m_device, &StationDevice::LogFailed, this, reportLog);
+    connect(&*m_device, &StationDevice::BlockReceived, this, &RunCommand::OnBlock);
+    connect(&*m_device, &StationDevice::Refused, this, [](const QString& reason) { Console::Warn(reason); });
+
+    DriverLink& link = m_device->GetLink();
+    connect(&link, &DriverLink::Lost, this, &RunCommand::OnLost);
+    connect(&link, &DriverLink::Connected, this, [this] {
+        if (std::exchange(m_isLost, false)) {
+            Console::Warn(u"the device is there again"_s);
+        }
+    });
+    connect(&link, &DriverLink::GivenUp, this, [this](const QString& reason) {
+        m_hasFailed = true;
+        Console::Error(reason);
+    });
+    connect(&link, &DriverLink::Ended, this, [] { QCoreApplication::quit(); });
+
+    DriverReceiver& receiver = link.GetReceiver();
+    connect(&receiver, &DriverReceiver::ErrorReported, this, [](const KvZANCommon::ErrorStruct& error) {
+        if (!error.fatal) { // a fatal one means that the device is lost
+            Console::Warn(error.text);
+        }
+    });
+    if (IsRecording()) {
+        connect(&receiver, &DriverReceiver::TestValuesReceived, this,
+                [this](const QList<double>& values) { m_progress = values.value(0); });
+        connect(&receiver, &DriverReceiver::BitResultReported, this,
+                [this](const KvZANCommon::ErrorStruct& result) { m_skippedLines.append(result.text); });
+    }
+}
+
+/// A device whose clock is told its speed measures for so long by that clock, however quickly that is done. The
+/// clock of a real device may be set while it measures, so there the real time counts.
+void RunCommand::LimitDuration() {
+    if (!m_options.duration) {
+        return;
+    }
+    using Milliseconds = std::chrono::milliseconds;
+    std::chrono::duration<double> limit(*m_options.duration);
+    if (m_options.speed) {
+        m_device->MeasureFor(std::chrono::ceil<Milliseconds>(limit));
+        const double pace = m_options.speed->toDouble(); // 0 for a word
+        limit = pace > 0.0 && pace < 1.0 ? limit / pace : limit;
+    }
+    connect(&*m_device, &StationDevice::DurationIsOver, this, [] { QCoreApplication::quit(); });
+    m_duration.setSingleShot(true);
+    m_duration.callOnTimeout(this, [] { QCoreApplication::quit(); });
+    constexpr std::chrono::hours LONGEST(500); // a timer takes some 596
+    m_duration.setInterval(std::chrono::ceil<Milliseconds>(
+        std::min<std::chrono::duration<double>>(limit, LONGEST)));
+}
+
+void RunCommand::OnBlock(const BearingBlock& block) {
+    WarnOfFrequency(block.status.frequency);
+}
+
+void RunCommand::OnLost(const QString& reason) {
+    if (IsRecording()) {
+        m_hasFailed = true;
+        Console::Error(reason);
+        QCoreApplication::quit();
+    } else {
+        m_isLost = true;
+        Console::Warn(u"the device is lost, and sought again and again: "_s + reason);
+    }
 }
 
 void RunCommand::Interrupt(int signal) {
@@ -260,26 +322,6 @@ void RunCommand::Interrupt(int signal) {
         m_signal = signal;
     }
     QCoreApplication::quit();
-}
-
-void RunCommand::OnError(const KvZANCommon::ErrorStruct& error) {
-    if (error.fatal) {
-        m_hasFailed = true;
-        Console::Error(error.text);
-    } else {
-        Console::Warn(error.text);
-    }
-}
-
-void RunCommand::LogCommand(const QString& command) {
-    if (!m_isCommandLogBroken && !m_commandLog->Add(command)) {
-        ReportCommandLogProblem();
-    }
-}
-
-void RunCommand::ReportCommandLogProblem() {
-    m_isCommandLogBroken = true; // report it only once
-    Console::Warn(u"no command log: "_s + m_commandLog->GetLastError());
 }
 
 void RunCommand::ReportOutputProblem() {
@@ -336,7 +378,7 @@ void RunCommand::ShowProgress() {
     ReportOutputProblem();
     const StationCounts& counts = m_station->GetCounts();
     const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
-    Console::ShowProgress(m_driver->GetProgress(),
+    Console::ShowProgress(m_progress,
                           u"in %1  rejected: pitch/roll %2, overhead %3  sentences %4  dropped %5"_s.arg(
                               Count(counts.bearings), Count(counts.rejectedPitchRoll),
                               Count(counts.rejectedOverhead),
@@ -369,7 +411,7 @@ void RunCommand::PrintSummary() const {
     for (const SummaryLine& line : GetSummary()) {
         Console::Tell(line.name.leftJustified(26) + Count(line.count).rightJustified(10));
     }
-    for (const QString& badLines : m_driver->GetBadLineSummary()) {
+    for (const QString& badLines : m_skippedLines) {
         Console::Tell(u"lines skipped, "_s + badLines);
     }
 }
@@ -382,7 +424,7 @@ void RunCommand::PrintSummaryAsJson() const {
     for (SummaryLine& line : GetSummary()) {
         summary[line.name.replace(betweenWords, u"_"_s)] = static_cast<qint64>(line.count);
     }
-    summary[u"lines_skipped"_s] = QJsonArray::fromStringList(m_driver->GetBadLineSummary());
+    summary[u"lines_skipped"_s] = QJsonArray::fromStringList(m_skippedLines);
     Console::PrintJson(QJsonDocument(summary));
 }
 
@@ -402,17 +444,30 @@ QString AbsolutePath(const QString& name) {
     return isNow ? QDir(directory).filePath(file.fileName()) : file.filePath();
 }
 
-/// "realtime", "max", or how many times faster than recorded.
-std::optional<double> ReadPace(const QString& text) {
-    if (text == u"realtime") {
-        return 1.0;
-    }
-    if (text == u"max") {
-        return ReplayDriver::AS_FAST_AS_POSSIBLE;
-    }
+/// "realtime", "max", or how many times faster.
+bool IsSpeed(const QString& text) {
     bool isNumber = false;
     const double pace = text.toDouble(&isNumber);
-    return isNumber && pace > 0.0 && std::isfinite(pace) ? std::optional(pace) : std::nullopt;
+    return text == u"realtime" || text == u"max" || (isNumber && pace > 0.0 && std::isfinite(pace));
+}
+
+/// The driver of the command line, or else of the settings.
+DriverChoice ChooseDriver(const CommandLine& line, RunOptions& options) {
+    if (const std::optional<QString> recording = line.Text(u"recording"_s)) {
+        return {DriverChoice::REPLAY.toString(), AbsolutePath(*recording)};
+    }
+    DriverChoice choice = DriverChoice::FromSettings();
+    const std::optional<QString> name = line.Text(u"driver"_s);
+    const std::optional<QString> address = line.Text(u"address"_s);
+    if (name && *name != choice.name) {
+        choice = {*name, {}};
+    }
+    choice.address = address.value_or(choice.address);
+    if (choice.name == DriverChoice::REPLAY) {
+        choice.address = AbsolutePath(choice.address);
+    }
+    options.isDriverKept = name || address;
+    return choice;
 }
 
 } // namespace
@@ -422,12 +477,17 @@ namespace Commands {
 int Run(const QStringList& arguments) {
     CommandLine line(
         u"run"_s,
-        u"Replays a recording through driver, adapter, filters and outputs. Options that are not given are "
-        "taken from the settings; those for outputs and thresholds are saved there."_s,
-        {{u"recording"_s, u"Recording to replay (default: a simulated one); \"-\" is standard input."_s,
+        u"Measures with a device, and brings its bearings through filters and outputs. Options that are not "
+        "given are taken from the settings; those for driver, outputs and thresholds are saved there."_s,
+        {{u"driver"_s, u"Driver of the device (default: simulator); \"zanstation drivers\" lists them."_s,
+          u"NAME"_s},
+         {u"address"_s, u"Address of the device, in the form that its driver wants."_s, u"ADDRESS"_s},
+         {u"recording"_s,
+          u"Replays a recording, in this run only; \"-\" is standard input. Short for the driver replay."_s,
           u"FILE"_s},
-         {u"speed"_s, u"Pace: realtime, how many times faster, or max."_s, u"realtime|N|max"_s,
-          u"realtime"_s},
+         {u"speed"_s, u"Pace of a recording or a simulated device: realtime, how many times faster, or max."_s,
+          u"realtime|N|max"_s},
+         {u"duration"_s, u"Ends the run after so many seconds."_s, u"S"_s},
          {u"output"_s,
           u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak. \"-\" is "
           "standard output, for this run only; everything else then goes to standard error."_s,
@@ -440,16 +500,20 @@ int Run(const QStringList& arguments) {
          {u"roll-threshold"_s, u"Rejects bearings from this roll on, in degrees."_s, u"DEG"_s},
          {u"overhead-threshold"_s, u"Rejects bearings from this elevation on, in degrees."_s, u"DEG"_s},
          {u"connection-speed"_s, u"From 1 on, bearings without quality are marked as unusable."_s, u"N"_s},
+         CommandLine::ComponentsOption(),
          CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }
+    if (line.IsSet(u"recording"_s) && (line.IsSet(u"driver"_s) || line.IsSet(u"address"_s))) {
+        return CommandLine::Refuse(u"--recording names driver and address: leave out --driver and --address"_s);
+    }
     RunOptions options;
-    const std::optional<double> pace = ReadPace(*line.Text(u"speed"_s));
-    if (!pace) {
+    options.speed = line.Text(u"speed"_s);
+    if (options.speed && !IsSpeed(*options.speed)) {
         return CommandLine::Refuse(u"--speed takes realtime, max or a number above 0"_s);
     }
-    options.pace = *pace;
+    constexpr double LONGEST_DURATION = 1e6;
     options.output = line.Text(u"output"_s);
     if (options.output && !options.output->isEmpty()) {
         options.output = AbsolutePath(*options.output);
@@ -460,7 +524,8 @@ int Run(const QStringList& arguments) {
         !line.Number(u"pitch-threshold"_s, 0.0, 90.0, options.pitchThreshold) ||
         !line.Number(u"roll-threshold"_s, 0.0, 180.0, options.rollThreshold) ||
         !line.Number(u"overhead-threshold"_s, 0.0, 90.0, options.overheadThreshold) ||
-        !line.Number(u"connection-speed"_s, 0, std::numeric_limits<int>::max(), options.connectionSpeed)) {
+        !line.Number(u"connection-speed"_s, 0, std::numeric_limits<int>::max(), options.connectionSpeed) ||
+        !line.Number(u"duration"_s, 0.0, LONGEST_DURATION, options.duration)) {
         return EXIT_USAGE;
     }
     if (!line.OpenStore()) {
@@ -473,21 +538,23 @@ int Run(const QStringList& arguments) {
         return EXIT_FAILED;
     }
     options.asJson = line.AsJson();
-    const std::optional<QString> recording = line.Text(u"recording"_s);
-    options.recording = recording ? AbsolutePath(*recording) : options.configDirectory + u"/example.csv"_s;
+    options.driver = ChooseDriver(line, options);
+    line.TakeComponentDirectory();
     // The command log is below the current directory, and relative names in the settings refer to it; so make
     // it the directory of the settings.
     QDir::setCurrent(options.configDirectory);
     if (!RunCommand::CanBegin(options)) {
         return EXIT_FAILED;
     }
-    if (!recording && !QFileInfo::exists(options.recording) &&
-        !WriteSimulation(1, PassSimulator::DEFAULT_ROW_COUNT, options.recording)) {
+    QString fault;
+    DriverComponentPtr driver = DriverLibrary::Load(options.driver.name, fault);
+    if (!driver) {
+        Console::Error(fault);
         return EXIT_FAILED;
     }
     // A signal does not interrupt the saving of the settings.
     const SignalWatcher signals;
-    const int exitCode = RunCommand(options, signals).Run();
+    const int exitCode = RunCommand(options, std::move(driver), signals).Run();
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "zancommon/commandprotocol.h"
-#include "zancommon/legacydriveradapter.h"
-#include "zanserver/driverreceiver.h"
-#include "zanserver/replaydriver.h"
+#include "zanserver/driverchoice.h"
+#include "zanserver/driverlibrary.h"
 #include "zanserver/station.h"
+#include "zanserver/stationdevice.h"
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 #include <optional>
 #include <set>
@@ -18,8 +18,12 @@ class SignalWatcher;
 /// The options of `zanstation run`. For those that are not set the settings are used.
 struct RunOptions {
     QString configDirectory; ///< absolute path
-    QString recording;       ///< absolute path, or "-" for standard input
-    double pace = 1.0;       ///< times as fast as recorded; `ReplayDriver::AS_FAST_AS_POSSIBLE`
+    /// The driver and its device. The address of a recording is its absolute path, or "-" for standard input.
+    ZANServer::DriverChoice driver;
+    bool isDriverKept = false;      ///< the choice is for later runs, too
+    std::optional<QString> speed;   ///< pace of the device's clock: realtime, max, or how many times faster
+    /// Seconds after which the run ends: those of the device's clock when its speed is given.
+    std::optional<double> duration;
     /// Absolute path, because a later run may be started in another directory; "-": standard output, for this
     /// run only.
     std::optional<QString> output;
@@ -32,20 +36,22 @@ struct RunOptions {
     bool asJson = false; ///< the summary is printed as JSON
 };
 
-/// Replays a recording through the station and reports the results.
+/// Runs the station on a device and reports the results.
 class RunCommand final : public QObject {
     Q_OBJECT
 
 public:
+    /// \param driver  of the choice; not null
     /// \param signals created before the run; must outlive it and the saving of the settings
-    RunCommand(RunOptions options, const SignalWatcher& signals);
+    RunCommand(RunOptions options, ZANServer::DriverComponentPtr driver, const SignalWatcher& signals);
 
     /// Whether the run can begin. Refuses, with messages, settings that cannot be used, an output that would
     /// overwrite the recording or a file of the station, and one that another process writes to. Writes
     /// nothing.
     [[nodiscard]] static bool CanBegin(const RunOptions& options);
 
-    /// Runs until the recording has ended or the program is interrupted; returns the exit code.
+    /// Runs until the duration is over, the recording has ended, or the program is interrupted; returns the
+    /// exit code.
     int Run();
 
 private:
@@ -57,14 +63,17 @@ private:
 
     static void WarnOfStation();
     void WarnOfFrequency(double frequency);
-    void StoreOutputSettings() const;
+    void StoreSettings() const;
     void SetParameters();
-    bool OpenRecording();
+    [[nodiscard]] bool IsRecording() const;
+    void StartOutput();
+    void Measure();
+    void SetUpDevice();
+    void LimitDuration();
+    void OnBlock(const ZANServer::BearingBlock& block);
+    void OnLost(const QString& reason);
     void Interrupt(int signal);
-    void OnError(const KvZANCommon::ErrorStruct& error);
     void ReportOutputProblem();
-    void LogCommand(const QString& command);
-    void ReportCommandLogProblem();
     void Watch();
     [[nodiscard]] QString DescribeSilence(bool isAtEnd) const;
     void ShowProgress();
@@ -74,19 +83,18 @@ private:
 
     const RunOptions m_options;
     const SignalWatcher& m_signals;
+    ZANServer::DriverComponentPtr m_driver; // until the device has it
     std::optional<ZANServer::Station> m_station;
-    std::optional<DFDataOutput::Burst> m_burst;
-    std::optional<ZANServer::DriverReceiver> m_receiver;
-    std::optional<CommandProtocol> m_commandLog;
-    std::optional<ZANServer::ReplayDriver> m_driver; // must outlive the adapter, which uses it
-    KvZANCommon::LegacyDriverAdapter m_adapter;
-    KvZANCommon::IDriver& m_device = m_adapter; // the driver as the application sees it
+    std::optional<ZANServer::StationDevice> m_device;
+    double m_progress = 0.0; // of a recording
+    QStringList m_skippedLines;
     QString m_reportedProblem;
     double m_lastFrequency = 0.0; // of the last block
     std::set<double> m_unservedFrequencies;
+    QTimer m_duration;
+    bool m_isLost = false;      // the device, which has been there before or not
     bool m_isOutputOn = false; // when the driver was started
     bool m_isSilenceTold = false;
-    bool m_isCommandLogBroken = false;
     bool m_hasFailed = false;
     int m_signal = 0; // the one that has ended the run; 0: none
 };

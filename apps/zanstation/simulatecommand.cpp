@@ -1,7 +1,5 @@
-#include "zanstation/simulatecommand.h"
-
+#include "zancommon/recordingwriter.h"
 #include "zanserver/passsimulator.h"
-#include "zanserver/recordingwriter.h"
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
@@ -12,6 +10,10 @@
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
+using KvZANCommon::RecordedBearing;
+using KvZANCommon::RecordingWriter;
+
+namespace {
 
 bool WriteSimulation(quint64 seed, quint64 rowCount, const QString& fileName) {
     PassSimulator simulator(seed, rowCount);
@@ -30,6 +32,8 @@ bool WriteSimulation(quint64 seed, quint64 rowCount, const QString& fileName) {
     }
     return isWritten;
 }
+
+} // namespace
 
 namespace Commands {
 

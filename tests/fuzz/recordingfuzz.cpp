@@ -1,11 +1,11 @@
 #include "fuzz.h"
-#include "zanserver/recordingreader.h"
+#include "zancommon/recordingreader.h"
 
 #include <QBuffer>
 
 #include <cmath>
 
-using namespace ZANServer;
+using namespace KvZANCommon;
 
 /// Bearing recordings: any file may be given to the station.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

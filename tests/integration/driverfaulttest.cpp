@@ -1,7 +1,6 @@
 #include "support/eventloop.h"
 #include "support/printing.h"
 #include "support/sleepingthread.h"
-#include "support/stubdrivers.h"
 #include "zancommon/commandprotocol.h"
 #include "zancommon/legacydriveradapter.h"
 #include "zanserver/driverreceiver.h"
@@ -112,8 +111,7 @@ TEST(DriverFault, WhatADriverDeliversAfterItWasToldToStopArrivesAndHarmsNothing)
     adapter.SetCallback(&receiver);
     int count = 0;
     QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver, [&](BearingBlock&) { ++count; });
-    KvZANCommon::StubDriver stub;
-    receiver.Stop(stub);
+    receiver.StopHoldingUp();
     std::thread driver([&adapter] { Deliver(adapter, 2, 50000); }); // more than the queue holds
     driver.join();
     receiver.PassOnWaiting();
@@ -153,8 +151,7 @@ std::size_t FillQueue(unsigned bearingsPerBlock, int blocks, int& delivered) {
         << "a driver that is faster than the station is held up";
     const std::size_t grown = HeapInUse() - before;
     delivered = count;
-    KvZANCommon::StubDriver stub;
-    receiver.Stop(stub);
+    receiver.StopHoldingUp();
     driver.join();
     receiver.PassOnWaiting();
     return grown;

@@ -25,7 +25,7 @@ TEST(DeviceConnection, EndOfAnAntennasNameTellsItsPolarisationOrSide) {
     }
     stored.WriteAntennaSetupToCfg(address);
 
-    const DeviceConnection connection(address);
+    const DeviceConnection connection(address, u"device"_s);
     AntennaDataList published;
     published.ReadAntennasFromValueTree(DeviceTree::Path());
     std::map<QString, EZANPolarisation> polarisations;

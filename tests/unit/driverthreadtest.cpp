@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QStringList>
 
 #include <algorithm>
@@ -50,7 +51,7 @@ protected:
             std::make_unique<DriverThread>([this] { return std::make_unique<LivingDriver>(*m_life); },
                                            m_receiver, [timeout](DriverCall) { return timeout; });
         QObject::connect(thread.get(), &DriverThread::Failed, thread.get(),
-                         [this](const QString& reason) { m_failures.append(reason); });
+                         [this](DriverCall, const QString& reason) { m_failures.append(reason); });
         QObject::connect(thread.get(), &DriverThread::GivenUp, thread.get(),
                          [this](const QString& reason) { m_givenUp.append(reason); });
         return thread;
@@ -123,13 +124,61 @@ TEST_F(DriverThreadTest, CallThatThrowsHasFailedAndTheNextOneFollows) {
     EXPECT_FALSE(thread->IsGivenUp());
 }
 
+TEST_F(DriverThreadTest, CreationIsTriedAgainForTheNextCall) {
+    int attempts = 0;
+    bool isCalled = false;
+    {
+        DriverThread thread(
+            [&]() -> std::unique_ptr<IDriver> {
+                if (++attempts == 1) {
+                    throw std::runtime_error("no licence");
+                }
+                return std::make_unique<LivingDriver>(*m_life);
+            },
+            m_receiver);
+        thread.Post(DriverCall::Initialize, [&](IDriver&) { isCalled = true; });
+        EXPECT_TRUE(thread.Wait());
+        EXPECT_FALSE(isCalled);
+        thread.Post(DriverCall::Initialize, [&](IDriver&) { isCalled = true; });
+        EXPECT_TRUE(thread.Wait());
+    }
+    EXPECT_TRUE(isCalled);
+    EXPECT_EQ(attempts, 2);
+}
+
+TEST_F(DriverThreadTest, AnswerComesOnTheMainThreadWhenTheCallHasReturned) {
+    auto thread = Start();
+    std::atomic<bool> hasReturned = false;
+    std::thread::id answeredOn;
+    thread->Post(
+        DriverCall::Query, [&](IDriver&) { hasReturned = true; },
+        [&] {
+            EXPECT_TRUE(hasReturned);
+            answeredOn = std::this_thread::get_id();
+        });
+    EXPECT_TRUE(SpinUntil([&] { return answeredOn != std::thread::id(); }));
+    EXPECT_EQ(answeredOn, std::this_thread::get_id());
+}
+
+TEST_F(DriverThreadTest, CallThatThrowsAndThreadThatIsGoneGiveNoAnswer) {
+    auto thread = Start();
+    bool isAnswered = false;
+    const auto answer = [&] { isAnswered = true; };
+    thread->Post(DriverCall::Query, [](IDriver&) { throw 1; }, answer);
+    EXPECT_TRUE(SpinUntil([&] { return m_failures.size() == 1; }));
+    thread->Post(DriverCall::Query, [](IDriver&) {}, answer);
+    thread.reset();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(isAnswered);
+}
+
 TEST_F(DriverThreadTest, DriverThatCannotBeCreatedIsReportedAndNotCalled) {
     bool isCalled = false;
     {
         DriverThread thread([]() -> std::unique_ptr<IDriver> { throw std::runtime_error("no licence"); },
                             m_receiver);
         QObject::connect(&thread, &DriverThread::Failed, &thread,
-                         [this](const QString& reason) { m_failures.append(reason); });
+                         [this](DriverCall, const QString& reason) { m_failures.append(reason); });
         thread.Post(DriverCall::Initialize, [&](IDriver&) { isCalled = true; });
         EXPECT_TRUE(thread.Wait());
         EXPECT_TRUE(SpinUntil([&] { return !m_failures.isEmpty(); }));

@@ -1,7 +1,7 @@
 #include "zanserver/passsimulator.h"
 
-#include "zanserver/recordingreader.h"
-#include "zanserver/recordingwriter.h"
+#include "zancommon/recordingreader.h"
+#include "zancommon/recordingwriter.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -16,6 +16,9 @@
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
+using KvZANCommon::RecordedBearing;
+using KvZANCommon::RecordingReader;
+using KvZANCommon::RecordingWriter;
 
 namespace {
 

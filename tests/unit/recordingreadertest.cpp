@@ -1,4 +1,4 @@
-#include "zanserver/recordingreader.h"
+#include "zancommon/recordingreader.h"
 
 #include "support/printing.h"
 #include "support/recordings.h"
@@ -19,7 +19,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
-using namespace ZANServer;
+using namespace KvZANCommon;
 using BadLine = RecordingReader::BadLine;
 
 namespace {

@@ -1,9 +1,9 @@
-#include "zanserver/recordingwriter.h"
+#include "zancommon/recordingwriter.h"
 
 #include "support/fulldisk.h"
 #include "support/printing.h"
 #include "support/recordings.h"
-#include "zanserver/recordingreader.h"
+#include "zancommon/recordingreader.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,7 +20,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
-using namespace ZANServer;
+using namespace KvZANCommon;
 
 namespace {
 

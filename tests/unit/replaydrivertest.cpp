@@ -1,4 +1,4 @@
-#include "zanserver/replaydriver.h"
+#include "replay/replaydriver.h"
 #include "support/eventloop.h"
 #include "support/printing.h"
 #include "support/recordings.h"
@@ -17,6 +17,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
+using Replay::ReplayDriver;
 
 namespace {
 
@@ -44,6 +45,11 @@ protected:
                          });
         QObject::connect(&m_receiver, &DriverReceiver::ErrorReported, &m_receiver,
                          [this](const KvZANCommon::ErrorStruct& error) { m_errors.append(error.text); });
+        QObject::connect(
+            &m_receiver, &DriverReceiver::BitResultReported, &m_receiver,
+            [this](const KvZANCommon::ErrorStruct& result) { m_results.append(result.text); });
+        QObject::connect(&m_receiver, &DriverReceiver::TestValuesReceived, &m_receiver,
+                         [this](const QList<double>& values) { m_progress = values.value(0); });
         QObject::connect(&m_receiver, &DriverReceiver::LinkClosed, &m_receiver,
                          [] { QCoreApplication::quit(); });
         m_adapter.SetCallback(&m_receiver);
@@ -59,7 +65,7 @@ protected:
         return m_device.Initialize(name, false);
     }
 
-    void Replay(ReplayDriver& driver, const QByteArray& rows) {
+    void ReplayAll(ReplayDriver& driver, const QByteArray& rows) {
         ASSERT_EQ(Open(driver, rows), ReplayDriver::OK);
         m_device.SetMode(EMODE_SCAN);
         QCoreApplication::exec();
@@ -84,13 +90,16 @@ protected:
     KvZANCommon::IDriver& m_device = m_adapter;
     std::vector<BearingBlock> m_blocks;
     QStringList m_errors;
+    QStringList m_results;
+    double m_progress = 0.0;
 };
 
 } // namespace
 
 TEST_F(ReplayDriverTest, RowBecomesABearingInTheUnitsOfTheInterface) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver, "1500,121500000,71.55,-10.04,90,-52.046,12.3,1.5,-2.5,52.5,5.5,-4.0\n");
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver, "1500,121500000,71.55,-10.04,90,-52.046,12.3,1.5,-2.5,52.5,5.5,-4.0\n");
     ASSERT_EQ(m_blocks.size(), 1U);
     const BearingBlock& block = m_blocks[0];
     EXPECT_EQ(block.time, 1500U);
@@ -110,8 +119,9 @@ TEST_F(ReplayDriverTest, RowBecomesABearingInTheUnitsOfTheInterface) {
 }
 
 TEST_F(ReplayDriverTest, WhatWasNotMeasuredIsMarkedAsSuch) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver, "0,121500000,0,,0,,,,,,,\n");
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver, "0,121500000,0,,0,,,,,,,\n");
     ASSERT_EQ(m_blocks.size(), 1U);
     EXPECT_EQ(m_blocks[0].bearings.at(0).elevation, Bearing::NOT_MEASURED);
     EXPECT_EQ(m_blocks[0].bearings.at(0).level, Bearing::NOT_MEASURED);
@@ -119,20 +129,23 @@ TEST_F(ReplayDriverTest, WhatWasNotMeasuredIsMarkedAsSuch) {
 }
 
 TEST_F(ReplayDriverTest, AzimuthThatRoundsUpToAFullCircleIsNorth) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver, "0,121500000,359.97,,50,,,,,,,\n");
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver, "0,121500000,359.97,,50,,,,,,,\n");
     EXPECT_EQ(m_blocks.at(0).bearings.at(0).azimuth, 0);
 }
 
 TEST_F(ReplayDriverTest, LowestLevelStaysALevel) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver, "0,121500000,10,,50,-327.68,,,,,,\n");
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver, "0,121500000,10,,50,-327.68,,,,,,\n");
     EXPECT_EQ(m_blocks.at(0).bearings.at(0).level, -32767);
 }
 
 TEST_F(ReplayDriverTest, RowsOfOneMomentMakeOneBlock) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver, "0,121500000,10,,50,,,,,,,\n"
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver, "0,121500000,10,,50,,,,,,,\n"
                    "0,121500000,20,1.0,60,-5,,,,,,\n"
                    "0,121600000,30,,50,,,,,,,\n"
                    "0,121600000,40,,50,,90.0,,,,,\n"
@@ -147,18 +160,20 @@ TEST_F(ReplayDriverTest, RowsOfOneMomentMakeOneBlock) {
 }
 
 TEST_F(ReplayDriverTest, LinesThatAreNoRowsAreReportedAndCounted) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver,
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver,
            "0,121500000,10,,50,,,,,,,\nnonsense\n1,121500000,370,,50,,,,,,,\n2,121500000,10,,50,,,,,,,\n");
     EXPECT_EQ(m_blocks.size(), 2U);
     ASSERT_EQ(m_errors.size(), 2);
     EXPECT_TRUE(m_errors[0].contains(u"line 3"_s)) << m_errors[0].toStdString();
     EXPECT_TRUE(m_errors[1].contains(u"line 4"_s)) << m_errors[1].toStdString();
-    EXPECT_EQ(driver.GetBadLineSummary().size(), 2);
+    EXPECT_EQ(m_results, (QStringList{u"wrong number of columns: 1"_s, u"out of range: 1"_s}));
 }
 
 TEST_F(ReplayDriverTest, RecordingThatCannotBeOpenedIsAnErrorOfTheDriver) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
     m_adapter.SetLegacyDriver(&driver);
     std::string missing = m_directory.filePath(u"missing.csv"_s).toStdString();
     EXPECT_EQ(m_device.Initialize(missing, false), ReplayDriver::FAILED);
@@ -170,7 +185,8 @@ TEST_F(ReplayDriverTest, RecordingThatCannotBeOpenedIsAnErrorOfTheDriver) {
 TEST_F(ReplayDriverTest, StreamThatCannotBeOpenedIsAnErrorOfTheDriver) {
     const QString path = m_directory.filePath(u"socket"_s);
     const UnixSocket socket(path);
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
     m_adapter.SetLegacyDriver(&driver);
     std::string name = path.toStdString();
     EXPECT_EQ(m_device.Initialize(name, false), ReplayDriver::FAILED);
@@ -178,7 +194,8 @@ TEST_F(ReplayDriverTest, StreamThatCannotBeOpenedIsAnErrorOfTheDriver) {
 }
 
 TEST_F(ReplayDriverTest, HasOneChannelThatNeedsNeitherResetNorDeletion) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
     m_adapter.SetLegacyDriver(&driver);
     EXPECT_EQ(m_device.GetMaxChannelCount(EMODE_SCAN), 1);
     EXPECT_EQ(m_device.Reset(), ReplayDriver::OK);
@@ -186,7 +203,7 @@ TEST_F(ReplayDriverTest, HasOneChannelThatNeedsNeitherResetNorDeletion) {
 }
 
 TEST_F(ReplayDriverTest, StandbyStopsAReplayThatWaitsForItsTime) {
-    ReplayDriver driver(m_adapter, 1.0);
+    ReplayDriver driver(m_adapter);
     ASSERT_EQ(Open(driver, "0,121500000,10,,50,,,,,,,\n253402300799999,121500000,10,,50,,,,,,,\n"),
               ReplayDriver::OK);
     m_device.SetMode(EMODE_SCAN);
@@ -197,7 +214,8 @@ TEST_F(ReplayDriverTest, StandbyStopsAReplayThatWaitsForItsTime) {
 }
 
 TEST_F(ReplayDriverTest, StandbyStopsAReplayThatSkipsGigabytes) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
     ASSERT_EQ(Open(driver, "0,121500000,10,,50,,,,,,,\n1,121500000,10,,50,,,,,,,\n"), ReplayDriver::OK);
     QFile recording(m_directory.filePath(u"recording.csv"_s));
     ASSERT_TRUE(recording.resize(qint64{500} << 30)) << "takes no room: nothing is in it";
@@ -206,7 +224,8 @@ TEST_F(ReplayDriverTest, StandbyStopsAReplayThatSkipsGigabytes) {
     m_device.SetMode(EMODE_SCAN);
     ASSERT_TRUE(WaitForBlocks(1));
     m_device.SetMode(EMODE_STANDBY); // returns, long before all of it could be read
-    EXPECT_LT(driver.GetProgress(), 1.0);
+    m_receiver.PassOnWaiting();
+    EXPECT_LT(m_progress, 1.0);
 }
 
 TEST_F(ReplayDriverTest, ManyBlocksPassTheThreadsCompletelyAndInOrder) {
@@ -215,13 +234,14 @@ TEST_F(ReplayDriverTest, ManyBlocksPassTheThreadsCompletelyAndInOrder) {
     for (int i = 0; i < COUNT; ++i) {
         rows += QByteArray::number(i) + ",121500000,10,,50,,,,,,,\n";
     }
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver, rows);
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver, rows);
     ASSERT_EQ(m_blocks.size(), static_cast<std::size_t>(COUNT));
     for (int i = 0; i < COUNT; ++i) {
         ASSERT_EQ(m_blocks[static_cast<std::size_t>(i)].time, static_cast<quint64>(i));
     }
-    EXPECT_EQ(driver.GetProgress(), 1.0);
+    EXPECT_EQ(m_progress, 1.0);
 }
 
 TEST_F(ReplayDriverTest, BlockEndsAtSixtyThousandBearingsAndTheRestIsTheNextOne) {
@@ -230,8 +250,9 @@ TEST_F(ReplayDriverTest, BlockEndsAtSixtyThousandBearingsAndTheRestIsTheNextOne)
     for (int i = 0; i < COUNT; ++i) {
         rows += "0,121500000," + QByteArray::number(i % 360) + ",,50,,,,,,,\n";
     }
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver, rows);
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver, rows);
     ASSERT_EQ(m_blocks.size(), 2U);
     EXPECT_EQ(m_blocks[0].bearings.size(), 60000U);
     ASSERT_EQ(m_blocks[1].bearings.size(), 1U);
@@ -240,15 +261,16 @@ TEST_F(ReplayDriverTest, BlockEndsAtSixtyThousandBearingsAndTheRestIsTheNextOne)
 }
 
 TEST_F(ReplayDriverTest, BadLinesOfASecondRecordingAreReportedFromTheFirstOneOn) {
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
-    Replay(driver, "nonsense\n");
-    Replay(driver, "0,121500000,10,,50,,,,,,,\nnonsense\n");
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    ReplayAll(driver, "nonsense\n");
+    ReplayAll(driver, "0,121500000,10,,50,,,,,,,\nnonsense\n");
     ASSERT_EQ(m_errors.size(), 2);
     EXPECT_TRUE(m_errors[1].contains(u"line 3"_s)) << m_errors[1].toStdString();
 }
 
 TEST_F(ReplayDriverTest, RowsOfAFifoAreDeliveredAsTheyCome) {
-    ReplayDriver driver(m_adapter, 1.0);
+    ReplayDriver driver(m_adapter);
     StartOnFifo(driver);
     {
         Writer writer(Fifo());
@@ -272,7 +294,7 @@ TEST_F(ReplayDriverTest, RowsOfAFifoAreDeliveredAsTheyCome) {
 }
 
 TEST_F(ReplayDriverTest, FifoWithoutAWriterHoldsNothingUpAndIsStopped) {
-    ReplayDriver driver(m_adapter, 1.0);
+    ReplayDriver driver(m_adapter);
     StartOnFifo(driver);
     m_device.SetMode(EMODE_STANDBY);
     m_receiver.PassOnWaiting();
@@ -281,7 +303,7 @@ TEST_F(ReplayDriverTest, FifoWithoutAWriterHoldsNothingUpAndIsStopped) {
 }
 
 TEST_F(ReplayDriverTest, FifoThatHoldsNoRecordingIsAnErrorWithItsName) {
-    ReplayDriver driver(m_adapter, 1.0);
+    ReplayDriver driver(m_adapter);
     StartOnFifo(driver);
     Writer(Fifo()).Write("nonsense\n");
     QCoreApplication::exec();
@@ -298,13 +320,16 @@ TEST_F(ReplayDriverTest, DriverThatIsHeldUpByAFullQueueIsStoppedAndNothingOfItIs
     std::size_t count = 0;
     QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver, [&] { ++count; });
     m_adapter.SetCallback(&receiver);
-    ReplayDriver driver(m_adapter, ReplayDriver::AS_FAST_AS_POSSIBLE);
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
     ASSERT_EQ(Open(driver, rows), ReplayDriver::OK);
     m_device.SetMode(EMODE_SCAN);
     receiver.PassOnWaiting();             // the queue holds one delivery at a time: room for the first block
     while (m_device.GetReadCount() < 2) { // the second block waits for the first one to be taken
         QThread::yieldCurrentThread();
     }
-    receiver.Stop(m_device);
+    receiver.StopHoldingUp();
+    m_device.SetMode(EMODE_STANDBY);
+    receiver.PassOnWaiting();
     EXPECT_EQ(count, static_cast<std::size_t>(m_device.GetReadCount()));
 }

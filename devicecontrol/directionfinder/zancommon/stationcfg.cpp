@@ -76,13 +76,16 @@ ICfg* StationCfg::GetStationCfg(const QString& address, bool create) {
 }
 
 QString StationCfg::GetStationAddress() {
-    QString text = GetServerText(StdDeviceDefinition::g_vdDevAddress);
-    const qsizetype colon = text.indexOf(u':');
+    return GetNormalAddress(GetServerText(StdDeviceDefinition::g_vdDevAddress));
+}
+
+QString StationCfg::GetNormalAddress(const QString& address) {
+    const qsizetype colon = address.indexOf(u':');
     QString host;
-    if (colon >= 0 && TolmOS::Create().TranslateHostName(text.first(colon), host)) {
-        return host + text.sliced(colon);
+    if (colon >= 0 && TolmOS::Create().TranslateHostName(address.first(colon), host)) {
+        return host + address.sliced(colon);
     }
-    return text;
+    return address;
 }
 
 QString StationCfg::GetStationName() {

@@ -19,6 +19,8 @@ public:
     /// separated by ":", or any other text. The host is in its normal form (`ITolmOS::TranslateHostName`), so
     /// that one device has one address. "Default" without an address.
     [[nodiscard]] static QString GetStationAddress();
+    /// An address in that form.
+    [[nodiscard]] static QString GetNormalAddress(const QString& address);
     /// The name of that device; "Default" without a name.
     [[nodiscard]] static QString GetStationName();
 };

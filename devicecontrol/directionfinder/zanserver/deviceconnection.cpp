@@ -79,11 +79,11 @@ QString DevicePath() {
     return ZANPath::DEVICE_NODE.toString();
 }
 
-void PublishDevice(const QString& address) {
+void PublishDevice(const QString& address, const QString& name) {
     CreateBranch(EBranch::DEVICE, DevicePath());
     const CfgPtr station(StationCfg::GetStationCfg(address, true));
     ServerValue<ValueString>(g_vdDevAddress)->SetValue(address, nullptr);
-    ServerValue<ValueString>(g_vdDevName)->SetValue(u"Replay of a recording"_s, nullptr);
+    ServerValue<ValueString>(g_vdDevName)->SetValue(name, nullptr);
 
     const auto find = [](const ValueDescriptor& descriptor) {
         return Tree::Instance()->Find<ValueString>(ZANPath::Device(descriptor));
@@ -129,14 +129,14 @@ void PublishAntennas(const QString& address) {
 
 } // namespace
 
-DeviceConnection::DeviceConnection(const QString& address)
+DeviceConnection::DeviceConnection(const QString& address, const QString& name)
     : m_isFirst(!CfgPtr(StationCfg::GetStationCfg(address, false))) {
     if (m_isFirst) {
         if (const QString warning = WriteExample(address); !warning.isEmpty()) {
             m_warnings.append(warning);
         }
     }
-    PublishDevice(address);
+    PublishDevice(address, name);
     PublishHardware(address);
     PublishAntennas(address);
 }

@@ -14,7 +14,7 @@ namespace ZANServer {
 class ZANSERVER_EXPORT DeviceConnection {
 public:
     /// Publishes the device with this address: address, name, type, options, hardware and antennas.
-    explicit DeviceConnection(const QString& address);
+    DeviceConnection(const QString& address, const QString& name);
     DeviceConnection(const DeviceConnection&) = delete;
     DeviceConnection& operator=(const DeviceConnection&) = delete;
     /// Removes the device from the tree.

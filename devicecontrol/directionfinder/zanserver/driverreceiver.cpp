@@ -27,16 +27,9 @@ DriverReceiver::DriverReceiver(QString deviceAddress, std::size_t capacity)
                      sizeof(Bearing))
     , m_queue(capacity) {}
 
-void DriverReceiver::fillScanBuffer(long /*range*/, unsigned long long& time, unsigned /*firstChannel*/,
+void DriverReceiver::fillScanBuffer(long range, unsigned long long& time, unsigned firstChannel,
                                     unsigned count, Bearing* bearings, KvZANCommon::StatusStruct& status) {
-    std::size_t rest = count;
-    do { // also for a block without bearings, which carries the state of the device
-        const std::size_t length = std::min(rest, m_longestPiece);
-        Post(BearingBlock{time, status, std::vector<Bearing>(bearings, bearings + length)},
-             length * sizeof(Bearing));
-        bearings += length;
-        rest -= length;
-    } while (rest > 0);
+    PostBearings({time, status, {}, BearingBlock::Kind::Scan, range, firstChannel}, count, bearings);
 }
 
 void DriverReceiver::fillTDMABuffer(long range, unsigned long long& time, unsigned firstChannel,
@@ -44,8 +37,57 @@ void DriverReceiver::fillTDMABuffer(long range, unsigned long long& time, unsign
     fillScanBuffer(range, time, firstChannel, count, bearings, status);
 }
 
+void DriverReceiver::fillFFMBuffer(const KvZANCommon::FFMData& data, KvZANCommon::StatusStruct& status,
+                                   bool /*averaged*/) {
+    Bearing bearing;
+    bearing.azimuth = data.azimuth;
+    bearing.elevation = data.elevation;
+    bearing.level = data.level;
+    bearing.azimuthSpread = data.azimuthSpread;
+    bearing.averageCount = data.averageCount;
+    bearing.quality = data.quality;
+    BearingBlock block{data.time, status, {}, BearingBlock::Kind::FixedFrequency};
+    block.status.frequency = data.frequency;
+    PostBearings(std::move(block), 1, &bearing);
+}
+
+void DriverReceiver::fillFFMSRBuffer(KvZANCommon::SuperResolutionStruct& data,
+                                     KvZANCommon::StatusStruct& status) {
+    constexpr std::size_t MOST_EMITTERS = 64; // no array of antennas tells more apart
+    BearingBlock block{data.time, status, {}, BearingBlock::Kind::SuperResolution};
+    block.status.frequency = data.frequency;
+    PostBearings(std::move(block), static_cast<unsigned>(std::min(data.emitters.size(), MOST_EMITTERS)),
+                 data.emitters.data());
+}
+
+void DriverReceiver::fillTestValuesBuffer(double* values, unsigned short count) {
+    Post(QList<double>(values, values + count), count * sizeof(double));
+}
+
+void DriverReceiver::fillGPSData(double latitude, double longitude, unsigned long long time, bool valid,
+                                 int satelliteCount, int /*quality*/) {
+    Post(PositionFix{latitude, longitude, time, valid, satelliteCount}, 0);
+}
+
+void DriverReceiver::PostBearings(BearingBlock head, unsigned count, const Bearing* bearings) {
+    std::size_t rest = count;
+    do { // also for a block without bearings, which carries the state of the device
+        const std::size_t length = std::min(rest, m_longestPiece);
+        BearingBlock piece = head;
+        piece.bearings.assign(bearings, bearings + length);
+        Post(std::move(piece), length * sizeof(Bearing));
+        head.firstChannel += static_cast<unsigned>(length);
+        bearings += length;
+        rest -= length;
+    } while (rest > 0);
+}
+
 void DriverReceiver::reportError(KvZANCommon::ErrorStruct& error) {
     Post(error, SizeOf(error.text));
+}
+
+void DriverReceiver::ReportBITResult(KvZANCommon::ErrorStruct& result) {
+    Post(BitResult{result}, SizeOf(result.text));
 }
 
 void DriverReceiver::CloseDataLink() {
@@ -54,12 +96,6 @@ void DriverReceiver::CloseDataLink() {
 
 void DriverReceiver::SetCommandLog(QString& line) {
     Post(line, SizeOf(line));
-}
-
-void DriverReceiver::Stop(KvZANCommon::IDriver& driver) {
-    m_queue.StopBounding();
-    driver.SetMode(EMODE_STANDBY);
-    PassOnWaiting();
 }
 
 void DriverReceiver::CutOff() {
@@ -85,17 +121,27 @@ void DriverReceiver::PassOnWaiting() {
     }
     Q_EMIT PassingOnBegins();
     for (Delivery& delivery : waiting) {
-        if (auto* block = std::get_if<BearingBlock>(&delivery)) {
-            Q_EMIT BlockReceived(*block);
-        } else if (const auto* error = std::get_if<KvZANCommon::ErrorStruct>(&delivery)) {
-            Q_EMIT ErrorReported(*error);
-        } else if (const auto* command = std::get_if<QString>(&delivery)) {
-            Q_EMIT CommandReported(*command);
-        } else {
-            Q_EMIT LinkClosed();
-        }
+        PassOn(delivery);
     }
     Q_EMIT PassingOnEnds();
+}
+
+void DriverReceiver::PassOn(Delivery& delivery) {
+    if (auto* block = std::get_if<BearingBlock>(&delivery)) {
+        Q_EMIT BlockReceived(*block);
+    } else if (const auto* fix = std::get_if<PositionFix>(&delivery)) {
+        Q_EMIT PositionReceived(*fix);
+    } else if (const auto* values = std::get_if<QList<double>>(&delivery)) {
+        Q_EMIT TestValuesReceived(*values);
+    } else if (const auto* error = std::get_if<KvZANCommon::ErrorStruct>(&delivery)) {
+        Q_EMIT ErrorReported(*error);
+    } else if (const auto* bit = std::get_if<BitResult>(&delivery)) {
+        Q_EMIT BitResultReported(bit->result);
+    } else if (const auto* command = std::get_if<QString>(&delivery)) {
+        Q_EMIT CommandReported(*command);
+    } else {
+        Q_EMIT LinkClosed();
+    }
 }
 
 } // namespace ZANServer

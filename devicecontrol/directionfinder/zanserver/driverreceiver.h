@@ -7,6 +7,7 @@
 #include "zancommon/nulldrivercallback.h"
 #include "zanserver/blockqueue.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
 
@@ -19,9 +20,28 @@ namespace ZANServer {
 
 /// One block of bearings with the state of the device while it was measured.
 struct BearingBlock {
+    enum class Kind {
+        Scan,            ///< one bearing per channel
+        FixedFrequency,  ///< one bearing
+        SuperResolution, ///< one bearing per emitter on one frequency
+    };
+    static constexpr long WIDEBAND = -1; ///< a range: the channels around the receive frequency
+
     quint64 time = 0; ///< milliseconds since 1970-01-01 00:00:00 UTC
     KvZANCommon::StatusStruct status;
     std::vector<Bearing> bearings;
+    Kind kind = Kind::Scan;
+    long range = 0;            ///< index of the frequency range
+    unsigned firstChannel = 0; ///< of the first bearing, as the range counts
+};
+
+/// A position fix of the device.
+struct PositionFix {
+    double latitude = 0.0;  ///< degrees, north positive
+    double longitude = 0.0; ///< degrees, east positive
+    quint64 time = 0;       ///< of the fix, milliseconds since 1970-01-01 00:00:00 UTC
+    bool valid = false;     ///< false: the other fields hold no fix
+    int satelliteCount = 0;
 };
 
 /// The driver's callback: takes deliveries in the driver's thread, and passes them on as signals in the
@@ -29,7 +49,8 @@ struct BearingBlock {
 ///
 /// Each block is copied once, between the threads. The queue is bounded in bytes: a driver that is faster
 /// than the station waits until there is room, and a block larger than the bound is passed on in pieces.
-/// Deliveries that the station does not use (spectra, audio, simulation) are dropped.
+/// Deliveries that the station does not use (spectra, audio, simulation) are dropped. The driver may deliver
+/// on any number of threads at a time.
 class ZANSERVER_EXPORT DriverReceiver final : public QObject, public KvZANCommon::NullDriverCallback {
     Q_OBJECT
 
@@ -42,9 +63,6 @@ public:
     /// \param capacity bound of the queue in bytes
     explicit DriverReceiver(QString deviceAddress, std::size_t capacity = DEFAULT_CAPACITY);
 
-    /// Sets a driver that delivers here to standby, and passes on everything that it has delivered. From now
-    /// on the driver does not wait for room: while waiting it could not be stopped.
-    void Stop(KvZANCommon::IDriver& driver);
     /// Passes on everything that is waiting, at once.
     void PassOnWaiting();
     /// The driver is held up no more, now and later: one that waits for room could not be stopped.
@@ -56,27 +74,46 @@ public:
                         Bearing* bearings, KvZANCommon::StatusStruct& status) override;
     void fillTDMABuffer(long range, unsigned long long& time, unsigned firstChannel, unsigned count,
                         Bearing* bearings, KvZANCommon::StatusStruct& status) override;
+    void fillFFMBuffer(const KvZANCommon::FFMData& data, KvZANCommon::StatusStruct& status,
+                       bool averaged) override;
+    void fillFFMSRBuffer(KvZANCommon::SuperResolutionStruct& data,
+                         KvZANCommon::StatusStruct& status) override;
+    void fillTestValuesBuffer(double* values, unsigned short count) override;
+    void fillGPSData(double latitude, double longitude, unsigned long long time, bool valid,
+                     int satelliteCount, int quality) override;
     void reportError(KvZANCommon::ErrorStruct& error) override;
+    void ReportBITResult(KvZANCommon::ErrorStruct& result) override;
     void CloseDataLink() override;
     void SetCommandLog(QString& line) override;
     QString GetDevAddress() override { return m_deviceAddress; }
-    void getOperateMode(EMode& mode) override { mode = EMODE_SCAN; }
+    void getOperateMode(EMode& mode) override { mode = m_mode; }
+    /// The mode that the driver is told when it asks. From any thread.
+    void SetOperateMode(EMode mode) { m_mode = mode; }
 
 Q_SIGNALS:
     /// Emitted before and after all waiting deliveries are passed on together.
     void PassingOnBegins();
     void PassingOnEnds();
     void BlockReceived(BearingBlock& block);
+    void PositionReceived(const PositionFix& fix);
+    void TestValuesReceived(const QList<double>& values);
     void ErrorReported(const KvZANCommon::ErrorStruct& error);
+    void BitResultReported(const KvZANCommon::ErrorStruct& result);
     /// The driver reports a command that it exchanges with its device.
     void CommandReported(const QString& command);
     /// The driver will deliver nothing more.
     void LinkClosed();
 
 private:
+    struct BitResult {
+        KvZANCommon::ErrorStruct result;
+    };
     struct End {};
-    using Delivery = std::variant<BearingBlock, KvZANCommon::ErrorStruct, QString, End>;
+    using Delivery = std::variant<BearingBlock, PositionFix, QList<double>, KvZANCommon::ErrorStruct,
+                                  BitResult, QString, End>;
 
+    ZANSERVER_NO_EXPORT void PostBearings(BearingBlock head, unsigned count, const Bearing* bearings);
+    ZANSERVER_NO_EXPORT void PassOn(Delivery& delivery);
     /// \param ownedBytes size of what the delivery owns
     ZANSERVER_NO_EXPORT void Post(Delivery delivery, std::size_t ownedBytes);
 
@@ -84,6 +121,7 @@ private:
     const std::size_t m_longestPiece; // bearings
     BlockQueue<Delivery> m_queue;
     std::atomic<bool> m_isCutOff = false;
+    std::atomic<EMode> m_mode = EMODE_STANDBY;
 };
 
 } // namespace ZANServer

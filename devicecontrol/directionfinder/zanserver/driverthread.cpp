@@ -38,6 +38,7 @@ struct DriverThread::Shared {
     struct Task {
         DriverCall kind;
         Call call;
+        std::function<void()> answer;
     };
     struct Running {
         DriverCall kind;
@@ -66,7 +67,7 @@ struct DriverThread::Shared {
 
     /// Carries out one call on the driver's thread. False when the driver is given up.
     template <class Function>
-    bool CarryOut(DriverCall kind, Function function) {
+    bool CarryOut(DriverCall kind, Function function, const std::function<void()>& answer = {}) {
         {
             const std::lock_guard lock(mutex);
             if (!owner) {
@@ -80,7 +81,10 @@ struct DriverThread::Shared {
         if (owner && !failure.isEmpty()) {
             const QString reason = GetName(kind) + u" has failed: "_s + failure;
             QMetaObject::invokeMethod(
-                owner, [thread = owner, reason] { Q_EMIT thread->Failed(reason); }, Qt::QueuedConnection);
+                owner, [thread = owner, kind, reason] { Q_EMIT thread->Failed(kind, reason); },
+                Qt::QueuedConnection);
+        } else if (owner && answer) {
+            QMetaObject::invokeMethod(owner, answer, Qt::QueuedConnection);
         }
         return owner != nullptr;
     }
@@ -97,15 +101,27 @@ struct DriverThread::Shared {
         return owner && !taken.empty();
     }
 
-    void Work() {
-        bool goesOn = CarryOut(DriverCall::Create, [this] {
-            driver = factory();
-            driver->SetCallback(receiver.get());
+    /// False when the driver is given up.
+    bool Create() {
+        return CarryOut(DriverCall::Create, [this] {
+            std::unique_ptr<KvZANCommon::IDriver> created = factory();
+            created->SetCallback(receiver.get());
+            driver = std::move(created);
         });
+    }
+
+    /// Without a driver the call is left out: that there is none has been told. False when the driver is given
+    /// up.
+    bool CarryOut(const Task& task) {
+        return (driver || Create()) && (!driver || CarryOut(task.kind, [&] { task.call(*driver); }, task.answer));
+    }
+
+    void Work() {
+        bool goesOn = true;
         std::vector<Task> taken;
         while (goesOn && TakeTasks(taken)) {
             for (const Task& task : taken) {
-                goesOn = goesOn && (!driver || CarryOut(task.kind, [&] { task.call(*driver); }));
+                goesOn = goesOn && CarryOut(task);
             }
         }
         CarryOut(DriverCall::Destroy, [this] { driver.reset(); });
@@ -128,6 +144,7 @@ DriverThread::DriverThread(Factory factory, std::shared_ptr<DriverReceiver> rece
 
 DriverThread::~DriverThread() {
     m_shared->receiver->StopHoldingUp();
+    m_end = std::chrono::steady_clock::now() + LONGEST_END;
     {
         const std::lock_guard lock(m_shared->mutex);
         m_shared->isEnding = true;
@@ -138,10 +155,10 @@ DriverThread::~DriverThread() {
     }
 }
 
-void DriverThread::Post(DriverCall kind, Call call) {
+void DriverThread::Post(DriverCall kind, Call call, std::function<void()> answer) {
     const std::lock_guard lock(m_shared->mutex);
     if (m_shared->owner) {
-        m_shared->tasks.push_back({kind, std::move(call)});
+        m_shared->tasks.push_back({kind, std::move(call), std::move(answer)});
         m_shared->changed.notify_all();
     }
 }
@@ -189,12 +206,13 @@ bool DriverThread::GiveUpIfOverdue() {
         m_watchedFor =
             number == m_watchedCall ? m_watchedFor + sinceLastLook : std::chrono::steady_clock::duration();
         m_watchedCall = number;
-        if (!running || m_watchedFor <= m_timeout(running->kind)) {
+        const bool isAtEnd = m_end && now > *m_end;
+        if (!running || (m_watchedFor <= m_timeout(running->kind) && !isAtEnd)) {
             return false;
         }
+        const std::chrono::duration<double> limit = isAtEnd ? std::chrono::milliseconds(LONGEST_END) : m_timeout(running->kind);
         reason = u"%1 has not returned within %2 s; the driver is given up"_s.arg(
-            GetName(running->kind),
-            QString::number(static_cast<double>(m_timeout(running->kind).count()) / 1000.0));
+            GetName(running->kind), QString::number(limit.count()));
         m_shared->owner = nullptr;
         m_shared->tasks.clear();
         m_shared->changed.notify_all();

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <thread>
 
 namespace ZANServer {
@@ -33,15 +34,21 @@ public:
     using Factory = std::function<std::unique_ptr<KvZANCommon::IDriver>()>;
     using Timeout = std::function<std::chrono::milliseconds(DriverCall kind)>;
 
-    /// Begins with the creation of the driver, which gets the receiver as its callback.
+    /// A built-in test, for one, may go on for minutes; the end of the program does not wait for it.
+    static constexpr std::chrono::seconds LONGEST_END{15};
+
+    /// The driver is created for the first call, and gets the receiver as its callback.
     /// \param factory makes the driver on its thread; kept as long as the driver, with all that it holds (the
     ///        driver's component)
     DriverThread(Factory factory, std::shared_ptr<DriverReceiver> receiver, Timeout timeout = GetTimeout);
-    /// Carries out what was posted, and destroys the driver. Waits for that, no longer than the time-outs.
+    /// Carries out what was posted, and destroys the driver. Waits for that, no longer than the time-outs, and
+    /// no longer than `LONGEST_END` for all.
     ~DriverThread() override;
 
     /// Has a call carried out on the driver's thread. Without effect when the driver is given up.
-    void Post(DriverCall kind, Call call);
+    /// \param answer carried out on the main thread when the call has returned; not when it has thrown, when the
+    ///        driver is given up, or when this object is gone
+    void Post(DriverCall kind, Call call, std::function<void()> answer = {});
     /// Waits until all that was posted is done, no longer than the time-outs. False when the driver is given
     /// up.
     bool Wait();
@@ -52,8 +59,9 @@ public:
     [[nodiscard]] static bool HasGivenUpAny();
 
 Q_SIGNALS:
-    /// A call has thrown, or the driver could not be created.
-    void Failed(const QString& reason);
+    /// A call has thrown. Of kind `Create`: the driver could not be created; that is tried again for the next
+    /// call.
+    void Failed(DriverCall kind, const QString& reason);
     /// Once.
     void GivenUp(const QString& reason);
 
@@ -71,6 +79,7 @@ private:
     quint64 m_watchedCall = 0;
     std::chrono::steady_clock::duration m_watchedFor{};
     std::chrono::steady_clock::time_point m_lastLook;
+    std::optional<std::chrono::steady_clock::time_point> m_end; // the latest, once the destructor waits
     std::thread m_thread;
 };
 

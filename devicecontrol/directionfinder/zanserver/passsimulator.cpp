@@ -6,6 +6,8 @@
 
 namespace ZANServer {
 
+using KvZANCommon::RecordedBearing;
+
 namespace {
 
 constexpr double PI = std::numbers::pi;

@@ -2,7 +2,7 @@
 
 #include "zanserver_export.h"
 
-#include "zanserver/recordedbearing.h"
+#include "zancommon/recordedbearing.h"
 
 #include <QtGlobal>
 
@@ -33,13 +33,13 @@ public:
     explicit PassSimulator(quint64 seed, quint64 rowCount = DEFAULT_ROW_COUNT);
 
     /// The next row; nothing after the last one.
-    std::optional<RecordedBearing> Next();
+    std::optional<KvZANCommon::RecordedBearing> Next();
 
 private:
     ZANSERVER_NO_EXPORT double Uniform();
     ZANSERVER_NO_EXPORT double Normal(double deviation);
-    ZANSERVER_NO_EXPORT void AddPlatform(RecordedBearing& bearing, double time, double timeInLap) const;
-    ZANSERVER_NO_EXPORT void AddSignal(RecordedBearing& bearing, double flown);
+    ZANSERVER_NO_EXPORT void AddPlatform(KvZANCommon::RecordedBearing& bearing, double time, double timeInLap) const;
+    ZANSERVER_NO_EXPORT void AddSignal(KvZANCommon::RecordedBearing& bearing, double flown);
 
     std::mt19937_64 m_random;
     quint64 m_rowCount;

@@ -54,8 +54,8 @@ constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u
                                                      u"MinFreq",  u"MaxFreq",  u"CompassValue"};
 
 /// The keys that are used, apart from those of the setup table. "#" means a number.
-constexpr std::array<QStringView, 12> KNOWN_KEYS{
-    u"RS232Output_Enabled", u"RS232Output_Address",    u"FileOutput_Enabled", u"FileOutput_Address",
+constexpr std::array<QStringView, 14> KNOWN_KEYS{
+    u"Driver/Name",         u"Driver/Address",         u"RS232Output_Enabled", u"RS232Output_Address",    u"FileOutput_Enabled", u"FileOutput_Address",
     u"Output_Interval",     u"MshCentralAddress",      u"MshCentralPort",     u"MshClientName",
     u"AutoCoupleTargets",   u"OverheadPass/Threshold", u"OverheadPass/Valid", u"ZANStations/Count"};
 constexpr std::array<QStringView, 8> KNOWN_STATION_KEYS{

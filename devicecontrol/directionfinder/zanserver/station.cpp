@@ -54,22 +54,6 @@ int GetMechOffset(const KvZANCommon::StatusStruct& status) {
     return antenna ? ToTenths(static_cast<double>(antenna->mechOffset)) : 0;
 }
 
-BearingResult ToResult(const BearingBlock& block, const Bearing& bearing, int mechOffset) {
-    constexpr quint16 HIGHEST_QUALITY = std::numeric_limits<qint16>::max();
-    BearingResult result;
-    result.SetFrequency(block.status.frequency);
-    if (bearing.level != Bearing::NOT_MEASURED) {
-        result.SetLevel(bearing.level);
-    }
-    result.SetAzimuth(static_cast<quint16>(WithinCircle(bearing.azimuth + mechOffset)));
-    if (bearing.elevation != Bearing::NOT_MEASURED) {
-        result.SetElevation(bearing.elevation);
-    }
-    result.SetQuality(static_cast<qint16>(std::min(bearing.quality, HIGHEST_QUALITY)));
-    result.SetTimeStamp(block.time);
-    return result;
-}
-
 /// Latitude or longitude from the settings; nothing when it is missing or not valid.
 std::optional<double> GetStoredHalf(const ICfg* station, const QString& key,
                                     const ValueDescriptor& descriptor) {
@@ -81,20 +65,23 @@ std::optional<double> GetStoredHalf(const ICfg* station, const QString& key,
 
 } // namespace
 
-Station::Station()
+Station::Station(const DriverChoice& driver)
     : m_setup(u"Station"_s, ZANPath::SERVER.toString())
     , m_overheadFilter(m_overheadParams) {
     using namespace StdDeviceDefinition;
 
-    CheckSettings();
+    const QString address = driver.GetStationAddress();
+    CheckSettings(address);
     CreateBranch(EBranch::SERVER, ZANPath::SERVER.toString());
-    m_device.emplace(ADDRESS.toString());
+    m_device.emplace(address, driver.GetDeviceName());
     m_warnings += m_device->GetWarnings();
     ServerValue<ValueSelection>(g_vdOperationMode)->SetCurrentKey(OPMODE_SCAN, nullptr);
     ReadOptions();
     GetCharacteristics().SetBase_ValuePath(ZANPath::DEVICE.toString(), true);
 
     m_pAzimuth = ServerValue<ValueBearing>(g_vdAzimuth);
+    m_pEmitters = ServerValue<ValueBearingList>(g_vdAzimuthList);
+    m_pEmitterCount = ServerValue<ValueInt>(g_vdSRNumEmitterResult);
     m_pHeading = ServerValue<ValueNumericInt>(g_vdTrueHeading);
     m_pHeadingOffset = ServerValue<ValueNumericInt>(g_vdHeaOffset);
     m_pDeclination = ServerValue<ValueNumericInt>(g_vdDeclination);
@@ -122,8 +109,8 @@ Station::Station()
 }
 
 /// Warns about errors in the settings; when there are any, the settings are not written.
-void Station::CheckSettings() {
-    for (const Finding& finding : ZANServer::CheckSettings(ADDRESS.toString())) {
+void Station::CheckSettings(const QString& address) {
+    for (const Finding& finding : ZANServer::CheckSettings(address)) {
         m_warnings.append(finding.text);
         m_areSettingsUsable = false;
     }
@@ -218,6 +205,11 @@ void Station::SetOverheadThreshold(double degrees) {
 void Station::Process(BearingBlock& block) {
     PublishPlatform(block);
     const int mechOffset = GetMechOffset(block.status);
+    if (block.kind == BearingBlock::Kind::SuperResolution) {
+        ApplyBlockFilters(block);
+        PublishEmitters(block, mechOffset);
+        return;
+    }
     std::vector<bool> hasSignal; // before the filters set the quality to 0
     hasSignal.reserve(block.bearings.size());
     for (const Bearing& bearing : block.bearings) {
@@ -235,7 +227,7 @@ void Station::Process(BearingBlock& block) {
             ++m_counts.withoutSignal;
         } // the other bearings are counted when they are published
         if (!isMarked) {
-            PublishBearing(block, block.bearings[i], mechOffset);
+            PublishBearing(block, i, mechOffset);
         }
     }
 }
@@ -246,6 +238,19 @@ void Station::PublishPlatform(const BearingBlock& block) {
     Publish(*m_pRoll, block.status.roll);
     Publish(*m_pAltitude, block.status.altitude);
     m_position->SetMeasured(block.status.latitude, block.status.longitude, block.time);
+}
+
+void Station::TakePosition(const PositionFix& fix) {
+    const auto ifValid = [&fix](double degrees) { return fix.valid ? std::optional(degrees) : std::nullopt; };
+    m_position->SetMeasured(ifValid(fix.latitude), ifValid(fix.longitude), fix.time);
+}
+
+void Station::ForgetMeasurements() {
+    PublishPlatform({});
+    m_pEmitters->Clear(nullptr);
+    m_pEmitterCount->SetValue(0, nullptr);
+    m_pAzimuth->SetValue(BearingResult(), nullptr);
+    m_pAzimuth->SetState(TValueState::NotMeasured, nullptr);
 }
 
 std::optional<int> Station::GetTrueHeading(const KvZANCommon::StatusStruct& status) const {
@@ -270,14 +275,46 @@ bool Station::ApplyBlockFilters(BearingBlock& block) {
     return isTilted;
 }
 
-void Station::PublishBearing(const BearingBlock& block, const Bearing& bearing, int mechOffset) {
-    BearingResult result = ToResult(block, bearing, mechOffset);
+BearingResult Station::ToResult(const BearingBlock& block, std::size_t index, int mechOffset) const {
+    constexpr quint16 HIGHEST_QUALITY = std::numeric_limits<qint16>::max();
+    const Bearing& bearing = block.bearings[index];
+    BearingResult result;
+    result.SetFrequency(m_frequencyOf ? m_frequencyOf(block, index) : block.status.frequency);
+    if (bearing.level != Bearing::NOT_MEASURED) {
+        result.SetLevel(bearing.level);
+    }
+    result.SetAzimuth(static_cast<quint16>(WithinCircle(bearing.azimuth + mechOffset)));
+    if (bearing.elevation != Bearing::NOT_MEASURED) {
+        result.SetElevation(bearing.elevation);
+    }
+    result.SetQuality(static_cast<qint16>(std::min(bearing.quality, HIGHEST_QUALITY)));
+    result.SetTimeStamp(block.time);
+    return result;
+}
+
+void Station::PublishBearing(const BearingBlock& block, std::size_t index, int mechOffset) {
+    BearingResult result = ToResult(block, index, mechOffset);
     const qint16 quality = result.GetQuality();
     m_overheadFilter.Apply(result);
     if (quality > 0) {
         ++(result.GetQuality() > 0 ? m_counts.published : m_counts.rejectedOverhead);
     }
     m_pAzimuth->SetValue(result, nullptr);
+}
+
+/// Emitters that a filter has rejected are left out. Observers see the whole list, not its parts.
+void Station::PublishEmitters(const BearingBlock& block, int mechOffset) {
+    m_pEmitters->StartTransaction();
+    m_pEmitters->Clear();
+    for (std::size_t i = 0; i < block.bearings.size(); ++i) {
+        BearingResult result = ToResult(block, i, mechOffset);
+        m_overheadFilter.Apply(result);
+        if (block.bearings[i].marker == Bearing().marker && result.GetQuality() > 0) {
+            m_pEmitters->PushBack(result);
+        }
+    }
+    m_pEmitterCount->SetValue(static_cast<int>(m_pEmitters->GetCount()), nullptr);
+    m_pEmitters->EndTransaction(TChangeCode::ListReplaced);
 }
 
 } // namespace ZANServer

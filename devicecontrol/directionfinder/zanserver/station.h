@@ -12,14 +12,18 @@
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zansetupdata.h"
 #include "zanserver/deviceconnection.h"
+#include "zanserver/driverchoice.h"
 #include "zanserver/driverreceiver.h"
 #include "zanserver/stationposition.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace ZANServer {
 
@@ -49,12 +53,10 @@ struct StationCounts {
 /// station in a process; it belongs to the main thread.
 class ZANSERVER_EXPORT Station {
 public:
-    /// The address of the device, by which its settings are found.
-    static constexpr QStringView ADDRESS = u"replay";
-
     /// Publishes the device and the operator's setup in the tree, restores the parameters and connects the
     /// filters. Never fails: problems of the settings are in `GetWarnings`.
-    Station();
+    /// \param driver whose device it is
+    explicit Station(const DriverChoice& driver = DriverChoice::FromSettings());
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
     /// Writes what waits, switches the output off, saves the setup, and removes the station's branches from
@@ -75,8 +77,17 @@ public:
 
     /// Takes a block of bearings from the driver: publishes attitude and position, applies the filters, which
     /// change the bearings of the block, and publishes each bearing that is not marked as unusable. The
-    /// output writes its sentences meanwhile.
+    /// output writes its sentences meanwhile. The emitters of super resolution are published as one list; they
+    /// are not counted.
     void Process(BearingBlock& block);
+    /// Takes a position fix of the device, which counts until the next one or the next position of a block.
+    void TakePosition(const PositionFix& fix);
+    /// The device is lost: what it has measured is not current any more.
+    void ForgetMeasurements();
+
+    /// Tells the frequency (Hz) of a bearing of a block; at first that is the receive frequency of the block.
+    using FrequencyOf = std::function<double(const BearingBlock& block, std::size_t bearing)>;
+    void SetFrequencyOf(FrequencyOf frequencyOf) { m_frequencyOf = std::move(frequencyOf); }
 
     /// The problems that the constructor has found, as texts for the operator.
     [[nodiscard]] const QStringList& GetWarnings() const { return m_warnings; }
@@ -89,7 +100,7 @@ public:
     [[nodiscard]] static ZANCharacteristics& GetCharacteristics();
 
 private:
-    ZANSERVER_NO_EXPORT void CheckSettings();
+    ZANSERVER_NO_EXPORT void CheckSettings(const QString& address);
     ZANSERVER_NO_EXPORT void ReadOptions();
     ZANSERVER_NO_EXPORT void PublishSetup();
     ZANSERVER_NO_EXPORT void RestoreOverheadParams();
@@ -97,11 +108,15 @@ private:
     [[nodiscard]] ZANSERVER_NO_EXPORT std::optional<int>
     GetTrueHeading(const KvZANCommon::StatusStruct& status) const;
     ZANSERVER_NO_EXPORT bool ApplyBlockFilters(BearingBlock& block);
-    ZANSERVER_NO_EXPORT void PublishBearing(const BearingBlock& block, const Bearing& bearing,
-                                            int mechOffset);
+    [[nodiscard]] ZANSERVER_NO_EXPORT BearingResult ToResult(const BearingBlock& block, std::size_t index,
+                                                             int mechOffset) const;
+    ZANSERVER_NO_EXPORT void PublishBearing(const BearingBlock& block, std::size_t index, int mechOffset);
+    ZANSERVER_NO_EXPORT void PublishEmitters(const BearingBlock& block, int mechOffset);
 
     // The values of the tree that the station fills.
     ValueBearing* m_pAzimuth;
+    ValueBearingList* m_pEmitters;
+    ValueInt* m_pEmitterCount;
     ValueNumericInt* m_pHeading;
     ValueNumericInt* m_pHeadingOffset;
     ValueNumericInt* m_pDeclination;
@@ -126,6 +141,7 @@ private:
     KvZANCommon::OverheadPassParams m_overheadParams;
     std::optional<KvZANCommon::OHPParamsVtSynchronizer> m_overheadSynchronizer;
     KvZANCommon::OverheadPassFilter m_overheadFilter;
+    FrequencyOf m_frequencyOf;
     StationCounts m_counts;
 };
 

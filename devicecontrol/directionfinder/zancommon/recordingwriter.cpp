@@ -1,4 +1,4 @@
-#include "zanserver/recordingwriter.h"
+#include "zancommon/recordingwriter.h"
 
 #include <QFileInfo>
 
@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace ZANServer {
+namespace KvZANCommon {
 
 namespace {
 
@@ -115,4 +115,4 @@ bool RecordingWriter::WriteLine() {
     return m_file->write(m_line) == m_line.size() || Fail(u"cannot be written: "_s + m_file->errorString());
 }
 
-} // namespace ZANServer
+} // namespace KvZANCommon

@@ -1,4 +1,4 @@
-#include "zanserver/recordingreader.h"
+#include "zancommon/recordingreader.h"
 
 #include <QFileInfo>
 #include <QIODevice>
@@ -12,7 +12,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace ZANServer {
+namespace KvZANCommon {
 
 namespace {
 
@@ -108,11 +108,15 @@ std::optional<RecordingReader::BadLine> ParseField(const RecordingColumn& column
 RecordingReader::RecordingReader()
     : m_buffer(BUFFER_SIZE) {}
 
-bool RecordingReader::Open(const QString& fileName) {
+bool RecordingReader::Open(const QString& name) {
     m_file.close();
-    m_file.setFileName(fileName);
-    Reset(m_file, fileName);
-    if (QFileInfo(fileName).isDir()) {
+    m_stream.close();
+    if (InterruptibleInput::IsStream(name)) {
+        return OpenStream(name);
+    }
+    m_file.setFileName(name);
+    Reset(m_file, name);
+    if (QFileInfo(name).isDir()) {
         return Fail(u"is a directory"_s);
     }
     // Unbuffered: the reader has its own buffer.
@@ -121,6 +125,12 @@ bool RecordingReader::Open(const QString& fileName) {
     }
     m_size = m_file.size();
     return ReadHeader();
+}
+
+bool RecordingReader::OpenStream(const QString& name) {
+    Reset(m_stream, name);
+    m_isHeaderDue = m_stream.Open(name);
+    return m_isHeaderDue || Fail(u"cannot be opened: "_s + m_stream.errorString());
 }
 
 bool RecordingReader::Open(QIODevice& device, const QString& name) {
@@ -137,6 +147,7 @@ void RecordingReader::Reset(QIODevice& device, const QString& name) {
     m_end = 0;
     m_size = 0;
     m_received = 0;
+    m_isHeaderDue = false;
     m_skipping = false;
     m_lineNumber = 0;
     m_lastTimeMs = 0;
@@ -175,9 +186,23 @@ std::optional<RecordedBearing> RecordingReader::NextIfHere() {
     return Read(false);
 }
 
+void RecordingReader::Interrupt() {
+    m_isInterrupted = true;
+    m_stream.Interrupt();
+}
+
+void RecordingReader::Resume() {
+    m_isInterrupted = false;
+    m_stream.Resume();
+}
+
 std::optional<RecordedBearing> RecordingReader::Read(bool mayWait) {
     std::optional<RecordedBearing> bearing(std::in_place);
-    while (m_pDevice && (mayWait || IsLineHere())) {
+    if (m_isHeaderDue && m_pDevice && (mayWait || IsLineHere())) {
+        m_isHeaderDue = false;
+        ReadHeader();
+    }
+    while (m_pDevice && !m_isHeaderDue && (mayWait || IsLineHere())) {
         std::string_view line;
         const Line kind = ReadLine(line);
         if (kind == Line::End || (line.empty() && AtEnd())) {
@@ -364,4 +389,4 @@ QString RecordingReader::GetReasonText(BadLine reason) {
     return TEXTS[static_cast<std::size_t>(reason)].toString();
 }
 
-} // namespace ZANServer
+} // namespace KvZANCommon

@@ -1,4 +1,4 @@
-#include "zanserver/replaydriver.h"
+#include "replay/replaydriver.h"
 
 #include <algorithm>
 #include <chrono>
@@ -7,9 +7,14 @@
 
 using namespace Qt::StringLiterals;
 
-namespace ZANServer {
+namespace Replay {
+
+using KvZANCommon::RecordedBearing;
+using KvZANCommon::RecordingReader;
 
 namespace {
+
+constexpr double AS_FAST_AS_POSSIBLE = 0.0;
 
 /// The longest block of a scan.
 constexpr std::size_t MAX_BLOCK = 60000;
@@ -42,47 +47,27 @@ Bearing ToBearing(const RecordedBearing& row) {
 
 } // namespace
 
-ReplayDriver::ReplayDriver(KvZANCommon::ILegacyDriverCallback& callback, double pace)
-    : m_callback(callback)
-    , m_pace(pace) {}
+ReplayDriver::ReplayDriver(KvZANCommon::ILegacyDriverCallback& callback)
+    : m_callback(callback) {}
 
 ReplayDriver::~ReplayDriver() {
     Stop();
 }
 
-QStringList ReplayDriver::GetBadLineSummary() const {
-    QStringList summary;
-    for (int i = 0; i < static_cast<int>(RecordingReader::BadLine::COUNT); ++i) {
-        const auto reason = static_cast<RecordingReader::BadLine>(i);
-        if (const quint64 count = m_reader.GetBadLineCount(reason); count > 0) {
-            summary.append(RecordingReader::GetReasonText(reason) + u": "_s + QString::number(count));
-        }
-    }
-    return summary;
+KvZANCommon::DriverDescription ReplayDriver::Describe() {
+    return {u"replay"_s, u"replays a recording of bearings"_s, u"FILE"_s, u"bearings.csv"_s, {EMODE_SCAN}};
 }
 
 int ReplayDriver::Initialize(std::string& recording, bool /*simulation*/) {
     Stop();
     m_reader.Resume();
     m_reportedLines = 0;
-    m_progress = 0.0;
+    m_toldProgress = 0.0;
     m_blockCount = 0;
     const QString name = QString::fromStdString(recording);
     ReportCommand(u"open "_s + name);
-    m_stream.close();
-    m_streamName.clear();
-    if (!InterruptibleInput::IsStream(name)) {
-        m_lastError = m_reader.Open(name) ? QString() : m_reader.GetErrorText();
-    } else if (m_stream.Open(name)) {
-        m_streamName = name; // its header is read later, because it may take long to arrive
-        m_lastError.clear();
-    } else {
-        m_lastError = name + u": cannot be opened: "_s + m_stream.errorString();
-    }
-    if (!m_lastError.isEmpty()) {
-        return FAILED;
-    }
-    return OK;
+    m_lastError = m_reader.Open(name) ? QString() : m_reader.GetErrorText();
+    return m_lastError.isEmpty() ? OK : FAILED;
 }
 
 QString ReplayDriver::GetLastError() {
@@ -102,9 +87,25 @@ long ReplayDriver::SetMode(EMode mode) {
     return OK;
 }
 
+long ReplayDriver::SetTest(QString command) {
+    ReportCommand(u"test "_s + command);
+    const QStringList words = command.simplified().split(u' ');
+    if (words.size() != 2 || words[0] != u"speed") {
+        m_lastError = u"\"%1\" is not known; there is: speed realtime|N|max"_s.arg(command);
+        return FAILED;
+    }
+    bool isNumber = words[1] == u"realtime" || words[1] == u"max";
+    const double pace = isNumber ? (words[1] == u"max" ? AS_FAST_AS_POSSIBLE : 1.0) : words[1].toDouble(&isNumber);
+    if (!isNumber || !std::isfinite(pace) || (pace <= 0.0 && words[1] != u"max")) {
+        m_lastError = u"speed takes realtime, max or a number above 0, not "_s + words[1];
+        return FAILED;
+    }
+    m_pace = pace;
+    return OK;
+}
+
 void ReplayDriver::Start() {
     m_isStopping = false;
-    m_stream.Resume();
     m_reader.Resume();
     m_firstTime.reset();
     m_thread = std::thread([this] { Replay(); });
@@ -119,13 +120,12 @@ void ReplayDriver::Stop() {
         m_isStopping = true;
     }
     m_stopRequested.notify_all();
-    m_stream.Interrupt();
     m_reader.Interrupt();
     m_thread.join();
 }
 
 void ReplayDriver::Replay() {
-    std::optional<RecordedBearing> row = BeginStream() ? Tell(m_reader.Next()) : std::nullopt;
+    std::optional<RecordedBearing> row = Tell(m_reader.Next());
     while (row && WaitFor(row->timeMs)) {
         const RecordedBearing first = *row;
         m_block.clear();
@@ -142,22 +142,39 @@ void ReplayDriver::Replay() {
     if (!m_reader.GetErrorText().isEmpty() && !IsStopping()) {
         Report(m_reader.GetErrorText(), true);
     }
+    TellBadLines();
     ReportCommand(u"end of the recording"_s);
     m_callback.CloseDataLink();
 }
 
-/// Reads the header line of a stream. False when the stream has another one, or none.
-bool ReplayDriver::BeginStream() {
-    return m_streamName.isEmpty() || m_reader.Open(m_stream, std::exchange(m_streamName, {}));
-}
-
-/// Updates the progress and reports the bad lines that were found while reading a row; returns the row.
+/// Reports the progress and the bad lines that were found while reading a row; returns the row.
 std::optional<RecordedBearing> ReplayDriver::Tell(std::optional<RecordedBearing> row) {
-    m_progress = m_reader.GetProgress();
+    TellProgress();
     while (m_reportedLines < m_reader.GetBadLineTexts().size()) {
         Report(m_reader.GetBadLineTexts().at(m_reportedLines++), false);
     }
     return row;
+}
+
+void ReplayDriver::TellProgress() {
+    constexpr double STEP = 0.01;
+    double progress = m_reader.GetProgress();
+    if (progress >= m_toldProgress + STEP || (progress >= 1.0 && m_toldProgress < 1.0)) {
+        m_toldProgress = progress;
+        m_callback.fillTestValuesBuffer(&progress, 1);
+    }
+}
+
+/// One result per kind of bad lines, with their number.
+void ReplayDriver::TellBadLines() {
+    for (int i = 0; i < static_cast<int>(RecordingReader::BadLine::COUNT); ++i) {
+        const auto reason = static_cast<RecordingReader::BadLine>(i);
+        if (const quint64 count = m_reader.GetBadLineCount(reason); count > 0) {
+            KvZANCommon::ErrorStruct result{
+                FAILED, false, RecordingReader::GetReasonText(reason) + u": "_s + QString::number(count)};
+            m_callback.ReportBITResult(result);
+        }
+    }
 }
 
 void ReplayDriver::Report(const QString& text, bool isFatal) {
@@ -204,4 +221,4 @@ void ReplayDriver::Deliver(const RecordedBearing& platform) {
     m_callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(m_block.size()), m_block.data(), status);
 }
 
-} // namespace ZANServer
+} // namespace Replay

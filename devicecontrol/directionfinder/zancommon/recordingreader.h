@@ -1,9 +1,10 @@
 #pragma once
 
-#include "zanserver_export.h"
+#include "zancommon_export.h"
 
 #include "connections/inputfile.h"
-#include "zanserver/recordedbearing.h"
+#include "connections/interruptibleinput.h"
+#include "zancommon/recordedbearing.h"
 
 #include <QString>
 #include <QStringList>
@@ -17,7 +18,7 @@
 
 class QIODevice;
 
-namespace ZANServer {
+namespace KvZANCommon {
 
 /// Reads a bearing recording, one row per call.
 ///
@@ -31,7 +32,7 @@ namespace ZANServer {
 /// while (const std::optional<RecordedBearing> bearing = reader.Next()) { ... }
 /// if (!reader.GetErrorText().isEmpty()) { ... reading broke off ... }
 /// \endcode
-class ZANSERVER_EXPORT RecordingReader {
+class ZANCOMMON_EXPORT RecordingReader {
 public:
     /// Why a line is not a valid row.
     enum class BadLine {
@@ -55,8 +56,9 @@ public:
 
     /// Opens a file and reads its header line; while it is open, outputs refuse it (`OutputFile`). False with
     /// an error text when it cannot be opened, is a directory or empty, or its header line is missing or has
-    /// other columns. All counts are reset.
-    bool Open(const QString& fileName);
+    /// other columns. All counts are reset. The header line of a stream (`InterruptibleInput`: a FIFO, or "-")
+    /// may take long to arrive: it is read with the first row, and its faults are told then.
+    bool Open(const QString& name);
     /// Reads from a device that is open for reading, from its current position; it is not owned and must
     /// outlive the last call of `Next`. Its `read` returns 0 at the end and below 0 on an error; for a
     /// sequential device, `waitForReadyRead` says whether reading would wait.
@@ -69,9 +71,9 @@ public:
     std::optional<RecordedBearing> NextIfHere();
 
     /// From any thread: reading ends, as at the end of the recording, now and until `Resume`. A reader that
-    /// skips gigabytes of lines that are not rows would not end for long otherwise.
-    void Interrupt() { m_isInterrupted = true; }
-    void Resume() { m_isInterrupted = false; }
+    /// waits for a stream, or skips gigabytes of lines that are not rows, would not end for long otherwise.
+    void Interrupt();
+    void Resume();
 
     /// Why `Open` or reading failed; empty without a failure.
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
@@ -88,24 +90,27 @@ public:
 private:
     enum class Line { Complete, TooLong, End };
 
-    ZANSERVER_NO_EXPORT void Reset(QIODevice& device, const QString& name);
-    ZANSERVER_NO_EXPORT bool Fail(const QString& text);
-    ZANSERVER_NO_EXPORT bool ReadHeader();
-    ZANSERVER_NO_EXPORT std::optional<RecordedBearing> Read(bool mayWait);
-    ZANSERVER_NO_EXPORT Line ReadLine(std::string_view& line);
-    ZANSERVER_NO_EXPORT bool IsLineHere();
-    ZANSERVER_NO_EXPORT void DropRest();
-    [[nodiscard]] ZANSERVER_NO_EXPORT const char* FindNewline() const;
-    ZANSERVER_NO_EXPORT bool Fill();
-    ZANSERVER_NO_EXPORT bool AtEnd();
-    ZANSERVER_NO_EXPORT bool ParseRow(std::string_view line, RecordedBearing& bearing);
-    ZANSERVER_NO_EXPORT bool Reject(std::string_view line, const RecordingColumn& column, const char* field,
+    ZANCOMMON_NO_EXPORT void Reset(QIODevice& device, const QString& name);
+    ZANCOMMON_NO_EXPORT bool Fail(const QString& text);
+    ZANCOMMON_NO_EXPORT bool OpenStream(const QString& name);
+    ZANCOMMON_NO_EXPORT bool ReadHeader();
+    ZANCOMMON_NO_EXPORT std::optional<RecordedBearing> Read(bool mayWait);
+    ZANCOMMON_NO_EXPORT Line ReadLine(std::string_view& line);
+    ZANCOMMON_NO_EXPORT bool IsLineHere();
+    ZANCOMMON_NO_EXPORT void DropRest();
+    [[nodiscard]] ZANCOMMON_NO_EXPORT const char* FindNewline() const;
+    ZANCOMMON_NO_EXPORT bool Fill();
+    ZANCOMMON_NO_EXPORT bool AtEnd();
+    ZANCOMMON_NO_EXPORT bool ParseRow(std::string_view line, RecordedBearing& bearing);
+    ZANCOMMON_NO_EXPORT bool Reject(std::string_view line, const RecordingColumn& column, const char* field,
                                     BadLine reason);
     template <class MakeText>
     void Count(BadLine reason, MakeText makeText);
 
     std::atomic<bool> m_isInterrupted = false;
     InputFile m_file;
+    InterruptibleInput m_stream;
+    bool m_isHeaderDue = false; // of a stream
     QIODevice* m_pDevice = nullptr; // null: nothing to read
     QString m_name;
     QString m_errorText;
@@ -122,4 +127,4 @@ private:
     QStringList m_badLineTexts;
 };
 
-} // namespace ZANServer
+} // namespace KvZANCommon

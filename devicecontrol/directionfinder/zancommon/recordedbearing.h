@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-namespace ZANServer {
+namespace KvZANCommon {
 
 /// One row of a bearing recording. Optional members without a value were not measured.
 struct RecordedBearing {
@@ -75,4 +75,4 @@ inline constexpr std::array<RecordingColumn, 12> RECORDING_COLUMNS = [] {
     }};
 }();
 
-} // namespace ZANServer
+} // namespace KvZANCommon

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "zanserver_export.h"
+#include "zancommon_export.h"
 
-#include "zanserver/recordedbearing.h"
+#include "zancommon/recordedbearing.h"
 
 #include <QByteArray>
 #include <QSaveFile>
@@ -10,7 +10,7 @@
 
 #include <optional>
 
-namespace ZANServer {
+namespace KvZANCommon {
 
 /// Writes a bearing recording that `RecordingReader` reads back.
 ///
@@ -18,7 +18,7 @@ namespace ZANServer {
 /// altitude 1, the quality 0; time and frequency are written in full.
 ///
 /// The file gets its name only with `Commit`; until then, and on any failure, an existing file stays.
-class ZANSERVER_EXPORT RecordingWriter {
+class ZANCOMMON_EXPORT RecordingWriter {
 public:
     /// Begins a recording and writes its header line. False with an error text when the file cannot be
     /// written, or the name is that of a directory or device.
@@ -36,8 +36,8 @@ public:
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
 
 private:
-    ZANSERVER_NO_EXPORT bool Fail(const QString& text);
-    ZANSERVER_NO_EXPORT bool WriteLine();
+    ZANCOMMON_NO_EXPORT bool Fail(const QString& text);
+    ZANCOMMON_NO_EXPORT bool WriteLine();
 
     QString m_fileName;
     std::optional<QSaveFile> m_file; // has a value while a recording is written
@@ -46,4 +46,4 @@ private:
     QString m_errorText;
 };
 
-} // namespace ZANServer
+} // namespace KvZANCommon

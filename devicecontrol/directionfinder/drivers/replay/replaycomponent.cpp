@@ -1,0 +1,4 @@
+#include "replay/replaydriver.h"
+#include "zancommon/drivercomponent.h"
+
+ZAN_DEFINE_DRIVER(Replay::ReplayDriver)

@@ -1,0 +1,163 @@
+#include "zanserver/driverlink.h"
+
+#include <QEventLoop>
+
+#include <algorithm>
+#include <exception>
+#include <string>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace ZANServer {
+
+namespace {
+
+/// Opens the device. Returns why it could not be opened; empty when it is open.
+QString Initialize(KvZANCommon::IDriver& driver, const QString& deviceAddress) {
+    try {
+        std::string address = deviceAddress.toStdString();
+        const int result = driver.Initialize(address, false);
+        if (result == 0) {
+            return {};
+        }
+        const QString reason = driver.GetLastError();
+        return reason.isEmpty() ? u"the driver could not open the device (code %1)"_s.arg(result) : reason;
+    } catch (const std::exception& exception) {
+        return u"the driver threw an exception: "_s + QString::fromLocal8Bit(exception.what());
+    } catch (...) {
+        return u"the driver threw an exception"_s;
+    }
+}
+
+} // namespace
+
+DriverLink::DriverLink(DriverThread::Factory factory, QString address, const QString& stationAddress,
+                       Kind kind, std::chrono::milliseconds firstDelay, DriverThread::Timeout timeout)
+    : m_address(std::move(address))
+    , m_kind(kind)
+    , m_firstDelay(firstDelay)
+    , m_delay(firstDelay)
+    , m_receiver(std::make_shared<DriverReceiver>(stationAddress))
+    , m_thread(std::make_unique<DriverThread>(std::move(factory), m_receiver, std::move(timeout))) {
+    connect(m_thread.get(), &DriverThread::Failed, this, &DriverLink::OnFailed);
+    connect(m_thread.get(), &DriverThread::GivenUp, this, &DriverLink::OnGivenUp);
+    connect(m_receiver.get(), &DriverReceiver::LinkClosed, this, &DriverLink::OnLinkClosed);
+    connect(m_receiver.get(), &DriverReceiver::ErrorReported, this,
+            [this](const KvZANCommon::ErrorStruct& error) {
+                if (error.fatal) {
+                    Lose(error.text);
+                }
+            });
+    m_nextAttempt.setSingleShot(true);
+    m_nextAttempt.callOnTimeout(this, &DriverLink::Connect);
+}
+
+DriverLink::~DriverLink() {
+    Close();
+}
+
+void DriverLink::Open() {
+    Connect();
+}
+
+void DriverLink::SetState(State state, const QString& reason) {
+    m_state = state;
+    m_reason = reason;
+    Q_EMIT StateChanged();
+}
+
+void DriverLink::Connect() {
+    SetState(State::Connecting, m_reason);
+    m_hasClosedWhileConnecting = false;
+    const auto failure = std::make_shared<QString>();
+    m_thread->Post(
+        DriverCall::Initialize,
+        [failure, address = m_address](KvZANCommon::IDriver& driver) { *failure = Initialize(driver, address); },
+        [this, failure] { OnInitialized(*failure); });
+}
+
+void DriverLink::OnInitialized(const QString& failure) {
+    if (m_state != State::Connecting) {
+        return;
+    }
+    if (!failure.isEmpty()) {
+        Lose(failure);
+        return;
+    }
+    m_delay = m_firstDelay;
+    m_isLossTold = false;
+    SetState(State::Connected, {});
+    Q_EMIT Connected();
+    if (m_hasClosedWhileConnecting) {
+        OnLinkClosed();
+    }
+}
+
+void DriverLink::Lose(const QString& reason) {
+    if (m_state != State::Connected && m_state != State::Connecting) {
+        return;
+    }
+    if (m_kind == Kind::Device) {
+        m_nextAttempt.start(m_delay);
+    }
+    m_delay = std::min(2 * m_delay, m_firstDelay * (LONGEST_DELAY / FIRST_DELAY));
+    SetState(State::Lost, reason);
+    if (!std::exchange(m_isLossTold, true)) {
+        Q_EMIT Lost(reason);
+    }
+}
+
+void DriverLink::OnFailed(DriverCall kind, const QString& reason) {
+    if (kind == DriverCall::Create) {
+        Lose(reason);
+    } else {
+        Q_EMIT CallFailed(reason);
+    }
+}
+
+void DriverLink::OnGivenUp(const QString& reason) {
+    m_nextAttempt.stop();
+    if (m_state != State::Closed) {
+        SetState(State::GivenUp, reason);
+        Q_EMIT GivenUp(reason);
+    }
+}
+
+void DriverLink::OnLinkClosed() {
+    if (m_state == State::Connecting) {
+        m_hasClosedWhileConnecting = true;
+    } else if (m_kind == Kind::Device) {
+        Lose(u"the driver has closed the link"_s);
+    } else if (m_state == State::Connected) {
+        SetState(State::Closed, {});
+        Q_EMIT Ended();
+    }
+}
+
+void DriverLink::Close() {
+    if (!m_thread) {
+        return;
+    }
+    m_nextAttempt.stop();
+    if (!m_thread->IsGivenUp()) {
+        m_state = State::Closed;
+        // The receiver goes on meanwhile: a driver that waits for room in its queue could not be stopped.
+        QEventLoop loop;
+        connect(m_thread.get(), &DriverThread::GivenUp, &loop, &QEventLoop::quit);
+        connect(m_thread.get(), &DriverThread::Failed, &loop, [&loop](DriverCall kind) {
+            if (kind == DriverCall::SetMode || kind == DriverCall::Create) {
+                loop.quit();
+            }
+        });
+        m_thread->Post(
+            DriverCall::SetMode, [](KvZANCommon::IDriver& driver) { driver.SetMode(EMODE_STANDBY); },
+            [&loop] { loop.quit(); });
+        loop.exec();
+        m_receiver->PassOnWaiting();
+        m_receiver->CutOff();
+    }
+    m_thread.reset();
+}
+
+} // namespace ZANServer

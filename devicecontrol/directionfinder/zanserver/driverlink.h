@@ -1,0 +1,103 @@
+#pragma once
+
+#include "zanserver_export.h"
+
+#include "zanserver/driverreceiver.h"
+#include "zanserver/driverthread.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <chrono>
+#include <memory>
+
+namespace ZANServer {
+
+/// The link to a driver's device: opens it, and when it is lost, opens it again and again.
+///
+/// A device is lost when the driver closes the link or reports a fatal error. The next attempt follows after a
+/// second, and each further one after twice as long, up to `LONGEST_DELAY`. A recording is not opened again:
+/// when the driver closes the link, it has ended. Belongs to the main thread, on which all signals are emitted.
+class ZANSERVER_EXPORT DriverLink final : public QObject {
+    Q_OBJECT
+
+public:
+    enum class State {
+        Closed,     ///< not opened, closed by `Close`, or a recording that has ended
+        Connecting, ///< `Initialize` is being called
+        Connected,  ///< the device is open: settings and modes can be called
+        Lost,       ///< waits for the next attempt, if there is one
+        GivenUp     ///< a call has not returned; nothing more will happen
+    };
+    Q_ENUM(State)
+
+    enum class Kind { Device, Recording };
+
+    static constexpr std::chrono::milliseconds FIRST_DELAY{1000};
+    static constexpr std::chrono::milliseconds LONGEST_DELAY{30000};
+
+    /// \param factory        makes the driver (`DriverThread`)
+    /// \param address        of the device, in the driver's notation
+    /// \param stationAddress that the driver is told when it asks for the address of the device
+    /// \param firstDelay     after a loss; all delays are in proportion to it
+    DriverLink(DriverThread::Factory factory, QString address, const QString& stationAddress,
+               Kind kind = Kind::Device, std::chrono::milliseconds firstDelay = FIRST_DELAY,
+               DriverThread::Timeout timeout = GetTimeout);
+    DriverLink(const DriverLink&) = delete;
+    DriverLink& operator=(const DriverLink&) = delete;
+    /// Closes the link.
+    ~DriverLink() override;
+
+    /// Opens the device. Once.
+    void Open();
+    /// Sets the device to standby, passes on what it has delivered until then, and destroys the driver. No
+    /// signal but those of the receiver is emitted. Runs the event loop meanwhile, no longer than the time-outs
+    /// of the calls.
+    void Close();
+
+    [[nodiscard]] State GetState() const { return m_state; }
+    /// Why the device is lost or the driver given up; empty while it is neither.
+    [[nodiscard]] const QString& GetReason() const { return m_reason; }
+    /// The driver's callback.
+    [[nodiscard]] DriverReceiver& GetReceiver() const { return *m_receiver; }
+    /// Carries out the calls. Call the driver only while it is connected. Not after `Close`.
+    [[nodiscard]] DriverThread& GetThread() const { return *m_thread; }
+
+Q_SIGNALS:
+    /// `GetState` or `GetReason` has changed. Before the signal that tells what has happened.
+    void StateChanged();
+    /// The device is open, for the first time or again.
+    void Connected();
+    /// The device could not be opened, or is lost. Once until it is connected again, whatever the attempts say.
+    void Lost(const QString& reason);
+    /// The recording has been read.
+    void Ended();
+    /// A call has not returned in time.
+    void GivenUp(const QString& reason);
+    /// A call other than `Initialize` has thrown.
+    void CallFailed(const QString& reason);
+
+private:
+    ZANSERVER_NO_EXPORT void Connect();
+    ZANSERVER_NO_EXPORT void SetState(State state, const QString& reason);
+    ZANSERVER_NO_EXPORT void OnInitialized(const QString& failure);
+    ZANSERVER_NO_EXPORT void OnFailed(DriverCall kind, const QString& reason);
+    ZANSERVER_NO_EXPORT void OnGivenUp(const QString& reason);
+    ZANSERVER_NO_EXPORT void OnLinkClosed();
+    ZANSERVER_NO_EXPORT void Lose(const QString& reason);
+
+    const QString m_address;
+    const Kind m_kind;
+    const std::chrono::milliseconds m_firstDelay;
+    std::chrono::milliseconds m_delay; // before the next attempt
+    const std::shared_ptr<DriverReceiver> m_receiver;
+    std::unique_ptr<DriverThread> m_thread; // null after `Close`
+    QTimer m_nextAttempt;
+    State m_state = State::Closed;
+    QString m_reason;
+    bool m_isLossTold = false;
+    bool m_hasClosedWhileConnecting = false;
+};
+
+} // namespace ZANServer

@@ -1,0 +1,269 @@
+#include "zanserver/driverlink.h"
+
+#include "support/eventloop.h"
+#include "support/printing.h"
+#include "zancommon/nulldriver.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QStringList>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace ZANServer;
+using namespace std::chrono_literals;
+using KvZANCommon::IDriverCallback;
+
+namespace {
+
+/// What a driver does when its device is opened, and what it was called.
+struct Device {
+    std::function<int(IDriverCallback& callback)> onInitialize = [](IDriverCallback&) { return 0; };
+    std::function<void()> onStandby = [] {};
+    std::atomic<int> attempts = 0;
+    std::atomic<int> alive = 0; // drivers
+    std::atomic<IDriverCallback*> callback = nullptr;
+    std::string address;
+};
+
+class DeviceDriver final : public KvZANCommon::NullDriver {
+public:
+    explicit DeviceDriver(Device& device)
+        : m_device(device) {
+        ++m_device.alive;
+    }
+    ~DeviceDriver() override { --m_device.alive; }
+    void SetCallback(IDriverCallback* callback) override { m_device.callback = callback; }
+    int Initialize(std::string& address, bool /*simulation*/) override {
+        m_device.address = address;
+        ++m_device.attempts;
+        return m_device.onInitialize(*m_device.callback);
+    }
+    QString GetLastError() override { return u"no device"_s; }
+    long SetMode(EMode mode) override {
+        if (mode == EMODE_STANDBY) {
+            m_device.onStandby();
+        }
+        return 0;
+    }
+
+private:
+    Device& m_device;
+};
+
+void ReportFatal(IDriverCallback& callback, const QString& text) {
+    KvZANCommon::ErrorStruct error{-1, true, text};
+    callback.reportError(error);
+}
+
+int CountDescriptors() {
+    return static_cast<int>(QDir(u"/proc/self/fd"_s).entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System).size());
+}
+
+int CountThreads() {
+    return static_cast<int>(QDir(u"/proc/self/task"_s).entryList(QDir::NoDotAndDotDot | QDir::Dirs).size());
+}
+
+class DriverLinkTest : public testing::Test {
+protected:
+    std::unique_ptr<DriverLink> Make(DriverLink::Kind kind = DriverLink::Kind::Device,
+                                     std::chrono::milliseconds firstDelay = 1ms,
+                                     std::chrono::milliseconds timeout = 1min) {
+        auto link = std::make_unique<DriverLink>(
+            [this] { return std::make_unique<DeviceDriver>(*m_device); }, u"host:1"_s, u"station"_s, kind,
+            firstDelay, [timeout](DriverCall) { return timeout; });
+        QObject::connect(link.get(), &DriverLink::Connected, link.get(), [this] { ++m_connected; });
+        QObject::connect(link.get(), &DriverLink::Lost, link.get(),
+                         [this](const QString& reason) { m_lost.append(reason); });
+        QObject::connect(link.get(), &DriverLink::Ended, link.get(), [this] { ++m_ended; });
+        QObject::connect(link.get(), &DriverLink::GivenUp, link.get(),
+                         [this](const QString& reason) { m_givenUp.append(reason); });
+        return link;
+    }
+
+    Device* const m_device = new Device; // a driver that is given up uses it to the end of the process
+    int m_connected = 0;
+    int m_ended = 0;
+    QStringList m_lost;
+    QStringList m_givenUp;
+};
+
+} // namespace
+
+TEST_F(DriverLinkTest, DeviceIsOpenedAtItsAddress) {
+    const auto link = Make();
+    EXPECT_EQ(link->GetState(), DriverLink::State::Closed);
+    link->Open();
+    EXPECT_EQ(link->GetState(), DriverLink::State::Connecting);
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    EXPECT_EQ(link->GetState(), DriverLink::State::Connected);
+    EXPECT_EQ(m_device->address, "host:1");
+    EXPECT_EQ(m_device->callback.load()->GetDevAddress(), u"station"_s);
+    EXPECT_EQ(m_lost, QStringList());
+}
+
+TEST_F(DriverLinkTest, DeviceThatCannotBeOpenedIsReportedOnceAndSoughtUntilItIsThere) {
+    m_device->onInitialize = [this](IDriverCallback&) { return m_device->attempts < 5 ? -2 : 0; };
+    const auto link = Make();
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    EXPECT_EQ(m_device->attempts, 5);
+    EXPECT_EQ(m_lost, QStringList{u"no device"_s});
+}
+
+TEST_F(DriverLinkTest, AttemptsFollowOneAnotherMoreAndMoreSlowly) {
+    // The times are the rule: after 20, 40, 80 and 160 ms.
+    m_device->onInitialize = [this](IDriverCallback&) { return m_device->attempts < 5 ? -2 : 0; };
+    const auto link = Make(DriverLink::Kind::Device, 20ms);
+    QElapsedTimer timer;
+    timer.start();
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    EXPECT_GE(timer.elapsed(), 300);
+    EXPECT_EQ(DriverLink::FIRST_DELAY, 1s);
+    EXPECT_EQ(DriverLink::LONGEST_DELAY, 30s);
+}
+
+TEST_F(DriverLinkTest, InitializeThatThrowsIsAnAttemptThatHasFailed) {
+    m_device->onInitialize = [this](IDriverCallback&) {
+        return m_device->attempts < 2 ? throw std::runtime_error("no power") : 0;
+    };
+    const auto link = Make();
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    EXPECT_EQ(m_lost, QStringList{u"the driver threw an exception: no power"_s});
+}
+
+TEST_F(DriverLinkTest, DriverThatCannotBeCreatedIsTriedAgain) {
+    int attempts = 0;
+    DriverLink link(
+        [&]() -> std::unique_ptr<KvZANCommon::IDriver> {
+            if (++attempts < 3) {
+                throw std::runtime_error("no licence");
+            }
+            return std::make_unique<DeviceDriver>(*m_device);
+        },
+        u""_s, u""_s, DriverLink::Kind::Device, 1ms);
+    QStringList lost;
+    QObject::connect(&link, &DriverLink::Lost, &link, [&](const QString& reason) { lost.append(reason); });
+    link.Open();
+    EXPECT_TRUE(SpinUntil([&] { return link.GetState() == DriverLink::State::Connected; }));
+    EXPECT_EQ(lost, QStringList{u"creating the driver has failed: it threw an exception: no licence"_s});
+    link.Close();
+}
+
+TEST_F(DriverLinkTest, DeviceThatIsLostIsReportedOnceWithItsReasonAndOpenedAgain) {
+    const auto link = Make();
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    ReportFatal(*m_device->callback, u"the cable is gone"_s);
+    m_device->callback.load()->CloseDataLink();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 2; }));
+    EXPECT_EQ(m_lost, QStringList{u"the cable is gone"_s});
+    EXPECT_EQ(m_device->attempts, 2);
+    EXPECT_EQ(link->GetReason(), QString());
+}
+
+TEST_F(DriverLinkTest, DriverThatClosesTheLinkWhileItOpensTheDeviceHasLostIt) {
+    m_device->onInitialize = [this](IDriverCallback& callback) {
+        if (m_device->attempts == 1) {
+            callback.CloseDataLink();
+        }
+        return 0;
+    };
+    const auto link = Make();
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 2; }));
+    EXPECT_EQ(m_lost, QStringList{u"the driver has closed the link"_s});
+}
+
+TEST_F(DriverLinkTest, HundredLossesLeaveNoThreadAndNoDescriptorBehind) {
+    const auto link = Make();
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    const int threads = CountThreads();
+    const int descriptors = CountDescriptors();
+    for (int i = 1; i <= 100; ++i) {
+        m_device->callback.load()->CloseDataLink();
+        ASSERT_TRUE(SpinUntil([&] { return m_connected == 1 + i; }));
+    }
+    EXPECT_EQ(m_lost.size(), 100);
+    EXPECT_EQ(m_device->alive, 1);
+    EXPECT_EQ(CountThreads(), threads);
+    EXPECT_EQ(CountDescriptors(), descriptors);
+}
+
+TEST_F(DriverLinkTest, RecordingIsNotOpenedAgain) {
+    const auto link = Make(DriverLink::Kind::Recording);
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    m_device->callback.load()->CloseDataLink();
+    EXPECT_TRUE(SpinUntil([&] { return m_ended == 1; }));
+    EXPECT_EQ(m_lost, QStringList());
+    EXPECT_EQ(link->GetState(), DriverLink::State::Closed);
+    link->Close();
+    EXPECT_EQ(m_device->attempts, 1);
+}
+
+TEST_F(DriverLinkTest, ClosingSetsTheDeviceToStandbyAndPassesOnWhatItDeliversUntilThen) {
+    const auto link = Make();
+    int blocks = 0;
+    QObject::connect(&link->GetReceiver(), &DriverReceiver::BlockReceived, link.get(),
+                     [&](BearingBlock&) { ++blocks; });
+    m_device->onStandby = [this] {
+        std::vector<Bearing> bearings(100'000);
+        for (int i = 0; i < 50; ++i) { // ten times what the queue holds
+            unsigned long long time = 0;
+            KvZANCommon::StatusStruct status;
+            m_device->callback.load()->fillScanBuffer(0, time, 0, 100'000, bearings.data(), status);
+        }
+    };
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    link->Close();
+    EXPECT_EQ(blocks, 50);
+    EXPECT_EQ(m_device->alive, 0);
+    EXPECT_EQ(link->GetState(), DriverLink::State::Closed);
+}
+
+TEST_F(DriverLinkTest, NothingArrivesAfterClosing) {
+    const auto link = Make();
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    link->Close();
+    int blocks = 0;
+    QObject::connect(&link->GetReceiver(), &DriverReceiver::BlockReceived, link.get(),
+                     [&](BearingBlock&) { ++blocks; });
+    unsigned long long time = 0;
+    Bearing bearing;
+    KvZANCommon::StatusStruct status;
+    link->GetReceiver().fillScanBuffer(0, time, 0, 1, &bearing, status);
+    link->GetReceiver().PassOnWaiting();
+    EXPECT_EQ(blocks, 0);
+}
+
+TEST_F(DriverLinkTest, DriverThatHangsIsGivenUpAndClosingDoesNotWaitForIt) {
+    auto* const released = new std::promise<void>;
+    m_device->onInitialize = [future = released->get_future().share()](IDriverCallback&) {
+        future.wait();
+        return 0;
+    };
+    auto link = Make(DriverLink::Kind::Device, 1ms, 300ms);
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return !m_givenUp.isEmpty(); }));
+    EXPECT_EQ(m_givenUp, QStringList{u"Initialize has not returned within 0.3 s; the driver is given up"_s});
+    EXPECT_EQ(link->GetState(), DriverLink::State::GivenUp);
+    EXPECT_EQ(link->GetReason(), m_givenUp[0]);
+    link.reset();
+    released->set_value();
+    EXPECT_EQ(m_connected, 0);
+}
