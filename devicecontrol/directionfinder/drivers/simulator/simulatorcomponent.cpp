@@ -1,0 +1,4 @@
+#include "simulator/simulatordriver.h"
+#include "zancommon/drivercomponent.h"
+
+ZAN_DEFINE_DRIVER(Simulator::SimulatorDriver)
