@@ -18,6 +18,7 @@ foreach(
     ${LIBDIR}/libzancommon.so
     ${LIBDIR}/libzanplatform.so
     ${LIBDIR}/libzanserver.so
+    ${LIBDIR}/zancommon/components/libzandriver-simulator.so
     ${LIBDIR}/cmake/ZANCommon/ZANCommonConfig.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonConfigVersion.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonTargets.cmake
@@ -38,6 +39,8 @@ foreach(
     ${DATADIR}/doc/libzancommon-dev/docs/gettingstarted.md
     ${DATADIR}/doc/libzancommon-dev/examples/consumer/CMakeLists.txt
     ${DATADIR}/doc/zanstation/examples/Application.ini
+    ${DATADIR}/zancommon/scenarios/airfield.json
+    ${DATADIR}/zancommon/scenarios/ship.json
     ${DATADIR}/zancommon/translations/zancommon_de.qm)
     if(NOT EXISTS ${PREFIX}/${file})
         message(FATAL_ERROR "${file} is not installed.")

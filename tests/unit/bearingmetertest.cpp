@@ -123,6 +123,19 @@ TEST(BearingMeter, WatsonWattHasNoElevation) {
     EXPECT_EQ(Measure({SignalOf(-60.0, 71.5, 40.0)}, setup).front().elevation, Bearing::NOT_MEASURED);
 }
 
+TEST(BearingMeter, AnElevationIsNotBelowTheHorizon) {
+    for (const Bearing& bearing : Measure({SignalOf(-60.0, 71.5, -0.5)}, SetupOf(), 100)) {
+        EXPECT_GE(bearing.elevation, 0);
+        EXPECT_LT(bearing.elevation, 150);
+    }
+}
+
+TEST(BearingMeter, AnArbitraryDirectionHasNoElevation) {
+    const Bearing bearing = Measure({SignalOf(-119.9, 71.5, 40.0)}, SetupOf()).front();
+    EXPECT_GT(bearing.quality, 0);
+    EXPECT_EQ(bearing.elevation, Bearing::NOT_MEASURED);
+}
+
 TEST(BearingMeter, OfTwoInAChannelTheFarStrongerOneIsMeasured) {
     const std::vector<Bearing> bearings =
         Measure({SignalOf(-60.0, 71.5), SignalOf(-90.0, 200.0)}, SetupOf(), 500);

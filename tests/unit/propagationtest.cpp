@@ -15,6 +15,12 @@ TEST(Propagation, AzimuthIsClockwiseFromNorth) {
 }
 
 // A minute of latitude is a nautical mile; on the ellipsoid 1855.6 m at 55 degrees.
+TEST(Propagation, AHairLeftOfNorthIsNotTheFullCircle) {
+    const Sight sight = Propagation::Look({0.0, 0.0, 0.0}, {1.0, -1e-18, 0.0});
+    EXPECT_GE(sight.azimuth, 0.0);
+    EXPECT_LT(sight.azimuth, 360.0);
+}
+
 TEST(Propagation, DistanceIsThatOnTheEllipsoid) {
     EXPECT_NEAR(Propagation::Look({55.0, 5.0, 0.0}, {55.0 + 1.0 / 60.0, 5.0, 0.0}).distance, 1855.6, 0.3);
     EXPECT_NEAR(Propagation::Look({0.0, 5.0, 0.0}, {0.0, 5.0 + 1.0 / 60.0, 0.0}).distance, 1855.3, 0.1);

@@ -39,6 +39,26 @@ TEST(ScenarioReader, TheShippedScenariosAreRead) {
     }
 }
 
+TEST(ScenarioReader, TheExampleOfTheGuideIsRead) {
+    QFile guide(QStringLiteral(ZAN_TEST_DATA "/../../docs/simulator.md"));
+    ASSERT_TRUE(guide.open(QFile::ReadOnly));
+    const QByteArray text = guide.readAll();
+    const qsizetype begin = text.indexOf("```text\n{") + 8;
+    const QByteArray example = text.mid(begin, text.indexOf("```", begin) - begin);
+    ScenarioReader reader;
+    const std::optional<Scenario> scenario = reader.Read(example);
+    ASSERT_TRUE(scenario) << reader.GetErrorText().toStdString();
+    EXPECT_EQ(scenario->emitters.size(), 1U);
+}
+
+TEST(ScenarioReader, AllRangesTogetherHaveNoMoreChannelsThanTheDevice) {
+    const QByteArray most = R"({"start": 100e6, "step": 10e3, "stop": 699.99e6})";
+    EXPECT_TRUE(ScenarioReader().Read(DocumentOf(R"("wishes": [{"at": 1, "ranges": [)" + most + "]}]")));
+    EXPECT_EQ(RefusalOf(DocumentOf(R"("wishes": [{"at": 1, "ranges": [)" + most +
+                                   R"(, {"start": 100e6, "step": 1, "stop": 100e6}]}])")),
+              u"wishes[0].ranges[1].step: makes more channels than the device has");
+}
+
 TEST(ScenarioReader, WithoutANameItIsTheShip) {
     ScenarioReader reader;
     const std::optional<Scenario> scenario = reader.ReadFile({});

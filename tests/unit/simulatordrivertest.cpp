@@ -519,6 +519,29 @@ TEST_F(SimulatorDriverTest, NotMoreChannelsThanThereAreAreTaken) {
     EXPECT_EQ(m_driver.GetMaxChannelCount(EMODE_TDMA), 0);
 }
 
+TEST_F(SimulatorDriverTest, NumbersOfChannelsHaveSixteenBits) {
+    ASSERT_EQ(Open(Scenario()), OK);
+    auto numbered = Range(120e6, 25e3, 121e6); // 41 channels
+    numbered.SetFirstChannel(65'496);
+    numbered.SetLastChannel(65'536);
+    EXPECT_EQ(m_driver.AddFreqRange(&numbered), FAILED);
+    numbered.SetFirstChannel(65'495);
+    EXPECT_EQ(m_driver.AddFreqRange(&numbered), OK);
+    auto behind = Range(122e6, 25e3, 122e6, 1);
+    EXPECT_EQ(m_driver.AddFreqRange(&behind), FAILED);
+    EXPECT_EQ(MeasureBlocks(EMODE_SCAN, 1).front().bearings.back().channel, 65'535);
+}
+
+TEST_F(SimulatorDriverTest, TimesWithoutEndAreRefused) {
+    ASSERT_EQ(Open(Scenario()), OK);
+    auto range = Range(120e6, 25e3, 121e6);
+    range.GetDFSettings().averageTime = 1e300;
+    EXPECT_EQ(m_driver.AddFreqRange(&range), FAILED);
+    range.GetDFSettings().averageTime = -1.0;
+    range.GetDFSettings().measurementTime = std::nan("");
+    EXPECT_EQ(m_driver.AddFreqRange(&range), FAILED);
+}
+
 TEST_F(SimulatorDriverTest, WhatIsSetCanBeRead) {
     ASSERT_EQ(Open(Scenario()), OK);
     m_driver.SetFrequency(130e6);

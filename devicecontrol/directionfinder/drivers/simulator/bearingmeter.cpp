@@ -11,10 +11,12 @@ namespace Simulator {
 namespace {
 
 constexpr double TO_RADIANS = std::numbers::pi / 180.0;
-constexpr double LEVEL_DEVIATION = 0.5;   // dB, of one measurement
-constexpr double QUALITY_DEVIATION = 2.0; // of 100
+constexpr double LEVEL_DEVIATION = 0.5;      // dB, of one measurement
+constexpr double QUALITY_DEVIATION = 2.0;    // of 100
+constexpr double WORST_FOR_ELEVATION = 10.0; // degrees of deviation
 
-int FullCircle(double degrees) {
+/// Tenths of a degree, 0 to 3599.
+int ToTenths(double degrees) {
     constexpr int CIRCLE = 3600;
     const auto tenths = static_cast<int>(std::lround(std::remainder(degrees, 360.0) * 10.0));
     return tenths < 0 ? tenths + CIRCLE : tenths % CIRCLE;
@@ -31,7 +33,7 @@ double ToDecibel(double power) {
 
 /// \param azimuth degrees from true north
 bool Passes(const KvZANCommon::FilterSettingsStruct& filter, double azimuth, const Bearing& bearing) {
-    const int north = FullCircle(azimuth) * 10; // hundredths of a degree
+    const int north = ToTenths(azimuth) * 10; // hundredths of a degree
     const bool isInSector = filter.azimuthFrom <= filter.azimuthTo
                                 ? north >= filter.azimuthFrom && north <= filter.azimuthTo
                                 : north >= filter.azimuthFrom || north <= filter.azimuthTo;
@@ -129,14 +131,14 @@ Bearing BearingMeter::MakeBearing(const Cell& cell, const Setup& setup) {
     const double azimuthDeviation = deviation / std::max(std::cos(cell.elevation * TO_RADIANS), 0.01);
     const double azimuth =
         std::atan2(cell.east, cell.north) / TO_RADIANS + azimuthDeviation * m_random.Normal();
-    bearing.azimuth = static_cast<quint16>(FullCircle(azimuth + setup.azimuthOffset));
+    bearing.azimuth = static_cast<quint16>(ToTenths(azimuth + setup.azimuthOffset));
     bearing.azimuthSpread = static_cast<quint16>(std::min(std::lround(azimuthDeviation * 10.0), 1800L));
-    if (setup.method != METHOD_WAT) {
-        // A flat array sees little of a height that is near the horizon.
+    if (setup.method != METHOD_WAT && deviation <= WORST_FOR_ELEVATION) {
+        // A flat array sees little of a height that is near the horizon, and nothing below it.
         const double error =
-            deviation / std::max(std::sin(std::abs(cell.elevation) * TO_RADIANS), 0.3) * m_random.Normal();
+            deviation / std::max(std::sin(cell.elevation * TO_RADIANS), 0.3) * m_random.Normal();
         bearing.elevation =
-            static_cast<qint16>(std::lround(std::clamp(cell.elevation + error, -90.0, 90.0) * 10.0));
+            static_cast<qint16>(std::lround(std::clamp(cell.elevation + error, 0.0, 90.0) * 10.0));
     }
     const double quality = Accuracy::GetQuality(deviation) + QUALITY_DEVIATION * m_random.Normal();
     bearing.quality = static_cast<quint16>(std::lround(std::clamp(quality, 1.0, 100.0)));

@@ -68,8 +68,8 @@ Sight Propagation::Look(const Place& from, const Place& to) {
     const double outward = here.cosLongitude * dx + here.sinLongitude * dy; // from the axis of the Earth
     const double north = here.cosLatitude * dz - here.sinLatitude * outward;
     const double up = here.cosLatitude * outward + here.sinLatitude * dz;
-    const double azimuth = Degrees(std::atan2(east, north));
-    return {std::sqrt(dx * dx + dy * dy + dz * dz), azimuth < 0.0 ? azimuth + 360.0 : azimuth,
+    const double azimuth = std::fmod(Degrees(std::atan2(east, north)) + 360.0, 360.0);
+    return {std::sqrt(dx * dx + dy * dy + dz * dz), azimuth,
             Degrees(std::atan2(up, std::sqrt(east * east + north * north)))};
 }
 

@@ -32,12 +32,16 @@ double ScanPlan::CountChannels(const FreqRangeDefinition& range) {
     return std::floor((range.GetStopFreq() - range.GetStartFreq()) / range.GetStepFreq() + ROUNDING) + 1.0;
 }
 
+unsigned long ScanPlan::GetFirstChannel(const FreqRangeDefinition& range, unsigned long nextChannel) {
+    const bool isNumbered = range.GetLastChannel() > 0;
+    return isNumbered ? range.GetFirstChannel() : nextChannel;
+}
+
 ScanPlan::ScanPlan(const Device& device, const DeviceSettings& settings, EMode mode) {
     unsigned long nextChannel = 0;
     for (std::size_t i = 0; i < settings.ranges.size(); ++i) {
         const FreqRangeDefinition& range = settings.ranges[i];
-        const bool isNumbered = range.GetLastChannel() > 0;
-        const unsigned long first = isNumbered ? range.GetFirstChannel() : nextChannel;
+        const unsigned long first = GetFirstChannel(range, nextChannel);
         AddRange(device, settings, mode, i, first);
         nextChannel = first + static_cast<unsigned long>(CountChannels(range));
     }

@@ -31,6 +31,10 @@ public:
     /// How long one measurement takes, seconds: as the settings say, else what the resolution needs.
     static double GetMeasurementTime(const KvZANCommon::DFSettingsStruct& settings, double resolution);
     static double CountChannels(const KvZANCommon::FreqRangeDefinition& range);
+    /// The number of a range's first channel, behind a range whose last channel was followed by another one.
+    /// \param nextChannel of the range before, 0: there is none
+    static unsigned long GetFirstChannel(const KvZANCommon::FreqRangeDefinition& range,
+                                         unsigned long nextChannel);
 
     ScanPlan() = default;
     /// Channels that are skipped, or that no antenna serves, are left out.

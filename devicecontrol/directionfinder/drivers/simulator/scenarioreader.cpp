@@ -3,6 +3,7 @@
 #include "simulator/faults.h"
 #include "simulator/jsonmembers.h"
 #include "simulator/receivepath.h"
+#include "simulator/scanplan.h"
 #include "zancommon/closedtable.h"
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zanoptions.h"
@@ -121,13 +122,15 @@ Swing ReadSwing(JsonMembers& members, const QString& name) {
 
 std::vector<ScanRange> ReadRanges(JsonMembers& members, const Device& device) {
     std::vector<ScanRange> ranges;
+    double channels = 0.0;
     members.ForEach(u"ranges"_s, MOST_OTHERS, [&](JsonMembers& each) {
         const ScanRange range{each.Number(u"start"_s, FREQUENCY), each.Number(u"step"_s, BANDWIDTH),
                               each.Number(u"stop"_s, FREQUENCY)};
         constexpr double MOST_CHANNELS = ZANCharacteristics::MAX_CHANNEL_COUNT_DEFAULT;
+        channels += ScanPlan::CountChannels(MakeRange(range, 0));
         if (range.stop < range.start) {
             each.Refuse(u"stop"_s, u"is below the start"_s);
-        } else if ((range.stop - range.start) / range.step >= MOST_CHANNELS) {
+        } else if (channels > MOST_CHANNELS) {
             each.Refuse(u"step"_s, u"makes more channels than the device has"_s);
         } else if (!ReceivePath::FindAntenna(device, range.start)) {
             each.Refuse(u"start"_s, u"is not in the range of an antenna"_s);

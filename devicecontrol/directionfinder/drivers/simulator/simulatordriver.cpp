@@ -75,8 +75,8 @@ auto FindRange(List& ranges, const FreqRangeDefinition& wanted) {
 DriverDescription SimulatorDriver::Describe() {
     return {u"simulator"_s,
             u"a simulated direction finder in a scenario of emitters"_s,
-            u"FILE"_s,
-            u"/usr/share/zancommon/scenarios/airfield.json"_s,
+            u"SCENARIO"_s,
+            u"airfield"_s,
             {EMODE_FFM, EMODE_WIDEBAND_FFM, EMODE_SCAN, EMODE_SEARCH}};
 }
 
@@ -345,21 +345,33 @@ long SimulatorDriver::AddFreqRange(FreqRangeDefinition* range) {
         return FAILED;
     }
     QString fault = FindFaultOf(range);
-    if (fault.isEmpty()) {
-        double channels = ScanPlan::CountChannels(*range);
-        for (const FreqRangeDefinition& each : m_session->state.GetSettings().ranges) {
-            channels += ScanPlan::CountChannels(each);
-        }
-        const auto first = static_cast<double>(range->GetLastChannel() > 0 ? range->GetFirstChannel() : 0);
-        if (channels > MOST_CHANNELS || first + ScanPlan::CountChannels(*range) > 65536.0) {
-            fault = u"there would be more than %1 channels"_s.arg(MOST_CHANNELS);
-        }
+    if (fault.isEmpty() && !HasChannelsFor(*range)) {
+        fault = u"there would be more than %1 channels"_s.arg(MOST_CHANNELS);
     }
     return fault.isEmpty() ? Change([range](DeviceSettings& settings) {
         settings.ranges.push_back(*range);
         ++settings.rangeChanges;
     })
                            : Refuse(fault);
+}
+
+/// A number of a channel has 16 bits.
+bool SimulatorDriver::HasChannelsFor(const FreqRangeDefinition& range) const {
+    constexpr unsigned long NUMBERS = 65536;
+    std::vector<FreqRangeDefinition> ranges = m_session->state.GetSettings().ranges;
+    ranges.push_back(range);
+    double count = 0.0;
+    unsigned long next = 0;
+    for (const FreqRangeDefinition& each : ranges) {
+        const unsigned long first = ScanPlan::GetFirstChannel(each, next);
+        const double channels = ScanPlan::CountChannels(each);
+        count += channels;
+        next = first + static_cast<unsigned long>(channels);
+        if (count > MOST_CHANNELS || first >= NUMBERS || next > NUMBERS) {
+            return false;
+        }
+    }
+    return true;
 }
 
 long SimulatorDriver::SetGPSTimeUsage(bool use) {
@@ -624,7 +636,7 @@ long SimulatorDriver::AlterMeasureSetting(double frequency, DFSettingsStruct dfS
         settings.df = dfSettings;
         settings.dem = demSettings;
         if (dfSettings.averageTime >= 0.0) {
-            settings.averageTime = std::min(dfSettings.averageTime, HIGHEST_AVERAGE_TIME);
+            settings.averageTime = dfSettings.averageTime;
         }
     })
                            : Refuse(fault);
@@ -842,6 +854,10 @@ QString SimulatorDriver::FindFaultOf(double frequency, EMode mode, const DFSetti
                                         mode == EMODE_STANDBY ? ANY_MODE : mode, frequency, settings);
     if (!path) {
         return u"no antenna serves "_s + InHertz(frequency);
+    }
+    if (!(settings.averageTime <= HIGHEST_AVERAGE_TIME) ||
+        !(settings.measurementTime <= HIGHEST_AVERAGE_TIME)) {
+        return u"a time is above %1 s"_s.arg(HIGHEST_AVERAGE_TIME);
     }
     const bool isMethodWanted = settings.method != -1;
     if (isMethodWanted && (settings.method < METHOD_WAT || settings.method > METHOD_VEC ||

@@ -137,6 +137,7 @@ private:
     void Log(QString line);
     long SetSpeed(const QString& speed);
     long SetFault(const QStringList& words);
+    [[nodiscard]] bool HasChannelsFor(const KvZANCommon::FreqRangeDefinition& range) const;
     [[nodiscard]] QString FindFaultOf(const KvZANCommon::FreqRangeDefinition* range) const;
     [[nodiscard]] QString FindFaultOf(double frequency, EMode mode,
                                       const KvZANCommon::DFSettingsStruct& settings) const;
