@@ -262,6 +262,41 @@ TEST(ScenarioReader, ADeviceIsOneOfTheCatalogue) {
               u"device.ranges[0].step: makes more channels than the device has");
 }
 
+TEST(ScenarioReader, WhatDoesNotFitTheDeviceIsRefused) {
+    EXPECT_EQ(RefusalOf(DocumentOf(R"("wishes": [{"at": 1, "frequency": 5e6}])")),
+              u"wishes[0].frequency: is not in the range of an antenna");
+    EXPECT_EQ(RefusalOf(DocumentOf(
+                  R"("wishes": [{"at": 1, "ranges": [{"start": 5e6, "step": 1e6, "stop": 30e6}]}])")),
+              u"wishes[0].ranges[0].start: is not in the range of an antenna");
+    EXPECT_EQ(RefusalOf(DocumentOf(
+                  R"("wishes": [{"at": 1, "ranges": [{"start": 30e6, "step": 1e6, "stop": 2e9}]}])")),
+              u"wishes[0].ranges[0].stop: is not in the range of an antenna");
+}
+
+TEST(ScenarioReader, AWayOfOnePointIsNotRepeated) {
+    EXPECT_EQ(RefusalOf("{" + DEVICE + R"(, "station": {"way": [{"at": 0, "latitude": 1, "longitude": 1}],
+                                                       "repeat": true}})"),
+              u"station.repeat: a way of one point cannot be repeated");
+}
+
+TEST(ScenarioReader, TextsAreBoundedAndAreTexts) {
+    EXPECT_EQ(RefusalOf(DocumentOf(R"("name": ")" + QByteArray(201, 'x') + R"(")")),
+              u"name: is longer than 200 characters");
+    EXPECT_EQ(RefusalOf("{" + STATION + R"(, "device": {"type": "ZANTIDE", "options": [1]}})"),
+              u"device.options: holds what is not a text");
+}
+
+TEST(ScenarioReader, AFileThatIsRefusedIsNamed) {
+    const QTemporaryDir directory;
+    QFile file(directory.filePath(u"one.json"_s));
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write("{\n]");
+    file.close();
+    ScenarioReader reader;
+    EXPECT_FALSE(reader.ReadFile(file.fileName()));
+    EXPECT_TRUE(reader.GetErrorText().startsWith(file.fileName() + u": line 2: "_s));
+}
+
 TEST(ScenarioReader, ListsAreBounded) {
     QByteArray emitters;
     for (int i = 0; i < 1001; ++i) {

@@ -769,6 +769,8 @@ TEST_F(SimulatorDriverTest, ACompassIsAskedAndAligned) {
     QString answer;
     ASSERT_EQ(m_driver.SendCompassCommand(0, u"ID?"_s, answer), OK);
     EXPECT_EQ(answer, u"gyro");
+    ASSERT_EQ(m_driver.SendCompassCommand(0, u"HDG?"_s, answer), OK);
+    EXPECT_EQ(answer, u"100.0");
     EXPECT_EQ(m_driver.SendCompassCommand(0, u"SINK"_s, answer), FAILED);
     EXPECT_EQ(m_driver.SendCompassCommand(1, u"ID?"_s, answer), FAILED);
     ASSERT_EQ(m_driver.SetCompassValue(1105), OK);
@@ -862,6 +864,180 @@ TEST_F(SimulatorDriverTest, BeforeItIsOpenedItAnswersWithFailure) {
     EXPECT_EQ(m_driver.SetMode(EMODE_FFM), FAILED);
     EXPECT_EQ(m_driver.SetMode(EMODE_STANDBY), OK);
     EXPECT_EQ(m_driver.GetReadCount(), 0);
+}
+
+TEST_F(SimulatorDriverTest, WithoutALinkNothingIsTakenAndNothingAnswered) {
+    ASSERT_EQ(Open(Scenario(NORTH)), OK);
+    ASSERT_EQ(m_driver.SetTest(u"fault lostlink on"_s), OK);
+    m_recorder.commands.clear();
+    auto range = Range(121e6, 25e3, 122e6);
+    long number = 0;
+    unsigned long value = 0;
+    unsigned long long time = 0;
+    double real = 0.0;
+    bool flag = false;
+    int count = 0;
+    QString answer;
+    GainControlStruct gain;
+    FilterSettingsStruct filter;
+    DFSettingsStruct df;
+    DEMSettingsStruct dem;
+    AntennaSetupStruct antenna;
+    AntennaPropertyStruct property;
+    AntennaSubRangeStruct subRange;
+    ConverterSetupStruct converter;
+    CompassPropertyStruct compass;
+    QList<ComponentInfo*> components;
+    const std::vector<long> commands{m_driver.SetMode(EMODE_FFM),
+                                     m_driver.Reset(),
+                                     m_driver.Calibrate(0),
+                                     m_driver.BIT(number, false, false),
+                                     m_driver.SetRfAttenuator(0, 0),
+                                     m_driver.SetFrequency(121.5e6),
+                                     m_driver.SetGainControl({u"auto"_s, -1, -1.0}),
+                                     m_driver.SetFilterSettings(filter),
+                                     m_driver.SetFilterSettings(&range),
+                                     m_driver.SetAverageTime(0.1),
+                                     m_driver.ResetAverage(),
+                                     m_driver.AddFreqRange(&range),
+                                     m_driver.SetGPSTimeUsage(true),
+                                     m_driver.SetAntennaSetup(antenna),
+                                     m_driver.SetConverterSetup(converter),
+                                     m_driver.SetAudioVolume(0),
+                                     m_driver.SetHoldTime(0, 0, 0),
+                                     m_driver.SearchHold(),
+                                     m_driver.SearchContinue(0),
+                                     m_driver.AlterMeasureSetting(121.5e6, df, dem),
+                                     m_driver.AlterMeasureSetting(&range),
+                                     m_driver.DeleteAllChannels(),
+                                     m_driver.SetSkip(0, 1, true),
+                                     m_driver.SetSRNumOfEmitters(true, 0),
+                                     m_driver.SetScanAveraging(1),
+                                     m_driver.RequestHWStatus(&components),
+                                     m_driver.SendCompassCommand(0, u"ID?"_s, answer),
+                                     m_driver.SetCompassValue(0)};
+    EXPECT_EQ(m_recorder.commands.size(), std::ssize(commands)); // each is told, and told once
+    const std::vector<long> questions{m_driver.GetGPSTimeUsage(flag),
+                                      m_driver.ReadCompass(0, value),
+                                      m_driver.GetFrequency(real),
+                                      m_driver.GetGainControl(gain),
+                                      m_driver.GetMeasureSettings(real, df, dem),
+                                      m_driver.GetFilterSettings(filter),
+                                      m_driver.GetAverageTime(real),
+                                      m_driver.GetAntennaProperty(0, property, subRange, count),
+                                      m_driver.GetAntennaSetup(0, antenna),
+                                      m_driver.GetConverterProperty(0, converter),
+                                      m_driver.GetConverterSetup(0, converter),
+                                      m_driver.GetCompassProperty(0, compass),
+                                      m_driver.GetSweepTime(number),
+                                      m_driver.GetZANTime(time)};
+    EXPECT_EQ(std::ranges::count(commands, FAILED), std::ssize(commands));
+    EXPECT_EQ(std::ranges::count(questions, FAILED), std::ssize(questions));
+    EXPECT_TRUE(components.isEmpty());
+    EXPECT_EQ(m_recorder.commands.size(), std::ssize(commands)); // who only asks is not told of
+}
+
+TEST_F(SimulatorDriverTest, SetupsThatDoNotFitTheDeviceAreRefused) {
+    ASSERT_EQ(Open("{" + Station(R"(, "compasses": [{"type": "gyro"}])") + "," + Device() + "}"), OK);
+    AntennaSetupStruct good;
+    ASSERT_EQ(m_driver.GetAntennaSetup(0, good), OK);
+    AntennaSetupStruct antenna = good;
+    antenna.converterHandle = 2;
+    EXPECT_EQ(m_driver.SetAntennaSetup(antenna), FAILED);
+    antenna = good;
+    antenna.compassHandle = 1;
+    EXPECT_EQ(m_driver.SetAntennaSetup(antenna), FAILED);
+    antenna = good;
+    antenna.mechanicalOffset = std::nan("");
+    EXPECT_EQ(m_driver.SetAntennaSetup(antenna), FAILED);
+    ConverterSetupStruct converter;
+    ASSERT_EQ(m_driver.GetConverterSetup(0, converter), OK);
+    converter.attenuation = -1;
+    EXPECT_EQ(m_driver.SetConverterSetup(converter), FAILED);
+    converter.attenuation = 0;
+    converter.type = CONVERTER_RCV01;
+    EXPECT_EQ(m_driver.SetConverterSetup(converter), FAILED);
+    converter.handle = 9;
+    EXPECT_EQ(m_driver.SetConverterSetup(converter), FAILED);
+    EXPECT_EQ(m_driver.GetConverterSetup(9, converter), FAILED);
+    EXPECT_EQ(m_driver.SetGainControl({u"manual"_s, 61, -1.0}), FAILED);
+    EXPECT_EQ(m_driver.SetScanAveraging(2), OK);
+}
+
+TEST_F(SimulatorDriverTest, AnAntennaWithoutSuperResolutionDoesNotGetIt) {
+    ASSERT_EQ(Open("{" + Station() + R"(, "device": {"type": "ZANTIDE", "converters": [{"type": "RCV03"}],
+                                                   "antennas": [{"name": "PX122"}]}})"),
+              OK);
+    DFSettingsStruct df;
+    df.superResolution = true;
+    EXPECT_EQ(SetDF(df), FAILED);
+    EXPECT_EQ(m_driver.GetLastError(), u"the antenna for 121500000 Hz has no super resolution");
+    EXPECT_EQ(m_driver.SetCompassValue(0), FAILED); // there is none
+}
+
+TEST_F(SimulatorDriverTest, ALinkThatIsLostForSecondsIsNotBackAtOnce) {
+    ASSERT_EQ(Open(Scenario(NORTH, R"(, "faults": [{"kind": "lostlink", "at": 1, "for": 1e6}])")), OK);
+    ASSERT_EQ(m_driver.SetMode(EMODE_FFM), OK);
+    ASSERT_TRUE(m_recorder.WaitUntil([this] { return m_recorder.closed == 1; }));
+    ASSERT_EQ(m_driver.SetTest(u"speed realtime"_s), OK);
+    std::string address = m_directory.filePath(u"scenario.json"_s).toStdString();
+    EXPECT_EQ(m_driver.Initialize(address, false), FAILED);
+    EXPECT_EQ(m_driver.GetLastError(), u"the link to the device is lost");
+}
+
+TEST_F(SimulatorDriverTest, WhatHasNoChannelsDeliversNone) {
+    ASSERT_EQ(Open(Scenario(NORTH)), OK);
+    for (const EMode mode : {EMODE_SCAN, EMODE_SEARCH}) {
+        m_recorder.fixes.clear();
+        ASSERT_EQ(m_driver.SetMode(mode), OK);
+        EXPECT_TRUE(m_recorder.WaitUntil([this] { return m_recorder.fixes.size() >= 5; }));
+        m_driver.SetMode(EMODE_STANDBY);
+    }
+    EXPECT_TRUE(m_recorder.blocks.empty());
+    EXPECT_TRUE(m_recorder.fixed.empty());
+}
+
+TEST_F(SimulatorDriverTest, AFrequencyWithoutAReceiverDeliversNothing) {
+    ASSERT_EQ(Open(Scenario(NORTH)), OK);
+    ConverterSetupStruct setup;
+    ASSERT_EQ(m_driver.GetConverterSetup(0, setup), OK);
+    setup.enabled = false;
+    ASSERT_EQ(m_driver.SetConverterSetup(setup), OK);
+    for (const EMode mode : {EMODE_FFM, EMODE_WIDEBAND_FFM}) {
+        m_recorder.fixes.clear();
+        ASSERT_EQ(m_driver.SetMode(mode), OK);
+        EXPECT_TRUE(m_recorder.WaitUntil([this] { return m_recorder.fixes.size() >= 5; }));
+        m_driver.SetMode(EMODE_STANDBY);
+    }
+    EXPECT_TRUE(m_recorder.blocks.empty());
+    EXPECT_TRUE(m_recorder.fixed.empty());
+}
+
+TEST_F(SimulatorDriverTest, RangesWithoutNumberAreFoundByTheirFrequencies) {
+    ASSERT_EQ(Open(Scenario(NORTH)), OK);
+    Add(Range(121e6, 25e3, 122e6, -1));
+    auto filtered = Range(121e6, 25e3, 122e6, -1);
+    EXPECT_EQ(m_driver.SetFilterSettings(&filtered), OK);
+    filtered.SetStopFreq(123e6);
+    EXPECT_EQ(m_driver.SetFilterSettings(&filtered), FAILED);
+    filtered.SetStepFreq(0.0);
+    EXPECT_EQ(m_driver.AlterMeasureSetting(&filtered), FAILED);
+}
+
+TEST_F(SimulatorDriverTest, WithoutACallbackOrADeviceItSaysSo) {
+    SimulatorDriver driver;
+    std::string address;
+    EXPECT_EQ(driver.Initialize(address, false), FAILED);
+    EXPECT_EQ(driver.GetLastError(), u"there is no callback");
+    EXPECT_EQ(driver.SetTest(u"fault silence on"_s), FAILED);
+    EXPECT_EQ(driver.GetLastError(), u"the device is not open");
+}
+
+TEST_F(SimulatorDriverTest, ItSaysWhoItIs) {
+    const DriverDescription description = SimulatorDriver::Describe();
+    EXPECT_EQ(description.name, u"simulator");
+    EXPECT_EQ(description.modes, QList<EMode>({EMODE_FFM, EMODE_WIDEBAND_FFM, EMODE_SCAN, EMODE_SEARCH}));
+    EXPECT_EQ(OpenAt(description.addressExample), OK);
 }
 
 TEST_F(SimulatorDriverTest, AScenarioThatCannotBeReadIsRefused) {

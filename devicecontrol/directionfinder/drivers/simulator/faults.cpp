@@ -12,10 +12,6 @@ constexpr std::array<QStringView, static_cast<std::size_t>(EFault::COUNT)> NAMES
 
 } // namespace
 
-QString Faults::GetName(EFault kind) {
-    return NAMES.at(static_cast<std::size_t>(kind)).toString();
-}
-
 std::optional<EFault> Faults::FindByName(QStringView name) {
     const auto found = std::ranges::find(NAMES, name);
     return found == NAMES.end() ? std::nullopt : std::optional(static_cast<EFault>(found - NAMES.begin()));

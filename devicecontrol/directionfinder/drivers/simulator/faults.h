@@ -19,8 +19,7 @@ public:
 
     static constexpr double DEFAULT_DELAY = 1.0; ///< seconds
 
-    /// The name of a fault in scenarios and test commands.
-    static QString GetName(EFault kind);
+    /// By the name of the fault in scenarios and test commands.
     static std::optional<EFault> FindByName(QStringView name);
 
     void SetCommanded(EFault kind, bool on) { m_commanded.at(static_cast<std::size_t>(kind)) = on; }

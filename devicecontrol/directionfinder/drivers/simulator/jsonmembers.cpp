@@ -103,7 +103,7 @@ JsonMembers JsonMembers::Object(const QString& name) {
 QStringList JsonMembers::Texts(const QString& name, qsizetype most) {
     QStringList texts;
     const QJsonArray list = List(name, most);
-    for (const QJsonValue& each : list) {
+    for (const auto& each : list) {
         if (!each.isString()) {
             Refuse(name, u"holds what is not a text"_s);
         }
@@ -141,7 +141,7 @@ QJsonArray JsonMembers::List(const QString& name, qsizetype most) {
         Refuse(name, u"is not a list"_s);
         return {};
     }
-    const QJsonArray list = value.toArray();
+    QJsonArray list = value.toArray();
     if (list.size() > most) {
         Refuse(name, u"holds %1, which is more than %2"_s.arg(list.size()).arg(most));
         return {};

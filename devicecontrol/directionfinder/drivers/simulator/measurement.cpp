@@ -186,7 +186,7 @@ bool Measurement::MeasureFixed(double frequency, const DFSettingsStruct& df,
     const double resolution = path->GetResolutionBandwidth(
         df.resolutionBandwidth > 0.0 ? df.resolutionBandwidth : GetDefaultResolution(EMODE_FFM));
     const double averaged = std::min(m_settings.averageTime, m_time - m_averagedSince);
-    const double count = std::max(1.0, std::floor(averaged / ScanPlan::GetMeasurementTime(df, resolution)));
+    const double count = ScanPlan::CountMeasurements(averaged, ScanPlan::GetMeasurementTime(df, resolution));
     const BearingMeter::Setup setup = MakeSetup(*path, resolution, df, filter, count);
     StatusStruct status = MakeStatus(*path, frequency);
     const auto signals = m_reception.Receive(m_time, m_platform.place, frequency - resolution / 2.0,
@@ -228,7 +228,7 @@ void Measurement::DeliverWideband() {
     const double half = std::floor(std::min((bandwidth / resolution - 1.0) / 2.0, MOST_CHANNELS / 2.0 - 1.0));
     const double first = m_settings.frequency - half * resolution;
     const double averaged = std::min(m_settings.averageTime, m_time - m_averagedSince);
-    const double count = std::max(1.0, std::floor(averaged / ScanPlan::GetMeasurementTime(df, resolution)));
+    const double count = ScanPlan::CountMeasurements(averaged, ScanPlan::GetMeasurementTime(df, resolution));
     StatusStruct status = MakeStatus(*path, m_settings.frequency);
     m_bearings.resize(2 * static_cast<std::size_t>(half) + 1);
     m_meter.Measure(m_reception.Receive(m_time, m_platform.place, m_settings.frequency - bandwidth / 2.0,

@@ -83,28 +83,27 @@ std::optional<ReceivePath> ReceivePath::Find(const Device& device, const DeviceS
                                              double frequency, const DFSettingsStruct& wanted) {
     for (std::size_t i = 0; i < device.antennas.size(); ++i) {
         const auto& setup = settings.antennas.at(i);
-        const auto& converter = settings.converters.at(static_cast<std::size_t>(setup.converterHandle));
-        if (!converter.enabled || frequency < setup.range.first || frequency > setup.range.second) {
+        const auto& receiver = settings.converters.at(static_cast<std::size_t>(setup.converterHandle));
+        if (!receiver.enabled || frequency < setup.range.first || frequency > setup.range.second) {
             continue;
         }
         const auto* const row = FindLibraryRow(device.antennas[i].name, frequency);
-        const SampleMode* const sampleMode =
-            row ? FindSampleMode(device, static_cast<EZANConverter>(converter.type),
+        const SampleMode* const best =
+            row ? FindSampleMode(device, static_cast<EZANConverter>(receiver.type),
                                  static_cast<EOperationMode>(mode), frequency, wanted)
                 : nullptr;
-        if (sampleMode) {
-            return ReceivePath{i, static_cast<std::size_t>(setup.converterHandle), row->dfMethods,
-                               sampleMode};
+        if (best) {
+            return ReceivePath{i, static_cast<std::size_t>(setup.converterHandle), row->dfMethods, best};
         }
     }
     return {};
 }
 
 bool ReceivePath::FindAntenna(const Device& device, double frequency) {
-    return std::ranges::any_of(device.antennas, [&](const Antenna& antenna) {
-        const auto converter = static_cast<std::size_t>(antenna.converter);
-        return FindLibraryRow(antenna.name, frequency) && converter < device.converters.size() &&
-               FindSampleMode(device, device.converters[converter], OPMODE_ANY, frequency, {});
+    return std::ranges::any_of(device.antennas, [&](const Antenna& each) {
+        const auto place = static_cast<std::size_t>(each.converter);
+        return FindLibraryRow(each.name, frequency) && place < device.converters.size() &&
+               FindSampleMode(device, device.converters[place], OPMODE_ANY, frequency, {});
     });
 }
 

@@ -10,6 +10,7 @@ using KvZANCommon::FreqRangeDefinition;
 
 namespace {
 
+constexpr double ROUNDING = 1e-6;       // of one of those that are counted
 constexpr double SETTLING_TIME = 0.001; // s, of the receiver at a new frequency
 
 /// Seconds: what the range says, else what the device is set to.
@@ -27,8 +28,11 @@ double ScanPlan::GetMeasurementTime(const DFSettingsStruct& settings, double res
     return settings.measurementTime > 0.0 ? settings.measurementTime : 2.0 / resolution;
 }
 
+double ScanPlan::CountMeasurements(double averageTime, double measurementTime) {
+    return std::max(1.0, std::floor(averageTime / measurementTime + ROUNDING));
+}
+
 double ScanPlan::CountChannels(const FreqRangeDefinition& range) {
-    constexpr double ROUNDING = 1e-6; // of a step
     return std::floor((range.GetStopFreq() - range.GetStartFreq()) / range.GetStepFreq() + ROUNDING) + 1.0;
 }
 
@@ -77,7 +81,7 @@ void ScanPlan::AddRange(const Device& device, const DeviceSettings& settings, EM
         const double measurementTime = GetMeasurementTime(df, resolution);
         const double averageTime = GetAverageTime(definition, settings);
         const auto averaging = static_cast<double>(settings.scanAveraging);
-        const double averageCount = std::max(1.0, std::floor(averageTime / measurementTime)) * averaging;
+        const double averageCount = CountMeasurements(averageTime, measurementTime) * averaging;
         const double duration = SETTLING_TIME + std::max(measurementTime, averageTime) * averaging;
         m_hops.push_back({range, channel, 1, frequency, definition.GetStepFreq(), *path, resolution,
                           averageCount, std::chrono::microseconds(std::llround(duration * 1e6))});

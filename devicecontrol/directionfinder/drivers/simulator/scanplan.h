@@ -30,6 +30,8 @@ public:
 
     /// How long one measurement takes, seconds: as the settings say, else what the resolution needs.
     static double GetMeasurementTime(const KvZANCommon::DFSettingsStruct& settings, double resolution);
+    /// How many measurements an average time holds, 1 or more. Seconds.
+    static double CountMeasurements(double averageTime, double measurementTime);
     static double CountChannels(const KvZANCommon::FreqRangeDefinition& range);
     /// The number of a range's first channel, behind a range whose last channel was followed by another one.
     /// \param nextChannel of the range before, 0: there is none

@@ -46,7 +46,7 @@ constexpr qsizetype MOST_OTHERS = 100;
 /// What the modulations take, in Hz, as long as an emitter does not say it.
 struct Modulation {
     QStringView name;
-    double bandwidth;
+    double bandwidth = 0.0;
 };
 constexpr std::array<Modulation, 7> MODULATIONS{{
     {u"cw", 200.0},
@@ -60,7 +60,7 @@ constexpr std::array<Modulation, 7> MODULATIONS{{
 
 struct ModeName {
     QStringView name;
-    EMode mode;
+    EMode mode = EMODE_STANDBY;
 };
 constexpr std::array<ModeName, 4> MODES{{
     {u"ffm", EMODE_FFM},

@@ -9,11 +9,6 @@ void SimulatedClock::SetPace(double pace) {
     m_pace = pace;
 }
 
-double SimulatedClock::GetPace() const {
-    const std::lock_guard lock(m_mutex);
-    return m_pace;
-}
-
 void SimulatedClock::Resume() {
     const std::lock_guard lock(m_mutex);
     m_isInterrupted = false;

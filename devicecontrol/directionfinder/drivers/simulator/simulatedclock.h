@@ -17,7 +17,6 @@ public:
     /// How many times faster than the real clock, above 0; or `AS_FAST_AS_POSSIBLE`. From the next `Resume`
     /// on.
     void SetPace(double pace);
-    [[nodiscard]] double GetPace() const;
     /// The clock runs from where it stands.
     void Resume();
     void Interrupt();

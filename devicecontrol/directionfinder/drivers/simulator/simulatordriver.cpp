@@ -28,10 +28,17 @@ QString InHertz(double frequency) {
     return QString::number(frequency, 'f', 0) + u" Hz"_s;
 }
 
+template <class Number>
+QString NoSuch(QStringView what, Number number) {
+    return u"there is no %1 %2"_s.arg(what).arg(number);
+}
+
+QString NotWithin(QStringView what, long number, long highest) {
+    return u"%1 of %2 is not within 0 to %3"_s.arg(what).arg(number).arg(highest);
+}
+
 QString GetModeName(EMode mode) {
     switch (mode) {
-    case EMODE_STANDBY:
-        return u"standby"_s;
     case EMODE_FFM:
         return u"fixed frequency"_s;
     case EMODE_WIDEBAND_FFM:
@@ -179,7 +186,7 @@ long SimulatorDriver::Calibrate(unsigned long converter) {
         return FAILED;
     }
     if (!Find(m_session->scenario.device.converters, converter)) {
-        return Refuse(u"there is no converter %1"_s.arg(converter));
+        return Refuse(NoSuch(u"converter", converter));
     }
     DeviceState& state = m_session->state;
     if (state.faults.IsThere(EFault::CALIBRATION, state.GetSeconds())) {
@@ -264,11 +271,10 @@ long SimulatorDriver::SetRfAttenuator(unsigned long converter, long attenuation)
         return FAILED;
     }
     if (!Find(m_session->scenario.device.converters, converter)) {
-        return Refuse(u"there is no converter %1"_s.arg(converter));
+        return Refuse(NoSuch(u"converter", converter));
     }
     if (attenuation < 0 || attenuation > HIGHEST_ATTENUATION) {
-        return Refuse(
-            u"an attenuation of %1 dB is not within 0 to %2"_s.arg(attenuation).arg(HIGHEST_ATTENUATION));
+        return Refuse(NotWithin(u"an attenuation", attenuation, HIGHEST_ATTENUATION));
     }
     return Change([&](DeviceSettings& settings) {
         settings.converters[converter].attenuation = static_cast<qint32>(attenuation);
@@ -292,8 +298,7 @@ long SimulatorDriver::SetGainControl(GainControlStruct settings) {
         return Refuse(u"\"%1\" is not a gain control: auto, manual"_s.arg(settings.mode));
     }
     if (settings.attenuation < -1 || settings.attenuation > HIGHEST_ATTENUATION) {
-        return Refuse(u"an attenuation of %1 dB is not within 0 to %2"_s.arg(settings.attenuation)
-                          .arg(HIGHEST_ATTENUATION));
+        return Refuse(NotWithin(u"an attenuation", settings.attenuation, HIGHEST_ATTENUATION));
     }
     return Change([&](DeviceSettings& all) { all.gain = settings; });
 }
@@ -396,7 +401,7 @@ long SimulatorDriver::SetAntennaSetup(AntennaSetupStruct setup) {
     }
     const Antenna* const antenna = Find(m_session->scenario.device.antennas, setup.handle);
     if (!antenna) {
-        return Refuse(u"there is no antenna %1"_s.arg(setup.handle));
+        return Refuse(NoSuch(u"antenna", setup.handle));
     }
     const auto [lowest, highest] = ReceivePath::GetAntennaRange(antenna->name);
     if (!(setup.range.first >= lowest && setup.range.first <= setup.range.second &&
@@ -404,10 +409,10 @@ long SimulatorDriver::SetAntennaSetup(AntennaSetupStruct setup) {
         return Refuse(u"%1 has the range %2 to %3"_s.arg(antenna->name, InHertz(lowest), InHertz(highest)));
     }
     if (!Find(m_session->scenario.device.converters, setup.converterHandle)) {
-        return Refuse(u"there is no converter %1"_s.arg(setup.converterHandle));
+        return Refuse(NoSuch(u"converter", setup.converterHandle));
     }
     if (setup.compassHandle != -1 && !Find(m_session->scenario.platform.compasses, setup.compassHandle)) {
-        return Refuse(u"there is no compass %1"_s.arg(setup.compassHandle));
+        return Refuse(NoSuch(u"compass", setup.compassHandle));
     }
     if (!std::isfinite(setup.mechanicalOffset)) {
         return Refuse(u"the mechanical offset is not a number"_s);
@@ -425,14 +430,13 @@ long SimulatorDriver::SetConverterSetup(ConverterSetupStruct setup) {
     }
     const EZANConverter* const type = Find(m_session->scenario.device.converters, setup.handle);
     if (!type) {
-        return Refuse(u"there is no converter %1"_s.arg(setup.handle));
+        return Refuse(NoSuch(u"converter", setup.handle));
     }
     if (setup.type != *type) {
         return Refuse(u"converter %1 is of another type"_s.arg(setup.handle));
     }
     if (setup.attenuation < 0 || setup.attenuation > HIGHEST_ATTENUATION) {
-        return Refuse(u"an attenuation of %1 dB is not within 0 to %2"_s.arg(setup.attenuation)
-                          .arg(HIGHEST_ATTENUATION));
+        return Refuse(NotWithin(u"an attenuation", setup.attenuation, HIGHEST_ATTENUATION));
     }
     return Change([&](DeviceSettings& settings) {
         settings.converters[static_cast<std::size_t>(setup.handle)] = setup;
@@ -444,7 +448,7 @@ long SimulatorDriver::ReadCompass(unsigned long compass, unsigned long& value) {
         return FAILED;
     }
     if (!Find(m_session->scenario.platform.compasses, compass)) {
-        return Refuse(u"there is no compass %1"_s.arg(compass));
+        return Refuse(NoSuch(u"compass", compass));
     }
     constexpr long CIRCLE = 3600;
     const double shown = m_session->measurement.ReadCompass(m_session->state.GetSettings(), compass);
@@ -558,7 +562,7 @@ long SimulatorDriver::GetAntennaProperty(unsigned long antenna, AntennaPropertyS
     }
     const Antenna* const which = Find(m_session->scenario.device.antennas, antenna);
     if (!which) {
-        return Refuse(u"there is no antenna %1"_s.arg(antenna));
+        return Refuse(NoSuch(u"antenna", antenna));
     }
     const auto subRanges = ReceivePath::GetSubRanges(which->name);
     property.handle = static_cast<qint32>(antenna);
@@ -579,7 +583,7 @@ long SimulatorDriver::GetAntennaSetup(unsigned long antenna, AntennaSetupStruct&
     const DeviceSettings settings = m_session->state.GetSettings();
     const AntennaSetupStruct* const found = Find(settings.antennas, antenna);
     if (!found) {
-        return Refuse(u"there is no antenna %1"_s.arg(antenna));
+        return Refuse(NoSuch(u"antenna", antenna));
     }
     setup = *found;
     return OK;
@@ -592,7 +596,7 @@ long SimulatorDriver::GetConverterProperty(unsigned long converter, ConverterSet
     const DeviceSettings initial = MakeInitialSettings(m_session->scenario);
     const ConverterSetupStruct* const found = Find(initial.converters, converter);
     if (!found) {
-        return Refuse(u"there is no converter %1"_s.arg(converter));
+        return Refuse(NoSuch(u"converter", converter));
     }
     property = *found;
     return OK;
@@ -605,7 +609,7 @@ long SimulatorDriver::GetConverterSetup(unsigned long converter, ConverterSetupS
     const DeviceSettings settings = m_session->state.GetSettings();
     const ConverterSetupStruct* const found = Find(settings.converters, converter);
     if (!found) {
-        return Refuse(u"there is no converter %1"_s.arg(converter));
+        return Refuse(NoSuch(u"converter", converter));
     }
     setup = *found;
     return OK;
@@ -617,7 +621,7 @@ long SimulatorDriver::GetCompassProperty(unsigned long compass, CompassPropertyS
     }
     const Compass* const which = Find(m_session->scenario.platform.compasses, compass);
     if (!which) {
-        return Refuse(u"there is no compass %1"_s.arg(compass));
+        return Refuse(NoSuch(u"compass", compass));
     }
     property = {static_cast<qint32>(compass), which->type, which->resolution, which->pitchRoll};
     return OK;
@@ -764,7 +768,7 @@ long SimulatorDriver::SendCompassCommand(unsigned long compass, const QString& c
     }
     const Compass* const which = Find(m_session->scenario.platform.compasses, compass);
     if (!which) {
-        return Refuse(u"there is no compass %1"_s.arg(compass));
+        return Refuse(NoSuch(u"compass", compass));
     }
     if (command == u"ID?") {
         answer = which->type;
