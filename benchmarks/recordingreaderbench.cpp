@@ -1,9 +1,9 @@
 // Reads a recording of 100000 rows with RecordingReader. The yardstick is a minimal loop that splits the same
 // bytes with memchr and converts them with from_chars, without checking or keeping anything.
 
-#include "zanserver/passsimulator.h"
 #include "zancommon/recordingreader.h"
 #include "zancommon/recordingwriter.h"
+#include "zanserver/passsimulator.h"
 
 #include <QFile>
 #include <QString>

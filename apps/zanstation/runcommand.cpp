@@ -5,6 +5,7 @@
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "tolmappstartup/directorylock.h"
+#include "zancommon/recordingreader.h"
 #include "zanserver/plural.h"
 #include "zanserver/settingscheck.h"
 #include "zanserver/stationcheck.h"
@@ -140,6 +141,25 @@ void RunCommand::Measure() {
     }
 }
 
+/// Refuses, with messages, a recording that cannot be read, and one that the output would overwrite.
+bool RunCommand::CanReplay(const QString& recording, const QString& output) {
+    bool canReplay = true;
+    const QString file = StreamFile(recording, u"/dev/stdin"_s);
+    // A terminal may be both.
+    const bool canBeSame = recording != STANDARD_STREAM || QFileInfo(file).isFile();
+    if (!output.isEmpty() && canBeSame &&
+        DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), file)) {
+        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, recording));
+        canReplay = false;
+    }
+    KvZANCommon::RecordingReader reader; // a stream is not touched: its writer would lose its reader again
+    if (!InterruptibleInput::IsStream(recording) && !reader.Open(recording)) {
+        Console::Error(reader.GetErrorText());
+        canReplay = false;
+    }
+    return canReplay;
+}
+
 bool RunCommand::CanBegin(const RunOptions& options) {
     const QString address = options.driver.GetStationAddress();
     for (const Findings& warnings : {CheckMeaning(address), CheckKeys(options.configDirectory)}) {
@@ -153,13 +173,7 @@ bool RunCommand::CanBegin(const RunOptions& options) {
         canBegin = false;
     }
     const QString output = GetOutputFile(options);
-    const QString recording = StreamFile(options.driver.address, u"/dev/stdin"_s);
-    // A terminal may be both.
-    const bool canBeSame = options.driver.name == DriverChoice::REPLAY &&
-                           (options.driver.address != STANDARD_STREAM || QFileInfo(recording).isFile());
-    if (!output.isEmpty() && canBeSame &&
-        DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), recording)) {
-        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, options.driver.address));
+    if (options.driver.name == DriverChoice::REPLAY && !CanReplay(options.driver.address, output)) {
         canBegin = false;
     }
     for (const QString& file : FindOwnFiles(options.configDirectory, address)) {
@@ -281,8 +295,8 @@ void RunCommand::SetUpDevice() {
     }
 }
 
-/// A device whose clock is told its speed measures for so long by that clock, however quickly that is done. The
-/// clock of a real device may be set while it measures, so there the real time counts.
+/// A device whose clock is told its speed measures for so long by that clock, however quickly that is done.
+/// The clock of a real device may be set while it measures, so there the real time counts.
 void RunCommand::LimitDuration() {
     if (!m_options.duration) {
         return;
@@ -298,8 +312,8 @@ void RunCommand::LimitDuration() {
     m_duration.setSingleShot(true);
     m_duration.callOnTimeout(this, [] { QCoreApplication::quit(); });
     constexpr std::chrono::hours LONGEST(500); // a timer takes some 596
-    m_duration.setInterval(std::chrono::ceil<Milliseconds>(
-        std::min<std::chrono::duration<double>>(limit, LONGEST)));
+    m_duration.setInterval(
+        std::chrono::ceil<Milliseconds>(std::min<std::chrono::duration<double>>(limit, LONGEST)));
 }
 
 void RunCommand::OnBlock(const BearingBlock& block) {
@@ -378,12 +392,11 @@ void RunCommand::ShowProgress() {
     ReportOutputProblem();
     const StationCounts& counts = m_station->GetCounts();
     const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
-    Console::ShowProgress(m_progress,
-                          u"in %1  rejected: pitch/roll %2, overhead %3  sentences %4  dropped %5"_s.arg(
-                              Count(counts.bearings), Count(counts.rejectedPitchRoll),
-                              Count(counts.rejectedOverhead),
-                              Count(output.fileSentences + output.serialSentences),
-                              Count(output.fileDropped + output.serialDropped)));
+    Console::ShowProgress(
+        m_progress, u"in %1  rejected: pitch/roll %2, overhead %3  sentences %4  dropped %5"_s.arg(
+                        Count(counts.bearings), Count(counts.rejectedPitchRoll),
+                        Count(counts.rejectedOverhead), Count(output.fileSentences + output.serialSentences),
+                        Count(output.fileDropped + output.serialDropped)));
 }
 
 std::vector<RunCommand::SummaryLine> RunCommand::GetSummary() const {
@@ -463,7 +476,7 @@ DriverChoice ChooseDriver(const CommandLine& line, RunOptions& options) {
         choice = {*name, {}};
     }
     choice.address = address.value_or(choice.address);
-    if (choice.name == DriverChoice::REPLAY) {
+    if (choice.name == DriverChoice::REPLAY && !choice.address.isEmpty()) {
         choice.address = AbsolutePath(choice.address);
     }
     options.isDriverKept = name || address;
@@ -485,7 +498,8 @@ int Run(const QStringList& arguments) {
          {u"recording"_s,
           u"Replays a recording, in this run only; \"-\" is standard input. Short for the driver replay."_s,
           u"FILE"_s},
-         {u"speed"_s, u"Pace of a recording or a simulated device: realtime, how many times faster, or max."_s,
+         {u"speed"_s,
+          u"Pace of a recording or a simulated device: realtime, how many times faster, or max."_s,
           u"realtime|N|max"_s},
          {u"duration"_s, u"Ends the run after so many seconds."_s, u"S"_s},
          {u"output"_s,
@@ -506,7 +520,8 @@ int Run(const QStringList& arguments) {
         return *exitCode;
     }
     if (line.IsSet(u"recording"_s) && (line.IsSet(u"driver"_s) || line.IsSet(u"address"_s))) {
-        return CommandLine::Refuse(u"--recording names driver and address: leave out --driver and --address"_s);
+        return CommandLine::Refuse(
+            u"--recording names driver and address: leave out --driver and --address"_s);
     }
     RunOptions options;
     options.speed = line.Text(u"speed"_s);

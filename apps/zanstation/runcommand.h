@@ -20,8 +20,8 @@ struct RunOptions {
     QString configDirectory; ///< absolute path
     /// The driver and its device. The address of a recording is its absolute path, or "-" for standard input.
     ZANServer::DriverChoice driver;
-    bool isDriverKept = false;      ///< the choice is for later runs, too
-    std::optional<QString> speed;   ///< pace of the device's clock: realtime, max, or how many times faster
+    bool isDriverKept = false;    ///< the choice is for later runs, too
+    std::optional<QString> speed; ///< pace of the device's clock: realtime, max, or how many times faster
     /// Seconds after which the run ends: those of the device's clock when its speed is given.
     std::optional<double> duration;
     /// Absolute path, because a later run may be started in another directory; "-": standard output, for this
@@ -61,6 +61,7 @@ private:
         quint64 count = 0;
     };
 
+    [[nodiscard]] static bool CanReplay(const QString& recording, const QString& output);
     static void WarnOfStation();
     void WarnOfFrequency(double frequency);
     void StoreSettings() const;
@@ -92,7 +93,7 @@ private:
     double m_lastFrequency = 0.0; // of the last block
     std::set<double> m_unservedFrequencies;
     QTimer m_duration;
-    bool m_isLost = false;      // the device, which has been there before or not
+    bool m_isLost = false;     // the device, which has been there before or not
     bool m_isOutputOn = false; // when the driver was started
     bool m_isSilenceTold = false;
     bool m_hasFailed = false;

@@ -52,7 +52,7 @@ endforeach()
 
 # What a station writes that begins without settings shows which keys there are. It has fewer antennas, and nobody
 # has set its position.
-station(run --speed max --output ${WORK}/sentences.txt --config ${WORK}/fresh)
+station(run --driver simulator --speed max --duration 10 --output ${WORK}/sentences.txt --config ${WORK}/fresh)
 read_keys(${WORK}/fresh/Application.ini)
 set(known ${keys} ZANStations/ZANStation0/LocationLatitude ZANStations/ZANStation0/LocationLongitude)
 read_keys(${example})

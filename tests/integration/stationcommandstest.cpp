@@ -130,7 +130,7 @@ TEST_F(StationCommandsTest, EachDocumentIsReadByOthers) {
 
 TEST_F(StationCommandsTest, DeviceForProgramsHasNumbersInHzAndNothingMadeUp) {
     const QJsonDocument device = ThroughPython(Run(u"device --json"_s).out);
-    EXPECT_EQ(device[u"address"_s], u"replay"_s);
+    EXPECT_EQ(device[u"address"_s], u"simulator"_s);
     EXPECT_EQ(device[u"type"_s], u"ZANTIDE"_s);
     EXPECT_EQ(device[u"options"_s], (QJsonArray{u"ZAN-HFR"_s}));
     EXPECT_EQ(device[u"channels"_s], 60000);
@@ -896,7 +896,7 @@ TEST_F(StationCommandsTest, OneOfAThingIsCalledByItsSingular) {
 }
 
 TEST_F(StationCommandsTest, DoctorAndRunWarnOfSettingsThatDoNotMeanWhatTheySeemTo) {
-    Run(u"device"_s);
+    RunStation(Replay(u"recording.csv"_s, {u"--speed"_s, u"max"_s}));
     const QString file = Config() + u"/Application.ini"_s;
     QByteArray settings = ReadFile(file);
     settings.replace("Name=PX106", "Name=PX1O6");
@@ -1015,7 +1015,7 @@ TEST_F(StationCommandsTest, BashCompletesCommandsOptionsValuesAndFiles) {
         EXPECT_TRUE(commands.contains(command)) << command.toStdString();
     }
     EXPECT_EQ(Complete({u"ca"_s}, here), QStringList{u"catalogue"_s});
-    EXPECT_EQ(Complete({u"help"_s, u"d"_s}, here), (QStringList{u"device"_s, u"doctor"_s}));
+    EXPECT_EQ(Complete({u"help"_s, u"d"_s}, here), (QStringList{u"device"_s, u"doctor"_s, u"drivers"_s}));
     EXPECT_EQ(Complete({u"simulate"_s, u"--"_s}, here),
               (QStringList{u"--config"_s, u"--force"_s, u"--help"_s, u"--option"_s, u"--out"_s, u"--quiet"_s,
                            u"--rows"_s, u"--seed"_s}));

@@ -109,7 +109,7 @@ TEST_F(StationIntegrationTest, RunKeepsACommandLogWithTheSettings) {
     const QString log = QString::fromUtf8(ReadFile(directory + u"/commandlog-replay.txt"_s));
     const QRegularExpression expected(
         u"\\A\\d\\d:\\d\\d:\\d\\d:\\d\\d\\d:\tDF-Address: replay\tReplay of a recording\n\n"
-        "[\\d:]+:\topen .*/recording.csv\n[\\d:]+:\tmode 3\n[\\d:]+:\tend of the recording\n[\\d:]+:\tmode 0\n\\z"_s);
+        "[\\d:]+:\topen .*/recording.csv\n[\\d:]+:\ttest speed max\n[\\d:]+:\tmode 3\n[\\d:]+:\tend of the recording\n[\\d:]+:\tmode 0\n\\z"_s);
     EXPECT_TRUE(expected.match(log).hasMatch()) << log.toStdString();
     EXPECT_EQ(Replay().exitCode, 0);
     EXPECT_EQ(QDir(directory).entryList({u"*.bak"_s}).size(), 2);
@@ -198,7 +198,7 @@ TEST_F(StationIntegrationTest, HubIsJoinedThroughTheInstalledClient) {
         EXPECT_TRUE(calls.contains(role == u"receive" ? "1 SetReceiver true\n" : "1 SetReceiver false\n"));
         EXPECT_TRUE(calls.endsWith("1 destroyed\n")) << calls.toStdString();
         if (role == u"receive") {
-            EXPECT_TRUE(calls.contains("1 SetDeviceAddress replay\n")) << calls.toStdString();
+            EXPECT_TRUE(calls.contains("1 SetDeviceAddress simulator\n")) << calls.toStdString();
             EXPECT_TRUE(calls.contains("1 SetFrequencyRange 300000,3000000000\n")) << calls.toStdString();
         }
     }

@@ -435,3 +435,72 @@ TEST_F(StationSentencesTest, ChangeOutsideTheRangeOfAValueIsTurnedDownAndTheOldO
     Restart();
     EXPECT_EQ(ServerValue<ValueNumericDouble>(g_vdPitchThreshold)->GetValue(), 5.0);
 }
+
+TEST_F(StationSentencesTest, FixOfTheDeviceIsThePositionOfBlocksThatHaveNone) {
+    Send(MakeBlock());
+    m_station->TakePosition({52.5, 5.5, 1000, true, 9});
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + MEASURED);
+    EXPECT_EQ(Send(MakeBlockAt(48.1, 11.5)), HEAD + ATTITUDE + ",PTM,000001,LAT, 48.10000,LON,11.5000000\r\n")
+        << "a block's own position is that of its bearings";
+    m_station->TakePosition({52.5, 5.5, 2000, false, 0});
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE) << "the fix is lost";
+}
+
+// The device
+
+TEST_F(StationSentencesTest, NothingThatALostDeviceHasMeasuredIsCurrent) {
+    BearingBlock block = MakeBlockAt(52.5, 5.5);
+    block.status.heading = 12.5;
+    block.status.pitch = 1.0;
+    block.status.roll = 1.0;
+    block.status.altitude = 20.0;
+    Send(block);
+    m_station->ForgetMeasurements();
+    for (const ValueDescriptor* const each :
+         {&g_vdAzimuth, &g_vdTrueHeading, &g_vdPitch, &g_vdRoll, &g_vdAltitude, &g_vdPosLatitude,
+          &g_vdPosLongitude, &g_vdPosLastUpdate}) {
+        EXPECT_EQ(StateOf(*each), TValueState::NotMeasured) << each->PathName().toStdString();
+    }
+    EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE) << "and it is there again";
+    EXPECT_EQ(StateOf(g_vdAzimuth), TValueState::Valid);
+}
+
+TEST_F(StationSentencesTest, EmittersOnOneFrequencyBecomeASentenceEach) {
+    EXPECT_TRUE(ServerValue<ValueSelection>(g_vdSRStatus)->SetCurrentKey(1, nullptr));
+    BearingBlock emitters = MakeBlock();
+    emitters.kind = BearingBlock::Kind::SuperResolution;
+    emitters.bearings.push_back(emitters.bearings[0]);
+    emitters.bearings[1].azimuth = 900;
+    EXPECT_EQ(Send(emitters), QByteArray()) << "the bearing that follows brings them about";
+    EXPECT_EQ(ServerValue<ValueNumericInt>(g_vdSRNumEmitterResult)->GetValue(), 2);
+    const QByteArray sentences = Send(MakeBlock());
+    EXPECT_EQ(sentences.count("\r\n"), 3);
+    EXPECT_TRUE(sentences.startsWith("$PLG, 71.5,FRQ, 121500000,")) << sentences.toStdString();
+    EXPECT_TRUE(sentences.contains(",SR,0\r\n$PLG, 90.0,FRQ, 121500000,")) << sentences.toStdString();
+    EXPECT_TRUE(sentences.endsWith(",SR,1\r\n\r\n")) << sentences.toStdString();
+}
+
+TEST_F(StationSentencesTest, EmitterThatAFilterRejectsIsLeftOut) {
+    BearingBlock emitters = MakeBlock();
+    emitters.kind = BearingBlock::Kind::SuperResolution;
+    emitters.bearings.resize(3, emitters.bearings[0]);
+    emitters.bearings[1].quality = 0;
+    Send(emitters);
+    EXPECT_EQ(ServerValue<ValueBearingList>(g_vdAzimuthList)->GetCount(), 2U);
+    emitters.status.pitch = 45.0;
+    Send(emitters);
+    EXPECT_EQ(ServerValue<ValueBearingList>(g_vdAzimuthList)->GetCount(), 0U) << "tilted too far";
+    EXPECT_EQ(m_station->GetCounts().bearings, 0U) << "they are not counted";
+}
+
+TEST_F(StationSentencesTest, FrequencyOfABearingIsThatOfItsChannel) {
+    m_station->SetFrequencyOf([](const BearingBlock& block, std::size_t bearing) {
+        return 118e6 + 25e3 * (block.firstChannel + static_cast<double>(bearing));
+    });
+    BearingBlock block = MakeBlock();
+    block.firstChannel = 4;
+    block.bearings.push_back(block.bearings[0]);
+    const QByteArray sentences = Send(block);
+    EXPECT_TRUE(sentences.contains("FRQ, 118100000,")) << sentences.toStdString();
+    EXPECT_TRUE(sentences.contains("FRQ, 118125000,")) << sentences.toStdString();
+}

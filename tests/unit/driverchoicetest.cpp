@@ -18,7 +18,8 @@ TEST(DriverChoice, WithoutAChoiceItIsTheSimulator) {
 TEST(DriverChoice, IsKeptInASectionOfItsOwn) {
     StoredSettings settings;
     DriverChoice{u"krakensdr"_s, u"http://10.0.0.5:8081"_s}.Store();
-    EXPECT_TRUE(settings.CloseAndRead().contains(u"[Driver]\nAddress=http://10.0.0.5:8081\nName=krakensdr\n"_s));
+    EXPECT_TRUE(
+        settings.CloseAndRead().contains(u"[Driver]\nAddress=http://10.0.0.5:8081\nName=krakensdr\n"_s));
     settings.Reopen();
     const DriverChoice choice = DriverChoice::FromSettings();
     EXPECT_EQ(choice.name, u"krakensdr"_s);
@@ -27,7 +28,8 @@ TEST(DriverChoice, IsKeptInASectionOfItsOwn) {
 
 TEST(DriverChoice, SettingsOfADeviceAreThoseOfItsAddressInItsNormalForm) {
     const StoredSettings settings;
-    EXPECT_EQ((DriverChoice{u"stream"_s, u"Radio.Example.:5555"_s}).GetStationAddress(), u"radio.example:5555"_s);
+    EXPECT_EQ((DriverChoice{u"stream"_s, u"Radio.Example.:5555"_s}).GetStationAddress(),
+              u"radio.example:5555"_s);
     EXPECT_EQ((DriverChoice{u"stream"_s, u""_s}).GetStationAddress(), u"stream"_s);
 }
 

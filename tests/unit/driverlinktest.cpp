@@ -66,7 +66,8 @@ void ReportFatal(IDriverCallback& callback, const QString& text) {
 }
 
 int CountDescriptors() {
-    return static_cast<int>(QDir(u"/proc/self/fd"_s).entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System).size());
+    return static_cast<int>(
+        QDir(u"/proc/self/fd"_s).entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System).size());
 }
 
 int CountThreads() {
@@ -78,9 +79,9 @@ protected:
     std::unique_ptr<DriverLink> Make(DriverLink::Kind kind = DriverLink::Kind::Device,
                                      std::chrono::milliseconds firstDelay = 1ms,
                                      std::chrono::milliseconds timeout = 1min) {
-        auto link = std::make_unique<DriverLink>(
-            [this] { return std::make_unique<DeviceDriver>(*m_device); }, u"host:1"_s, u"station"_s, kind,
-            firstDelay, [timeout](DriverCall) { return timeout; });
+        auto link = std::make_unique<DriverLink>([this] { return std::make_unique<DeviceDriver>(*m_device); },
+                                                 u"host:1"_s, u"station"_s, kind, firstDelay,
+                                                 [timeout](DriverCall) { return timeout; });
         QObject::connect(link.get(), &DriverLink::Connected, link.get(), [this] { ++m_connected; });
         QObject::connect(link.get(), &DriverLink::Lost, link.get(),
                          [this](const QString& reason) { m_lost.append(reason); });

@@ -164,9 +164,11 @@ TEST_F(DriverThreadTest, CallThatThrowsAndThreadThatIsGoneGiveNoAnswer) {
     auto thread = Start();
     bool isAnswered = false;
     const auto answer = [&] { isAnswered = true; };
-    thread->Post(DriverCall::Query, [](IDriver&) { throw 1; }, answer);
+    thread->Post(
+        DriverCall::Query, [](IDriver&) { throw 1; }, answer);
     EXPECT_TRUE(SpinUntil([&] { return m_failures.size() == 1; }));
-    thread->Post(DriverCall::Query, [](IDriver&) {}, answer);
+    thread->Post(
+        DriverCall::Query, [](IDriver&) {}, answer);
     thread.reset();
     QCoreApplication::processEvents();
     EXPECT_FALSE(isAnswered);

@@ -45,9 +45,8 @@ protected:
                          });
         QObject::connect(&m_receiver, &DriverReceiver::ErrorReported, &m_receiver,
                          [this](const KvZANCommon::ErrorStruct& error) { m_errors.append(error.text); });
-        QObject::connect(
-            &m_receiver, &DriverReceiver::BitResultReported, &m_receiver,
-            [this](const KvZANCommon::ErrorStruct& result) { m_results.append(result.text); });
+        QObject::connect(&m_receiver, &DriverReceiver::BitResultReported, &m_receiver,
+                         [this](const KvZANCommon::ErrorStruct& result) { m_results.append(result.text); });
         QObject::connect(&m_receiver, &DriverReceiver::TestValuesReceived, &m_receiver,
                          [this](const QList<double>& values) { m_progress = values.value(0); });
         QObject::connect(&m_receiver, &DriverReceiver::LinkClosed, &m_receiver,
@@ -146,10 +145,10 @@ TEST_F(ReplayDriverTest, RowsOfOneMomentMakeOneBlock) {
     ReplayDriver driver(m_adapter);
     driver.SetTest(u"speed max"_s);
     ReplayAll(driver, "0,121500000,10,,50,,,,,,,\n"
-                   "0,121500000,20,1.0,60,-5,,,,,,\n"
-                   "0,121600000,30,,50,,,,,,,\n"
-                   "0,121600000,40,,50,,90.0,,,,,\n"
-                   "1,121600000,50,,50,,90.0,,,,,\n");
+                      "0,121500000,20,1.0,60,-5,,,,,,\n"
+                      "0,121600000,30,,50,,,,,,,\n"
+                      "0,121600000,40,,50,,90.0,,,,,\n"
+                      "1,121600000,50,,50,,90.0,,,,,\n");
     std::vector<std::size_t> sizes;
     for (const BearingBlock& block : m_blocks) {
         sizes.push_back(block.bearings.size());
@@ -163,7 +162,7 @@ TEST_F(ReplayDriverTest, LinesThatAreNoRowsAreReportedAndCounted) {
     ReplayDriver driver(m_adapter);
     driver.SetTest(u"speed max"_s);
     ReplayAll(driver,
-           "0,121500000,10,,50,,,,,,,\nnonsense\n1,121500000,370,,50,,,,,,,\n2,121500000,10,,50,,,,,,,\n");
+              "0,121500000,10,,50,,,,,,,\nnonsense\n1,121500000,370,,50,,,,,,,\n2,121500000,10,,50,,,,,,,\n");
     EXPECT_EQ(m_blocks.size(), 2U);
     ASSERT_EQ(m_errors.size(), 2);
     EXPECT_TRUE(m_errors[0].contains(u"line 3"_s)) << m_errors[0].toStdString();

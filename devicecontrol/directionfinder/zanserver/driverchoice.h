@@ -22,8 +22,9 @@ struct ZANSERVER_EXPORT DriverChoice {
     void Store() const;
 
     /// The address by which the settings of the device are found, in the normal form of
-    /// `StationCfg::GetStationAddress`: that of the device; without one, the name of the driver. All recordings
-    /// share the settings "replay", which the simulator takes over as long as it has none of its own.
+    /// `StationCfg::GetStationAddress`: that of the device; without one, the name of the driver. All
+    /// recordings share the settings "replay", which the simulator takes over as long as it has none of its
+    /// own.
     [[nodiscard]] QString GetStationAddress() const;
     /// What the device is, for operators.
     [[nodiscard]] QString GetDeviceName() const;

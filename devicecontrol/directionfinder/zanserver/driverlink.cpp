@@ -73,7 +73,9 @@ void DriverLink::Connect() {
     const auto failure = std::make_shared<QString>();
     m_thread->Post(
         DriverCall::Initialize,
-        [failure, address = m_address](KvZANCommon::IDriver& driver) { *failure = Initialize(driver, address); },
+        [failure, address = m_address](KvZANCommon::IDriver& driver) {
+            *failure = Initialize(driver, address);
+        },
         [this, failure] { OnInitialized(*failure); });
 }
 
@@ -142,6 +144,7 @@ void DriverLink::Close() {
     m_nextAttempt.stop();
     if (!m_thread->IsGivenUp()) {
         m_state = State::Closed;
+        m_thread->BeginEnd();
         // The receiver goes on meanwhile: a driver that waits for room in its queue could not be stopped.
         QEventLoop loop;
         connect(m_thread.get(), &DriverThread::GivenUp, &loop, &QEventLoop::quit);

@@ -16,9 +16,10 @@ namespace ZANServer {
 
 /// The link to a driver's device: opens it, and when it is lost, opens it again and again.
 ///
-/// A device is lost when the driver closes the link or reports a fatal error. The next attempt follows after a
-/// second, and each further one after twice as long, up to `LONGEST_DELAY`. A recording is not opened again:
-/// when the driver closes the link, it has ended. Belongs to the main thread, on which all signals are emitted.
+/// A device is lost when the driver closes the link or reports a fatal error. The next attempt follows after
+/// a second, and each further one after twice as long, up to `LONGEST_DELAY`. A recording is not opened
+/// again: when the driver closes the link, it has ended. Belongs to the main thread, on which all signals are
+/// emitted.
 class ZANSERVER_EXPORT DriverLink final : public QObject {
     Q_OBJECT
 
@@ -52,8 +53,8 @@ public:
     /// Opens the device. Once.
     void Open();
     /// Sets the device to standby, passes on what it has delivered until then, and destroys the driver. No
-    /// signal but those of the receiver is emitted. Runs the event loop meanwhile, no longer than the time-outs
-    /// of the calls.
+    /// signal but those of the receiver is emitted. Runs the event loop meanwhile, no longer than
+    /// `DriverThread::LONGEST_END`.
     void Close();
 
     [[nodiscard]] State GetState() const { return m_state; }
@@ -69,7 +70,8 @@ Q_SIGNALS:
     void StateChanged();
     /// The device is open, for the first time or again.
     void Connected();
-    /// The device could not be opened, or is lost. Once until it is connected again, whatever the attempts say.
+    /// The device could not be opened, or is lost. Once until it is connected again, whatever the attempts
+    /// say.
     void Lost(const QString& reason);
     /// The recording has been read.
     void Ended();

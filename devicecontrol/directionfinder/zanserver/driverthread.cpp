@@ -110,10 +110,11 @@ struct DriverThread::Shared {
         });
     }
 
-    /// Without a driver the call is left out: that there is none has been told. False when the driver is given
-    /// up.
+    /// Without a driver the call is left out: that there is none has been told. False when the driver is
+    /// given up.
     bool CarryOut(const Task& task) {
-        return (driver || Create()) && (!driver || CarryOut(task.kind, [&] { task.call(*driver); }, task.answer));
+        return (driver || Create()) && (!driver || CarryOut(
+                                                       task.kind, [&] { task.call(*driver); }, task.answer));
     }
 
     void Work() {
@@ -144,7 +145,7 @@ DriverThread::DriverThread(Factory factory, std::shared_ptr<DriverReceiver> rece
 
 DriverThread::~DriverThread() {
     m_shared->receiver->StopHoldingUp();
-    m_end = std::chrono::steady_clock::now() + LONGEST_END;
+    BeginEnd();
     {
         const std::lock_guard lock(m_shared->mutex);
         m_shared->isEnding = true;
@@ -152,6 +153,12 @@ DriverThread::~DriverThread() {
     }
     if (WaitUntil([this] { return m_shared->hasEnded; })) {
         m_thread.join();
+    }
+}
+
+void DriverThread::BeginEnd() {
+    if (!m_end) {
+        m_end = std::chrono::steady_clock::now() + LONGEST_END;
     }
 }
 
@@ -210,7 +217,8 @@ bool DriverThread::GiveUpIfOverdue() {
         if (!running || (m_watchedFor <= m_timeout(running->kind) && !isAtEnd)) {
             return false;
         }
-        const std::chrono::duration<double> limit = isAtEnd ? std::chrono::milliseconds(LONGEST_END) : m_timeout(running->kind);
+        const std::chrono::duration<double> limit =
+            isAtEnd ? std::chrono::milliseconds(LONGEST_END) : m_timeout(running->kind);
         reason = u"%1 has not returned within %2 s; the driver is given up"_s.arg(
             GetName(running->kind), QString::number(limit.count()));
         m_shared->owner = nullptr;

@@ -34,21 +34,25 @@ public:
     using Factory = std::function<std::unique_ptr<KvZANCommon::IDriver>()>;
     using Timeout = std::function<std::chrono::milliseconds(DriverCall kind)>;
 
-    /// A built-in test, for one, may go on for minutes; the end of the program does not wait for it.
-    static constexpr std::chrono::seconds LONGEST_END{15};
+    /// A built-in test, for one, may go on for minutes; the end of the program does not wait for it. A driver
+    /// that does not hang needs no more than one of its time-outs to stop.
+    static constexpr std::chrono::seconds LONGEST_END{10};
 
     /// The driver is created for the first call, and gets the receiver as its callback.
     /// \param factory makes the driver on its thread; kept as long as the driver, with all that it holds (the
     ///        driver's component)
     DriverThread(Factory factory, std::shared_ptr<DriverReceiver> receiver, Timeout timeout = GetTimeout);
-    /// Carries out what was posted, and destroys the driver. Waits for that, no longer than the time-outs, and
-    /// no longer than `LONGEST_END` for all.
+    /// Carries out what was posted, and destroys the driver. Waits for that, no longer than the time-outs,
+    /// and no longer than `LONGEST_END` for all.
     ~DriverThread() override;
 
     /// Has a call carried out on the driver's thread. Without effect when the driver is given up.
-    /// \param answer carried out on the main thread when the call has returned; not when it has thrown, when the
+    /// \param answer carried out on the main thread when the call has returned; not when it has thrown, when
+    /// the
     ///        driver is given up, or when this object is gone
     void Post(DriverCall kind, Call call, std::function<void()> answer = {});
+    /// The end begins: from now on the driver has `LONGEST_END` for all that it still has to do.
+    void BeginEnd();
     /// Waits until all that was posted is done, no longer than the time-outs. False when the driver is given
     /// up.
     bool Wait();
@@ -70,7 +74,7 @@ private:
 
     template <class Condition>
     bool WaitUntil(Condition condition);
-    bool GiveUpIfOverdue();
+    ZANSERVER_NO_EXPORT bool GiveUpIfOverdue();
 
     const Timeout m_timeout;
     std::shared_ptr<Shared> m_shared;

@@ -38,7 +38,8 @@ public:
 private:
     ZANSERVER_NO_EXPORT double Uniform();
     ZANSERVER_NO_EXPORT double Normal(double deviation);
-    ZANSERVER_NO_EXPORT void AddPlatform(KvZANCommon::RecordedBearing& bearing, double time, double timeInLap) const;
+    ZANSERVER_NO_EXPORT void AddPlatform(KvZANCommon::RecordedBearing& bearing, double time,
+                                         double timeInLap) const;
     ZANSERVER_NO_EXPORT void AddSignal(KvZANCommon::RecordedBearing& bearing, double flown);
 
     std::mt19937_64 m_random;

@@ -55,9 +55,10 @@ constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u
 
 /// The keys that are used, apart from those of the setup table. "#" means a number.
 constexpr std::array<QStringView, 14> KNOWN_KEYS{
-    u"Driver/Name",         u"Driver/Address",         u"RS232Output_Enabled", u"RS232Output_Address",    u"FileOutput_Enabled", u"FileOutput_Address",
-    u"Output_Interval",     u"MshCentralAddress",      u"MshCentralPort",     u"MshClientName",
-    u"AutoCoupleTargets",   u"OverheadPass/Threshold", u"OverheadPass/Valid", u"ZANStations/Count"};
+    u"Driver/Name",        u"Driver/Address",     u"RS232Output_Enabled", u"RS232Output_Address",
+    u"FileOutput_Enabled", u"FileOutput_Address", u"Output_Interval",     u"MshCentralAddress",
+    u"MshCentralPort",     u"MshClientName",      u"AutoCoupleTargets",   u"OverheadPass/Threshold",
+    u"OverheadPass/Valid", u"ZANStations/Count"};
 constexpr std::array<QStringView, 8> KNOWN_STATION_KEYS{
     u"DeviceAddress",        u"DevType",
     u"DevOptions",           u"HwRequiredComponents",

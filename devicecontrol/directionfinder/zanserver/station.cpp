@@ -237,15 +237,29 @@ void Station::PublishPlatform(const BearingBlock& block) {
     Publish(*m_pPitch, block.status.pitch);
     Publish(*m_pRoll, block.status.roll);
     Publish(*m_pAltitude, block.status.altitude);
-    m_position->SetMeasured(block.status.latitude, block.status.longitude, block.time);
+    if (block.status.latitude || block.status.longitude) {
+        m_position->SetMeasured(block.status.latitude, block.status.longitude, block.time);
+    } else {
+        PublishFix();
+    }
 }
 
 void Station::TakePosition(const PositionFix& fix) {
-    const auto ifValid = [&fix](double degrees) { return fix.valid ? std::optional(degrees) : std::nullopt; };
-    m_position->SetMeasured(ifValid(fix.latitude), ifValid(fix.longitude), fix.time);
+    m_fix = fix;
+    m_fixEnds.setRemainingTime(FIX_LIFETIME);
+    PublishFix();
+}
+
+void Station::PublishFix() {
+    const bool counts = m_fix.valid && !m_fixEnds.hasExpired();
+    const auto ifItCounts = [counts](double degrees) {
+        return counts ? std::optional(degrees) : std::nullopt;
+    };
+    m_position->SetMeasured(ifItCounts(m_fix.latitude), ifItCounts(m_fix.longitude), m_fix.time);
 }
 
 void Station::ForgetMeasurements() {
+    m_fix = {};
     PublishPlatform({});
     m_pEmitters->Clear(nullptr);
     m_pEmitterCount->SetValue(0, nullptr);
@@ -299,6 +313,7 @@ void Station::PublishBearing(const BearingBlock& block, std::size_t index, int m
     if (quality > 0) {
         ++(result.GetQuality() > 0 ? m_counts.published : m_counts.rejectedOverhead);
     }
+    m_pAzimuth->SetState(TValueState::Valid, nullptr); // after a loss of the device
     m_pAzimuth->SetValue(result, nullptr);
 }
 

@@ -16,9 +16,11 @@
 #include "zanserver/driverreceiver.h"
 #include "zanserver/stationposition.h"
 
+#include <QDeadlineTimer>
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -77,11 +79,14 @@ public:
 
     /// Takes a block of bearings from the driver: publishes attitude and position, applies the filters, which
     /// change the bearings of the block, and publishes each bearing that is not marked as unusable. The
-    /// output writes its sentences meanwhile. The emitters of super resolution are published as one list; they
-    /// are not counted.
+    /// output writes its sentences meanwhile. The emitters of super resolution are published as one list;
+    /// they are not counted.
     void Process(BearingBlock& block);
-    /// Takes a position fix of the device, which counts until the next one or the next position of a block.
+    /// Takes a position fix of the device. It counts until the next one, for blocks without a position, and
+    /// no longer than `FIX_LIFETIME`.
     void TakePosition(const PositionFix& fix);
+    /// Receivers report a fix once a second; ten missing ones are no hiccup.
+    static constexpr std::chrono::seconds FIX_LIFETIME{10};
     /// The device is lost: what it has measured is not current any more.
     void ForgetMeasurements();
 
@@ -105,6 +110,7 @@ private:
     ZANSERVER_NO_EXPORT void PublishSetup();
     ZANSERVER_NO_EXPORT void RestoreOverheadParams();
     ZANSERVER_NO_EXPORT void PublishPlatform(const BearingBlock& block);
+    ZANSERVER_NO_EXPORT void PublishFix();
     [[nodiscard]] ZANSERVER_NO_EXPORT std::optional<int>
     GetTrueHeading(const KvZANCommon::StatusStruct& status) const;
     ZANSERVER_NO_EXPORT bool ApplyBlockFilters(BearingBlock& block);
@@ -142,6 +148,8 @@ private:
     std::optional<KvZANCommon::OHPParamsVtSynchronizer> m_overheadSynchronizer;
     KvZANCommon::OverheadPassFilter m_overheadFilter;
     FrequencyOf m_frequencyOf;
+    PositionFix m_fix;
+    QDeadlineTimer m_fixEnds;
     StationCounts m_counts;
 };
 

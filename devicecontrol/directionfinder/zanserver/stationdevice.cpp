@@ -32,7 +32,8 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
              choice.name == DriverChoice::REPLAY ? DriverLink::Kind::Recording : DriverLink::Kind::Device) {
     DriverReceiver& receiver = m_link.GetReceiver();
     // Deliveries that have waited together are written together.
-    connect(&receiver, &DriverReceiver::PassingOnBegins, this, [this] { m_burst.emplace(m_station.GetOutput()); });
+    connect(&receiver, &DriverReceiver::PassingOnBegins, this,
+            [this] { m_burst.emplace(m_station.GetOutput()); });
     connect(&receiver, &DriverReceiver::PassingOnEnds, this, [this] { m_burst.reset(); });
     connect(&receiver, &DriverReceiver::BlockReceived, this, &StationDevice::TakeBlock);
     connect(&receiver, &DriverReceiver::PositionReceived, this,

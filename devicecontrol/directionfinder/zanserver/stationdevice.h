@@ -35,7 +35,8 @@ public:
 
     /// A test command that the driver gets each time that its device has been opened, before anything else.
     void SetFirstCommand(const QString& command) { m_firstCommand = command; }
-    /// Processes no block that was measured so long or longer after the first one, and tells when there is one.
+    /// Processes no block that was measured so long or longer after the first one, and tells when there is
+    /// one.
     void MeasureFor(std::chrono::milliseconds duration) { m_duration = duration; }
     /// Opens the device.
     void Open() { m_link.Open(); }

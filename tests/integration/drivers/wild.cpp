@@ -1,0 +1,83 @@
+#include "zancommon/drivercomponent.h"
+#include "zancommon/idrivercallback.h"
+#include "zancommon/nulldriver.h"
+
+#include <array>
+#include <chrono>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr unsigned TEN_MILLIONS = 10'000'000;
+
+/// A driver that does what no driver should. Its address says what.
+class Wild final : public KvZANCommon::NullDriver {
+public:
+    static KvZANCommon::DriverDescription Describe() {
+        return {QStringLiteral("wild"), QStringLiteral("does what no driver should"), QStringLiteral("DEED"),
+                QStringLiteral("hang"), {EMODE_SCAN}};
+    }
+
+    void SetCallback(KvZANCommon::IDriverCallback* callback) override { m_callback = callback; }
+
+    int Initialize(std::string& address, bool /*simulation*/) override {
+        m_deed = address;
+        if (m_deed == "hang") {
+            for (;;) {
+                std::this_thread::sleep_for(std::chrono::hours(1));
+            }
+        }
+        if (m_deed == "throw") {
+            throw std::runtime_error("no power");
+        }
+        return 0;
+    }
+
+    long SetMode(EMode mode) override {
+        if (mode == EMODE_STANDBY) {
+            if (m_deed == "late") {
+                std::thread([this] { Deliver(5); }).detach();
+            }
+            return 0;
+        }
+        if (m_deed == "threads") {
+            std::array<std::thread, 4> threads;
+            for (std::thread& thread : threads) {
+                thread = std::thread([this] {
+                    for (int i = 0; i < 1000; ++i) {
+                        Deliver(1);
+                    }
+                });
+            }
+            for (std::thread& thread : threads) {
+                thread.join();
+            }
+        } else {
+            Deliver(m_deed == "block" ? TEN_MILLIONS : 1);
+        }
+        m_callback->CloseDataLink();
+        return m_deed == "throwlater" ? throw 1 : 0;
+    }
+
+private:
+    void Deliver(unsigned count) {
+        std::vector<Bearing> bearings(count);
+        for (Bearing& bearing : bearings) {
+            bearing.quality = 50;
+        }
+        KvZANCommon::StatusStruct status;
+        status.frequency = 121.5e6;
+        unsigned long long time = 1000;
+        m_callback->fillScanBuffer(0, time, 0, count, bearings.data(), status);
+    }
+
+    KvZANCommon::IDriverCallback* m_callback = nullptr;
+    std::string m_deed;
+};
+
+} // namespace
+
+ZAN_DEFINE_DRIVER(Wild)

@@ -1,0 +1,160 @@
+#include "support/printing.h"
+#include "support/recordings.h"
+#include "support/stationprocess.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+// The station with a driver that is loaded when it runs, as a person runs it.
+
+namespace {
+
+class StationDriverTest : public testing::Test {
+protected:
+    [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
+    [[nodiscard]] QStringList Arguments(const QStringList& further) const {
+        return QStringList{u"run"_s, u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"out"_s)} + further;
+    }
+    [[nodiscard]] QStringList Wild(const QString& deed) const {
+        return Arguments({u"--components"_s, QStringLiteral(ZAN_TEST_DRIVERS), u"--driver"_s, u"wild"_s,
+                          u"--address"_s, deed});
+    }
+    [[nodiscard]] QString Settings() const {
+        return QString::fromUtf8(ReadFile(Path(u"config/Application.ini"_s)));
+    }
+    /// Runs the station until its summary would have so many bearings, ends it, and returns what it printed.
+    [[nodiscard]] StationResult RunUntil(const QStringList& arguments, int sentences) const {
+        QProcess process;
+        process.start(QStringLiteral(ZAN_STATION), arguments);
+        EXPECT_TRUE(
+            Await(process, [&] { return ReadFile(Path(u"out"_s)).count("\r\n") >= sentences; }))
+            << process.readAllStandardError().toStdString();
+        ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+        EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    QTemporaryDir m_directory;
+};
+
+} // namespace
+
+TEST_F(StationDriverTest, WithoutADriverItIsTheSimulatedDeviceForAsLongAsItIsToRun) {
+    const StationResult result =
+        RunStation(Arguments({u"--speed"_s, u"max"_s, u"--duration"_s, u"60"_s}));
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_GT(ReadFile(Path(u"out"_s)).count("\r\n"), 0);
+    EXPECT_FALSE(Settings().contains(u"[Driver]"_s)) << "nothing was chosen";
+}
+
+TEST_F(StationDriverTest, SameRunOfTheSimulatedDeviceGivesTheSameSentences) {
+    const QStringList arguments = Arguments({u"--speed"_s, u"max"_s, u"--duration"_s, u"60"_s});
+    EXPECT_EQ(RunStation(arguments).exitCode, 0);
+    const QByteArray first = ReadFile(Path(u"out"_s));
+    EXPECT_EQ(RunStation(arguments).exitCode, 0);
+    EXPECT_EQ(ReadFile(Path(u"out"_s)), first);
+}
+
+TEST_F(StationDriverTest, DriverAndAddressAreKeptAndARecordingIsForOneRun) {
+    WriteFile(Path(u"recording.csv"_s), RECORDING_HEADER + "1000,121500000,10.0,,90,,,,,,,\n");
+    const QStringList speed{u"--speed"_s, u"max"_s, u"--duration"_s, u"5"_s};
+    EXPECT_EQ(RunStation(Arguments(speed + QStringList{u"--driver"_s, u"simulator"_s, u"--address"_s,
+                                                       u"airfield"_s}))
+                  .exitCode,
+              0);
+    const QString chosen = u"[Driver]\nAddress=airfield\nName=simulator\n"_s;
+    EXPECT_TRUE(Settings().contains(chosen)) << Settings().toStdString();
+    const StationResult replay =
+        RunStation(Arguments({u"--speed"_s, u"max"_s, u"--recording"_s, Path(u"recording.csv"_s)}));
+    EXPECT_EQ(replay.exitCode, 0);
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
+    EXPECT_TRUE(Settings().contains(chosen)) << Settings().toStdString();
+    EXPECT_EQ(RunStation(Arguments(speed)).exitCode, 0);
+    EXPECT_TRUE(QDir(Path(u"config/ZANControl"_s)).exists(u"commandlog-airfield.txt"_s));
+}
+
+TEST_F(StationDriverTest, OtherDriverDoesNotKeepTheAddressOfTheLastOne) {
+    const QStringList speed{u"--speed"_s, u"max"_s, u"--duration"_s, u"1"_s};
+    EXPECT_EQ(RunStation(Wild(u"late"_s) + speed).exitCode, 0);
+    EXPECT_EQ(RunStation(Arguments(speed + QStringList{u"--driver"_s, u"simulator"_s})).exitCode, 0);
+    EXPECT_TRUE(Settings().contains(u"[Driver]\nAddress=\nName=simulator\n"_s)) << Settings().toStdString();
+}
+
+TEST_F(StationDriverTest, RecordingIsShortForDriverAndAddressSoTheyAreNotGivenWithIt) {
+    const StationResult result = RunStation(
+        Arguments({u"--recording"_s, u"a.csv"_s, u"--driver"_s, u"simulator"_s}));
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_FALSE(QDir(m_directory.path()).exists(u"out"_s));
+}
+
+TEST_F(StationDriverTest, DriverThatIsNotThereIsRefusedWithThePlaceThatWasLookedIn) {
+    EXPECT_EQ(RunStation(Arguments({u"--speed"_s, u"max"_s, u"--duration"_s, u"1"_s})).exitCode, 0);
+    const QString settings = Settings();
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    for (const QString& name : {u"warp"_s, u"../wild"_s, u""_s}) {
+        const StationResult result = RunStation(Arguments(
+            {u"--components"_s, QStringLiteral(ZAN_TEST_DRIVERS), u"--driver"_s, name, u"--address"_s, u"x"_s}));
+        EXPECT_EQ(result.exitCode, 1) << name.toStdString();
+        EXPECT_EQ(Settings(), settings) << name.toStdString();
+        EXPECT_EQ(ReadFile(Path(u"out"_s)), sentences) << name.toStdString();
+    }
+    const StationResult result = RunStation(
+        Arguments({u"--components"_s, QStringLiteral(ZAN_TEST_DRIVERS), u"--driver"_s, u"warp"_s}));
+    EXPECT_TRUE(result.err.contains(QStringLiteral(ZAN_TEST_DRIVERS) + u"/libzandriver-warp.so"_s))
+        << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, TestCommandThatTheDriverDoesNotKnowIsToldAndTheRunGoesOn) {
+    const StationResult result = RunUntil(Wild(u"late"_s) + QStringList{u"--speed"_s, u"2"_s}, 1);
+    EXPECT_TRUE(result.err.contains(u"the driver refuses \"speed 2\""_s)) << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, DriverThatDeliversFromFourThreadsLosesNothing) {
+    const StationResult result = RunUntil(Wild(u"threads"_s), 4000);
+    EXPECT_EQ(result.exitCode, 143) << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, DriverThatDeliversAfterStandbyHarmsNothing) {
+    EXPECT_EQ(RunUntil(Wild(u"late"_s), 1).exitCode, 143);
+}
+
+TEST_F(StationDriverTest, DriverThatThrowsIsToldAndTriedAgain) {
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION), Wild(u"throw"_s));
+    QString messages;
+    EXPECT_TRUE(Await(process, [&] {
+        messages += QString::fromUtf8(process.readAllStandardError());
+        return messages.contains(u"the driver threw an exception: no power"_s);
+    })) << messages.toStdString();
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 143);
+    EXPECT_EQ(RunUntil(Wild(u"throwlater"_s), 1).exitCode, 143);
+}
+
+TEST_F(StationDriverTest, TenMillionBearingsInABlockAreProcessedInBoundedMemory) {
+    const StationResult result = RunUntil(Wild(u"block"_s) + QStringList{u"--interval"_s, u"10"_s}, 1);
+    EXPECT_EQ(result.exitCode, 143) << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, ProgramEndsWithoutWaitingForADriverThatHangs) {
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION), Wild(u"hang"_s));
+    EXPECT_TRUE(Await(process, [this] { return QFile::exists(Path(u"out"_s)); }));
+    QElapsedTimer timer;
+    timer.start();
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_LT(timer.elapsed(), 20'000) << "it has 10 s to end";
+    EXPECT_TRUE(Settings().contains(u"[Driver]"_s)) << "and the settings are saved";
+}
