@@ -8,7 +8,7 @@
 #include <tolmappstartup/cfgcenter.h>
 #include <valueframework/tree.h>
 #include <zancommon/dfdataoutput.h>
-#include <zancommon/legacydriveradapter.h>
+#include <zancommon/drivercomponent.h>
 #include <zancommon/overheadpassfilter.h>
 #include <zancommon/overheadpassparams.h>
 
@@ -101,12 +101,9 @@ int main(int argc, char** argv) {
     receiver.onLinkClosed = [] { QCoreApplication::quit(); };
     {
         const DFDataOutput output(u"DF data"_s);
-        ExampleDriver driver;
-        KvZANCommon::LegacyDriverAdapter adapter; // last, so that it is destroyed first
-        driver.SetCallback(&adapter);
-        adapter.SetLegacyDriver(&driver);
-        adapter.SetCallback(&receiver);
-        Run(adapter);
+        KvZANCommon::AdaptedDriver<ExampleDriver> device;
+        device.SetCallback(&receiver);
+        Run(device);
     }
     QFile sentences(directory.filePath(u"sentences.txt"_s));
     if (sentences.open(QIODevice::ReadOnly)) {

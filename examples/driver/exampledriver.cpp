@@ -25,6 +25,10 @@ ExampleDriver::~ExampleDriver() {
     Stop();
 }
 
+KvZANCommon::DriverDescription ExampleDriver::Describe() {
+    return {u"example"_s, u"measures three known bearings"_s, u"demo"_s, u"demo"_s, {EMODE_SCAN}};
+}
+
 int ExampleDriver::Initialize(std::string& address, bool /*simulation*/) {
     Stop();
     if (address != "demo") {
@@ -37,7 +41,7 @@ int ExampleDriver::Initialize(std::string& address, bool /*simulation*/) {
 long ExampleDriver::SetMode(EMode mode) {
     Stop();
     QString command = u"mode "_s + QString::number(mode);
-    m_callback->SetCommandLog(command);
+    m_callback.SetCommandLog(command);
     if (mode != EMODE_STANDBY) {
         m_isStopping = false;
         m_blockCount = 0;
@@ -69,8 +73,8 @@ void ExampleDriver::Measure(double frequency) {
     Deliver(BEGIN, frequency, {MakeBearing(715, 100, 90), MakeBearing(1200, 700, 80)});
     Deliver(BEGIN + 1000, frequency, {MakeBearing(722, 110, 85)});
     KvZANCommon::ErrorStruct error{FAILED, false, u"the device has no more to measure"_s};
-    m_callback->reportError(error);
-    m_callback->CloseDataLink();
+    m_callback.reportError(error);
+    m_callback.CloseDataLink();
 }
 
 void ExampleDriver::Deliver(unsigned long long time, double frequency,
@@ -83,5 +87,5 @@ void ExampleDriver::Deliver(unsigned long long time, double frequency,
     status.heading = 90.0; // degrees; what is not measured stays empty
     std::vector<Bearing> block = bearings;
     ++m_blockCount;
-    m_callback->fillScanBuffer(0, time, 0, static_cast<unsigned>(block.size()), block.data(), status);
+    m_callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(block.size()), block.data(), status);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <zancommon/driverdescription.h>
 #include <zancommon/ilegacydrivercallback.h>
 #include <zancommon/nulllegacydriver.h>
 
@@ -15,13 +16,14 @@ public:
     static constexpr long OK = 0;
     static constexpr long FAILED = -2;
 
-    ExampleDriver() = default;
+    /// \param callback gets all notifications, mostly on the driver's own thread; outlives the driver
+    explicit ExampleDriver(KvZANCommon::ILegacyDriverCallback& callback)
+        : m_callback(callback) {}
     ExampleDriver(const ExampleDriver&) = delete;
     ExampleDriver& operator=(const ExampleDriver&) = delete;
     ~ExampleDriver();
 
-    /// Gets all notifications, mostly on the driver's own thread; not owned. Set it before `Initialize`.
-    void SetCallback(KvZANCommon::ILegacyDriverCallback* callback) { m_callback = callback; }
+    static KvZANCommon::DriverDescription Describe();
 
     int Initialize(std::string& address, bool simulation) override;
     QString GetLastError() override { return m_lastError; }
@@ -39,7 +41,7 @@ private:
     void Measure(double frequency);
     void Deliver(unsigned long long time, double frequency, std::initializer_list<Bearing> bearings);
 
-    KvZANCommon::ILegacyDriverCallback* m_callback = nullptr;
+    KvZANCommon::ILegacyDriverCallback& m_callback;
     QString m_lastError;
     double m_frequency = 100e6;
     std::atomic<long> m_blockCount = 0;

@@ -33,3 +33,13 @@ if(name STREQUAL consumer)
     run(${CXX} -fPIC ${EXAMPLE}/consumer.cpp -o ${WORK}/consumer ${flags} -Wl,-rpath,${PREFIX}/${LIBDIR})
     check(${WORK}/consumer)
 endif()
+
+# The component runs in the installed station. Its device has soon no more to measure, and is opened again.
+if(name STREQUAL driver)
+    run(${PREFIX}/bin/zanstation run --config ${WORK}/config --components ${WORK}/build --driver example --address demo
+        --duration 1 --output ${WORK}/sentences.txt)
+    file(STRINGS ${WORK}/sentences.txt sentences LIMIT_COUNT 1)
+    if(NOT sentences MATCHES "^[$]PLG, 71[.]5,FRQ, 100000000,CMP, 90[.]0,QUA, 90[.]0,LEV,-42[.]5,TIM,000000,")
+        message(FATAL_ERROR "The station makes of the example driver:\n${sentences}")
+    endif()
+endif()

@@ -25,8 +25,8 @@ class IDriverCallback;
 /// compasses and channels are numbered by the device. Where no unit is stated, driver and application agree
 /// on one.
 ///
-/// An application calls its driver on one thread, its main thread; results arrive on whatever thread the
-/// driver delivers on (`IDriverCallback`). Nothing is thrown across the interface: a failure is a result
+/// An application calls its driver on one thread; results arrive on whatever thread the driver delivers on
+/// (`IDriverCallback`). Nothing is thrown across the interface: a failure is a result
 /// code, and its text is returned by `GetLastError`.
 ///
 /// Drivers are built separately from the application: the order of the operations is part of the interface.
