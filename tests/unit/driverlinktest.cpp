@@ -134,6 +134,19 @@ TEST_F(DriverLinkTest, AttemptsFollowOneAnotherMoreAndMoreSlowly) {
     EXPECT_EQ(DriverLink::LONGEST_DELAY, 30s);
 }
 
+TEST_F(DriverLinkTest, DeviceThatIsLostAsSoonAsItIsThereIsSoughtMoreAndMoreSlowly) {
+    m_device->onInitialize = [](IDriverCallback& callback) {
+        callback.CloseDataLink();
+        return 0;
+    };
+    const auto link = Make(DriverLink::Kind::Device, 20ms);
+    QElapsedTimer timer;
+    timer.start();
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 5; }));
+    EXPECT_GE(timer.elapsed(), 300);
+}
+
 TEST_F(DriverLinkTest, InitializeThatThrowsIsAnAttemptThatHasFailed) {
     m_device->onInitialize = [this](IDriverCallback&) {
         return m_device->attempts < 2 ? throw std::runtime_error("no power") : 0;

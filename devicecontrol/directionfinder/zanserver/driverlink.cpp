@@ -87,7 +87,7 @@ void DriverLink::OnInitialized(const QString& failure) {
         Lose(failure);
         return;
     }
-    m_delay = m_firstDelay;
+    m_connected.start();
     m_isLossTold = false;
     SetState(State::Connected, {});
     Q_EMIT Connected();
@@ -100,14 +100,21 @@ void DriverLink::Lose(const QString& reason) {
     if (m_state != State::Connected && m_state != State::Connecting) {
         return;
     }
+    if (m_state == State::Connected && m_connected.hasExpired(GetLongestDelay().count())) {
+        m_delay = m_firstDelay;
+    }
     if (m_kind == Kind::Device) {
         m_nextAttempt.start(m_delay);
     }
-    m_delay = std::min(2 * m_delay, m_firstDelay * (LONGEST_DELAY / FIRST_DELAY));
+    m_delay = std::min(2 * m_delay, GetLongestDelay());
     SetState(State::Lost, reason);
     if (!std::exchange(m_isLossTold, true)) {
         Q_EMIT Lost(reason);
     }
+}
+
+std::chrono::milliseconds DriverLink::GetLongestDelay() const {
+    return m_firstDelay * (LONGEST_DELAY / FIRST_DELAY);
 }
 
 void DriverLink::OnFailed(DriverCall kind, const QString& reason) {

@@ -5,6 +5,7 @@
 #include "zanserver/driverreceiver.h"
 #include "zanserver/driverthread.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -17,9 +18,9 @@ namespace ZANServer {
 /// The link to a driver's device: opens it, and when it is lost, opens it again and again.
 ///
 /// A device is lost when the driver closes the link or reports a fatal error. The next attempt follows after
-/// a second, and each further one after twice as long, up to `LONGEST_DELAY`. A recording is not opened
-/// again: when the driver closes the link, it has ended. Belongs to the main thread, on which all signals are
-/// emitted.
+/// a second, and each further one after twice as long, up to `LONGEST_DELAY`; that begins anew when the
+/// device has been there for that long. A recording is not opened again: when the driver closes the link, it
+/// has ended. Belongs to the main thread, on which all signals are emitted.
 class ZANSERVER_EXPORT DriverLink final : public QObject {
     Q_OBJECT
 
@@ -88,6 +89,7 @@ private:
     ZANSERVER_NO_EXPORT void OnGivenUp(const QString& reason);
     ZANSERVER_NO_EXPORT void OnLinkClosed();
     ZANSERVER_NO_EXPORT void Lose(const QString& reason);
+    [[nodiscard]] ZANSERVER_NO_EXPORT std::chrono::milliseconds GetLongestDelay() const;
 
     const QString m_address;
     const Kind m_kind;
@@ -96,6 +98,7 @@ private:
     const std::shared_ptr<DriverReceiver> m_receiver;
     std::unique_ptr<DriverThread> m_thread; // null after `Close`
     QTimer m_nextAttempt;
+    QElapsedTimer m_connected;
     State m_state = State::Closed;
     QString m_reason;
     bool m_isLossTold = false;

@@ -67,7 +67,7 @@ int ReplayDriver::Initialize(std::string& recording, bool /*simulation*/) {
     const QString name = QString::fromStdString(recording);
     ReportCommand(u"open "_s + name);
     m_lastError = m_reader.Open(name) ? QString() : m_reader.GetErrorText();
-    return m_lastError.isEmpty() ? OK : FAILED;
+    return static_cast<int>(m_lastError.isEmpty() ? OK : FAILED);
 }
 
 QString ReplayDriver::GetLastError() {
