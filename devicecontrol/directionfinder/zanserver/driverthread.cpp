@@ -53,6 +53,7 @@ struct DriverThread::Shared {
     std::condition_variable changed;
     DriverThread* owner = nullptr; // null once the driver is given up
     std::vector<Task> tasks;
+    std::vector<std::function<void()>> answers;
     std::optional<Running> running;
     quint64 callCount = 0;
     bool isIdle = false;
@@ -80,13 +81,19 @@ struct DriverThread::Shared {
         running.reset();
         if (owner && !failure.isEmpty()) {
             const QString reason = GetName(kind) + u" has failed: "_s + failure;
-            QMetaObject::invokeMethod(
-                owner, [thread = owner, kind, reason] { Q_EMIT thread->Failed(kind, reason); },
-                Qt::QueuedConnection);
+            Tell([thread = owner, kind, reason] { Q_EMIT thread->Failed(kind, reason); });
         } else if (owner && answer) {
-            QMetaObject::invokeMethod(owner, answer, Qt::QueuedConnection);
+            Tell(answer);
         }
         return owner != nullptr;
+    }
+
+    /// Has something carried out on the main thread. With the mutex locked.
+    void Tell(std::function<void()> answer) {
+        answers.push_back(std::move(answer));
+        if (answers.size() == 1) {
+            QMetaObject::invokeMethod(owner, &DriverThread::TakeAnswers, Qt::QueuedConnection);
+        }
     }
 
     /// Takes over what was posted, after waiting for it. False when there is nothing more to come.
@@ -172,6 +179,17 @@ void DriverThread::Post(DriverCall kind, Call call, std::function<void()> answer
 
 bool DriverThread::Wait() {
     return WaitUntil([this] { return m_shared->isIdle && m_shared->tasks.empty(); });
+}
+
+void DriverThread::TakeAnswers() {
+    std::vector<std::function<void()>> answers;
+    {
+        const std::lock_guard lock(m_shared->mutex);
+        answers.swap(m_shared->answers);
+    }
+    for (const auto& answer : answers) {
+        answer();
+    }
 }
 
 bool DriverThread::IsGivenUp() const {

@@ -75,6 +75,7 @@ private:
     template <class Condition>
     bool WaitUntil(Condition condition);
     ZANSERVER_NO_EXPORT bool GiveUpIfOverdue();
+    ZANSERVER_NO_EXPORT void TakeAnswers();
 
     const Timeout m_timeout;
     std::shared_ptr<Shared> m_shared;
