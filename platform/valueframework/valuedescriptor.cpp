@@ -100,6 +100,10 @@ ValueDescriptor::Maker BearingList() {
     return [] { return std::make_unique<ValueBearingList>(); };
 }
 
+ValueDescriptor::Maker TextList() {
+    return [] { return std::make_unique<ValueStringList>(); };
+}
+
 ValueDescriptor::Maker Nothing() {
     return {};
 }

@@ -65,6 +65,7 @@ ZANPLATFORM_EXPORT ValueDescriptor::Maker Selection(std::initializer_list<SelIte
 /// A bearing in which no member holds a value.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Bearing();
 ZANPLATFORM_EXPORT ValueDescriptor::Maker BearingList();
+ZANPLATFORM_EXPORT ValueDescriptor::Maker TextList();
 /// A node.
 ZANPLATFORM_EXPORT ValueDescriptor::Maker Nothing();
 

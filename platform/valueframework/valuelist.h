@@ -5,7 +5,9 @@
 
 #include <QtGlobal>
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -20,6 +22,16 @@ public:
     void PushBack(const T& element, IObserver* originator = nullptr) {
         m_elements.push_back(element);
         Changed(originator);
+    }
+    /// Removes elements from the front, all of them when there are fewer. Nobody is notified when none is
+    /// removed. An iteration begins again.
+    void RemoveFirst(std::size_t count, IObserver* originator = nullptr) {
+        m_cursor = 0;
+        if (const std::size_t removed = std::min(count, m_elements.size()); removed > 0) {
+            m_elements.erase(m_elements.begin(),
+                             std::next(m_elements.begin(), static_cast<std::ptrdiff_t>(removed)));
+            Changed(originator);
+        }
     }
     /// Removes all elements. Nobody is notified when there are none.
     void Clear(IObserver* originator = nullptr) {

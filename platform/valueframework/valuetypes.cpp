@@ -10,4 +10,5 @@ template class ValueNumeric<int, FormatInt<int>>;
 template class ValueNumeric<double, FormatFloat<double>>;
 template class ValueList<BearingResult, FormatBearingResult>;
 template class ValueList<QuadFloat, QuadFloatFormat>;
+template class ValueList<QString, FormatString<QString>>;
 template class ValueList<TrafficControlFrequency, FormatTrafficControlFrequency>;

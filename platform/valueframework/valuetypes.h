@@ -21,6 +21,7 @@ using ValueNumericInt = ValueNumeric<int, FormatInt<int>>;
 using ValueNumericDouble = ValueNumeric<double, FormatFloat<double>>;
 using ValueBearingList = ValueList<BearingResult, FormatBearingResult>;
 using ValueQuadFloatList = ValueList<QuadFloat, QuadFloatFormat>;
+using ValueStringList = ValueList<QString, FormatString<QString>>;
 using ValueTrafficControlFrequencyList = ValueList<TrafficControlFrequency, FormatTrafficControlFrequency>;
 
 extern template class ZANPLATFORM_EXPORT Value<bool, FormatBool<bool>>;
@@ -33,4 +34,5 @@ extern template class ZANPLATFORM_EXPORT ValueNumeric<int, FormatInt<int>>;
 extern template class ZANPLATFORM_EXPORT ValueNumeric<double, FormatFloat<double>>;
 extern template class ZANPLATFORM_EXPORT ValueList<BearingResult, FormatBearingResult>;
 extern template class ZANPLATFORM_EXPORT ValueList<QuadFloat, QuadFloatFormat>;
+extern template class ZANPLATFORM_EXPORT ValueList<QString, FormatString<QString>>;
 extern template class ZANPLATFORM_EXPORT ValueList<TrafficControlFrequency, FormatTrafficControlFrequency>;

@@ -12,4 +12,10 @@ T* ServerValue(const ValueDescriptor& descriptor) {
     return ZANPlatform::CreateValue<T>(ZANPath::SERVER.toString(), descriptor, nullptr);
 }
 
+/// The same for a value of the device.
+template <class T>
+T* DeviceValue(const ValueDescriptor& descriptor) {
+    return ZANPlatform::CreateValue<T>(ZANPath::DEVICE_NODE.toString(), descriptor, nullptr);
+}
+
 } // namespace ZANServer

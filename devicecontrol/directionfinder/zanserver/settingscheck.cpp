@@ -8,7 +8,10 @@
 #include "zancommon/stationcfg.h"
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zansetupdata.h"
+#include "zanserver/controlvalues.h"
+#include "zanserver/keptwishes.h"
 #include "zanserver/plural.h"
+#include "zanserver/scanranges.h"
 #include "zanserver/stationposition.h"
 
 #include <QFileInfo>
@@ -41,6 +44,7 @@ struct IntegerSetting {
 };
 
 constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 10000},
+                                          IntegerSetting{u"Control_Interval", 0, 10000},
                                           IntegerSetting{u"OverheadPass/Threshold", 0, 900}};
 constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
 constexpr IntegerSetting HUB_PORT{u"MshCentralPort", 1, 65535};
@@ -54,11 +58,11 @@ constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u
                                                      u"MinFreq",  u"MaxFreq",  u"CompassValue"};
 
 /// The keys that are used, apart from those of the setup table. "#" means a number.
-constexpr std::array<QStringView, 14> KNOWN_KEYS{
+constexpr std::array<QStringView, 15> KNOWN_KEYS{
     u"Driver/Name",        u"Driver/Address",     u"RS232Output_Enabled", u"RS232Output_Address",
     u"FileOutput_Enabled", u"FileOutput_Address", u"Output_Interval",     u"MshCentralAddress",
     u"MshCentralPort",     u"MshClientName",      u"AutoCoupleTargets",   u"OverheadPass/Threshold",
-    u"OverheadPass/Valid", u"ZANStations/Count"};
+    u"OverheadPass/Valid", u"ZANStations/Count",  u"Control_Interval"};
 constexpr std::array<QStringView, 8> KNOWN_STATION_KEYS{
     u"DeviceAddress",        u"DevType",
     u"DevOptions",           u"HwRequiredComponents",
@@ -94,6 +98,10 @@ QStringList GetKnownKeys() {
     for (const ZANSetupData::DataEntry& row : ZANSetupData::GetEntries()) {
         known.append(station + row.key);
     }
+    for (const KeptWishes::Setting& setting : KeptWishes::SETTINGS) {
+        known.append(station + u"Control/"_s + setting.key.toString());
+    }
+    known.append(station + u"Control/"_s + KeptWishes::RANGE_KEY.toString() + u'#');
     for (const QStringView key : KNOWN_ANTENNA_KEYS) {
         known.append(antenna + key.toString());
     }
@@ -234,8 +242,33 @@ bool Takes(ValueBase& value, const QString& text) {
                      : value.SetStringValue(text, nullptr);
 }
 
+/// What the device was doing last, tried on values in the same way.
+/// \param base where the values are
+void CheckControl(ICfg& station, const QString& base, Findings& findings) {
+    const CfgPtr section(station.GetSubCfg(u"Control"_s));
+    for (const KeptWishes::Setting& setting : KeptWishes::SETTINGS) {
+        const QString text = TextOf(*section, setting.key.toString());
+        ValueBase* const value = Tree::Instance()->GetValue(base + setting.descriptor->PathName());
+        if (auto* const selection = dynamic_cast<ValueSelection*>(value)) {
+            FillSelection(*setting.descriptor, *selection);
+        }
+        if (value && !text.isNull() && !KeptWishes::Take(*value, text, nullptr)) {
+            findings.push_back(
+                Refused(u"Control/"_s + setting.key.toString(), text, DescribeAllowed(*value)));
+        }
+    }
+    for (const QString& key : section->GetKeys()) {
+        const QString text = TextOf(*section, key);
+        if (QString fault;
+            key.startsWith(KeptWishes::RANGE_KEY) && !text.isEmpty() && !ScanRanges::Parse(text, fault)) {
+            findings.push_back(
+                Refused(u"Control/"_s + key, text, u"is a range as a JSON object; "_s + fault));
+        }
+    }
+}
+
 /// Tries the settings of the setup table on values of the types that they are for.
-void CheckSetup(const ICfg& station, Findings& findings) {
+void CheckSetup(ICfg& station, Findings& findings) {
     const QString base = u"/SettingsCheck"_s;
     Tree& tree = *Tree::Instance();
     StdDeviceDefinition::CreateBranch(StdDeviceDefinition::EBranch::SERVER, base);
@@ -246,6 +279,7 @@ void CheckSetup(const ICfg& station, Findings& findings) {
             findings.push_back(Refused(row.key, text, DescribeAllowed(*value)));
         }
     }
+    CheckControl(station, base, findings);
     tree.Remove(tree.GetNode(base));
 }
 
@@ -362,7 +396,7 @@ Findings CheckMeaning(const QString& address) {
 
 Findings CheckKeys(const QString& directory) {
     Findings findings;
-    static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)"_s);
+    static const QRegularExpression number(u"(?<=ZANStation|Antenna)\\d+(?=/)|(?<=ScanRange)\\d+$"_s);
     const QStringList known = GetKnownKeys();
     std::size_t unknown = 0;
     for (const QString& key : ListKeys(directory)) {

@@ -1,0 +1,7 @@
+#include "zancommon/idevicedescription.h"
+
+namespace KvZANCommon {
+
+IDeviceDescription::~IDeviceDescription() = default;
+
+} // namespace KvZANCommon

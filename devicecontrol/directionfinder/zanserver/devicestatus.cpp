@@ -1,0 +1,48 @@
+#include "zanserver/devicestatus.h"
+
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "zanserver/drivererrands.h"
+#include "zanserver/publish.h"
+#include "zanserver/servervalue.h"
+
+#include <QDateTime>
+
+using namespace StdDeviceDefinition;
+
+namespace ZANServer {
+
+DeviceStatus::DeviceStatus()
+    : m_state(DeviceValue<ValueNumericInt>(g_vdDevState))
+    , m_error(DeviceValue<ValueString>(g_vdDevLastError))
+    , m_errorTime(DeviceValue<ValueTimeStamp>(g_vdDevLastErrorTime))
+    , m_sweepTime(ServerValue<ValueNumericInt>(g_vdScanSweepTime))
+    , m_channelCount(ServerValue<ValueNumericInt>(g_vdScanChannelCount)) {
+    SetState(EDeviceState::NONE);
+}
+
+void DeviceStatus::SetState(EDeviceState state) {
+    m_state->SetValue(static_cast<int>(state));
+    if (state != EDeviceState::CONNECTED) {
+        SetSweepTime({});
+        SetChannelCount({});
+    }
+}
+
+EDeviceState DeviceStatus::GetState() const {
+    return static_cast<EDeviceState>(m_state->GetValue());
+}
+
+void DeviceStatus::ReportError(const QString& text) {
+    m_errorTime->SetValue(static_cast<quint64>(QDateTime::currentMSecsSinceEpoch()));
+    m_error->SetValue(Bounded(text));
+}
+
+void DeviceStatus::SetSweepTime(std::optional<int> time) {
+    Publish(*m_sweepTime, time);
+}
+
+void DeviceStatus::SetChannelCount(std::optional<int> count) {
+    Publish(*m_channelCount, count);
+}
+
+} // namespace ZANServer
