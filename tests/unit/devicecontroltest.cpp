@@ -159,7 +159,25 @@ TEST_F(DeviceControlTest, NothingIsSentBeforeADeviceIsConnectedAndAfterItIsLost)
     Frequency().SetValue(128e6);
     Pass(1s);
     EXPECT_EQ(m_device.TakeCalls(), QStringList());
-    EXPECT_EQ(m_control->GetStatus().GetState(), EDeviceState::LOST);
+}
+
+TEST_F(DeviceControlTest, WhatALostDeviceHasToldIsNotMeasured) {
+    StartConnected();
+    SetRanges({AIRBAND});
+    Settle();
+    const auto& sweepTime = Value<ValueNumericInt>(g_vdScanSweepTime);
+    const auto& channelCount = Value<ValueNumericInt>(g_vdScanChannelCount);
+    EXPECT_EQ(sweepTime.GetState(), TValueState::Valid);
+    EXPECT_EQ(channelCount.GetState(), TValueState::Valid);
+    m_control->OnLost();
+    EXPECT_EQ(sweepTime.GetState(), TValueState::NotMeasured);
+    EXPECT_EQ(channelCount.GetState(), TValueState::NotMeasured);
+    for (const QString& node : {u"/Ant0"_s, u"/Ant1"_s}) {
+        const ValueBase* const compass =
+            Tree::Instance()->GetValue(DeviceTree::Path() + node + u"/AntCompassValue"_s);
+        ASSERT_NE(compass, nullptr);
+        EXPECT_EQ(compass->GetState(), TValueState::NotMeasured);
+    }
 }
 
 TEST_F(DeviceControlTest, DeviceThatIsConnectedAgainGetsAllWishesAgain) {
@@ -347,7 +365,7 @@ TEST_F(DeviceControlTest, ExceptionIsARefusalAndTheNextWishIsCarriedOut) {
     StartConnected();
     QStringList failures;
     QObject::connect(m_thread.get(), &DriverThread::Failed, m_thread.get(),
-                     [&](const QString& text) { failures.append(text); });
+                     [&](DriverCall /*kind*/, const QString& text) { failures.append(text); });
     m_device.ThrowIn(u"SetAudioVolume"_s);
     Value<ValueNumericInt>(g_vdAuChannelVolume).SetValue(70);
     Settle();
@@ -712,10 +730,9 @@ TEST_F(DeviceControlTest, DriverThatIsGivenUpGetsNothingMore) {
                 [future = release->get_future().share()](KvZANCommon::IDriver&) { future.wait(); });
     Frequency().SetValue(101e6);
     EXPECT_TRUE(SpinUntil([&] { return thread.IsGivenUp(); }));
-    control.OnLost(EDeviceState::GIVEN_UP);
+    control.OnLost();
     Frequency().SetValue(102e6);
     release->set_value();
     QCoreApplication::processEvents();
     EXPECT_EQ(device->TakeCalls(), QStringList());
-    EXPECT_EQ(DeviceTree::DeviceValue<ValueNumericInt>(g_vdDevState)->GetValue(), 4);
 }

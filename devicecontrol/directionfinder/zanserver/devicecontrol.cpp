@@ -90,7 +90,6 @@ public:
             each->Forget();
         }
         m_ranges.clear();
-        m_status.SetState(EDeviceState::CONNECTED);
         m_commands.SetConnected(true);
         if (m_values.compassValue->GetValue() >= 0) {
             m_compassReport.Tell(Compass::Describe(m_values.compassValue->GetValue()), {},
@@ -105,7 +104,7 @@ public:
         });
     }
 
-    void Lose(EDeviceState state) {
+    void Lose() {
         isConnected = false;
         ++m_connection;
         m_next = m_operations.size();
@@ -115,7 +114,7 @@ public:
         m_awaited = nullptr;
         m_ranges.clear();
         m_wakeUp.stop();
-        m_status.SetState(state);
+        m_status.Forget();
         m_commands.SetConnected(false);
         DeviceProperties::ForgetMeasured();
     }
@@ -388,8 +387,8 @@ void DeviceControl::OnConnected() {
     m_impl->Connect();
 }
 
-void DeviceControl::OnLost(EDeviceState state) {
-    m_impl->Lose(state);
+void DeviceControl::OnLost() {
+    m_impl->Lose();
 }
 
 const std::vector<FreqRangeDefinition>& DeviceControl::GetRanges() const {

@@ -64,7 +64,7 @@ public:
     /// The device has been opened, for the first time or again.
     void OnConnected();
     /// The device is gone: nothing is sent until it is connected again. What it has told is not measured.
-    void OnLost(EDeviceState state = EDeviceState::LOST);
+    void OnLost();
 
     /// The ranges as the device has them, numbered, in order; empty while that is not known.
     [[nodiscard]] const std::vector<KvZANCommon::FreqRangeDefinition>& GetRanges() const;

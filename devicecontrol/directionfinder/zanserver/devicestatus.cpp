@@ -12,24 +12,16 @@ using namespace StdDeviceDefinition;
 namespace ZANServer {
 
 DeviceStatus::DeviceStatus()
-    : m_state(DeviceValue<ValueNumericInt>(g_vdDevState))
-    , m_error(DeviceValue<ValueString>(g_vdDevLastError))
+    : m_error(DeviceValue<ValueString>(g_vdDevLastError))
     , m_errorTime(DeviceValue<ValueTimeStamp>(g_vdDevLastErrorTime))
     , m_sweepTime(ServerValue<ValueNumericInt>(g_vdScanSweepTime))
     , m_channelCount(ServerValue<ValueNumericInt>(g_vdScanChannelCount)) {
-    SetState(EDeviceState::NONE);
+    Forget();
 }
 
-void DeviceStatus::SetState(EDeviceState state) {
-    m_state->SetValue(static_cast<int>(state));
-    if (state != EDeviceState::CONNECTED) {
-        SetSweepTime({});
-        SetChannelCount({});
-    }
-}
-
-EDeviceState DeviceStatus::GetState() const {
-    return static_cast<EDeviceState>(m_state->GetValue());
+void DeviceStatus::Forget() {
+    SetSweepTime({});
+    SetChannelCount({});
 }
 
 void DeviceStatus::ReportError(const QString& text) {
