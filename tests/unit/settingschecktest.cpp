@@ -260,3 +260,29 @@ TEST_F(SettingsCheckTest, ManyKeysThatNobodyReadsAreCounted) {
     ASSERT_EQ(texts.size(), 21);
     EXPECT_EQ(texts.back(), u"warning: 981 further unknown settings, not used"_s);
 }
+
+TEST_F(SettingsCheckTest, WhatTheDeviceWasDoingLastIsCheckedByKey) {
+    const QByteArray section = STATION + "[ZANStations/ZANStation0/Control]\n";
+    EXPECT_EQ(Check(section + "Frequency=127500000\nBandwidth=5\nDemodulation=1\nOperationMode=3\nSquelch=1\n"
+                              "SquelchLevel=-3\nVolume=100\nMute=0\nScanAveraging=1\n"
+                              "ScanRange0={\"start\":1e6,\"stop\":2e6,\"step\":1000}\nScanRange1=\n"),
+              QStringList());
+    EXPECT_EQ(Check(section + "Frequency=1e300\n"),
+              QStringList{Refused(u"Control/Frequency"_s, u"1e300"_s, u"is 0 to 3.6e+09"_s)});
+    EXPECT_EQ(Check(section + "Volume=101\n"),
+              QStringList{Refused(u"Control/Volume"_s, u"101"_s, u"are whole numbers from 0 to 100"_s)});
+    EXPECT_EQ(
+        Check(section + "OperationMode=5\n"),
+        QStringList{Refused(u"Control/OperationMode"_s, u"5"_s,
+                            u"is 0 (Standby), 1 (FFM), 2 (WidebandFFM), 3 (Scan), 4 (Search), 6 (TDMA)"_s)});
+    EXPECT_EQ(Check(section + "ScanRange0=118-137\n"),
+              QStringList{Refused(u"Control/ScanRange0"_s, u"118-137"_s,
+                                  u"is a range as a JSON object; a range is not a JSON object: 118-137"_s)});
+}
+
+TEST_F(SettingsCheckTest, IntervalOfTheControlIsBounded) {
+    EXPECT_EQ(Check("[General]\nControl_Interval=0\n"), QStringList());
+    EXPECT_EQ(
+        Check("[General]\nControl_Interval=10001\n"),
+        QStringList{Refused(u"Control_Interval"_s, u"10001"_s, u"are whole numbers from 0 to 10000"_s)});
+}

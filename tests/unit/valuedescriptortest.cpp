@@ -170,6 +170,7 @@ TEST(MakeDefault, MakesTheOtherTypes) {
     EXPECT_EQ(Made<ValueTimeStamp>(MakeDefault::TimeStamp())->GetValue(), 0U);
     EXPECT_EQ(Made<ValueBearing>(MakeDefault::Bearing())->GetValue(), BearingResult());
     EXPECT_TRUE(Made<ValueBearingList>(MakeDefault::BearingList())->Empty());
+    EXPECT_TRUE(Made<ValueStringList>(MakeDefault::TextList())->Empty());
     EXPECT_FALSE(MakeDefault::Nothing());
 }
 

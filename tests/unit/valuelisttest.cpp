@@ -54,6 +54,17 @@ TEST_F(ValueListTest, AnElementOfTheListItselfCanBeAppended) {
     EXPECT_EQ(list.GetElements().back(), ONE);
 }
 
+TEST_F(ValueListTest, RemoveFirstTakesFromTheFrontAndNotifiesOnceIfItTakesAnything) {
+    list.RemoveFirst(0);
+    EXPECT_TRUE(observer.codes.empty());
+    list.RemoveFirst(1);
+    EXPECT_EQ(list.GetElements(), std::vector{TWO});
+    EXPECT_EQ(observer.codes.size(), 1U);
+    list.RemoveFirst(7, &observer);
+    EXPECT_TRUE(list.Empty());
+    EXPECT_EQ(observer.codes.size(), 1U);
+}
+
 TEST_F(ValueListTest, ClearNotifiesOnceAndAnEmptyListNotifiesNobody) {
     list.Clear(nullptr);
     EXPECT_TRUE(list.Empty());
