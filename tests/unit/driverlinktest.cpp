@@ -228,8 +228,16 @@ TEST_F(DriverLinkTest, RecordingIsNotOpenedAgain) {
     EXPECT_EQ(m_device->attempts, 1);
 }
 
+TEST_F(DriverLinkTest, DriverIsGoneWithTheLink) {
+    auto link = Make();
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    link.reset();
+    EXPECT_EQ(m_device->alive, 0);
+}
+
 TEST_F(DriverLinkTest, ClosingSetsTheDeviceToStandbyAndPassesOnWhatItDeliversUntilThen) {
-    const auto link = Make();
+    auto link = Make();
     int blocks = 0;
     QObject::connect(&link->GetReceiver(), &DriverReceiver::BlockReceived, link.get(),
                      [&](BearingBlock&) { ++blocks; });
@@ -245,7 +253,6 @@ TEST_F(DriverLinkTest, ClosingSetsTheDeviceToStandbyAndPassesOnWhatItDeliversUnt
     ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
     link->Close();
     EXPECT_EQ(blocks, 50);
-    EXPECT_EQ(m_device->alive, 0);
     EXPECT_EQ(link->GetState(), DriverLink::State::Closed);
 }
 

@@ -60,6 +60,10 @@ QString WriteExample(const QString& address) {
         return u"the settings contain a station beyond ZANStations/Count; it is used unchanged"_s;
     }
     station->SetString(u"DevOptions"_s, u"ZAN-HFR"_s);
+    // Something to scan at first: the aeronautical and the maritime band.
+    const CfgPtr control(station->GetSubCfg(u"Control"_s));
+    control->SetString(u"ScanRange0"_s, u"{\"start\": 118e6, \"stop\": 137e6, \"step\": 25e3}"_s);
+    control->SetString(u"ScanRange1"_s, u"{\"start\": 156e6, \"stop\": 162.05e6, \"step\": 25e3}"_s);
     MakeExampleAntennas().WriteAntennaSetupToCfg(address);
     return {};
 }

@@ -39,9 +39,9 @@ DriverLink::DriverLink(DriverThread::Factory factory, QString address, const QSt
     , m_firstDelay(firstDelay)
     , m_delay(firstDelay)
     , m_receiver(std::make_shared<DriverReceiver>(stationAddress))
-    , m_thread(std::make_unique<DriverThread>(std::move(factory), m_receiver, std::move(timeout))) {
-    connect(m_thread.get(), &DriverThread::Failed, this, &DriverLink::OnFailed);
-    connect(m_thread.get(), &DriverThread::GivenUp, this, &DriverLink::OnGivenUp);
+    , m_thread(std::move(factory), m_receiver, std::move(timeout)) {
+    connect(&m_thread, &DriverThread::Failed, this, &DriverLink::OnFailed);
+    connect(&m_thread, &DriverThread::GivenUp, this, &DriverLink::OnGivenUp);
     connect(m_receiver.get(), &DriverReceiver::LinkClosed, this, &DriverLink::OnLinkClosed);
     connect(m_receiver.get(), &DriverReceiver::ErrorReported, this,
             [this](const KvZANCommon::ErrorStruct& error) {
@@ -71,7 +71,7 @@ void DriverLink::Connect() {
     SetState(State::Connecting, m_reason);
     m_hasClosedWhileConnecting = false;
     const auto failure = std::make_shared<QString>();
-    m_thread->Post(
+    m_thread.Post(
         DriverCall::Initialize,
         [failure, address = m_address](KvZANCommon::IDriver& driver) {
             *failure = Initialize(driver, address);
@@ -145,29 +145,26 @@ void DriverLink::OnLinkClosed() {
 }
 
 void DriverLink::Close() {
-    if (!m_thread) {
+    m_nextAttempt.stop();
+    if (std::exchange(m_isClosed, true) || m_thread.IsGivenUp()) {
         return;
     }
-    m_nextAttempt.stop();
-    if (!m_thread->IsGivenUp()) {
-        m_state = State::Closed;
-        m_thread->BeginEnd();
-        // The receiver goes on meanwhile: a driver that waits for room in its queue could not be stopped.
-        QEventLoop loop;
-        connect(m_thread.get(), &DriverThread::GivenUp, &loop, &QEventLoop::quit);
-        connect(m_thread.get(), &DriverThread::Failed, &loop, [&loop](DriverCall kind) {
-            if (kind == DriverCall::SetMode || kind == DriverCall::Create) {
-                loop.quit();
-            }
-        });
-        m_thread->Post(
-            DriverCall::SetMode, [](KvZANCommon::IDriver& driver) { driver.SetMode(EMODE_STANDBY); },
-            [&loop] { loop.quit(); });
-        loop.exec();
-        m_receiver->PassOnWaiting();
-        m_receiver->CutOff();
-    }
-    m_thread.reset();
+    m_state = State::Closed;
+    m_thread.BeginEnd();
+    // The receiver goes on meanwhile: a driver that waits for room in its queue could not be stopped.
+    QEventLoop loop;
+    connect(&m_thread, &DriverThread::GivenUp, &loop, &QEventLoop::quit);
+    connect(&m_thread, &DriverThread::Failed, &loop, [&loop](DriverCall kind) {
+        if (kind == DriverCall::SetMode || kind == DriverCall::Create) {
+            loop.quit();
+        }
+    });
+    m_thread.Post(
+        DriverCall::SetMode, [](KvZANCommon::IDriver& driver) { driver.SetMode(EMODE_STANDBY); },
+        [&loop] { loop.quit(); });
+    loop.exec();
+    m_receiver->PassOnWaiting();
+    m_receiver->CutOff();
 }
 
 } // namespace ZANServer

@@ -48,13 +48,13 @@ public:
                DriverThread::Timeout timeout = GetTimeout);
     DriverLink(const DriverLink&) = delete;
     DriverLink& operator=(const DriverLink&) = delete;
-    /// Closes the link.
+    /// Closes the link, and destroys the driver.
     ~DriverLink() override;
 
     /// Opens the device. Once.
     void Open();
-    /// Sets the device to standby, passes on what it has delivered until then, and destroys the driver. No
-    /// signal but those of the receiver is emitted. Runs the event loop meanwhile, no longer than
+    /// Sets the device to standby, and passes on what it has delivered until then; nothing arrives after
+    /// that. No signal but those of the receiver is emitted. Runs the event loop meanwhile, no longer than
     /// `DriverThread::LONGEST_END`.
     void Close();
 
@@ -63,8 +63,8 @@ public:
     [[nodiscard]] const QString& GetReason() const { return m_reason; }
     /// The driver's callback.
     [[nodiscard]] DriverReceiver& GetReceiver() const { return *m_receiver; }
-    /// Carries out the calls. Call the driver only while it is connected. Not after `Close`.
-    [[nodiscard]] DriverThread& GetThread() const { return *m_thread; }
+    /// Carries out the calls. Call the driver only while it is connected.
+    [[nodiscard]] DriverThread& GetThread() { return m_thread; }
 
 Q_SIGNALS:
     /// `GetState` or `GetReason` has changed. Before the signal that tells what has happened.
@@ -96,7 +96,8 @@ private:
     const std::chrono::milliseconds m_firstDelay;
     std::chrono::milliseconds m_delay; // before the next attempt
     const std::shared_ptr<DriverReceiver> m_receiver;
-    std::unique_ptr<DriverThread> m_thread; // null after `Close`
+    DriverThread m_thread;
+    bool m_isClosed = false; // by `Close`
     QTimer m_nextAttempt;
     QElapsedTimer m_connected;
     State m_state = State::Closed;

@@ -97,6 +97,8 @@ public:
     /// The problems that the constructor has found, as texts for the operator.
     [[nodiscard]] const QStringList& GetWarnings() const { return m_warnings; }
 
+    /// False: the settings contain errors, and are left unchanged for the operator to correct.
+    [[nodiscard]] bool AreSettingsUsable() const { return m_areSettingsUsable; }
     /// The counts since the station was created.
     [[nodiscard]] const StationCounts& GetCounts() const { return m_counts; }
     /// The output. Only after `StartOutput`.

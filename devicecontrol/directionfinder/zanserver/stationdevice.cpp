@@ -4,7 +4,11 @@
 #include "valueframework/tree.h"
 #include "zancommon/stationcfg.h"
 #include "zancommon/zanpath.h"
+#include "zanserver/devicecommands.h"
 
+#include <QDateTime>
+
+#include <cmath>
 #include <memory>
 #include <utility>
 
@@ -39,6 +43,20 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
     connect(&receiver, &DriverReceiver::PositionReceived, this,
             [this](const PositionFix& fix) { m_station.TakePosition(fix); });
     connect(&receiver, &DriverReceiver::CommandReported, this, &StationDevice::LogCommand);
+    if (choice.name != DriverChoice::REPLAY) {
+        m_control.emplace(m_link.GetThread(), Station::GetDeviceAddress(),
+                          DeviceControl::Options{.keepsWishes = station.AreSettingsUsable()});
+        connect(&receiver, &DriverReceiver::ErrorReported, this,
+                [this](const KvZANCommon::ErrorStruct& error) {
+                    m_control->GetStatus().ReportError(error.text);
+                });
+        connect(&receiver, &DriverReceiver::BitResultReported, this,
+                [this](const KvZANCommon::ErrorStruct& result) {
+                    m_control->GetCommands().OnTestResult(result);
+                });
+        m_station.SetFrequencyOf(
+            [this](const BearingBlock& block, std::size_t bearing) { return GetFrequency(block, bearing); });
+    }
     connect(&m_link, &DriverLink::Connected, this, &StationDevice::OnConnected);
     connect(&m_link, &DriverLink::StateChanged, this, &StationDevice::PublishState);
     connect(&m_link, &DriverLink::CallFailed, this, &StationDevice::Refused);
@@ -49,7 +67,22 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
 }
 
 StationDevice::~StationDevice() {
+    Close();
+}
+
+void StationDevice::Close() {
     m_link.Close();
+    m_station.SetFrequencyOf({});
+    m_control.reset();
+}
+
+/// A driver whose ranges are not known tells the frequency with each block.
+double StationDevice::GetFrequency(const BearingBlock& block, std::size_t bearing) const {
+    const double frequency =
+        block.kind == BearingBlock::Kind::Scan
+            ? m_control->GetChannelFrequency(block.range, block.firstChannel + static_cast<unsigned>(bearing))
+            : block.status.frequency;
+    return std::isfinite(frequency) ? frequency : block.status.frequency;
 }
 
 void StationDevice::TakeBlock(BearingBlock& block) {
@@ -69,24 +102,31 @@ bool StationDevice::IsWithinDuration(quint64 time) {
 }
 
 void StationDevice::OnConnected() {
-    DriverThread& thread = m_link.GetThread();
     if (!m_firstCommand.isEmpty()) {
-        const auto reason = std::make_shared<QString>();
-        thread.Post(
-            DriverCall::Setting,
-            [reason, command = m_firstCommand](KvZANCommon::IDriver& driver) {
-                if (driver.SetTest(command) != 0) {
-                    *reason = u"the driver refuses \"%1\": "_s.arg(command) + driver.GetLastError();
-                }
-            },
-            [this, reason] {
-                if (!reason->isEmpty()) {
-                    Q_EMIT Refused(*reason);
-                }
-            });
+        GiveFirstCommand();
     }
-    m_link.GetReceiver().SetOperateMode(EMODE_SCAN);
-    thread.Post(DriverCall::SetMode, [](KvZANCommon::IDriver& driver) { driver.SetMode(EMODE_SCAN); });
+    if (m_control) {
+        m_control->OnConnected();
+    } else {
+        m_link.GetThread().Post(DriverCall::SetMode,
+                                [](KvZANCommon::IDriver& driver) { driver.SetMode(EMODE_SCAN); });
+    }
+}
+
+void StationDevice::GiveFirstCommand() {
+    const auto reason = std::make_shared<QString>();
+    m_link.GetThread().Post(
+        DriverCall::Setting,
+        [reason, command = m_firstCommand](KvZANCommon::IDriver& driver) {
+            if (driver.SetTest(command) != 0) {
+                *reason = u"the driver refuses \"%1\": "_s.arg(command) + driver.GetLastError();
+            }
+        },
+        [this, reason] {
+            if (!reason->isEmpty()) {
+                Q_EMIT Refused(*reason);
+            }
+        });
 }
 
 void StationDevice::PublishState() {
@@ -95,10 +135,14 @@ void StationDevice::PublishState() {
     m_pState->SetValue(static_cast<int>(state));
     if (state == DriverLink::State::Lost || state == DriverLink::State::GivenUp) {
         m_station.ForgetMeasurements();
+        if (m_control) {
+            m_control->OnLost();
+        }
     }
 }
 
 void StationDevice::LogCommand(const QString& command) {
+    m_commandLogValues.OnCommandReported(command, static_cast<quint64>(QDateTime::currentMSecsSinceEpoch()));
     if (m_logProblem.isEmpty() && !m_commandLog.Add(command)) {
         ReportLogProblem();
     }

@@ -4,6 +4,8 @@
 
 #include "valueframework/valuetypes.h"
 #include "zancommon/commandprotocol.h"
+#include "zanserver/commandlogvalues.h"
+#include "zanserver/devicecontrol.h"
 #include "zanserver/driverchoice.h"
 #include "zanserver/driverlibrary.h"
 #include "zanserver/driverlink.h"
@@ -13,15 +15,17 @@
 #include <QString>
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 
 namespace ZANServer {
 
-/// The live device of a station: its driver, what that delivers, and the log of its commands.
+/// The live device of a station: its driver, what that delivers, its control, and the log of its commands.
 ///
-/// Bearings go to the station, bursts of them at once to its output; the tree tells the state of the link
-/// (`g_vdDevState`, a `DriverLink::State`, and why in `g_vdDevStateInfo`). While the device is lost, nothing
-/// that it has measured is current. A recording is a device, too: it ends when it has been read. Main thread.
+/// Bearings go to the station, bursts of them at once to its output, and what the operator wishes goes to the
+/// device (`DeviceControl`). The tree tells the state of the link (`g_vdDevState`, a `DriverLink::State`, and
+/// why in `g_vdDevStateInfo`). While the device is lost, nothing that it has measured is current. A recording
+/// is a device, too: it takes no wishes, and ends when it has been read. Main thread.
 class ZANSERVER_EXPORT StationDevice final : public QObject {
     Q_OBJECT
 
@@ -41,7 +45,7 @@ public:
     /// Opens the device.
     void Open() { m_link.Open(); }
     /// Ends the measurement; what has been delivered until then is processed.
-    void Close() { m_link.Close(); }
+    void Close();
 
     [[nodiscard]] DriverLink& GetLink() { return m_link; }
     /// Why the log of the commands cannot be written; empty when it can.
@@ -60,7 +64,10 @@ Q_SIGNALS:
 private:
     ZANSERVER_NO_EXPORT void TakeBlock(BearingBlock& block);
     [[nodiscard]] ZANSERVER_NO_EXPORT bool IsWithinDuration(quint64 time);
+    [[nodiscard]] ZANSERVER_NO_EXPORT double GetFrequency(const BearingBlock& block,
+                                                          std::size_t bearing) const;
     ZANSERVER_NO_EXPORT void OnConnected();
+    ZANSERVER_NO_EXPORT void GiveFirstCommand();
     ZANSERVER_NO_EXPORT void LogCommand(const QString& command);
     ZANSERVER_NO_EXPORT void ReportLogProblem();
     ZANSERVER_NO_EXPORT void PublishState();
@@ -75,7 +82,9 @@ private:
     std::optional<DFDataOutput::Burst> m_burst;
     ValueInt* m_pState;
     ValueString* m_pStateInfo;
-    DriverLink m_link; // the first to go
+    CommandLogValues m_commandLogValues;
+    DriverLink m_link;
+    std::optional<DeviceControl> m_control; // not of a recording; the first to go
 };
 
 } // namespace ZANServer
