@@ -2,11 +2,17 @@
 
 #include "connections/interruptibleinput.h"
 #include "connections/outputfile.h"
+#include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "tolmappstartup/directorylock.h"
+#include "valueframework/tree.h"
 #include "zancommon/recordingreader.h"
+#include "zancommon/zanpath.h"
+#include "zanserver/frequencytext.h"
+#include "zanserver/operationmodetext.h"
 #include "zanserver/plural.h"
+#include "zanserver/scanranges.h"
 #include "zanserver/settingscheck.h"
 #include "zanserver/stationcheck.h"
 #include "zanstation/commandline.h"
@@ -91,6 +97,7 @@ int RunCommand::Run() {
     LimitDuration();
     StoreSettings();
     SetParameters();
+    SetWishes();
     StartOutput();
     Measure();
     if (const QString silence = DescribeSilence(true); !silence.isEmpty()) {
@@ -229,6 +236,29 @@ void RunCommand::SetParameters() {
     }
 }
 
+/// Only wishes: what becomes of them is the matter of the device's control.
+void RunCommand::SetWishes() const {
+    using namespace StdDeviceDefinition;
+    if (m_options.mode) {
+        Tree::Instance()
+            ->Find<ValueSelection>(ZANPath::Server(g_vdOperationMode))
+            ->SetCurrentKey(*m_options.mode);
+    }
+    if (m_options.frequency) {
+        Tree::Instance()
+            ->Find<ValueNumericDouble>(ZANPath::Server(g_vdFrequency))
+            ->SetValue(*m_options.frequency);
+    }
+    if (!m_options.ranges.isEmpty()) {
+        auto* const ranges = Tree::Instance()->Find<ValueStringList>(ZANPath::Server(g_vdScanRanges));
+        const auto transaction = ranges->CreateTransaction({TChangeCode::ListReplaced}, nullptr);
+        ranges->Clear();
+        for (const QString& range : m_options.ranges) {
+            ranges->PushBack(range);
+        }
+    }
+}
+
 void RunCommand::StoreSettings() const {
     if (m_options.isDriverKept) {
         m_options.driver.Store();
@@ -265,6 +295,7 @@ void RunCommand::SetUpDevice() {
         reportLog(m_device->GetLogProblem());
     }
     connect(&*m_device, &StationDevice::LogFailed, this, reportLog);
+    m_wishTeller.emplace();
     connect(&*m_device, &StationDevice::BlockReceived, this, &RunCommand::OnBlock);
     connect(&*m_device, &StationDevice::Refused, this, [](const QString& reason) { Console::Warn(reason); });
 
@@ -464,6 +495,56 @@ bool IsSpeed(const QString& text) {
     return text == u"realtime" || text == u"max" || (isNumber && pace > 0.0 && std::isfinite(pace));
 }
 
+/// Ranges such as "118M:137M:25k,156M:162.05M:25k" as the tree has them. Nothing when one is not a range.
+std::optional<QStringList> ReadRanges(const QString& text) {
+    QStringList ranges;
+    for (const QString& each : text.split(u',')) {
+        KvZANCommon::FreqRangeDefinition range;
+        const QStringList parts = each.split(u':');
+        const auto frequency = [&parts](qsizetype part) {
+            return FrequencyText::Parse(parts.value(part)).value_or(0.0);
+        };
+        range.SetStartFreq(frequency(0));
+        range.SetStopFreq(frequency(1));
+        range.SetStepFreq(frequency(2));
+        QString fault;
+        if (parts.size() != 3 || !ScanRanges::Parse(ScanRanges::Format(range), fault)) {
+            return {};
+        }
+        ranges.append(ScanRanges::Format(range));
+    }
+    return ranges;
+}
+
+/// Takes the wishes of the command line. False, with a message, when one is none.
+bool ReadWishes(const CommandLine& line, RunOptions& options) {
+    for (const QString& name : {u"mode"_s, u"frequency"_s, u"ranges"_s}) {
+        if (line.IsSet(name) && line.IsSet(u"recording"_s)) {
+            CommandLine::Refuse(u"--%1 is for a device; a recording has it already"_s.arg(name));
+            return false;
+        }
+    }
+    if (const std::optional<QString> mode = line.Text(u"mode"_s)) {
+        options.mode = OperationModeText::Parse(*mode);
+        if (!options.mode) {
+            CommandLine::Refuse(u"--mode takes ffm, wideband, scan, search or tdma, not "_s +
+                                CommandLine::Quote(*mode));
+            return false;
+        }
+    }
+    if (const std::optional<QString> text = line.Text(u"ranges"_s)) {
+        const std::optional<QStringList> ranges = ReadRanges(*text);
+        if (!ranges) {
+            CommandLine::Refuse(
+                u"--ranges takes start, stop and step of each, such as 118M:137M:25k,156M:162M:25k, not "_s +
+                CommandLine::Quote(*text));
+            return false;
+        }
+        options.ranges = *ranges;
+    }
+    return line.Frequency(u"frequency"_s, options.frequency);
+}
+
 /// The driver of the command line, or else of the settings.
 DriverChoice ChooseDriver(const CommandLine& line, RunOptions& options) {
     if (const std::optional<QString> recording = line.Text(u"recording"_s)) {
@@ -502,6 +583,11 @@ int Run(const QStringList& arguments) {
           u"Pace of a recording or a simulated device: realtime, how many times faster, or max."_s,
           u"realtime|N|max"_s},
          {u"duration"_s, u"Ends the run after so many seconds."_s, u"S"_s},
+         {u"mode"_s, u"Operation mode that the device is wished to be in."_s,
+          u"ffm|wideband|scan|search|tdma"_s},
+         {u"frequency"_s, u"Frequency that the device is wished to measure."_s, u"F"_s},
+         {u"ranges"_s, u"Ranges that the device is wished to scan, such as 118M:137M:25k,156M:162M:25k."_s,
+          u"START:STOP:STEP[,...]"_s},
          {u"output"_s,
           u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak. \"-\" is "
           "standard output, for this run only; everything else then goes to standard error."_s,
@@ -527,6 +613,9 @@ int Run(const QStringList& arguments) {
     options.speed = line.Text(u"speed"_s);
     if (options.speed && !IsSpeed(*options.speed)) {
         return CommandLine::Refuse(u"--speed takes realtime, max or a number above 0"_s);
+    }
+    if (!ReadWishes(line, options)) {
+        return EXIT_USAGE;
     }
     constexpr double LONGEST_DURATION = 1e6;
     options.output = line.Text(u"output"_s);

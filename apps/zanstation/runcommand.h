@@ -1,12 +1,15 @@
 #pragma once
 
+#include "zancommon/zandomain.h"
 #include "zanserver/driverchoice.h"
 #include "zanserver/driverlibrary.h"
 #include "zanserver/station.h"
 #include "zanserver/stationdevice.h"
+#include "zanstation/wishteller.h"
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <optional>
@@ -33,7 +36,10 @@ struct RunOptions {
     std::optional<double> rollThreshold;
     std::optional<double> overheadThreshold;
     std::optional<int> connectionSpeed;
-    bool asJson = false; ///< the summary is printed as JSON
+    std::optional<EOperationMode> mode;
+    std::optional<double> frequency; ///< Hz
+    QStringList ranges;              ///< to scan, as the tree has them; empty: as they are
+    bool asJson = false;             ///< the summary is printed as JSON
 };
 
 /// Runs the station on a device and reports the results.
@@ -66,6 +72,7 @@ private:
     void WarnOfFrequency(double frequency);
     void StoreSettings() const;
     void SetParameters();
+    void SetWishes() const;
     [[nodiscard]] bool IsRecording() const;
     void StartOutput();
     void Measure();
@@ -92,6 +99,7 @@ private:
     QString m_reportedProblem;
     double m_lastFrequency = 0.0; // of the last block
     std::set<double> m_unservedFrequencies;
+    std::optional<WishTeller> m_wishTeller;
     QTimer m_duration;
     bool m_isLost = false;     // the device, which has been there before or not
     bool m_isOutputOn = false; // when the driver was started

@@ -423,6 +423,7 @@ TEST_F(DeviceControlTest, DfAndDemodulationSettingsReachTheDriverTogether) {
     EXPECT_EQ(dem.squelch, -3);
     EXPECT_EQ(dem.gainControl, 1);
     EXPECT_EQ(df.levelThreshold, 12);
+    EXPECT_TRUE(df.relativeThreshold) << "to the noise";
     EXPECT_EQ(df.method, METHOD_COR);
 }
 

@@ -293,6 +293,7 @@ EWish Measure::Read(Arguments& wanted, WishChange& change) const {
     df.activeAntenna = values->antennaActive->GetValue() && antenna &&
                        values->characteristics.DoesAntennaSupportActivePassive(antenna->handle);
     df.levelThreshold = Truncate<qint32>(values->levelThreshold->GetValue());
+    df.relativeThreshold = true; // 0, the default, lets everything pass that is above the noise
     df.polarisation = antenna && antenna->polarizationSupport ? static_cast<qint32>(polarisationKey) : -1;
     const bool isSuperResolutionWanted = values->srStatus->GetCurrentKey() != 0;
     df.superResolution =

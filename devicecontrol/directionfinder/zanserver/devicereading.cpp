@@ -226,6 +226,7 @@ void AskNext(DriverErrands& errands, const std::shared_ptr<Progress>& progress,
         progress->isThereMore = false; // if it throws
         progress->isThereMore =
             QUESTIONS.at(progress->question).ask(driver, progress->reading, progress->number);
+        driver.ClearLastError(); // that there is no further one is no fault
     };
     const auto goOn = [&errands, progress, done] {
         const bool isLast = ++progress->number == QUESTIONS.at(progress->question).most;
