@@ -295,7 +295,15 @@ void RunCommand::SetUpDevice() {
         reportLog(m_device->GetLogProblem());
     }
     connect(&*m_device, &StationDevice::LogFailed, this, reportLog);
-    m_wishTeller.emplace();
+    QStringList asked;
+    for (const auto& [isAsked, wish] : {std::pair{m_options.mode.has_value(), u"OperationMode"_s},
+                                        {m_options.frequency.has_value(), u"Frequency"_s},
+                                        {!m_options.ranges.isEmpty(), u"ScanRanges"_s}}) {
+        if (isAsked) {
+            asked.append(wish);
+        }
+    }
+    m_wishTeller.emplace(asked);
     connect(&*m_device, &StationDevice::BlockReceived, this, &RunCommand::OnBlock);
     connect(&*m_device, &StationDevice::Refused, this, [](const QString& reason) { Console::Warn(reason); });
 

@@ -3,13 +3,16 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
 #include "zancommon/zanpath.h"
+#include "zanserver/drivererrands.h"
 #include "zanstation/console.h"
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
-WishTeller::WishTeller() {
+WishTeller::WishTeller(QStringList asked)
+    : m_asked(std::move(asked)) {
     const QString reports = ZANPath::Server(u"Res/CtlR");
     if (const Node* const node = Tree::Instance()->GetNode(reports)) {
         for (const ITreeItem* const wish : node->GetTreeItems()) {
@@ -35,15 +38,16 @@ void WishTeller::Update(Observable* subject, TChangeCode code) {
     }
 }
 
-void WishTeller::Tell(const Report& report) {
-    if (report.reason->GetValue().isEmpty() || !report.asked || !report.carriedOut) {
+void WishTeller::Tell(const Report& report) const {
+    const QString& reason = report.reason->GetValue();
+    const bool isOfInterest = reason != ZANServer::DRIVER_DOES_NOT_SUPPORT || m_asked.contains(report.wish);
+    if (reason.isEmpty() || !isOfInterest || !report.asked || !report.carriedOut) {
         return;
     }
     const QString carriedOut = report.carriedOut->GetValue();
-    Console::Warn(u"%1: asked for %2, %3: %4"_s.arg(report.wish, report.asked->GetValue(),
-                                                    carriedOut.isEmpty() ? u"not carried out"_s
-                                                                         : u"carried out as "_s + carriedOut,
-                                                    report.reason->GetValue()));
+    Console::Warn(u"%1: asked for %2, %3: %4"_s.arg(
+        report.wish, report.asked->GetValue(),
+        carriedOut.isEmpty() ? u"not carried out"_s : u"carried out as "_s + carriedOut, reason));
 }
 
 void WishTeller::TellWarnings() {

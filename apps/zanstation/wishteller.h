@@ -5,6 +5,7 @@
 #include "valueframework/valuetypes.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <vector>
@@ -14,7 +15,9 @@
 class WishTeller final : public IObserver {
 public:
     /// The reports have to be in the tree.
-    WishTeller();
+    /// \param asked the wishes that the person has named: of others it is not told that the driver does not
+    ///        support them, for most drivers have but some
+    explicit WishTeller(QStringList asked);
     WishTeller(const WishTeller&) = delete;
     WishTeller& operator=(const WishTeller&) = delete;
     ~WishTeller() override = default;
@@ -29,9 +32,10 @@ private:
         ZANPlatform::ValuePtr<ValueString> reason;
     };
 
-    static void Tell(const Report& report);
+    void Tell(const Report& report) const;
     void TellWarnings();
 
+    const QStringList m_asked;
     std::vector<Report> m_reports;
     ZANPlatform::ValuePtr<ValueStringList> m_warnings;
     std::vector<QString> m_told;

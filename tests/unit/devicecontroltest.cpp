@@ -597,6 +597,41 @@ TEST_F(DeviceControlTest, MoreChannelsThanTheDeviceHasAreRefused) {
     EXPECT_EQ(ReasonFor(u"ScanRanges"_s), u"the device has 500 channels, the ranges more"_s);
 }
 
+TEST_F(DeviceControlTest, DeviceThatScansIsInStandbyWhileItsRangesChange) {
+    DeviceControl& control = StartConnected();
+    SetRanges({AIRBAND});
+    Value<ValueSelection>(g_vdOperationMode).SetCurrentKey(OPMODE_SCAN);
+    Settle();
+    m_device.TakeCalls();
+    m_now += 1s;
+    SetRanges({MARINE});
+    Settle();
+    EXPECT_EQ(m_device.TakeCalls(),
+              (QStringList{u"SetMode 0"_s, u"DeleteAllChannels"_s, u"AddFreqRange 0: 0-240/156000000"_s,
+                           u"SetMode 3"_s}));
+    EXPECT_EQ(control.GetChannelFrequency(0, 0), 156e6);
+    m_device.Refuse(u"AddFreqRange"_s, u"too many"_s);
+    m_now += 1s;
+    SetRanges({AIRBAND});
+    Settle();
+    m_device.Allow(u"AddFreqRange"_s);
+    Pass(1s);
+    EXPECT_EQ(LastCall(), u"SetMode 3"_s) << "it goes on with those that it had";
+    EXPECT_EQ(control.GetChannelFrequency(0, 0), 156e6);
+}
+
+TEST_F(DeviceControlTest, ResolutionBandwidthIsWhatTheDeviceHas) {
+    Start();
+    EXPECT_TRUE(std::isnan(m_control->GetResolutionBandwidth())) << "no device";
+    m_control->OnConnected();
+    Settle();
+    const auto df = *m_device.With([](FakeDevice& device) { return device.df; });
+    EXPECT_GT(df.resolutionBandwidth, 0.0);
+    EXPECT_EQ(m_control->GetResolutionBandwidth(), df.resolutionBandwidth);
+    m_control->OnLost();
+    EXPECT_TRUE(std::isnan(m_control->GetResolutionBandwidth()));
+}
+
 TEST_F(DeviceControlTest, SectorsThatTheRangesFilterAwayArePublished) {
     StartConnected();
     SetRanges({uR"({"start":118e6,"step":25e3,"stop":137e6,"filter":{"azimuthFrom":90,"azimuthTo":180}})"_s});

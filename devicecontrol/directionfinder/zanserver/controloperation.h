@@ -155,6 +155,8 @@ public:
     /// What the device has; nothing while that is not known.
     [[nodiscard]] const std::optional<Arguments>& GetCarriedOut() const { return m_carriedOut; }
     void SetCarriedOut(const Arguments& arguments) { m_carriedOut = arguments; }
+    /// The device has something else now.
+    void ForgetCarriedOut() { m_carriedOut.reset(); }
 
     void WishAgain() override {
         m_isWaiting = !m_host.isConnected;

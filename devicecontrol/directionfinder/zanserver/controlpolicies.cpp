@@ -425,6 +425,7 @@ EWish Ranges::Read(Arguments& wanted, WishChange& change) const {
         wanted.ranges.push_back(std::move(*range));
     }
     ScanRanges::Number(wanted.ranges);
+    wanted.isScanning = values->isScanning;
     change.reason = reasons.join(u"; "_s);
     if (!reasons.isEmpty()) {
         Show(wanted);
@@ -443,10 +444,14 @@ QString Ranges::Describe(const Arguments& arguments) {
     return Plural(arguments.ranges.size(), u"range"_s);
 }
 long Ranges::Call(IDriver& driver, const Arguments& arguments, std::size_t number) {
-    if (number == 0) {
+    const std::size_t first = arguments.isScanning ? 1 : 0; // of the calls that set ranges
+    if (number < first) {
+        return driver.SetMode(EMODE_STANDBY);
+    }
+    if (number == first) {
         return driver.DeleteAllChannels();
     }
-    FreqRangeDefinition range = arguments.ranges[number - 1];
+    FreqRangeDefinition range = arguments.ranges[number - first - 1];
     return driver.AddFreqRange(&range);
 }
 

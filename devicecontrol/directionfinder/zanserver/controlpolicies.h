@@ -196,17 +196,20 @@ struct Measure : Single {
     static bool Ask(IDriver& driver, Arguments& arguments);
 };
 
+/// A device that scans is in standby while they change: with a channel number alone, nobody could tell of
+/// which ranges a result is.
 struct Ranges : Several {
     static constexpr QStringView NAME = u"ScanRanges";
     struct Arguments {
         std::vector<KvZANCommon::FreqRangeDefinition> ranges;
+        bool isScanning = false; ///< meanwhile
         bool operator==(const Arguments& other) const;
     };
     EWish Read(Arguments& wanted, WishChange& change) const;
     void Show(const Arguments& arguments) const;
     static QString Describe(const Arguments& arguments);
     static std::size_t CountCalls(const Arguments& wanted, const std::optional<Arguments>&) {
-        return 1 + wanted.ranges.size();
+        return (wanted.isScanning ? 2 : 1) + wanted.ranges.size();
     }
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t number);
 };

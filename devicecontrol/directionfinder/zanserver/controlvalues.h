@@ -52,6 +52,7 @@ struct ControlValues {
     ZANCharacteristics& characteristics;
     IObserver* owner;
     // What the device has said of itself.
+    bool isScanning = false; ///< the device, or searching
     std::vector<KvZANCommon::AntennaSetupStruct> antennaSetups;
     std::vector<KvZANCommon::ConverterSetupStruct> converterSetups;
 

@@ -90,6 +90,7 @@ public:
             each->Forget();
         }
         m_ranges.clear();
+        m_values.isScanning = false;
         m_commands.SetConnected(true);
         if (m_values.compassValue->GetValue() >= 0) {
             m_compassReport.Tell(Compass::Describe(m_values.compassValue->GetValue()), {},
@@ -155,6 +156,10 @@ public:
         if (&operation == m_scanRanges) {
             TakeRanges();
         }
+        if (&operation == m_mode) {
+            const EMode mode = *m_mode->GetCarriedOut();
+            m_values.isScanning = mode == EMODE_SCAN || mode == EMODE_SEARCH;
+        }
         if (&operation == m_compass) {
             m_compass->Forget();
             m_values.compassValue->SetValue(-1, &m_control);
@@ -176,6 +181,10 @@ public:
         }
         m_mode->WishWaiting();
         operation.WishWaiting();
+        if (&operation == m_scanRanges && std::exchange(m_values.isScanning, false)) {
+            m_mode->ForgetCarriedOut(); // it is in standby
+            m_mode->WishAgain();
+        }
         if (&operation == m_awaited && !operation.IsUnderWay()) {
             GoOn();
         }
@@ -201,6 +210,11 @@ public:
     }
 
     [[nodiscard]] const std::vector<FreqRangeDefinition>& GetRanges() const { return m_ranges; }
+    [[nodiscard]] double GetResolutionBandwidth() const {
+        const auto& settings = m_measure->GetCarriedOut();
+        return settings && settings->df.resolutionBandwidth > 0.0 ? settings->df.resolutionBandwidth
+                                                                  : std::numeric_limits<double>::quiet_NaN();
+    }
     [[nodiscard]] DeviceStatus& GetStatus() { return m_status; }
     [[nodiscard]] DeviceCommands& GetCommands() { return m_commands; }
 
@@ -363,10 +377,10 @@ private:
     OperationOf<Frequency>* m_frequency = nullptr;
     ControlOperation* m_average = nullptr;
     ControlOperation* m_scanAveraging = nullptr;
-    ControlOperation* m_measure = nullptr;
+    OperationOf<Measure>* m_measure = nullptr;
     OperationOf<Ranges>* m_scanRanges = nullptr;
     ControlOperation* m_compass = nullptr;
-    ControlOperation* m_mode = nullptr;
+    OperationOf<Mode>* m_mode = nullptr;
     std::vector<FreqRangeDefinition> m_ranges;
     QTimer m_wakeUp;
     QTimer m_keeping;
@@ -405,6 +419,10 @@ double DeviceControl::GetChannelFrequency(long range, unsigned channel) const {
         }
     }
     return std::numeric_limits<double>::quiet_NaN();
+}
+
+double DeviceControl::GetResolutionBandwidth() const {
+    return m_impl->GetResolutionBandwidth();
 }
 
 DeviceStatus& DeviceControl::GetStatus() {

@@ -72,6 +72,9 @@ public:
     /// is not.
     [[nodiscard]] double GetChannelFrequency(long range, unsigned channel) const;
 
+    /// Hz, as the device has it; NaN while that is not known.
+    [[nodiscard]] double GetResolutionBandwidth() const;
+
     [[nodiscard]] DeviceStatus& GetStatus();
     [[nodiscard]] DeviceCommands& GetCommands();
 

@@ -1,5 +1,7 @@
 #include "zanserver/drivererrands.h"
 
+#include "zancommon/nulldriver.h"
+
 #include <algorithm>
 #include <mutex>
 #include <utility>
@@ -94,7 +96,11 @@ void DriverErrands::Call(DriverCall kind, std::function<void(IDriver&)> call, st
 QString TakeLastError(IDriver& driver, long result) {
     const QString text = Bounded(driver.GetLastError());
     driver.ClearLastError();
-    return text.isEmpty() ? u"the driver refuses it with %1"_s.arg(result) : text;
+    if (!text.isEmpty()) {
+        return text;
+    }
+    return result == KvZANCommon::NullDriver::NOT_SUPPORTED ? DRIVER_DOES_NOT_SUPPORT.toString()
+                                                            : u"the driver refuses it with %1"_s.arg(result);
 }
 
 QString Bounded(const QString& text, qsizetype bytes) {

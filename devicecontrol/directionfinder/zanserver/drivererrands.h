@@ -59,6 +59,9 @@ private:
     Shared* m_shared; // belongs to this object, or, when that is gone, to the last errand
 };
 
+/// What `TakeLastError` says of a driver that has no such operation.
+inline constexpr QStringView DRIVER_DOES_NOT_SUPPORT = u"the driver does not support it";
+
 /// What a driver tells of its last failure: one line of bounded length, never empty.
 /// \param result the code of the call that has failed
 ZANSERVER_EXPORT QString TakeLastError(KvZANCommon::IDriver& driver, long result);

@@ -293,7 +293,10 @@ BearingResult Station::ToResult(const BearingBlock& block, std::size_t index, in
     constexpr quint16 HIGHEST_QUALITY = std::numeric_limits<qint16>::max();
     const Bearing& bearing = block.bearings[index];
     BearingResult result;
-    result.SetFrequency(m_frequencyOf ? m_frequencyOf(block, index) : block.status.frequency);
+    const double frequency = m_frequencyOf ? m_frequencyOf(block, index) : block.status.frequency;
+    if (std::isfinite(frequency)) {
+        result.SetFrequency(frequency);
+    }
     if (bearing.level != Bearing::NOT_MEASURED) {
         result.SetLevel(bearing.level);
     }

@@ -90,7 +90,8 @@ public:
     /// The device is lost: what it has measured is not current any more.
     void ForgetMeasurements();
 
-    /// Tells the frequency (Hz) of a bearing of a block; at first that is the receive frequency of the block.
+    /// Tells the frequency (Hz) of a bearing of a block, or NaN when it is not known. At first that is the
+    /// receive frequency of the block.
     using FrequencyOf = std::function<double(const BearingBlock& block, std::size_t bearing)>;
     void SetFrequencyOf(FrequencyOf frequencyOf) { m_frequencyOf = std::move(frequencyOf); }
 

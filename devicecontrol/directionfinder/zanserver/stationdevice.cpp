@@ -8,7 +8,6 @@
 
 #include <QDateTime>
 
-#include <cmath>
 #include <memory>
 #include <utility>
 
@@ -76,13 +75,19 @@ void StationDevice::Close() {
     m_control.reset();
 }
 
-/// A driver whose ranges are not known tells the frequency with each block.
 double StationDevice::GetFrequency(const BearingBlock& block, std::size_t bearing) const {
-    const double frequency =
-        block.kind == BearingBlock::Kind::Scan
-            ? m_control->GetChannelFrequency(block.range, block.firstChannel + static_cast<unsigned>(bearing))
-            : block.status.frequency;
-    return std::isfinite(frequency) ? frequency : block.status.frequency;
+    if (block.kind != BearingBlock::Kind::Scan) {
+        return block.status.frequency;
+    }
+    if (block.range == BearingBlock::WIDEBAND) { // the receive frequency is that of the channel in the middle
+        const double middle = (static_cast<double>(block.bearings.size()) - 1.0) / 2.0;
+        return block.status.frequency +
+               (static_cast<double>(bearing) - middle) * m_control->GetResolutionBandwidth();
+    }
+    if (m_control->GetRanges().empty()) { // the driver takes none: it tells the frequency with each block
+        return block.status.frequency;
+    }
+    return m_control->GetChannelFrequency(block.range, block.firstChannel + static_cast<unsigned>(bearing));
 }
 
 void StationDevice::TakeBlock(BearingBlock& block) {

@@ -64,6 +64,7 @@ Q_SIGNALS:
 private:
     ZANSERVER_NO_EXPORT void TakeBlock(BearingBlock& block);
     [[nodiscard]] ZANSERVER_NO_EXPORT bool IsWithinDuration(quint64 time);
+    /// NaN: not known.
     [[nodiscard]] ZANSERVER_NO_EXPORT double GetFrequency(const BearingBlock& block,
                                                           std::size_t bearing) const;
     ZANSERVER_NO_EXPORT void OnConnected();
