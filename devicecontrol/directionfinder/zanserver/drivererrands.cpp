@@ -104,7 +104,10 @@ QString TakeLastError(IDriver& driver, long result) {
 }
 
 QString Bounded(const QString& text, qsizetype bytes) {
-    QString line = text.first(std::min(text.size(), bytes)).simplified();
+    QString line = text.first(std::min(text.size(), bytes));
+    std::ranges::replace_if(
+        line, [](QChar c) { return c.category() == QChar::Other_Control; }, u' ');
+    line = line.simplified();
     while (line.toUtf8().size() > bytes) {
         line.chop(1);
     }
