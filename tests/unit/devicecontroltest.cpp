@@ -457,12 +457,17 @@ TEST_F(DeviceControlTest, DfSettingsAreKeptByTheirKeys) {
     EXPECT_EQ(Value<ValueSelection>(g_vdDfBandwidth).GetCurrentKey(), 2);
 }
 
-TEST_F(DeviceControlTest, PolarisationThatThereIsNotGoesBack) {
+TEST_F(DeviceControlTest, PolarisationThatThereIsNotBecomesVerticalAndIsTold) {
     StartConnected();
     Value<ValueString>(g_vdPolarisation).SetValue(u"Sideways"_s);
     Settle();
     EXPECT_EQ(m_device.TakeCalls(), QStringList());
+    EXPECT_EQ(Value<ValueString>(g_vdPolarisation).GetValue(), u"Vertical"_s);
+    EXPECT_EQ(Report(u"MeasureSettings"_s, u"Asked"_s), u"polarisation Sideways"_s);
     EXPECT_EQ(ReasonFor(u"MeasureSettings"_s), u"there is no such polarisation"_s);
+    Value<ValueSelection>(g_vdDemodulation).SetStringValue(u"AM"_s);
+    Settle();
+    EXPECT_EQ(m_device.TakeCalls().size(), 1) << "the other settings are carried out as before";
 }
 
 TEST_F(DeviceControlTest, MuteSilencesTheDeviceAndKeepsTheVolume) {
@@ -725,7 +730,9 @@ TEST_F(DeviceControlTest, SettingsThatAreNotToBeChangedAreNotWritten) {
     m_control->OnConnected();
     Settle();
     m_control.reset();
-    EXPECT_FALSE(m_settings.CloseAndRead().contains(u"Volume"_s));
+    const QString settings = m_settings.CloseAndRead();
+    EXPECT_FALSE(settings.contains(u"Volume"_s));
+    EXPECT_FALSE(settings.contains(u"Control_Interval"_s));
 }
 
 TEST_F(DeviceControlTest, DamagedSettingsLeaveTheDefaults) {

@@ -275,11 +275,13 @@ QString Emitters::Describe(int count) {
 
 EWish Measure::Read(Arguments& wanted, WishChange& change) const {
     const ZANCharacteristicsTools tools;
-    const QString& polarisation = values->polarisation->GetValue();
-    const auto polarisationKey = static_cast<quint32>(tools.TranslatePolarisationMode(polarisation));
-    if (polarisationKey > POLARISATION_HORIZONTAL) {
-        change = {u"polarisation "_s + Bounded(polarisation, 40), u"there is no such polarisation"_s};
-        return EWish::REFUSED;
+    auto polarisation =
+        static_cast<quint32>(tools.TranslatePolarisationMode(values->polarisation->GetValue()));
+    if (polarisation > POLARISATION_HORIZONTAL) {
+        change = {u"polarisation "_s + Bounded(values->polarisation->GetValue(), 40),
+                  u"there is no such polarisation"_s};
+        polarisation = POLARISATION_VERTICAL;
+        values->polarisation->SetValue(tools.TranslatePolarisationMode(polarisation), values->owner);
     }
     wanted.frequency = values->frequency->GetValue();
     const AntennaData* const antenna = values->GetAntenna();
@@ -294,7 +296,7 @@ EWish Measure::Read(Arguments& wanted, WishChange& change) const {
                        values->characteristics.DoesAntennaSupportActivePassive(antenna->handle);
     df.levelThreshold = Truncate<qint32>(values->levelThreshold->GetValue());
     df.relativeThreshold = true; // 0, the default, lets everything pass that is above the noise
-    df.polarisation = antenna && antenna->polarizationSupport ? static_cast<qint32>(polarisationKey) : -1;
+    df.polarisation = antenna && antenna->polarizationSupport ? static_cast<qint32>(polarisation) : -1;
     const bool isSuperResolutionWanted = values->srStatus->GetCurrentKey() != 0;
     df.superResolution =
         isSuperResolutionWanted && antenna &&

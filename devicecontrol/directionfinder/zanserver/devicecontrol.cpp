@@ -29,9 +29,11 @@ using namespace ControlPolicies;
 
 namespace {
 
-std::chrono::milliseconds ReadInterval() {
+std::chrono::milliseconds ReadInterval(bool mayWrite) {
     ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
-    const qint64 interval = ReadOrCreateInt(cfg, u"Control_Interval"_s, DeviceControl::DEFAULT_INTERVAL);
+    const QString key = u"Control_Interval"_s;
+    const qint64 interval = mayWrite ? ReadOrCreateInt(cfg, key, DeviceControl::DEFAULT_INTERVAL)
+                                     : cfg.GetInt(key, DeviceControl::DEFAULT_INTERVAL);
     constexpr qint64 LONGEST = 10000;
     return std::chrono::milliseconds(interval >= 0 && interval <= LONGEST ? interval
                                                                           : DeviceControl::DEFAULT_INTERVAL);
@@ -51,7 +53,7 @@ public:
         , m_commands(m_errands)
         , m_filterRanges(ZANValueName::AZIMUTH_FILTER_RANGE.toString(), ZANPath::SERVER.toString()) {
         now = std::move(options.now);
-        pace = ReadInterval();
+        pace = ReadInterval(m_keepsWishes);
         errands = &m_errands;
         KeptWishes::Restore(m_station, &control);
         m_dfSettings.emplace(m_values);
@@ -76,6 +78,8 @@ public:
         for (const auto& [value, operation] : m_wishes) {
             value->AddObserver(&m_control);
         }
+        // Before the characteristics, which make all that depends on it be wished again.
+        m_values.polarisation->MakeFirstObserver(&m_control);
         m_characteristics.AddObserver(&m_control);
         AntennaEntries::Observe(&m_control);
     }
