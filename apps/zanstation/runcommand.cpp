@@ -12,6 +12,7 @@
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/servicenotifier.h"
 #include "zanstation/signalwatcher.h"
 
 #include <QCoreApplication>
@@ -130,8 +131,11 @@ void RunCommand::Measure() {
         m_duration.start();
     }
     m_device->Open();
+    ServiceNotifier service([this] { return DescribeStatus(); });
+    service.TellReady();
     QCoreApplication::exec();
 
+    service.TellStopping();
     m_device->Close();
     m_station->GetOutput().SetEnabled(false); // waiting sentences are written, or counted as dropped
     ReportOutputProblem();
@@ -386,6 +390,13 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
     };
     return u"%1 published, no sentence written%2: %3"_s.arg(Plural(published, u"bearing"_s),
                                                             isAtEnd ? QString() : u" yet"_s, describeCause());
+}
+
+QString RunCommand::DescribeStatus() {
+    StatusLine::State state = StatusLine::GetState(*m_station);
+    state.problems = QStringList{m_device->GetLink().GetReason(), DescribeSilence(false)} +
+                     m_station->GetOutput().GetProblems();
+    return m_statusLine.Describe(state, StatusLine::Clock::now());
 }
 
 void RunCommand::ShowProgress() {

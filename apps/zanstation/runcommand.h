@@ -4,6 +4,7 @@
 #include "zanserver/driverlibrary.h"
 #include "zanserver/station.h"
 #include "zanserver/stationdevice.h"
+#include "zanstation/statusline.h"
 
 #include <QObject>
 #include <QString>
@@ -78,6 +79,7 @@ private:
     void Watch();
     [[nodiscard]] QString DescribeSilence(bool isAtEnd) const;
     void ShowProgress();
+    [[nodiscard]] QString DescribeStatus();
     [[nodiscard]] std::vector<SummaryLine> GetSummary() const;
     void PrintSummary() const;
     void PrintSummaryAsJson() const;
@@ -90,6 +92,7 @@ private:
     double m_progress = 0.0; // of a recording
     QStringList m_skippedLines;
     QString m_reportedProblem;
+    StatusLine m_statusLine;      // for the service manager
     double m_lastFrequency = 0.0; // of the last block
     std::set<double> m_unservedFrequencies;
     QTimer m_duration;
