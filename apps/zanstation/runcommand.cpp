@@ -52,6 +52,28 @@ QString GetOutputFile(const RunOptions& options) {
     return options.output.value_or(stored);
 }
 
+/// The file of the recorder; empty for none.
+QString GetRecordFile(const RunOptions& options) {
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    const QString stored =
+        cfg.GetBool(u"Recorder/Enabled"_s, false) ? cfg.GetString(u"Recorder/File"_s, {}) : QString();
+    return options.record.value_or(stored);
+}
+
+/// Why the recorder cannot write to its file; empty when it can, or records nothing.
+QString CheckRecordFile(const RunOptions& options, const QString& output) {
+    const QString record = GetRecordFile(options);
+    if (record.isEmpty()) {
+        return {};
+    }
+    if (options.driver.name == DriverChoice::REPLAY &&
+        OutputFile::IsSameFile(record, options.driver.address)) {
+        return u"it is the recording that is replayed"_s;
+    }
+    return !output.isEmpty() && DFDataOutput::TouchesFile(output, record) ? u"it is the output, too"_s
+                                                                          : Recorder::CheckFile(record);
+}
+
 /// The station's files in the directory of its settings, also those that it will create.
 QStringList FindOwnFiles(const QString& directory, const QString& stationAddress) {
     QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(stationAddress)};
@@ -93,6 +115,7 @@ int RunCommand::Run() {
     StoreSettings();
     SetParameters();
     StartOutput();
+    StartRecorder();
     Measure();
     if (const QString silence = DescribeSilence(true); !silence.isEmpty()) {
         Console::Warn(silence);
@@ -116,6 +139,29 @@ void RunCommand::StartOutput() {
     if (!m_isOutputOn) {
         Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
     }
+}
+
+void RunCommand::StartRecorder() {
+    m_recorder.emplace();
+    const auto report = [this](const QString& problem) {
+        m_hasFailed = true;
+        Console::Error(problem);
+    };
+    if (!m_recorder->GetProblem().isEmpty()) {
+        report(m_recorder->GetProblem());
+    }
+    connect(&*m_recorder, &Recorder::Failed, this, report);
+    connect(&*m_recorder, &Recorder::Recovered, this, [] { Console::Warn(u"the recorder works again"_s); });
+    // A recorder that is off costs the bearings nothing.
+    const auto observe = [this] {
+        m_station->SetBlockObserver(
+            m_recorder->IsOn()
+                ? [this](const BearingBlock& block,
+                         const std::vector<BearingResult>& bearings) { m_recorder->Take(block, bearings); }
+                : Station::BlockObserver());
+    };
+    connect(&*m_recorder, &Recorder::Switched, this, observe);
+    observe();
 }
 
 void RunCommand::Measure() {
@@ -192,6 +238,10 @@ bool RunCommand::CanBegin(const RunOptions& options) {
         Console::Error(u"the output %1 is in use by %2"_s.arg(output, user));
         canBegin = false;
     }
+    if (const QString reason = CheckRecordFile(options, output); !reason.isEmpty()) {
+        Console::Error(u"the recorder cannot write to %1: %2"_s.arg(GetRecordFile(options), reason));
+        canBegin = false;
+    }
     return canBegin;
 }
 
@@ -252,6 +302,18 @@ void RunCommand::StoreSettings() const {
     }
     if (m_options.interval) {
         cfg.SetInt(u"Output_Interval"_s, *m_options.interval);
+    }
+    if (m_options.record) {
+        cfg.SetBool(u"Recorder/Enabled"_s, !m_options.record->isEmpty());
+        if (!m_options.record->isEmpty()) {
+            cfg.SetString(u"Recorder/File"_s, *m_options.record);
+        }
+    }
+    if (m_options.recordSize) {
+        cfg.SetInt(u"Recorder/FileSize"_s, *m_options.recordSize);
+    }
+    if (m_options.recordFiles) {
+        cfg.SetInt(u"Recorder/FileCount"_s, *m_options.recordFiles);
     }
 }
 
@@ -394,8 +456,9 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
 
 QString RunCommand::DescribeStatus() {
     StatusLine::State state = StatusLine::GetState(*m_station);
-    state.problems = QStringList{m_device->GetLink().GetReason(), DescribeSilence(false)} +
-                     m_station->GetOutput().GetProblems();
+    state.problems =
+        QStringList{m_device->GetLink().GetReason(), DescribeSilence(false), m_recorder->GetProblem()} +
+        m_station->GetOutput().GetProblems();
     return m_statusLine.Describe(state, StatusLine::Clock::now());
 }
 
@@ -413,7 +476,7 @@ void RunCommand::ShowProgress() {
 std::vector<RunCommand::SummaryLine> RunCommand::GetSummary() const {
     const StationCounts& counts = m_station->GetCounts();
     const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
-    return {
+    std::vector<SummaryLine> summary{
         {u"bearings in"_s, counts.bearings},
         {u"rejected: pitch/roll"_s, counts.rejectedPitchRoll},
         {u"rejected: overhead pass"_s, counts.rejectedOverhead},
@@ -425,6 +488,11 @@ std::vector<RunCommand::SummaryLine> RunCommand::GetSummary() const {
         {u"dropped: file"_s, output.fileDropped},
         {u"dropped: serial line"_s, output.serialDropped},
     };
+    if (m_recorder->GetRowCount() + m_recorder->GetDroppedCount() > 0) {
+        summary.push_back({u"recorded"_s, m_recorder->GetRowCount()});
+        summary.push_back({u"dropped: recorder"_s, m_recorder->GetDroppedCount()});
+    }
+    return summary;
 }
 
 void RunCommand::PrintSummary() const {
@@ -521,6 +589,11 @@ int Run(const QStringList& arguments) {
           u"Serial line for the sentences, such as /dev/ttyUSB0:9600,n,8,1; \"\" switches it off."_s,
           u"ADDRESS"_s},
          {u"interval"_s, u"Milliseconds between sentences; 0: one with each bearing."_s, u"MS"_s},
+         {u"record"_s,
+          u"Records what the device delivers to this file, which can be replayed; \"\" switches it off."_s,
+          u"FILE"_s},
+         {u"record-size"_s, u"Size from which on the next file of the recording begins, in MB."_s, u"MB"_s},
+         {u"record-files"_s, u"How many full files of the recording are kept."_s, u"N"_s},
          {u"pitch-threshold"_s, u"Rejects bearings from this pitch on, in degrees."_s, u"DEG"_s},
          {u"roll-threshold"_s, u"Rejects bearings from this roll on, in degrees."_s, u"DEG"_s},
          {u"overhead-threshold"_s, u"Rejects bearings from this elevation on, in degrees."_s, u"DEG"_s},
@@ -545,8 +618,16 @@ int Run(const QStringList& arguments) {
         options.output = AbsolutePath(*options.output);
     }
     options.serial = line.Text(u"serial"_s);
+    options.record = line.Text(u"record"_s);
+    if (options.record && !options.record->isEmpty()) {
+        options.record = QFileInfo(*options.record).absoluteFilePath();
+    }
     constexpr int LONGEST_INTERVAL = 10000;
+    constexpr int LARGEST_RECORD = 100'000; // MB
+    constexpr int MOST_RECORDS = 10'000;
     if (!line.Number(u"interval"_s, 0, LONGEST_INTERVAL, options.interval) ||
+        !line.Number(u"record-size"_s, 1, LARGEST_RECORD, options.recordSize) ||
+        !line.Number(u"record-files"_s, 1, MOST_RECORDS, options.recordFiles) ||
         !line.Number(u"pitch-threshold"_s, 0.0, 90.0, options.pitchThreshold) ||
         !line.Number(u"roll-threshold"_s, 0.0, 180.0, options.rollThreshold) ||
         !line.Number(u"overhead-threshold"_s, 0.0, 90.0, options.overheadThreshold) ||

@@ -2,6 +2,7 @@
 
 #include "zanserver/driverchoice.h"
 #include "zanserver/driverlibrary.h"
+#include "zanserver/recorder.h"
 #include "zanserver/station.h"
 #include "zanserver/stationdevice.h"
 #include "zanstation/statusline.h"
@@ -30,6 +31,10 @@ struct RunOptions {
     std::optional<QString> output;
     std::optional<QString> serial;
     std::optional<int> interval; ///< milliseconds
+    /// The file of the recorder, absolute path; empty: nothing is recorded.
+    std::optional<QString> record;
+    std::optional<int> recordSize;  ///< MB
+    std::optional<int> recordFiles; ///< the number that is kept
     std::optional<double> pitchThreshold;
     std::optional<double> rollThreshold;
     std::optional<double> overheadThreshold;
@@ -69,6 +74,7 @@ private:
     void SetParameters();
     [[nodiscard]] bool IsRecording() const;
     void StartOutput();
+    void StartRecorder();
     void Measure();
     void SetUpDevice();
     void LimitDuration();
@@ -88,6 +94,7 @@ private:
     const SignalWatcher& m_signals;
     ZANServer::DriverComponentPtr m_driver; // until the device has it
     std::optional<ZANServer::Station> m_station;
+    std::optional<ZANServer::Recorder> m_recorder; // takes the blocks of the device
     std::optional<ZANServer::StationDevice> m_device;
     double m_progress = 0.0; // of a recording
     QStringList m_skippedLines;

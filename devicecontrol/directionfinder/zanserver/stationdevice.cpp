@@ -37,7 +37,13 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
     connect(&receiver, &DriverReceiver::PassingOnEnds, this, [this] { m_burst.reset(); });
     connect(&receiver, &DriverReceiver::BlockReceived, this, &StationDevice::TakeBlock);
     connect(&receiver, &DriverReceiver::PositionReceived, this,
-            [this](const PositionFix& fix) { m_station.TakePosition(fix); });
+            [this, isRecording = choice.name == DriverChoice::REPLAY](const PositionFix& fix) {
+                if (isRecording) {
+                    m_station.TakeRecordedPosition(fix);
+                } else {
+                    m_station.TakePosition(fix);
+                }
+            });
     connect(&receiver, &DriverReceiver::CommandReported, this, &StationDevice::LogCommand);
     connect(&m_link, &DriverLink::Connected, this, &StationDevice::OnConnected);
     connect(&m_link, &DriverLink::StateChanged, this, &StationDevice::PublishState);
