@@ -2,6 +2,7 @@
 
 #include "kwbase/standarderror.h"
 #include "kwbase/standardstream.h"
+#include "zanstation/journal.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -31,11 +32,11 @@ std::string_view View(const QByteArray& bytes) {
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }
 
-void WriteToStandardError(const QString& text) {
+void WriteToStandardError(Journal::Priority priority, const QString& text) {
     if (isProgressShown) {
         Console::EndProgress();
     }
-    StandardError::Write(View("zanstation: " + Printable(text) + '\n'));
+    StandardError::Write(View(Journal::Mark(priority, "zanstation: " + Printable(text) + '\n')));
 }
 
 } // namespace
@@ -79,7 +80,7 @@ void Tell(const QString& line) {
 
 void Warn(const QString& text) {
     if (!isQuiet) {
-        WriteToStandardError(u"warning: "_s + text);
+        WriteToStandardError(Journal::Priority::Warning, u"warning: "_s + text);
     }
 }
 
@@ -90,7 +91,7 @@ void Warn(const QStringList& texts) {
 }
 
 void Error(const QString& text) {
-    WriteToStandardError(text);
+    WriteToStandardError(Journal::Priority::Error, text);
 }
 
 void BeQuiet() {

@@ -4,6 +4,7 @@
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/journal.h"
 #include "zanstation/signalwatcher.h"
 #include "zanstation/stationtrace.h"
 
@@ -139,7 +140,8 @@ int Finish(int exitCode) {
 
 /// Qt's messages and the trace go to standard error like all others.
 void WriteQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-    StandardError::Write(qFormatLogMessage(type, context, message).toStdString() + '\n');
+    const QByteArray lines = qFormatLogMessage(type, context, message).toUtf8() + '\n';
+    StandardError::Write(Journal::Mark(Journal::PriorityOf(type), lines).toStdString());
 }
 
 /// Whether Qt has decoded the program's arguments without loss: a name that is not UTF-8 would become another

@@ -18,6 +18,7 @@
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/servicenotifier.h"
 #include "zanstation/signalwatcher.h"
 
 #include <QCoreApplication>
@@ -55,6 +56,28 @@ QString GetOutputFile(const RunOptions& options) {
     const QString stored =
         cfg.GetBool(u"FileOutput_Enabled"_s, false) ? cfg.GetString(u"FileOutput_Address"_s, {}) : QString();
     return options.output.value_or(stored);
+}
+
+/// The file of the recorder; empty for none.
+QString GetRecordFile(const RunOptions& options) {
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    const QString stored =
+        cfg.GetBool(u"Recorder/Enabled"_s, false) ? cfg.GetString(u"Recorder/File"_s, {}) : QString();
+    return options.record.value_or(stored);
+}
+
+/// Why the recorder cannot write to its file; empty when it can, or records nothing.
+QString CheckRecordFile(const RunOptions& options, const QString& output) {
+    const QString record = GetRecordFile(options);
+    if (record.isEmpty()) {
+        return {};
+    }
+    if (options.driver.name == DriverChoice::REPLAY &&
+        OutputFile::IsSameFile(record, options.driver.address)) {
+        return u"it is the recording that is replayed"_s;
+    }
+    return !output.isEmpty() && DFDataOutput::TouchesFile(output, record) ? u"it is the output, too"_s
+                                                                          : Recorder::CheckFile(record);
 }
 
 /// The station's files in the directory of its settings, also those that it will create.
@@ -99,6 +122,7 @@ int RunCommand::Run() {
     SetParameters();
     SetWishes();
     StartOutput();
+    StartRecorder();
     Measure();
     if (const QString silence = DescribeSilence(true); !silence.isEmpty()) {
         Console::Warn(silence);
@@ -124,6 +148,29 @@ void RunCommand::StartOutput() {
     }
 }
 
+void RunCommand::StartRecorder() {
+    m_recorder.emplace();
+    const auto report = [this](const QString& problem) {
+        m_hasFailed = true;
+        Console::Error(problem);
+    };
+    if (!m_recorder->GetProblem().isEmpty()) {
+        report(m_recorder->GetProblem());
+    }
+    connect(&*m_recorder, &Recorder::Failed, this, report);
+    connect(&*m_recorder, &Recorder::Recovered, this, [] { Console::Warn(u"the recorder works again"_s); });
+    // A recorder that is off costs the bearings nothing.
+    const auto observe = [this] {
+        m_station->SetBlockObserver(
+            m_recorder->IsOn()
+                ? [this](const BearingBlock& block,
+                         const std::vector<BearingResult>& bearings) { m_recorder->Take(block, bearings); }
+                : Station::BlockObserver());
+    };
+    connect(&*m_recorder, &Recorder::Switched, this, observe);
+    observe();
+}
+
 void RunCommand::Measure() {
     QTimer watch;
     connect(&watch, &QTimer::timeout, this, &RunCommand::Watch);
@@ -137,8 +184,11 @@ void RunCommand::Measure() {
         m_duration.start();
     }
     m_device->Open();
+    ServiceNotifier service([this] { return DescribeStatus(); });
+    service.TellReady();
     QCoreApplication::exec();
 
+    service.TellStopping();
     m_device->Close();
     m_station->GetOutput().SetEnabled(false); // waiting sentences are written, or counted as dropped
     ReportOutputProblem();
@@ -193,6 +243,10 @@ bool RunCommand::CanBegin(const RunOptions& options) {
     const QString user = output == STANDARD_STREAM ? QString() : OutputFile::FindUser(output);
     if (!user.isEmpty()) {
         Console::Error(u"the output %1 is in use by %2"_s.arg(output, user));
+        canBegin = false;
+    }
+    if (const QString reason = CheckRecordFile(options, output); !reason.isEmpty()) {
+        Console::Error(u"the recorder cannot write to %1: %2"_s.arg(GetRecordFile(options), reason));
         canBegin = false;
     }
     return canBegin;
@@ -278,6 +332,18 @@ void RunCommand::StoreSettings() const {
     }
     if (m_options.interval) {
         cfg.SetInt(u"Output_Interval"_s, *m_options.interval);
+    }
+    if (m_options.record) {
+        cfg.SetBool(u"Recorder/Enabled"_s, !m_options.record->isEmpty());
+        if (!m_options.record->isEmpty()) {
+            cfg.SetString(u"Recorder/File"_s, *m_options.record);
+        }
+    }
+    if (m_options.recordSize) {
+        cfg.SetInt(u"Recorder/FileSize"_s, *m_options.recordSize);
+    }
+    if (m_options.recordFiles) {
+        cfg.SetInt(u"Recorder/FileCount"_s, *m_options.recordFiles);
     }
 }
 
@@ -427,6 +493,14 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
                                                             isAtEnd ? QString() : u" yet"_s, describeCause());
 }
 
+QString RunCommand::DescribeStatus() {
+    StatusLine::State state = StatusLine::GetState(*m_station);
+    state.problems =
+        QStringList{m_device->GetLink().GetReason(), DescribeSilence(false), m_recorder->GetProblem()} +
+        m_station->GetOutput().GetProblems();
+    return m_statusLine.Describe(state, StatusLine::Clock::now());
+}
+
 void RunCommand::ShowProgress() {
     ReportOutputProblem();
     const StationCounts& counts = m_station->GetCounts();
@@ -441,7 +515,7 @@ void RunCommand::ShowProgress() {
 std::vector<RunCommand::SummaryLine> RunCommand::GetSummary() const {
     const StationCounts& counts = m_station->GetCounts();
     const DFDataOutput::Counters output = m_station->GetOutput().GetCounters();
-    return {
+    std::vector<SummaryLine> summary{
         {u"bearings in"_s, counts.bearings},
         {u"rejected: pitch/roll"_s, counts.rejectedPitchRoll},
         {u"rejected: overhead pass"_s, counts.rejectedOverhead},
@@ -453,6 +527,11 @@ std::vector<RunCommand::SummaryLine> RunCommand::GetSummary() const {
         {u"dropped: file"_s, output.fileDropped},
         {u"dropped: serial line"_s, output.serialDropped},
     };
+    if (m_recorder->GetRowCount() + m_recorder->GetDroppedCount() > 0) {
+        summary.push_back({u"recorded"_s, m_recorder->GetRowCount()});
+        summary.push_back({u"dropped: recorder"_s, m_recorder->GetDroppedCount()});
+    }
+    return summary;
 }
 
 void RunCommand::PrintSummary() const {
@@ -604,6 +683,11 @@ int Run(const QStringList& arguments) {
           u"Serial line for the sentences, such as /dev/ttyUSB0:9600,n,8,1; \"\" switches it off."_s,
           u"ADDRESS"_s},
          {u"interval"_s, u"Milliseconds between sentences; 0: one with each bearing."_s, u"MS"_s},
+         {u"record"_s,
+          u"Records what the device delivers to this file, which can be replayed; \"\" switches it off."_s,
+          u"FILE"_s},
+         {u"record-size"_s, u"Size from which on the next file of the recording begins, in MB."_s, u"MB"_s},
+         {u"record-files"_s, u"How many full files of the recording are kept."_s, u"N"_s},
          {u"pitch-threshold"_s, u"Rejects bearings from this pitch on, in degrees."_s, u"DEG"_s},
          {u"roll-threshold"_s, u"Rejects bearings from this roll on, in degrees."_s, u"DEG"_s},
          {u"overhead-threshold"_s, u"Rejects bearings from this elevation on, in degrees."_s, u"DEG"_s},
@@ -631,8 +715,16 @@ int Run(const QStringList& arguments) {
         options.output = AbsolutePath(*options.output);
     }
     options.serial = line.Text(u"serial"_s);
+    options.record = line.Text(u"record"_s);
+    if (options.record && !options.record->isEmpty()) {
+        options.record = QFileInfo(*options.record).absoluteFilePath();
+    }
     constexpr int LONGEST_INTERVAL = 10000;
+    constexpr int LARGEST_RECORD = 100'000; // MB
+    constexpr int MOST_RECORDS = 10'000;
     if (!line.Number(u"interval"_s, 0, LONGEST_INTERVAL, options.interval) ||
+        !line.Number(u"record-size"_s, 1, LARGEST_RECORD, options.recordSize) ||
+        !line.Number(u"record-files"_s, 1, MOST_RECORDS, options.recordFiles) ||
         !line.Number(u"pitch-threshold"_s, 0.0, 90.0, options.pitchThreshold) ||
         !line.Number(u"roll-threshold"_s, 0.0, 180.0, options.rollThreshold) ||
         !line.Number(u"overhead-threshold"_s, 0.0, 90.0, options.overheadThreshold) ||

@@ -3,8 +3,10 @@
 #include "zancommon/zandomain.h"
 #include "zanserver/driverchoice.h"
 #include "zanserver/driverlibrary.h"
+#include "zanserver/recorder.h"
 #include "zanserver/station.h"
 #include "zanserver/stationdevice.h"
+#include "zanstation/statusline.h"
 #include "zanstation/wishteller.h"
 
 #include <QObject>
@@ -32,6 +34,10 @@ struct RunOptions {
     std::optional<QString> output;
     std::optional<QString> serial;
     std::optional<int> interval; ///< milliseconds
+    /// The file of the recorder, absolute path; empty: nothing is recorded.
+    std::optional<QString> record;
+    std::optional<int> recordSize;  ///< MB
+    std::optional<int> recordFiles; ///< the number that is kept
     std::optional<double> pitchThreshold;
     std::optional<double> rollThreshold;
     std::optional<double> overheadThreshold;
@@ -75,6 +81,7 @@ private:
     void SetWishes() const;
     [[nodiscard]] bool IsRecording() const;
     void StartOutput();
+    void StartRecorder();
     void Measure();
     void SetUpDevice();
     void LimitDuration();
@@ -85,6 +92,7 @@ private:
     void Watch();
     [[nodiscard]] QString DescribeSilence(bool isAtEnd) const;
     void ShowProgress();
+    [[nodiscard]] QString DescribeStatus();
     [[nodiscard]] std::vector<SummaryLine> GetSummary() const;
     void PrintSummary() const;
     void PrintSummaryAsJson() const;
@@ -93,10 +101,12 @@ private:
     const SignalWatcher& m_signals;
     ZANServer::DriverComponentPtr m_driver; // until the device has it
     std::optional<ZANServer::Station> m_station;
+    std::optional<ZANServer::Recorder> m_recorder; // takes the blocks of the device
     std::optional<ZANServer::StationDevice> m_device;
     double m_progress = 0.0; // of a recording
     QStringList m_skippedLines;
     QString m_reportedProblem;
+    StatusLine m_statusLine;      // for the service manager
     double m_lastFrequency = 0.0; // of the last block
     std::set<double> m_unservedFrequencies;
     std::optional<WishTeller> m_wishTeller;

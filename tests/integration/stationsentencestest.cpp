@@ -353,6 +353,45 @@ quint64 Sum(const StationCounts& counts) {
 
 } // namespace
 
+TEST_F(StationSentencesTest, PositionAndHeadingOfAStationsRecordingCountWhateverSourceAndOffsetAre) {
+    ChooseSource(SOURCE_MANUAL);
+    SetPlace(1.0, 2.0);
+    EXPECT_TRUE(ServerValue<ValueNumericInt>(g_vdHeaOffset)->SetValue(100, nullptr));
+    m_station->TakeRecordedPosition({.latitude = 52.5, .longitude = 5.5, .time = 1000, .valid = true});
+    BearingBlock block = MakeBlockAt(3.0, 4.0);
+    block.status.heading = 359.9;
+    QByteArray head = HEAD;
+    head.replace("CMP, -0.1", "CMP,359.9");
+    EXPECT_EQ(Send(block), head + ATTITUDE + MEASURED);
+    ChooseSource(SOURCE_NONE);
+    EXPECT_EQ(Send(block), head + ATTITUDE + MEASURED);
+    m_station->TakeRecordedPosition({.latitude = 52.5, .longitude = 5.5, .time = 0, .valid = true});
+    EXPECT_EQ(Send(block), head + ATTITUDE + ",PTM,,LAT, 52.50000,LON,5.5000000\r\n");
+    m_station->TakeRecordedPosition({});
+    EXPECT_EQ(Send(block), head + ATTITUDE + NOWHERE);
+}
+
+TEST_F(StationSentencesTest, ObserverOfBlocksGetsThemBeforeTheFiltersWithCompleteAzimuths) {
+    BearingBlock seen;
+    std::vector<BearingResult> results;
+    double pitch = 0.0;
+    m_station->SetBlockObserver([&](const BearingBlock& block, const std::vector<BearingResult>& bearings) {
+        seen = block;
+        results = bearings;
+        pitch = ServerValue<ValueNumericDouble>(g_vdPitch)->GetValue();
+    });
+    m_station->SetFrequencyOf([](const BearingBlock&, std::size_t) { return 121.6e6; });
+    BearingBlock block = MakeBlock();
+    block.status.pitch = 30.0; // is rejected
+    const BearingBlock before = block;
+    EXPECT_EQ(Send(block), "");
+    EXPECT_EQ(seen.bearings, before.bearings);
+    EXPECT_EQ(pitch, 30.0) << "the attitude is in the tree";
+    ASSERT_EQ(results.size(), 1U);
+    EXPECT_EQ(results[0].GetFrequency(), 121.6e6);
+    EXPECT_EQ(results[0].GetAzimuth(), 715);
+}
+
 TEST_F(StationSentencesTest, EveryBearingIsCountedOnceWhicheverFiltersAreOn) {
     m_station->SetOverheadThreshold(60.0);
     for (const bool isTilted : {false, true}) {

@@ -871,6 +871,36 @@ TEST_F(DFDataOutputTest, FullDiskIsReportedOnceAndAgainWhenThereIsRoomWhileTheSe
     EXPECT_TRUE(output.GetLastError().startsWith(text));
 }
 
+TEST_F(DFDataOutputTest, ProblemOfTheFileLastsUntilASentenceIsWrittenAgain) {
+    FillTree();
+    const DFDataOutput& output = MakeOutput(true, true);
+    EXPECT_EQ(output.GetProblems(), QStringList());
+    {
+        const FullDisk disk(0);
+        NewBearing();
+    }
+    ASSERT_EQ(output.GetProblems().size(), 1);
+    EXPECT_TRUE(output.GetProblems().constFirst().startsWith(u"Writing to "_s + m_fileName + u" failed: "_s));
+    NewBearing();
+    EXPECT_EQ(output.GetProblems(), QStringList());
+}
+
+TEST_F(DFDataOutputTest, ProblemsOfBothSinksLastUntilTheOutputIsSwitchedOff) {
+    FillTree();
+    Store().SetString(u"FileOutput_Address"_s, m_directory.filePath(u"missing/output.txt"_s));
+    Store().SetBool(u"FileOutput_Enabled"_s, true);
+    Store().SetString(u"RS232Output_Address"_s, m_directory.filePath(u"noline:9600,n,8,1"_s));
+    Store().SetBool(u"RS232Output_Enabled"_s, true);
+    m_output = std::make_unique<DFDataOutput>(u"DF data"_s);
+    NewBearing();
+    const QStringList problems = m_output->GetProblems();
+    ASSERT_EQ(problems.size(), 2);
+    EXPECT_TRUE(problems[0].contains(u"missing/output.txt"_s));
+    EXPECT_TRUE(problems[1].contains(u"noline"_s));
+    m_output->SetEnabled(false);
+    EXPECT_EQ(m_output->GetProblems(), QStringList());
+}
+
 TEST_F(DFDataOutputTest, FileHoldsWholeLinesOnlyWhenTheDiskIsFullInTheMiddleOfOne) {
     FillTree();
     const DFDataOutput& output = MakeOutput(true, false);

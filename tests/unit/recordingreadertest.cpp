@@ -443,6 +443,33 @@ TEST(RecordingReader, ARecordingOfBadLinesIsReadInLittleMemory) {
     EXPECT_EQ(content.badLineTexts.last(), u"line 21: azimuth_deg: out of range: \"360\""_s);
 }
 
+TEST(RecordingReader, FurtherColumnsAreReadWhenTheHeaderHasThem) {
+    const Content all =
+        ReadBytes(HEADER + ",mode,emitter,position_time_ms\n" + ROW + ",1,2,1527695886000\n" + ROW + ",,,\n");
+    ASSERT_EQ(all.rows.size(), 2U);
+    EXPECT_EQ(all.rows[0].mode, 1.0);
+    EXPECT_EQ(all.rows[0].emitter, 2.0);
+    EXPECT_EQ(all.rows[0].positionTimeMs, 1527695886000.0);
+    EXPECT_FALSE(all.rows[1].mode || all.rows[1].emitter || all.rows[1].positionTimeMs);
+
+    const Content one = ReadBytes(HEADER + ",emitter\n" + ROW + ",-1\n" + ROW + '\n' + ROW + ",-2\n");
+    ASSERT_EQ(one.rows.size(), 1U);
+    EXPECT_EQ(one.rows[0].emitter, RecordedBearing::NO_EMITTER);
+    EXPECT_EQ(one.badLineTexts, (QStringList{u"line 3: wrong number of columns: 12"_s,
+                                             u"line 4: emitter: out of range: \"-2\""_s}));
+}
+
+TEST(RecordingReader, SaysWhichColumnsTheRecordingHas) {
+    QByteArray bytes = HEADER + ",mode\n";
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    RecordingReader reader;
+    ASSERT_TRUE(reader.Open(buffer));
+    EXPECT_TRUE(reader.HasColumn("altitude_m"));
+    EXPECT_TRUE(reader.HasColumn("mode"));
+    EXPECT_FALSE(reader.HasColumn("position_time_ms"));
+}
+
 TEST(RecordingReader, OpenSaysWhatIsWrongWithTheHeader) {
     struct Case {
         QByteArray bytes;
@@ -462,6 +489,9 @@ TEST(RecordingReader, OpenSaysWhatIsWrongWithTheHeader) {
         {QByteArray(HEADER).replace(",altitude_m", ""), u"header column 12 is missing: \"altitude_m\""_s},
         {HEADER + ",speed_kn", u"header column 13 is unknown: \"speed_kn\""_s},
         {HEADER + ',', u"header column 13 is unknown: \"\""_s},
+        {HEADER + ",mode,speed_kn", u"header column 14 is unknown: \"speed_kn\""_s},
+        {HEADER + ",emitter,mode", u"header column 14 is at the wrong place: \"mode\""_s},
+        {HEADER + ",mode,mode", u"header column 14 is at the wrong place: \"mode\""_s},
         {QByteArray(HEADER).replace("time_ms", "TIME_MS"),
          u"header column 1 is \"TIME_MS\" instead of \"time_ms\""_s},
         {QByteArray(HEADER).replace("time_ms", QByteArray("time_ms\0", 8)),

@@ -43,6 +43,8 @@ protected:
                              EXPECT_EQ(QThread::currentThread(), QCoreApplication::instance()->thread());
                              m_blocks.push_back(block);
                          });
+        QObject::connect(&m_receiver, &DriverReceiver::PositionReceived, &m_receiver,
+                         [this](const PositionFix& fix) { m_fixes.push_back(fix); });
         QObject::connect(&m_receiver, &DriverReceiver::ErrorReported, &m_receiver,
                          [this](const KvZANCommon::ErrorStruct& error) { m_errors.append(error.text); });
         QObject::connect(&m_receiver, &DriverReceiver::BitResultReported, &m_receiver,
@@ -58,7 +60,7 @@ protected:
         m_adapter.SetLegacyDriver(&driver);
         QFile file(m_directory.filePath(u"recording.csv"_s));
         EXPECT_TRUE(file.open(QFile::WriteOnly));
-        file.write(RECORDING_HEADER + rows);
+        file.write(m_header + rows);
         file.close();
         std::string name = file.fileName().toStdString();
         return m_device.Initialize(name, false);
@@ -84,10 +86,12 @@ protected:
     }
 
     QTemporaryDir m_directory;
+    QByteArray m_header = RECORDING_HEADER;
     DriverReceiver m_receiver{u"replay"_s};
     KvZANCommon::LegacyDriverAdapter m_adapter;
     KvZANCommon::IDriver& m_device = m_adapter;
     std::vector<BearingBlock> m_blocks;
+    std::vector<PositionFix> m_fixes;
     QStringList m_errors;
     QStringList m_results;
     double m_progress = 0.0;
@@ -125,6 +129,51 @@ TEST_F(ReplayDriverTest, WhatWasNotMeasuredIsMarkedAsSuch) {
     EXPECT_EQ(m_blocks[0].bearings.at(0).elevation, Bearing::NOT_MEASURED);
     EXPECT_EQ(m_blocks[0].bearings.at(0).level, Bearing::NOT_MEASURED);
     EXPECT_FALSE(m_blocks[0].status.heading || m_blocks[0].status.pitch || m_blocks[0].status.latitude);
+}
+
+TEST_F(ReplayDriverTest, RowsWithModeAndEmitterAreDeliveredAsTheyWereMeasured) {
+    using Kind = BearingBlock::Kind;
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    m_header = RECORDING_HEADER.chopped(1) + ",mode,emitter\n";
+    ReplayAll(driver, "0,121500000,10,,50,,,,,,,,1,\n"
+                      "0,121500000,20,,50,,,,,,,,1,\n"
+                      "0,121500000,30,,50,,,,,,,,1,0\n"
+                      "0,121500000,40,,50,,,,,,,,1,1\n"
+                      "0,121500000,50,,50,,,,,,,,1,0\n"
+                      "0,121500000,0,,0,,,,,,,,1,-1\n"
+                      "0,121500000,60,,50,,,,,,,,3,\n"
+                      "0,121500000,70,,50,,,,,,,,3,\n");
+    std::vector<std::pair<Kind, std::size_t>> blocks; // with the number of their bearings
+    for (const BearingBlock& block : m_blocks) {
+        blocks.emplace_back(block.kind, block.bearings.size());
+    }
+    EXPECT_EQ(blocks, (std::vector<std::pair<Kind, std::size_t>>{{Kind::FixedFrequency, 1},
+                                                                 {Kind::FixedFrequency, 1},
+                                                                 {Kind::SuperResolution, 2},
+                                                                 {Kind::SuperResolution, 1},
+                                                                 {Kind::SuperResolution, 0},
+                                                                 {Kind::Scan, 2}}));
+    EXPECT_EQ(m_blocks[1].bearings[0].azimuth, 200);
+    EXPECT_TRUE(m_fixes.empty()) << "this recording does not say what a station used";
+}
+
+TEST_F(ReplayDriverTest, PositionThatAStationUsedIsToldWhenItChanges) {
+    ReplayDriver driver(m_adapter);
+    driver.SetTest(u"speed max"_s);
+    m_header = RECORDING_HEADER.chopped(1) + ",position_time_ms\n";
+    ReplayAll(driver, "1000,121500000,10,,50,,,,,52.5,5.5,,900\n"
+                      "2000,121500000,10,,50,,,,,52.5,5.5,,900\n"
+                      "3000,121500000,10,,50,,,,,52.5,5.5,,\n"
+                      "4000,121500000,10,,50,,,,,,,,\n");
+    ASSERT_EQ(m_fixes.size(), 3U);
+    EXPECT_EQ(m_fixes[0].latitude, 52.5);
+    EXPECT_EQ(m_fixes[0].longitude, 5.5);
+    EXPECT_EQ(m_fixes[0].time, 900U);
+    EXPECT_TRUE(m_fixes[0].valid);
+    EXPECT_EQ(m_fixes[1].time, 0U);
+    EXPECT_TRUE(m_fixes[1].valid);
+    EXPECT_FALSE(m_fixes[2].valid);
 }
 
 TEST_F(ReplayDriverTest, AzimuthThatRoundsUpToAFullCircleIsNorth) {

@@ -65,6 +65,15 @@ TEST_F(SettingsCheckTest, FindsNothingInSettingsThatAreSoundOrMissing) {
               QStringList());
 }
 
+TEST_F(SettingsCheckTest, RecordersSettingsAreKnownAndChecked) {
+    EXPECT_EQ(Check("[Recorder]\nEnabled=true\nFile=flight.csv\nFileSize=1\nFileCount=10000\n"),
+              QStringList());
+    EXPECT_EQ(Check("[Recorder]\nEnabled=on\nFileSize=0\nFileCount=0\n"),
+              (QStringList{Refused(u"Recorder/FileSize"_s, u"0"_s, u"are whole numbers from 1 to 100000"_s),
+                           Refused(u"Recorder/FileCount"_s, u"0"_s, u"are whole numbers from 1 to 10000"_s),
+                           Refused(u"Recorder/Enabled"_s, u"on"_s, u"is true or false"_s)}));
+}
+
 TEST_F(SettingsCheckTest, NumberOutsideItsRangeIsReportedWithNameValueAndWhatIsAllowed) {
     EXPECT_EQ(
         Check("Output_Interval=10001\n[OverheadPass]\nThreshold=-1\n"),

@@ -59,6 +59,8 @@ public:
     /// The number of sentences that were written to the file, or dropped.
     [[nodiscard]] quint64 GetWrittenCount() const { return m_writtenCount; }
     [[nodiscard]] quint64 GetDroppedCount() const { return m_droppedCount; }
+    /// The failure that lasts; empty when lines are written, and while none was needed.
+    [[nodiscard]] const QString& GetProblem() const { return m_failures.GetText(); }
 
 Q_SIGNALS:
     /// Emitted for the first of a run of equal failures, with a text for the operator.

@@ -179,6 +179,18 @@ QString DFDataOutput::GetLastError() const {
     return m_p->lastError;
 }
 
+QStringList DFDataOutput::GetProblems() const {
+    QStringList problems;
+    if (m_bEnabled && m_p->IsFileOn()) {
+        problems += m_p->file.GetProblem();
+    }
+    if (m_bEnabled && m_p->serial) {
+        problems += m_p->serialFailures.GetText();
+    }
+    problems.removeAll(QString());
+    return problems;
+}
+
 void DFDataOutput::SlotUpdateConfiguration() {
     UpdateConfigurationFromConfigWidget();
 }

@@ -4,6 +4,9 @@
 #include "zancommon/zanabstractinterface.h"
 #include "zancommon_export.h"
 
+#include <QString>
+#include <QStringList>
+
 #include <memory>
 
 /// Writes the DF results of the value tree as sentences, one line of text per bearing, to a serial line
@@ -99,6 +102,9 @@ public:
     /// The first of the latest run of equal failures of a sink, as a text for the operator; empty when there
     /// was none. A success does not clear it.
     [[nodiscard]] QString GetLastError() const;
+    /// The failures of the sinks that last at the moment, as texts for the operator: each until a sentence is
+    /// written to its sink again, or the sink is switched off.
+    [[nodiscard]] QStringList GetProblems() const;
 
 public Q_SLOTS:
     /// Takes over what was entered in the configuration widget; the output starts again when something

@@ -12,6 +12,8 @@ public:
     bool Add(const QString& text) { return std::exchange(m_text, text) != text; }
     /// Notes a success. True when there were failures before it.
     bool End() { return !std::exchange(m_text, {}).isEmpty(); }
+    /// The failure that lasts; empty after a success.
+    [[nodiscard]] const QString& GetText() const { return m_text; }
 
 private:
     QString m_text;

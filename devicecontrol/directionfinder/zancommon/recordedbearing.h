@@ -25,6 +25,15 @@ struct RecordedBearing {
     std::optional<double> latitude;  ///< of the platform, WGS84, degrees north
     std::optional<double> longitude; ///< of the platform, WGS84, degrees east
     std::optional<double> altitude;  ///< of the platform, metres
+    std::optional<double> mode = {}; ///< in which the device measured, a number of `EMode`
+    /// Of super resolution: the number of the emitter, counted from 0, or `NO_EMITTER`.
+    std::optional<double> emitter = {};
+    /// Of the position: milliseconds since 1970-01-01 00:00:00 UTC, a whole number.
+    std::optional<double> positionTimeMs = {};
+
+    /// Super resolution has found no emitter. Azimuth and quality are 0, and level and elevation have no
+    /// value.
+    static constexpr double NO_EMITTER = -1.0;
 
     bool operator==(const RecordedBearing&) const = default;
 };
@@ -51,7 +60,7 @@ struct RecordingColumn {
 
 /// The columns in the order of the file. A recording is a CSV file: a header line with the column names, then
 /// one row per bearing in the order of time. An empty field means that the value was not measured; fields of
-/// members that are not optional are never empty.
+/// members that are not optional are never empty. Further columns may follow (`FURTHER_RECORDING_COLUMNS`).
 inline constexpr std::array<RecordingColumn, 12> RECORDING_COLUMNS = [] {
     using B = RecordedBearing;
     constexpr double LAST_TIME = 253402300799999.0; // the end of the year 9999
@@ -72,6 +81,21 @@ inline constexpr std::array<RecordingColumn, 12> RECORDING_COLUMNS = [] {
         {"latitude_deg", -90.0, 90.0, false, 7, nullptr, &B::latitude},
         {"longitude_deg", -180.0, 180.0, false, 7, nullptr, &B::longitude},
         {"altitude_m", -12000.0, 100000.0, false, 1, nullptr, &B::altitude},
+    }};
+}();
+
+/// The columns that a recording may have behind those, in this order; each may be left out. A recording with
+/// the time of the position holds what a station has used: its position and heading count whatever the
+/// sources of position and heading are.
+inline constexpr std::array<RecordingColumn, 3> FURTHER_RECORDING_COLUMNS = [] {
+    using B = RecordedBearing;
+    constexpr double LAST_TIME = RECORDING_COLUMNS.front().maximum;
+    constexpr double LAST_MODE = 6.0; // EMODE_TDMA
+    constexpr double MOST_EMITTERS = 65535.0;
+    return std::array<RecordingColumn, 3>{{
+        {"mode", 0.0, LAST_MODE, false, 0, nullptr, &B::mode},
+        {"emitter", B::NO_EMITTER, MOST_EMITTERS, false, 0, nullptr, &B::emitter},
+        {"position_time_ms", 0.0, LAST_TIME, false, 0, nullptr, &B::positionTimeMs},
     }};
 }();
 

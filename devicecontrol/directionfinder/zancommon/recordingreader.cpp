@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <numeric>
+#include <span>
 #include <system_error>
 
 using namespace Qt::StringLiterals;
@@ -48,19 +49,33 @@ std::vector<std::string_view> Split(std::string_view line) {
     return fields;
 }
 
-/// The problem of a header line; empty when it is valid.
-QString CheckHeader(std::string_view line) {
+/// The column of a name; null when there is none.
+const RecordingColumn* FindColumn(std::span<const RecordingColumn> columns, std::string_view name) {
+    const auto found = std::ranges::find(columns, name, &RecordingColumn::name);
+    return found == columns.end() ? nullptr : &*found;
+}
+
+/// Reads the columns from a header line. Returns its problem; empty when it is valid.
+QString ReadColumns(std::string_view line, std::vector<const RecordingColumn*>& columns) {
     const std::vector<std::string_view> names = Split(line);
-    const auto isColumn = [](std::string_view name) {
-        return std::ranges::find(RECORDING_COLUMNS, name, &RecordingColumn::name) != RECORDING_COLUMNS.end();
-    };
-    if (std::ranges::none_of(names, isColumn)) {
+    columns.clear();
+    if (std::ranges::none_of(names, [](auto name) { return FindColumn(RECORDING_COLUMNS, name); })) {
         return u"the header line is missing, the file begins with "_s + Quoted(line);
     }
+    std::span<const RecordingColumn> further(FURTHER_RECORDING_COLUMNS); // that may still follow
     for (std::size_t i = 0; i < std::max(names.size(), RECORDING_COLUMNS.size()); ++i) {
         const QString column = u"header column "_s + QString::number(i + 1);
         if (i >= RECORDING_COLUMNS.size()) {
-            return column + u" is unknown: "_s + Quoted(names[i]);
+            const RecordingColumn* const found = FindColumn(further, names[i]);
+            if (!found) {
+                return column +
+                       (FindColumn(FURTHER_RECORDING_COLUMNS, names[i]) ? u" is at the wrong place: "_s
+                                                                        : u" is unknown: "_s) +
+                       Quoted(names[i]);
+            }
+            columns.push_back(found);
+            further = further.subspan(static_cast<std::size_t>(found - further.data()) + 1);
+            continue;
         }
         const QString expected = ToQString(RECORDING_COLUMNS[i].name);
         if (i >= names.size()) {
@@ -69,6 +84,7 @@ QString CheckHeader(std::string_view line) {
         if (names[i] != RECORDING_COLUMNS[i].name) {
             return column + u" is "_s + Quoted(names[i]) + u" instead of \""_s + expected + u'"';
         }
+        columns.push_back(&RECORDING_COLUMNS[i]);
     }
     return {};
 }
@@ -174,7 +190,7 @@ bool RecordingReader::ReadHeader() {
     if (kind == Line::End || (line.empty() && AtEnd())) {
         return Fail(u"is empty"_s);
     }
-    const QString fault = CheckHeader(line);
+    const QString fault = ReadColumns(line, m_columns);
     return fault.isEmpty() || Fail(fault);
 }
 
@@ -316,14 +332,14 @@ bool RecordingReader::AtEnd() {
 bool RecordingReader::ParseRow(std::string_view line, RecordedBearing& bearing) {
     const char* position = line.data();
     const char* const end = position + line.size();
-    for (const RecordingColumn& column : RECORDING_COLUMNS) {
+    for (const RecordingColumn* const column : m_columns) {
         const char* const field = position;
-        if (const std::optional<BadLine> fault = ParseField(column, position, end, bearing)) {
-            return Reject(line, column, field, *fault);
+        if (const std::optional<BadLine> fault = ParseField(*column, position, end, bearing)) {
+            return Reject(line, *column, field, *fault);
         }
-        const bool isLast = &column == &RECORDING_COLUMNS.back();
+        const bool isLast = column == m_columns.back();
         if ((position == end) != isLast) {
-            return Reject(line, column, field, BadLine::ColumnCount);
+            return Reject(line, *column, field, BadLine::ColumnCount);
         }
         position += isLast ? 0 : 1;
     }
@@ -338,7 +354,7 @@ bool RecordingReader::Reject(std::string_view line, const RecordingColumn& colum
     const auto columnCount = static_cast<std::size_t>(std::ranges::count(line, ',')) + 1;
     if (line.find('\0') != std::string_view::npos) {
         Count(BadLine::NulByte, [] { return GetReasonText(BadLine::NulByte); });
-    } else if (columnCount != RECORDING_COLUMNS.size()) {
+    } else if (columnCount != m_columns.size()) {
         Count(BadLine::ColumnCount,
               [&] { return GetReasonText(BadLine::ColumnCount) + u": "_s + QString::number(columnCount); });
     } else {
@@ -359,6 +375,10 @@ void RecordingReader::Count(BadLine reason, MakeText makeText) {
     if (m_badLineTexts.size() < MAX_BAD_LINE_TEXTS) {
         m_badLineTexts += u"line "_s + QString::number(m_lineNumber) + u": "_s + makeText();
     }
+}
+
+bool RecordingReader::HasColumn(std::string_view name) const {
+    return std::ranges::find(m_columns, name, &RecordingColumn::name) != m_columns.end();
 }
 
 double RecordingReader::GetProgress() const {

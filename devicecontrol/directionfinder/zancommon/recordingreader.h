@@ -56,8 +56,9 @@ public:
 
     /// Opens a file and reads its header line; while it is open, outputs refuse it (`OutputFile`). False with
     /// an error text when it cannot be opened, is a directory or empty, or its header line is missing or has
-    /// other columns. All counts are reset. The header line of a stream (`InterruptibleInput`: a FIFO, or "-")
-    /// may take long to arrive: it is read with the first row, and its faults are told then.
+    /// other columns than `RECORDING_COLUMNS`, and behind them some of `FURTHER_RECORDING_COLUMNS`. All
+    /// counts are reset. The header line of a stream (`InterruptibleInput`: a FIFO, or "-") may take long to
+    /// arrive: it is read with the first row, and its faults are told then.
     bool Open(const QString& name);
     /// Reads from a device that is open for reading, from its current position; it is not owned and must
     /// outlive the last call of `Next`. Its `read` returns 0 at the end and below 0 on an error; for a
@@ -75,6 +76,9 @@ public:
     void Interrupt();
     void Resume();
 
+    /// Whether the recording has a column: after its header line was read, which is that of a stream with the
+    /// first row.
+    [[nodiscard]] bool HasColumn(std::string_view name) const;
     /// Why `Open` or reading failed; empty without a failure.
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
     [[nodiscard]] quint64 GetRowCount() const { return m_rowCount; }
@@ -110,7 +114,7 @@ private:
     std::atomic<bool> m_isInterrupted = false;
     InputFile m_file;
     InterruptibleInput m_stream;
-    bool m_isHeaderDue = false; // of a stream
+    bool m_isHeaderDue = false;     // of a stream
     QIODevice* m_pDevice = nullptr; // null: nothing to read
     QString m_name;
     QString m_errorText;
@@ -125,6 +129,7 @@ private:
     quint64 m_rowCount = 0;
     std::array<quint64, static_cast<std::size_t>(BadLine::COUNT)> m_badLineCounts{};
     QStringList m_badLineTexts;
+    std::vector<const RecordingColumn*> m_columns; // of the recording, in its order
 };
 
 } // namespace KvZANCommon

@@ -43,14 +43,15 @@ struct IntegerSetting {
     qint64 maximum = 0;
 };
 
-constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 10000},
-                                          IntegerSetting{u"Control_Interval", 0, 10000},
-                                          IntegerSetting{u"OverheadPass/Threshold", 0, 900}};
+constexpr std::array APPLICATION_INTEGERS{
+    IntegerSetting{u"Output_Interval", 0, 10000}, IntegerSetting{u"Control_Interval", 0, 10000},
+    IntegerSetting{u"OverheadPass/Threshold", 0, 900}, IntegerSetting{u"Recorder/FileSize", 1, 100000},
+    IntegerSetting{u"Recorder/FileCount", 1, 10000}};
 constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
 constexpr IntegerSetting HUB_PORT{u"MshCentralPort", 1, 65535};
 
-constexpr std::array<QStringView, 3> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
-                                                       u"OverheadPass/Valid"};
+constexpr std::array<QStringView, 4> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
+                                                       u"OverheadPass/Valid", u"Recorder/Enabled"};
 constexpr std::array<QStringView, 2> STATION_FLAGS{u"HwRequirementsEditable", u"HwCheckRequirements"};
 constexpr std::array<QStringView, 5> ANTENNA_FLAGS{u"Enabled", u"CompassEnabled", u"CompassSupport",
                                                    u"PolarizationSupport", u"ActivePassiveSupport"};
@@ -58,7 +59,8 @@ constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u
                                                      u"MinFreq",  u"MaxFreq",  u"CompassValue"};
 
 /// The keys that are used, apart from those of the setup table. "#" means a number.
-constexpr std::array<QStringView, 15> KNOWN_KEYS{
+constexpr std::array<QStringView, 19> KNOWN_KEYS{
+    u"Recorder/Enabled",   u"Recorder/File",      u"Recorder/FileSize",   u"Recorder/FileCount",
     u"Driver/Name",        u"Driver/Address",     u"RS232Output_Enabled", u"RS232Output_Address",
     u"FileOutput_Enabled", u"FileOutput_Address", u"Output_Interval",     u"MshCentralAddress",
     u"MshCentralPort",     u"MshClientName",      u"AutoCoupleTargets",   u"OverheadPass/Threshold",

@@ -205,6 +205,9 @@ void Station::SetOverheadThreshold(double degrees) {
 void Station::Process(BearingBlock& block) {
     PublishPlatform(block);
     const int mechOffset = GetMechOffset(block.status);
+    if (m_blockObserver) {
+        TellBlock(block, mechOffset);
+    }
     if (block.kind == BearingBlock::Kind::SuperResolution) {
         ApplyBlockFilters(block);
         PublishEmitters(block, mechOffset);
@@ -237,6 +240,9 @@ void Station::PublishPlatform(const BearingBlock& block) {
     Publish(*m_pPitch, block.status.pitch);
     Publish(*m_pRoll, block.status.roll);
     Publish(*m_pAltitude, block.status.altitude);
+    if (m_isRecordOfStation) {
+        return; // the position was told
+    }
     if (block.status.latitude || block.status.longitude) {
         m_position->SetMeasured(block.status.latitude, block.status.longitude, block.time);
     } else {
@@ -258,6 +264,22 @@ void Station::PublishFix() {
     m_position->SetMeasured(ifItCounts(m_fix.latitude), ifItCounts(m_fix.longitude), m_fix.time);
 }
 
+void Station::TakeRecordedPosition(const PositionFix& fix) {
+    m_isRecordOfStation = true;
+    const auto ifValid = [&fix](auto value) { return fix.valid ? std::optional(value) : std::nullopt; };
+    m_position->SetRecorded(ifValid(fix.latitude), ifValid(fix.longitude),
+                            fix.time > 0 ? std::optional(fix.time) : std::nullopt);
+}
+
+void Station::TellBlock(const BearingBlock& block, int mechOffset) const {
+    std::vector<BearingResult> results;
+    results.reserve(block.bearings.size());
+    for (std::size_t i = 0; i < block.bearings.size(); ++i) {
+        results.push_back(ToResult(block, i, mechOffset));
+    }
+    m_blockObserver(block, results);
+}
+
 void Station::ForgetMeasurements() {
     m_fix = {};
     PublishPlatform({});
@@ -270,6 +292,9 @@ void Station::ForgetMeasurements() {
 std::optional<int> Station::GetTrueHeading(const KvZANCommon::StatusStruct& status) const {
     if (!status.heading || !std::isfinite(*status.heading)) {
         return {};
+    }
+    if (m_isRecordOfStation) {
+        return WithinCircle(ToTenths(*status.heading));
     }
     const int declination = status.magneticHeading ? m_pDeclination->GetValue() : 0;
     return WithinCircle(ToTenths(*status.heading) + m_pHeadingOffset->GetValue() + declination);

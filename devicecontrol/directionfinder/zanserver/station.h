@@ -87,6 +87,10 @@ public:
     void TakePosition(const PositionFix& fix);
     /// Receivers report a fix once a second; ten missing ones are no hiccup.
     static constexpr std::chrono::seconds FIX_LIFETIME{10};
+    /// The recording that is replayed was made by a station and holds what that has used: this position, and
+    /// with each block the heading. From now on they count whatever the sources and offsets are.
+    /// \param fix with a time of 0 when the time of the position is not known
+    void TakeRecordedPosition(const PositionFix& fix);
     /// The device is lost: what it has measured is not current any more.
     void ForgetMeasurements();
 
@@ -94,6 +98,12 @@ public:
     /// receive frequency of the block.
     using FrequencyOf = std::function<double(const BearingBlock& block, std::size_t bearing)>;
     void SetFrequencyOf(FrequencyOf frequencyOf) { m_frequencyOf = std::move(frequencyOf); }
+
+    /// Gets each block before the filters change it, when attitude and position are in the tree, and its
+    /// bearings as the station uses them: with complete azimuths and their own frequencies.
+    using BlockObserver =
+        std::function<void(const BearingBlock& block, const std::vector<BearingResult>& bearings)>;
+    void SetBlockObserver(BlockObserver observer) { m_blockObserver = std::move(observer); }
 
     /// The problems that the constructor has found, as texts for the operator.
     [[nodiscard]] const QStringList& GetWarnings() const { return m_warnings; }
@@ -114,6 +124,7 @@ private:
     ZANSERVER_NO_EXPORT void RestoreOverheadParams();
     ZANSERVER_NO_EXPORT void PublishPlatform(const BearingBlock& block);
     ZANSERVER_NO_EXPORT void PublishFix();
+    ZANSERVER_NO_EXPORT void TellBlock(const BearingBlock& block, int mechOffset) const;
     [[nodiscard]] ZANSERVER_NO_EXPORT std::optional<int>
     GetTrueHeading(const KvZANCommon::StatusStruct& status) const;
     ZANSERVER_NO_EXPORT bool ApplyBlockFilters(BearingBlock& block);
@@ -153,6 +164,8 @@ private:
     FrequencyOf m_frequencyOf;
     PositionFix m_fix;
     QDeadlineTimer m_fixEnds;
+    BlockObserver m_blockObserver;
+    bool m_isRecordOfStation = false; // the position is told, and headings are as they were used
     StationCounts m_counts;
 };
 

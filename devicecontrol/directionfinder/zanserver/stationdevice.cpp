@@ -40,7 +40,13 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
     connect(&receiver, &DriverReceiver::PassingOnEnds, this, [this] { m_burst.reset(); });
     connect(&receiver, &DriverReceiver::BlockReceived, this, &StationDevice::TakeBlock);
     connect(&receiver, &DriverReceiver::PositionReceived, this,
-            [this](const PositionFix& fix) { m_station.TakePosition(fix); });
+            [this, isRecording = choice.name == DriverChoice::REPLAY](const PositionFix& fix) {
+                if (isRecording) {
+                    m_station.TakeRecordedPosition(fix);
+                } else {
+                    m_station.TakePosition(fix);
+                }
+            });
     connect(&receiver, &DriverReceiver::CommandReported, this, &StationDevice::LogCommand);
     if (choice.name != DriverChoice::REPLAY) {
         m_control.emplace(m_link.GetThread(), Station::GetDeviceAddress(),

@@ -54,6 +54,17 @@ void StationPosition::SetMeasured(const std::optional<double>& latitude,
     ShowCurrent();
 }
 
+void StationPosition::SetRecorded(const std::optional<double>& latitude,
+                                  const std::optional<double>& longitude,
+                                  const std::optional<quint64>& time) {
+    m_isRecorded = true;
+    m_recorded.reset();
+    if (Accepts(*m_pLatitude, latitude) && Accepts(*m_pLongitude, longitude)) {
+        m_recorded = Place{*latitude, *longitude, time};
+    }
+    ShowCurrent();
+}
+
 void StationPosition::Update(Observable* subject, TChangeCode code) {
     if (code != TChangeCode::Changed) {
         return;
@@ -72,7 +83,7 @@ std::optional<StationPosition::Place> StationPosition::GetSet() const {
 }
 
 void StationPosition::ShowCurrent() {
-    Show(m_pSource->GetCurrentKey() == SOURCE_MANUAL ? GetSet() : m_measured);
+    Show(m_isRecorded ? m_recorded : m_pSource->GetCurrentKey() == SOURCE_MANUAL ? GetSet() : m_measured);
 }
 
 void StationPosition::Show(const std::optional<Place>& place) {

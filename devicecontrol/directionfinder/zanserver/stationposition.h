@@ -41,6 +41,11 @@ public:
     void SetMeasured(const std::optional<double>& latitude, const std::optional<double>& longitude,
                      quint64 time);
 
+    /// Takes the position that a station has used when it made the recording that is replayed. From now on
+    /// that is the position, whatever the source is.
+    void SetRecorded(const std::optional<double>& latitude, const std::optional<double>& longitude,
+                     const std::optional<quint64>& time);
+
     void Update(Observable* subject, TChangeCode code) override;
 
 private:
@@ -61,6 +66,8 @@ private:
     std::optional<double> m_setLatitude;
     std::optional<double> m_setLongitude;
     std::optional<Place> m_measured;
+    std::optional<Place> m_recorded;
+    bool m_isRecorded = false; // `m_recorded` is the position
 };
 
 } // namespace ZANServer

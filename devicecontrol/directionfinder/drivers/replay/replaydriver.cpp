@@ -16,16 +16,25 @@ namespace {
 
 constexpr double AS_FAST_AS_POSSIBLE = 0.0;
 
+constexpr quint16 AVERAGE_COUNT = 1;
+
 /// The longest block of a scan.
 constexpr std::size_t MAX_BLOCK = 60000;
 
-/// Whether two rows were measured at the same moment, on the same frequency, from the same platform.
+/// Whether a row belongs to the block of the row before: it was measured at the same moment, in the same
+/// mode, on the same frequency, from the same platform, and is the next one of the same emitters, if these
+/// are numbered.
 bool BelongTogether(const RecordedBearing& a, const RecordedBearing& b) {
+    if (a.emitter ? b.emitter != *a.emitter + 1.0 || *a.emitter == RecordedBearing::NO_EMITTER
+                  : b.emitter || a.mode == EMODE_FFM) {
+        return false;
+    }
     RecordedBearing sameBearing = b;
     sameBearing.azimuth = a.azimuth;
     sameBearing.elevation = a.elevation;
     sameBearing.quality = a.quality;
     sameBearing.level = a.level;
+    sameBearing.emitter = a.emitter;
     return sameBearing == a;
 }
 
@@ -40,7 +49,7 @@ Bearing ToBearing(const RecordedBearing& row) {
         // The lowest 16-bit number means that there is no level.
         bearing.level = static_cast<qint16>(std::max(std::lround(*row.level * 100.0), -32767L));
     }
-    bearing.averageCount = 1;
+    bearing.averageCount = AVERAGE_COUNT;
     bearing.quality = static_cast<quint16>(std::lround(row.quality));
     return bearing;
 }
@@ -95,7 +104,8 @@ long ReplayDriver::SetTest(QString command) {
         return FAILED;
     }
     bool isNumber = words[1] == u"realtime" || words[1] == u"max";
-    const double pace = isNumber ? (words[1] == u"max" ? AS_FAST_AS_POSSIBLE : 1.0) : words[1].toDouble(&isNumber);
+    const double pace =
+        isNumber ? (words[1] == u"max" ? AS_FAST_AS_POSSIBLE : 1.0) : words[1].toDouble(&isNumber);
     if (!isNumber || !std::isfinite(pace) || (pace <= 0.0 && words[1] != u"max")) {
         m_lastError = u"speed takes realtime, max or a number above 0, not "_s + words[1];
         return FAILED;
@@ -108,6 +118,7 @@ void ReplayDriver::Start() {
     m_isStopping = false;
     m_reader.Resume();
     m_firstTime.reset();
+    m_toldPosition.reset();
     m_thread = std::thread([this] { Replay(); });
 }
 
@@ -128,11 +139,15 @@ void ReplayDriver::Replay() {
     std::optional<RecordedBearing> row = Tell(m_reader.Next());
     while (row && WaitFor(row->timeMs)) {
         const RecordedBearing first = *row;
+        RecordedBearing last = first;
         m_block.clear();
         do {
-            m_block.push_back(ToBearing(*row));
+            last = *row;
+            if (last.emitter != RecordedBearing::NO_EMITTER) {
+                m_block.push_back(ToBearing(last));
+            }
             row = Tell(m_reader.NextIfHere()); // a block is not delayed by rows that have not arrived
-        } while (row && m_block.size() < MAX_BLOCK && BelongTogether(first, *row));
+        } while (row && m_block.size() < MAX_BLOCK && BelongTogether(last, *row));
         Deliver(first);
         if (!row) {
             row = Tell(m_reader.Next());
@@ -216,9 +231,39 @@ void ReplayDriver::Deliver(const RecordedBearing& platform) {
     status.latitude = platform.latitude;
     status.longitude = platform.longitude;
     status.altitude = platform.altitude;
-    unsigned long long time = platform.timeMs;
     ++m_blockCount;
+    TellPosition(platform);
+    if (platform.emitter) {
+        KvZANCommon::SuperResolutionStruct result{platform.timeMs, platform.frequency, m_block};
+        m_callback.fillFFMSRBuffer(result, status);
+        return;
+    }
+    if (platform.mode == EMODE_FFM) {
+        const Bearing& bearing = m_block.front();
+        m_callback.fillFFMBuffer({.time = platform.timeMs,
+                                  .frequency = platform.frequency,
+                                  .azimuth = bearing.azimuth,
+                                  .elevation = bearing.elevation,
+                                  .level = bearing.level,
+                                  .averageCount = AVERAGE_COUNT,
+                                  .quality = bearing.quality},
+                                 status, false);
+        return;
+    }
+    unsigned long long time = platform.timeMs;
     m_callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(m_block.size()), m_block.data(), status);
+}
+
+/// A recording with the time of the position has the position that a station has used. It is told when it
+/// changes; a time of 0 means that the time is not known.
+void ReplayDriver::TellPosition(const RecordedBearing& platform) {
+    const Position position{platform.latitude, platform.longitude, platform.positionTimeMs};
+    if (m_reader.HasColumn("position_time_ms") && std::exchange(m_toldPosition, position) != position) {
+        const bool isValid = platform.latitude && platform.longitude;
+        m_callback.fillGPSData(platform.latitude.value_or(0.0), platform.longitude.value_or(0.0),
+                               static_cast<unsigned long long>(platform.positionTimeMs.value_or(0.0)),
+                               isValid, 0, 0);
+    }
 }
 
 } // namespace Replay

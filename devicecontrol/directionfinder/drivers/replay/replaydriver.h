@@ -27,11 +27,13 @@ namespace Replay {
 /// ends with `CloseDataLink`; standby stops it. Rows of the same time, frequency and platform data form one
 /// block. Lines that are not valid rows are reported through `reportError`, those of each kind with their
 /// number through `ReportBITResult` at the end, and the commands that the driver receives through
-/// `SetCommandLog`. `fillTestValuesBuffer` tells how much of the recording has been read, 0 to 1. Operations
-/// that a recording cannot carry out return `NOT_SUPPORTED`.
+/// `SetCommandLog`. Rows with a mode or emitter are delivered as fixed-frequency or super-resolution results.
+/// A recording with the time of the position tells the position through `fillGPSData`, before the first block
+/// that it holds for. `fillTestValuesBuffer` tells how much of the recording has been read, 0 to 1.
+/// Operations that a recording cannot carry out return `NOT_SUPPORTED`.
 ///
-/// The test command `speed realtime|N|max` sets the pace, from the next start on: as recorded, N times faster,
-/// or without waiting.
+/// The test command `speed realtime|N|max` sets the pace, from the next start on: as recorded, N times
+/// faster, or without waiting.
 class ReplayDriver final : public KvZANCommon::NullLegacyDriver {
 public:
     static constexpr long OK = 0;
@@ -56,12 +58,20 @@ public:
     long DeleteAllChannels() override { return OK; }
 
 private:
+    struct Position {
+        std::optional<double> latitude;
+        std::optional<double> longitude;
+        std::optional<double> timeMs;
+
+        bool operator==(const Position&) const = default;
+    };
+
     void Start();
     void Stop();
     void Replay();
-    std::optional<KvZANCommon::RecordedBearing>
-    Tell(std::optional<KvZANCommon::RecordedBearing> row);
+    std::optional<KvZANCommon::RecordedBearing> Tell(std::optional<KvZANCommon::RecordedBearing> row);
     void TellProgress();
+    void TellPosition(const KvZANCommon::RecordedBearing& platform);
     void TellBadLines();
     void ReportCommand(QString command);
     void Report(const QString& text, bool isFatal);
@@ -77,6 +87,7 @@ private:
     QString m_lastError;
     std::vector<Bearing> m_block; // the bearings of the block that is being assembled
     double m_toldProgress = 0.0;
+    std::optional<Position> m_toldPosition;
     std::atomic<long> m_blockCount = 0;
 
     // The pace: the recorded and the real time of the first block.

@@ -1,0 +1,359 @@
+#include "zanserver/recorder.h"
+
+#include "stddevicedefinition/stddevicedescriptors.h"
+#include "support/eventloop.h"
+#include "support/fulldisk.h"
+#include "support/printing.h"
+#include "support/recordings.h"
+#include "support/storedsettings.h"
+#include "valueframework/tree.h"
+#include "zancommon/recordingreader.h"
+#include "zancommon/zanpath.h"
+#include "zanserver/publish.h"
+#include "zanserver/station.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+using namespace ZANServer;
+using namespace StdDeviceDefinition;
+using KvZANCommon::RecordedBearing;
+using KvZANCommon::RecordingReader;
+
+namespace {
+
+const QByteArray HEADER = RECORDING_HEADER.chopped(1) + ",mode,emitter,position_time_ms\n";
+const QByteArray ROW = "1000,121500000,71.5,,90,,,,,,,,3,,\n";
+
+/// The unit of the size is a byte in these tests, so that a file holds a few rows.
+constexpr qint64 BYTE = 1;
+
+template <class T>
+T& ServerValue(const ValueDescriptor& descriptor) {
+    return *Tree::Instance()->Find<T>(ZANPath::Server(descriptor));
+}
+
+/// A block of one usable bearing.
+BearingBlock MakeBlock(quint64 time = 1000) {
+    BearingBlock block;
+    block.time = time;
+    block.status.frequency = 121.5e6;
+    Bearing bearing;
+    bearing.azimuth = 715;
+    bearing.quality = 90;
+    block.bearings = {bearing};
+    return block;
+}
+
+void Write(const QString& name, const QByteArray& content) {
+    QFile file(name);
+    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write(content) == content.size());
+}
+
+class RecorderTest : public testing::Test {
+protected:
+    RecorderTest() {
+        CreateBranch(EBranch::SERVER, ZANPath::SERVER.toString());
+        for (const ValueDescriptor* each : {&g_vdTrueHeading, &g_vdPitch, &g_vdRoll, &g_vdAltitude,
+                                            &g_vdPosLatitude, &g_vdPosLongitude, &g_vdPosLastUpdate}) {
+            Tree::Instance()->GetValue(ZANPath::Server(*each))->SetState(TValueState::NotMeasured, nullptr);
+        }
+    }
+
+    [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
+    /// A recorder to a file, with its size in bytes and the number of full files that are kept.
+    Recorder& Make(int size = 100000, int count = 10) {
+        ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+        cfg.SetBool(u"Recorder/Enabled"_s, true);
+        cfg.SetString(u"Recorder/File"_s, Path(u"flight.csv"_s));
+        cfg.SetInt(u"Recorder/FileSize"_s, size);
+        cfg.SetInt(u"Recorder/FileCount"_s, count);
+        constexpr int AT_ONCE_MS = 1;
+        m_recorder.emplace(BYTE, AT_ONCE_MS, AT_ONCE_MS);
+        QObject::connect(&*m_recorder, &Recorder::Failed, &*m_recorder,
+                         [this](const QString& text) { m_failures.append(text); });
+        QObject::connect(&*m_recorder, &Recorder::Recovered, &*m_recorder, [this] { ++m_recoveries; });
+        return *m_recorder;
+    }
+    void Take(const BearingBlock& block) {
+        std::vector<BearingResult> results;
+        for (const Bearing& bearing : block.bearings) {
+            results.emplace_back();
+            results.back().SetFrequency(block.status.frequency);
+            results.back().SetAzimuth(bearing.azimuth);
+        }
+        m_recorder->Take(block, results);
+    }
+    [[nodiscard]] QByteArray Contents(const QString& name = u"flight.csv"_s) const {
+        QFile file(Path(name));
+        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("(no file)");
+    }
+    [[nodiscard]] QStringList Files() const {
+        return QDir(m_directory.path()).entryList({u"flight*"_s}, QDir::Files);
+    }
+
+    StoredSettings m_settings;
+    QTemporaryDir m_directory;
+    std::optional<Recorder> m_recorder;
+    QStringList m_failures;
+    int m_recoveries = 0;
+};
+
+} // namespace
+
+TEST_F(RecorderTest, WritesARowForEachBearingWithWhatWasUsed) {
+    Make();
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW);
+    Publish(ServerValue<ValueNumericInt>(g_vdTrueHeading), std::optional(3599));
+    Publish(ServerValue<ValueNumericDouble>(g_vdPitch), std::optional(4.9600001));
+    Publish(ServerValue<ValueNumericDouble>(g_vdRoll), std::optional(-0.05));
+    Publish(ServerValue<ValueNumericDouble>(g_vdAltitude), std::optional(12.25));
+    Publish(ServerValue<ValueNumericDouble>(g_vdPosLatitude), std::optional(48.123456789));
+    Publish(ServerValue<ValueNumericDouble>(g_vdPosLongitude), std::optional(-11.5));
+    Publish(ServerValue<ValueTimeStamp>(g_vdPosLastUpdate), std::optional(quint64{999}));
+    BearingBlock block = MakeBlock(2000);
+    block.bearings[0].elevation = -12;
+    block.bearings[0].level = -5204;
+    block.kind = BearingBlock::Kind::FixedFrequency;
+    Take(block);
+    EXPECT_EQ(Contents(),
+              HEADER + ROW +
+                  "2000,121500000,71.5,-1.2,90,-52.04,359.9,4.9600001,-0.05,48.123456789,-11.5,12.25,1,,"
+                  "999\n");
+    EXPECT_EQ(m_recorder->GetRowCount(), 2U);
+}
+
+TEST_F(RecorderTest, EmittersOfSuperResolutionAreNumberedAndNoneIsARowToo) {
+    Make();
+    BearingBlock block = MakeBlock();
+    block.kind = BearingBlock::Kind::SuperResolution;
+    block.bearings.push_back(block.bearings.front());
+    Take(block);
+    block.bearings.clear();
+    Take(block);
+    EXPECT_EQ(Contents(), HEADER + "1000,121500000,71.5,,90,,,,,,,,1,0,\n"
+                                   "1000,121500000,71.5,,90,,,,,,,,1,1,\n"
+                                   "1000,121500000,0,,0,,,,,,,,1,-1,\n");
+}
+
+TEST_F(RecorderTest, BearingThatTheDriverHasMarkedIsLeftOutAndOneThatNoRowHoldsIsCounted) {
+    Make();
+    BearingBlock block = MakeBlock();
+    block.bearings.resize(2, block.bearings.front());
+    block.bearings[0].marker = -4000;
+    block.bearings[1].quality = 101;
+    Take(block);
+    EXPECT_EQ(Contents(), HEADER);
+    EXPECT_EQ(m_recorder->GetDroppedCount(), 1U);
+    EXPECT_TRUE(m_failures.isEmpty());
+}
+
+TEST_F(RecorderTest, FullFileGetsTheNextNumberAndTheOldestOnesGo) {
+    Make(static_cast<int>(HEADER.size() + 2 * ROW.size()), 2);
+    Write(Path(u"flight.1.csv"_s), "another file");
+    for (int i = 0; i < 9; ++i) {
+        Take(MakeBlock());
+    }
+    EXPECT_EQ(Files(), (QStringList{u"flight.000003.csv"_s, u"flight.000004.csv"_s, u"flight.1.csv"_s,
+                                    u"flight.csv"_s}));
+    EXPECT_EQ(Contents(u"flight.000004.csv"_s), HEADER + ROW + ROW);
+    EXPECT_EQ(Contents(), HEADER + ROW);
+    EXPECT_EQ(m_recorder->GetRowCount(), 9U);
+}
+
+TEST_F(RecorderTest, FileOfASizeBelowOneRowHoldsOneRow) {
+    Make(1);
+    Take(MakeBlock());
+    Take(MakeBlock());
+    EXPECT_EQ(Files(), (QStringList{u"flight.000001.csv"_s, u"flight.csv"_s}));
+    EXPECT_EQ(Contents(), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, NewFileBeginsWhenTheTimeRunsBackwards) {
+    Make();
+    Take(MakeBlock(2000));
+    Take(MakeBlock(2000));
+    Take(MakeBlock(1000));
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s).count("\n2000,"), 2);
+    EXPECT_EQ(Contents(), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, RecordingThatIsThereIsKeptUnderANumber) {
+    Write(Path(u"flight.csv"_s), RECORDING_HEADER + "1,1,1,,1,,,,,,,\n");
+    Write(Path(u"flight.000007.csv"_s), "older");
+    Make();
+    EXPECT_TRUE(Contents(u"flight.000008.csv"_s).endsWith("1,1,1,,1,,,,,,,\n"));
+    EXPECT_EQ(Contents(), HEADER);
+}
+
+TEST_F(RecorderTest, FileThatIsNoRecordingIsLeftAloneAndTheRecorderWaitsForItToGo) {
+    Write(Path(u"flight.csv"_s), "[General]\n");
+    Make();
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), "[General]\n");
+    EXPECT_EQ(m_recorder->GetProblem(),
+              u"Could not open file %1: it is there and is not a recording"_s.arg(Path(u"flight.csv"_s)));
+    EXPECT_EQ(m_recorder->GetDroppedCount(), 1U);
+    QFile::remove(Path(u"flight.csv"_s));
+    ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
+    EXPECT_TRUE(m_failures.isEmpty()) << "the same failure again is not told";
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW);
+    EXPECT_EQ(m_recoveries, 1);
+    EXPECT_EQ(m_recorder->GetProblem(), QString());
+}
+
+TEST_F(RecorderTest, TwoRecordersNeverShareAFile) {
+    Make();
+    Take(MakeBlock());
+    Recorder second(BYTE);
+    EXPECT_FALSE(second.IsOpen());
+    EXPECT_TRUE(
+        second.GetProblem().contains(u"it is in use by process %1"_s.arg(QCoreApplication::applicationPid())))
+        << second.GetProblem().toStdString();
+    EXPECT_EQ(Files(), QStringList{u"flight.csv"_s});
+}
+
+TEST_F(RecorderTest, FullDiskIsToldOnceAndRowsAreWholeWhenThereIsRoomAgain) {
+    Make();
+    Take(MakeBlock());
+    {
+        const FullDisk disk(Contents().size() + 10);
+        for (int i = 0; i < 3; ++i) {
+            Take(MakeBlock());
+        }
+    }
+    EXPECT_EQ(m_failures.size(), 1);
+    EXPECT_TRUE(m_failures.join(u""_s).startsWith(u"Writing to "_s));
+    EXPECT_EQ(m_recorder->GetDroppedCount(), 3U);
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW + ROW);
+    EXPECT_EQ(m_recoveries, 1);
+}
+
+TEST_F(RecorderTest, FileWhoseDirectoryIsRemovedIsToldOnceAndBeginsAgainWhenItIsBack) {
+    const QString directory = Path(u"records"_s);
+    ASSERT_TRUE(QDir().mkpath(directory));
+    Make();
+    ServerValue<ValueString>(g_vdRecFile).SetValue(directory + u"/flight.csv"_s);
+    Take(MakeBlock());
+    ASSERT_TRUE(QDir(directory).removeRecursively());
+    ASSERT_TRUE(SpinUntil([this] { return !m_recorder->IsOpen(); }));
+    Take(MakeBlock());
+    EXPECT_EQ(m_recorder->GetDroppedCount(), 1U);
+    ASSERT_TRUE(QDir().mkpath(directory));
+    ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(u"records/flight.csv"_s), HEADER + ROW);
+    EXPECT_EQ(m_failures.size(), 2) << "that it went, and that it cannot be opened";
+    EXPECT_EQ(m_recoveries, 1);
+}
+
+TEST_F(RecorderTest, TreeSwitchesItAndTheSettingsKeepThat) {
+    Make();
+    ServerValue<ValueBool>(g_vdRecEnabled).SetValue(false);
+    Take(MakeBlock());
+    EXPECT_FALSE(m_recorder->IsOpen());
+    EXPECT_EQ(m_recorder->GetDroppedCount(), 0U);
+    ServerValue<ValueString>(g_vdRecFile).SetValue(Path(u"flight2.csv"_s));
+    ServerValue<ValueNumericInt>(g_vdRecFileSize).SetValue(7);
+    ServerValue<ValueNumericInt>(g_vdRecFileCount).SetValue(3);
+    ServerValue<ValueBool>(g_vdRecEnabled).SetValue(true);
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(u"flight2.csv"_s), HEADER + ROW);
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    EXPECT_TRUE(cfg.GetBool(u"Recorder/Enabled"_s, false));
+    EXPECT_EQ(cfg.GetString(u"Recorder/File"_s, {}), Path(u"flight2.csv"_s));
+    EXPECT_EQ(cfg.GetInt(u"Recorder/FileSize"_s, 0), 7);
+    EXPECT_EQ(cfg.GetInt(u"Recorder/FileCount"_s, 0), 3);
+}
+
+TEST_F(RecorderTest, TreeHasItsCountersAndLastFailure) {
+    Make();
+    Take(MakeBlock());
+    Write(Path(u"other.csv"_s), "no recording");
+    ServerValue<ValueString>(g_vdRecFile).SetValue(Path(u"other.csv"_s));
+    Take(MakeBlock());
+    m_recorder.reset();
+    EXPECT_EQ(ServerValue<ValueNumericDouble>(g_vdRecRows).GetValue(), 1.0);
+    EXPECT_EQ(ServerValue<ValueNumericDouble>(g_vdRecDropped).GetValue(), 1.0);
+    EXPECT_TRUE(ServerValue<ValueString>(g_vdRecLastError).GetValue().contains(u"is not a recording"_s));
+}
+
+TEST_F(RecorderTest, WhatItWritesTheReaderReadsToTheLastDigit) {
+    Make();
+    Publish(ServerValue<ValueNumericDouble>(g_vdPosLatitude), std::optional(0.1 + 0.2));
+    Publish(ServerValue<ValueNumericDouble>(g_vdPitch), std::optional(-1e-7));
+    BearingBlock block = MakeBlock(253402300799999);
+    block.status.frequency = 8333.3333333333339;
+    Take(block);
+    RecordingReader reader;
+    ASSERT_TRUE(m_recorder->IsOpen());
+    m_recorder.reset();
+    ASSERT_TRUE(reader.Open(Path(u"flight.csv"_s))) << reader.GetErrorText().toStdString();
+    const std::optional<RecordedBearing> row = reader.Next();
+    ASSERT_TRUE(row.has_value());
+    EXPECT_EQ(row->timeMs, 253402300799999U);
+    EXPECT_EQ(row->latitude, 0.1 + 0.2);
+    EXPECT_EQ(row->pitch, -1e-7);
+    EXPECT_EQ(row->frequency, 8333.3333333333339);
+    EXPECT_EQ(row->mode, 3.0);
+}
+
+TEST_F(RecorderTest, FileThatCannotGetANumberIsLeftAloneAtTheStartAndGrowsLater) {
+    const QByteArray recording = RECORDING_HEADER + "1,1,1,,1,,,,,,,\n";
+    Write(Path(u"flight.csv"_s), recording);
+    ASSERT_TRUE(QDir().mkpath(Path(u"flight.000001.csv/occupied"_s)));
+    Make(static_cast<int>(HEADER.size() + ROW.size()));
+    EXPECT_TRUE(m_recorder->GetProblem().startsWith(u"Could not move file "_s));
+    EXPECT_EQ(Contents(), recording);
+    QFile::remove(Path(u"flight.csv"_s));
+    ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
+    for (int i = 0; i < 3; ++i) {
+        Take(MakeBlock());
+    }
+    EXPECT_EQ(Contents(), HEADER + ROW + ROW + ROW);
+    Take(MakeBlock(999));
+    EXPECT_EQ(Contents(), HEADER + ROW + ROW + ROW) << "an earlier row would not be read";
+    EXPECT_EQ(m_recorder->GetDroppedCount(), 1U);
+    ASSERT_TRUE(QDir(Path(u"flight.000001.csv"_s)).removeRecursively());
+    ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + ROW + ROW + ROW);
+}
+
+TEST_F(RecorderTest, PlacesThatAreNoFilesAreToldWithTheReason) {
+    Make();
+    ASSERT_TRUE(QDir().mkpath(Path(u"folder"_s)));
+    for (const auto& [name, reason] : {std::pair{Path(u"folder"_s), u"it is not a file"_s},
+                                       {Path(u"flight.csv/below"_s), u"Not a directory"_s},
+                                       {Path(u"nowhere/flight.csv"_s), u"No such file or directory"_s},
+                                       {QString(), u"Invalid argument"_s}}) {
+        ServerValue<ValueString>(g_vdRecFile).SetValue(name);
+        EXPECT_EQ(m_recorder->GetProblem(), u"Could not open file %1: %2"_s.arg(name, reason));
+    }
+}
+
+TEST_F(RecorderTest, FileThatHasNoRoomForItsHeaderIsTriedAgain) {
+    {
+        const FullDisk disk(0);
+        Make();
+        EXPECT_FALSE(m_recorder->IsOpen());
+        EXPECT_TRUE(m_recorder->GetProblem().startsWith(u"Writing to "_s));
+    }
+    ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW);
+    EXPECT_EQ(Files(), QStringList{u"flight.csv"_s}) << "a file without content gets no number";
+}
+
+TEST_F(RecorderTest, StateOfAValueChangesNothing) {
+    Make();
+    Take(MakeBlock());
+    ServerValue<ValueString>(g_vdRecFile).SetState(TValueState::NotMeasured, nullptr);
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW + ROW);
+}
