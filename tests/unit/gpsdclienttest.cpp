@@ -3,6 +3,7 @@
 #include "support/eventloop.h"
 #include "support/gpsdserver.h"
 #include "support/printing.h"
+#include "support/tracelines.h"
 
 #include <gtest/gtest.h>
 
@@ -116,6 +117,39 @@ TEST_F(GpsdClientTest, GpsdThatIsRestartedIsFoundAgainAndAskedAgain) {
         server->Send(REPORT);
         ASSERT_TRUE(AwaitFixes(i + 1));
     }
+}
+
+TEST_F(GpsdClientTest, LossIsTracedOnceAndSoIsItsEnd) {
+    const TraceLines trace;
+    std::optional<GpsdServer> server(std::in_place);
+    const quint16 port = server->GetPort();
+    server.reset();
+    Start({u"127.0.0.1"_s, port});
+    ASSERT_TRUE(SpinUntil([&] { return m_pauses.size() == 3; }));
+    server.emplace(GpsdServer::GREETING, port);
+    ASSERT_TRUE(AwaitState(EState::CONNECTED));
+    server->Send(REPORT);
+    ASSERT_TRUE(AwaitFixes(1));
+    server->Send(REPORT);
+    ASSERT_TRUE(AwaitFixes(2));
+    const QString address = u"127.0.0.1:%1"_s.arg(port);
+    ASSERT_EQ(trace.lines.size(), 2);
+    EXPECT_TRUE(trace.lines.front().endsWith(
+        u"gpsd is not connected, and is tried again: %1: Connection refused"_s.arg(address)));
+    EXPECT_TRUE(trace.lines.back().endsWith(u"gpsd is connected again: %1"_s.arg(address)));
+}
+
+TEST_F(GpsdClientTest, ServerThatGreetsAndDropsIsSoughtWithGrowingPauses) {
+    const GpsdServer server;
+    Start(server);
+    for (int i = 1; i <= 3; ++i) {
+        ASSERT_TRUE(SpinUntil([&] { return server.clientCount == i; }));
+        ASSERT_TRUE(AwaitState(EState::CONNECTED));
+        server.Drop();
+        ASSERT_TRUE(AwaitState(EState::WAITING));
+    }
+    ASSERT_TRUE(AwaitState(EState::CONNECTED));
+    EXPECT_GE(m_pauses.back(), 38); // the pauses are the rule here
 }
 
 TEST_F(GpsdClientTest, HostWithoutAnAddressIsAFailureLikeTheOthers) {

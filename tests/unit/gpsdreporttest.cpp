@@ -111,6 +111,13 @@ TEST(GpsdReport, MembersOfALaterGpsdAreNoObstacle) {
     EXPECT_EQ(report.longitude, 8.25);
 }
 
+TEST(GpsdReport, UnknownListWhoseObjectsHaveAClassIsNoObstacle) {
+    const GpsdReport report =
+        Read(R"({"class":"ATT","heading":25.5,"of":[{"class":"DEVICE","path":"/dev/ttyUSB0"}],"roll":3.25})");
+    EXPECT_EQ(report.heading, 25.5);
+    EXPECT_EQ(report.roll, 3.25);
+}
+
 TEST(GpsdReport, OthersAreToldFromTheOnesThatAreUsed) {
     EXPECT_EQ(Read(R"({"class":"VERSION","release":"3.22","proto_major":3,"proto_minor":14})").kind,
               Kind::Version);

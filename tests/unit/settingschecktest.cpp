@@ -139,10 +139,10 @@ TEST_F(SettingsCheckTest, AntennaWithoutItsNumbersOrFlagsIsReported) {
 TEST_F(SettingsCheckTest, KeyThatASelectionDoesNotHaveIsReportedWithThoseThatItHas) {
     EXPECT_EQ(
         Check(STATION + "LocationChoice=4\nCompassChoice=5\nPreAmplifierHf=perhaps\n"),
-        (QStringList{
-            Refused(u"LocationChoice"_s, u"4"_s, u"is 0 (None), 1 (GPS), 2 (Manual), 3 (gpsd)"_s),
-            Refused(u"CompassChoice"_s, u"5"_s, u"is 0 (None), 1 (Compass), 2 (GPS), 3 (Manual), 4 (gpsd)"_s),
-            Refused(u"PreAmplifierHf"_s, u"perhaps"_s, u"is true or false"_s)}));
+        (QStringList{Refused(u"LocationChoice"_s, u"4"_s, u"is 0 (None), 1 (GPS), 2 (Manual), 3 (gpsd)"_s),
+                     Refused(u"PreAmplifierHf"_s, u"perhaps"_s, u"is true or false"_s),
+                     Refused(u"CompassChoice"_s, u"5"_s,
+                             u"is 0 (None), 1 (Compass), 2 (GPS), 3 (Manual), 4 (gpsd)"_s)}));
 }
 
 TEST_F(SettingsCheckTest, SettingWhoseValueHasNoDescriptorIsTriedLikeTheOthers) {

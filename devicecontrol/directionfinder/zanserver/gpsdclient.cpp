@@ -1,5 +1,7 @@
 #include "zanserver/gpsdclient.h"
 
+#include "kwbase/tracesource.h"
+
 #include <QNetworkProxy>
 
 #include <algorithm>
@@ -10,6 +12,8 @@ using namespace Qt::StringLiterals;
 namespace ZANServer {
 
 namespace {
+
+constexpr TraceSource TRACE(u"devicecontrol\\directionfinder\\zanserver\\gpsdclient");
 
 constexpr qsizetype LONGEST_SHOWN = 60;
 
@@ -49,6 +53,7 @@ GpsdClient::~GpsdClient() {
 void GpsdClient::Start() {
     if (m_state == EState::OFF) {
         m_lastFailure.clear();
+        m_isFailureTold = false;
         m_pause = m_timing.firstPause;
         Connect();
     }
@@ -86,7 +91,6 @@ void GpsdClient::Take(const QByteArray& line) {
             Fail(u"it is not gpsd: it begins with \"%1\""_s.arg(Show(line)));
             return;
         }
-        m_pause = m_timing.firstPause;
         SetState(EState::CONNECTED);
     }
     if (!report) {
@@ -94,9 +98,21 @@ void GpsdClient::Take(const QByteArray& line) {
         m_stateChanged();
         return;
     }
+    if (report->kind != GpsdReport::Kind::Version) {
+        NoteThatItIsThere();
+    }
     m_isAsked = false;
     m_silence.start(m_timing.answer);
     m_report(*report);
+}
+
+/// Does so with the first report behind the greeting, which a server may send that drops every client after
+/// it.
+void GpsdClient::NoteThatItIsThere() {
+    m_pause = m_timing.firstPause;
+    if (std::exchange(m_isFailureTold, false)) {
+        TRACE.Information([this] { return u"gpsd is connected again: %1"_s.arg(m_address.ToText()); });
+    }
 }
 
 void GpsdClient::OnSilence() {
@@ -114,6 +130,10 @@ void GpsdClient::Fail(const QString& reason) {
         return;
     }
     m_lastFailure = u"%1: %2"_s.arg(m_address.ToText(), reason);
+    if (!std::exchange(m_isFailureTold, true)) {
+        TRACE.Information(
+            [this] { return u"gpsd is not connected, and is tried again: %1"_s.arg(m_lastFailure); });
+    }
     m_silence.stop();
     m_retry.start(m_pause);
     m_pause = std::min(2 * m_pause, m_timing.longestPause);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "zanserver_export.h"
-
 #include "zanserver/gpsdreport.h"
 #include "zanserver/gpsdsettings.h"
 
@@ -17,7 +15,7 @@ namespace ZANServer {
 /// The connection to gpsd. Connects in the background, asks for all reports, and hands them over; a
 /// connection that is refused, lost, silent or not one of gpsd is sought again with growing pauses until it
 /// is stopped. Nothing of it blocks. Belongs to a thread with an event loop, on which it calls back.
-class ZANSERVER_EXPORT GpsdClient {
+class GpsdClient {
 public:
     /// The values are those of the state in the tree.
     enum class EState {
@@ -56,12 +54,13 @@ public:
     [[nodiscard]] const QString& GetLastFailure() const { return m_lastFailure; }
 
 private:
-    ZANSERVER_NO_EXPORT void Connect();
-    ZANSERVER_NO_EXPORT void ReadLines();
-    ZANSERVER_NO_EXPORT void Take(const QByteArray& line);
-    ZANSERVER_NO_EXPORT void OnSilence();
-    ZANSERVER_NO_EXPORT void Fail(const QString& reason);
-    ZANSERVER_NO_EXPORT void SetState(EState state);
+    void Connect();
+    void ReadLines();
+    void Take(const QByteArray& line);
+    void NoteThatItIsThere();
+    void OnSilence();
+    void Fail(const QString& reason);
+    void SetState(EState state);
 
     const GpsdAddress m_address;
     const Timing m_timing;
@@ -70,7 +69,8 @@ private:
     EState m_state = EState::OFF;
     QString m_lastFailure;
     std::chrono::milliseconds m_pause;
-    bool m_isAsked = false; // whether gpsd is still there
+    bool m_isFailureTold = false; // in the trace, once until gpsd is there again
+    bool m_isAsked = false;       // whether gpsd is still there
     QTimer m_retry;
     QTimer m_silence;
     QTcpSocket m_socket; // last: what it signals when it is destroyed reaches nothing

@@ -1,8 +1,11 @@
 #include "zanserver/gpsdreport.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
 
 #include <gps.h>
@@ -60,31 +63,53 @@ void TakeAttitude(const attitude_t& attitude, GpsdReport& report) {
     report.roll = Within(-180.0, attitude.roll, 180.0);
 }
 
+void TakeSatellites(const QJsonArray& satellites, GpsdReport& report) {
+    report.satellitesSeen = static_cast<int>(satellites.size());
+    report.satellitesUsed = static_cast<int>(std::ranges::count_if(
+        satellites, [](const QJsonValue& satellite) { return satellite["used"_L1].toBool(); }));
+}
+
+/// Reads the members that the station uses with gpsd's own library. It gets a line with nothing but these,
+/// and their types are right: of a line that is cut or damaged gps_unpack keeps what it has understood, such
+/// as the first digits of a longitude, and from some lines it never comes back (an unknown list whose objects
+/// have a class).
+gps_data_t Unpack(const char* className, const QJsonObject& object) {
+    static const QRegularExpression timeStamp(u"^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]{8,20}Z$"_s);
+    QByteArray line = R"({"class":")" + QByteArray(className) + '"';
+    if (const QString time = object["time"_L1].toString(); timeStamp.match(time).hasMatch()) {
+        line += R"(,"time":")" + time.toLatin1() + '"';
+    }
+    line += R"(,"mode":)" + QByteArray::number(object["mode"_L1].toInt());
+    for (const char* name : {"lat", "lon", "altMSL", "heading", "pitch", "roll"}) {
+        if (const QJsonValue number = object[QLatin1StringView(name)]; number.isDouble()) {
+            line += ",\"" + QByteArray(name) + "\":" + QByteArray::number(number.toDouble(), 'g', 17);
+        }
+    }
+    line += '}';
+    gps_data_t data{};
+    gps_clear_fix(&data.fix); // what is not in the line is missing, not 0
+    gps_clear_att(&data.attitude);
+    gps_unpack(line.data(), &data);
+    return data;
+}
+
 } // namespace
 
 std::optional<GpsdReport> GpsdReport::Read(const QByteArray& line) {
-    // gps_unpack keeps what it has understood of a line that is cut or damaged, such as the first digits of a
-    // longitude, and does not say so. Only whole objects are given to it.
-    const QString className = QJsonDocument::fromJson(line).object()["class"_L1].toString();
+    const QJsonObject object = QJsonDocument::fromJson(line).object();
+    const QString className = object["class"_L1].toString();
     if (className.isEmpty()) {
         return {};
     }
     GpsdReport report;
     report.kind = KindOf(className);
-    if (report.kind == Kind::Version || report.kind == Kind::Other) {
-        return report;
-    }
-    gps_data_t data{};
-    QByteArray text = line;
-    gps_unpack(text.data(), &data);
-    report.receiver = QString::fromUtf8(data.dev.path);
+    report.receiver = object["device"_L1].toString();
     if (report.kind == Kind::Fix) {
-        TakeFix(data.fix, report);
-    } else if (report.kind == Kind::Attitude && (data.set & ATTITUDE_SET) != 0) {
-        TakeAttitude(data.attitude, report);
+        TakeFix(Unpack("TPV", object).fix, report);
+    } else if (report.kind == Kind::Attitude) {
+        TakeAttitude(Unpack("ATT", object).attitude, report);
     } else if (report.kind == Kind::Satellites) {
-        report.satellitesUsed = data.satellites_used;
-        report.satellitesSeen = data.satellites_visible;
+        TakeSatellites(object["satellites"_L1].toArray(), report);
     }
     return report;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "zanserver_export.h"
-
 #include <QByteArray>
 #include <QString>
 
@@ -36,7 +34,7 @@ struct GpsdReport {
     [[nodiscard]] bool HasFix() const { return mode >= 2; }
 
     /// Reads one line, with or without its end. Nothing when it is not one whole JSON object with a class.
-    [[nodiscard]] ZANSERVER_EXPORT static std::optional<GpsdReport> Read(const QByteArray& line);
+    [[nodiscard]] static std::optional<GpsdReport> Read(const QByteArray& line);
 };
 
 } // namespace ZANServer

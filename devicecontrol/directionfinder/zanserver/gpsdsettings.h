@@ -1,7 +1,5 @@
 #pragma once
 
-#include "zanserver_export.h"
-
 #include <QString>
 
 #include <chrono>
@@ -16,10 +14,10 @@ struct GpsdAddress {
 
     /// Reads "HOST", "HOST:PORT", "ADDRESS", "ADDRESS:PORT" or "[ADDRESS]:PORT" for an IPv6 address. Without
     /// a port it is gpsd's own, 2947. Nothing for any other text.
-    [[nodiscard]] ZANSERVER_EXPORT static std::optional<GpsdAddress> Read(const QString& text);
+    [[nodiscard]] static std::optional<GpsdAddress> Read(const QString& text);
 
     /// As an operator writes it.
-    [[nodiscard]] ZANSERVER_EXPORT QString ToText() const;
+    [[nodiscard]] QString ToText() const;
 };
 
 /// The section `[Gpsd]` of the application's settings.
@@ -45,7 +43,7 @@ struct GpsdSettings {
     bool usePitchAndRoll = true; ///< the heading source gpsd brings pitch and roll, too
 
     /// Those of the application. What is not allowed has its default.
-    [[nodiscard]] ZANSERVER_EXPORT static GpsdSettings Read();
+    [[nodiscard]] static GpsdSettings Read();
 };
 
 } // namespace ZANServer

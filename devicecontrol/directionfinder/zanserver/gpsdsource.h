@@ -1,7 +1,5 @@
 #pragma once
 
-#include "zanserver_export.h"
-
 #include "kwbase/observable.h"
 #include "valueframework/valuetypes.h"
 #include "zanserver/currentreading.h"
@@ -25,7 +23,7 @@ namespace ZANServer {
 ///
 /// Uses the values below "/ZANServer", which must outlive it. Belongs to the thread of the tree, which needs
 /// an event loop.
-class ZANSERVER_EXPORT GpsdSource final : public IObserver {
+class GpsdSource final : public IObserver {
 public:
     /// Connects if a source is gpsd.
     GpsdSource(StationPosition& position, StationAttitude& attitude, const GpsdSettings& settings,
@@ -38,13 +36,13 @@ public:
     void Update(Observable* subject, TChangeCode code) override;
 
 private:
-    ZANSERVER_NO_EXPORT void Choose();
-    ZANSERVER_NO_EXPORT void Take(const GpsdReport& report);
-    ZANSERVER_NO_EXPORT void TakeFix(const GpsdReport& report);
-    ZANSERVER_NO_EXPORT void TakeAttitude(const GpsdReport& report);
-    ZANSERVER_NO_EXPORT void Show();
-    ZANSERVER_NO_EXPORT void ShowState();
-    [[nodiscard]] ZANSERVER_NO_EXPORT std::chrono::milliseconds Now() const;
+    void Choose();
+    void Take(const GpsdReport& report);
+    void TakeFix(const GpsdReport& report);
+    void TakeAttitude(const GpsdReport& report);
+    void Show();
+    void ShowState();
+    [[nodiscard]] std::chrono::milliseconds Now() const;
 
     StationPosition& m_position;
     StationAttitude& m_attitude;
