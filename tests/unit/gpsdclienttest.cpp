@@ -152,6 +152,13 @@ TEST_F(GpsdClientTest, ServerThatGreetsAndDropsIsSoughtWithGrowingPauses) {
     EXPECT_GE(m_pauses.back(), 38); // the pauses are the rule here
 }
 
+TEST_F(GpsdClientTest, EveryAddressOfTheHostIsTried) {
+    const GpsdServer server; // "localhost" may have an address of IPv6 first, at which nothing listens
+    Start({u"localhost"_s, server.GetPort()});
+    EXPECT_TRUE(AwaitState(EState::CONNECTED));
+    EXPECT_EQ(m_client->GetLastFailure(), QString());
+}
+
 TEST_F(GpsdClientTest, HostWithoutAnAddressIsAFailureLikeTheOthers) {
     Start({u"no..host"_s, 2947});
     EXPECT_TRUE(AwaitFailure(u"no..host:2947: "_s));

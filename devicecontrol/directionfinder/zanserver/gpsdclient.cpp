@@ -2,6 +2,7 @@
 
 #include "kwbase/tracesource.h"
 
+#include <QHostAddress>
 #include <QNetworkProxy>
 
 #include <algorithm>
@@ -39,11 +40,12 @@ GpsdClient::GpsdClient(GpsdAddress address, const Timing& timing,
     m_socket.setReadBufferSize(LONGEST_LINE);
     QObject::connect(&m_retry, &QTimer::timeout, &m_socket, [this] { Connect(); });
     QObject::connect(&m_silence, &QTimer::timeout, &m_socket, [this] { OnSilence(); });
-    QObject::connect(&m_socket, &QTcpSocket::connected, &m_socket,
-                     [this] { m_socket.write("?WATCH={\"enable\":true,\"json\":true};\n"); });
+    QObject::connect(&m_socket, &QTcpSocket::connected, &m_socket, [this] {
+        m_addresses.clear();
+        m_socket.write("?WATCH={\"enable\":true,\"json\":true};\n");
+    });
     QObject::connect(&m_socket, &QTcpSocket::readyRead, &m_socket, [this] { ReadLines(); });
-    QObject::connect(&m_socket, &QTcpSocket::errorOccurred, &m_socket,
-                     [this] { Fail(m_socket.errorString()); });
+    QObject::connect(&m_socket, &QTcpSocket::errorOccurred, &m_socket, [this] { OnSocketError(); });
 }
 
 GpsdClient::~GpsdClient() {
@@ -62,6 +64,8 @@ void GpsdClient::Start() {
 void GpsdClient::Stop() {
     m_retry.stop();
     m_silence.stop();
+    m_lookup.reset();
+    m_addresses.clear();
     SetState(EState::OFF); // so that the end of the connection is no failure
     m_socket.abort();
 }
@@ -70,7 +74,27 @@ void GpsdClient::Connect() {
     SetState(EState::CONNECTING);
     m_isAsked = false;
     m_silence.start(m_timing.answer);
-    m_socket.connectToHost(m_address.host, m_address.port);
+    m_lookup.emplace(m_address.host, [this](const HostLookup::Result& host) {
+        m_addresses = host.addresses;
+        if (m_addresses.isEmpty()) {
+            Fail(host.error);
+        } else {
+            ConnectToNext();
+        }
+    });
+}
+
+void GpsdClient::ConnectToNext() {
+    m_socket.connectToHost(QHostAddress(m_addresses.takeFirst()), m_address.port);
+}
+
+/// A host may have several addresses, of which gpsd listens at one: "localhost" has one of IPv6, too.
+void GpsdClient::OnSocketError() {
+    if (m_state == EState::CONNECTING && !m_addresses.isEmpty()) {
+        ConnectToNext();
+    } else {
+        Fail(m_socket.errorString());
+    }
 }
 
 /// Reads what has arrived, at most one buffer of it, so that a flood does not keep the thread from other
@@ -135,6 +159,8 @@ void GpsdClient::Fail(const QString& reason) {
             [this] { return u"gpsd is not connected, and is tried again: %1"_s.arg(m_lastFailure); });
     }
     m_silence.stop();
+    m_lookup.reset();
+    m_addresses.clear();
     m_retry.start(m_pause);
     m_pause = std::min(2 * m_pause, m_timing.longestPause);
     SetState(EState::WAITING);

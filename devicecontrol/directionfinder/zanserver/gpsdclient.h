@@ -1,14 +1,17 @@
 #pragma once
 
+#include "connections/hostlookup.h"
 #include "zanserver/gpsdreport.h"
 #include "zanserver/gpsdsettings.h"
 
 #include <QString>
+#include <QStringList>
 #include <QTcpSocket>
 #include <QTimer>
 
 #include <chrono>
 #include <functional>
+#include <optional>
 
 namespace ZANServer {
 
@@ -55,6 +58,8 @@ public:
 
 private:
     void Connect();
+    void ConnectToNext();
+    void OnSocketError();
     void ReadLines();
     void Take(const QByteArray& line);
     void NoteThatItIsThere();
@@ -71,6 +76,8 @@ private:
     std::chrono::milliseconds m_pause;
     bool m_isFailureTold = false; // in the trace, once until gpsd is there again
     bool m_isAsked = false;       // whether gpsd is still there
+    std::optional<HostLookup> m_lookup;
+    QStringList m_addresses; // of the host, which are still to be tried
     QTimer m_retry;
     QTimer m_silence;
     QTcpSocket m_socket; // last: what it signals when it is destroyed reaches nothing
