@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 /// Looks up the addresses of a host in the background. Neither its end nor that of the process waits for the
 /// name service, which may take half a minute when no server answers. (Qt's own look-up does not block
