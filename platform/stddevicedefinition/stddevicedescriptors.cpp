@@ -18,8 +18,11 @@ const Items OPERATION_MODES = {{u"Standby"_s, 0, 0}, {u"FFM"_s, 0, 1},    {u"Wid
 const Items GAIN_CONTROL_MODES = {{u"AGC"_s, 0, 0}, {u"MGC"_s, 0, 1}};
 const Items OFF_ON = {{u"Off"_s, 0, 0}, {u"On"_s, 0, 1}};
 const Items HEADING_SOURCES = {
-    {u"None"_s, 0, 0}, {u"Compass"_s, 0, 1}, {u"GPS"_s, 0, 2}, {u"Manual"_s, 0, 3}};
-const Items POSITION_SOURCES = {{u"None"_s, 0, 0}, {u"GPS"_s, 0, 1}, {u"Manual"_s, 0, 2}};
+    {u"None"_s, 0, 0}, {u"Compass"_s, 0, 1}, {u"GPS"_s, 0, 2}, {u"Manual"_s, 0, 3}, {u"gpsd"_s, 0, 4}};
+const Items POSITION_SOURCES = {{u"None"_s, 0, 0}, {u"GPS"_s, 0, 1}, {u"Manual"_s, 0, 2}, {u"gpsd"_s, 0, 3}};
+const Items GPSD_STATES = {
+    {u"Off"_s, 0, 0}, {u"Connecting"_s, 0, 1}, {u"Connected"_s, 0, 2}, {u"Waiting"_s, 0, 3}};
+const Items FIX_MODES = {{u"Unknown"_s, 0, 0}, {u"NoFix"_s, 0, 1}, {u"2D"_s, 0, 2}, {u"3D"_s, 0, 3}};
 
 } // namespace
 

@@ -1,4 +1,6 @@
 #include "stddevicedefinition/stddevicedescriptors.h"
+#include "support/eventloop.h"
+#include "support/gpsdserver.h"
 #include "support/observers.h"
 #include "support/printing.h"
 #include "support/storedsettings.h"
@@ -542,4 +544,34 @@ TEST_F(StationSentencesTest, FrequencyOfABearingIsThatOfItsChannel) {
     const QByteArray sentences = Send(block);
     EXPECT_TRUE(sentences.contains("FRQ, 118100000,")) << sentences.toStdString();
     EXPECT_TRUE(sentences.contains("FRQ, 118125000,")) << sentences.toStdString();
+}
+
+// Position and heading of gpsd
+
+TEST_F(StationSentencesTest, WhileTheSourcesAreGpsdTheSentencesHaveItsPositionHeadingPitchAndRoll) {
+    const GpsdServer server;
+    CfgCenter::GetAppCfg(ICfg::View::Outputs)
+        .SetString(u"Gpsd/Address"_s, u"127.0.0.1:%1"_s.arg(server.GetPort()));
+    Restart();
+    BearingBlock block = MakeBlockAt(52.5, 5.5);
+    block.status.heading = 10.0;
+    block.status.pitch = 1.0;
+    block.status.roll = 2.0;
+    block.status.altitude = 3.0;
+    const QByteArray begin = "$PLG, 71.5,FRQ, 121500000,CMP,";
+    const QByteArray middle = ",QUA, 90.0,LEV, -0.5,TIM,000001,ELV,0.0";
+    const QByteArray withoutGpsd = begin + " -0.1" + middle + ",PTC,0.0,RLL,0.0,ALT,0.0" + NOWHERE;
+    EXPECT_EQ(Send(block), begin + " 10.0" + middle + ",PTC,1.0,RLL,2.0,ALT,3.0" + MEASURED);
+
+    ChooseSource(StationPosition::SOURCE_GPSD);
+    EXPECT_TRUE(
+        ServerValue<ValueSelection>(g_vdHeaSource)->SetCurrentKey(StationAttitude::SOURCE_GPSD, nullptr));
+    EXPECT_EQ(Send(block), withoutGpsd) << "nothing of the driver's is passed on as gpsd's";
+    ASSERT_TRUE(SpinUntil([&] { return server.HasClient(); }));
+    server.Send(R"({"class":"TPV","device":"/dev/ttyUSB0","mode":3,"time":"2026-03-01T20:41:33.000Z",)"
+                R"("lat":54.5,"lon":8.25,"altMSL":15.5})");
+    server.Send(R"({"class":"ATT","device":"/dev/ttyUSB0","heading":25.5,"pitch":-1.5,"roll":3.5})");
+    ASSERT_TRUE(SpinUntil([] { return StateOf(g_vdPitch) == TValueState::Valid; }));
+    EXPECT_EQ(Send(block), begin + " 25.5" + middle +
+                               ",PTC,-1.5,RLL,3.5,ALT,15.5,PTM,204133,LAT, 54.50000,LON,8.2500000\r\n");
 }

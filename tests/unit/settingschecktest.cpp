@@ -146,9 +146,12 @@ TEST_F(SettingsCheckTest, AntennaWithoutItsNumbersOrFlagsIsReported) {
 }
 
 TEST_F(SettingsCheckTest, KeyThatASelectionDoesNotHaveIsReportedWithThoseThatItHas) {
-    EXPECT_EQ(Check(STATION + "LocationChoice=3\nPreAmplifierHf=perhaps\n"),
-              (QStringList{Refused(u"LocationChoice"_s, u"3"_s, u"is 0 (None), 1 (GPS), 2 (Manual)"_s),
-                           Refused(u"PreAmplifierHf"_s, u"perhaps"_s, u"is true or false"_s)}));
+    EXPECT_EQ(
+        Check(STATION + "LocationChoice=4\nCompassChoice=5\nPreAmplifierHf=perhaps\n"),
+        (QStringList{Refused(u"LocationChoice"_s, u"4"_s, u"is 0 (None), 1 (GPS), 2 (Manual), 3 (gpsd)"_s),
+                     Refused(u"PreAmplifierHf"_s, u"perhaps"_s, u"is true or false"_s),
+                     Refused(u"CompassChoice"_s, u"5"_s,
+                             u"is 0 (None), 1 (Compass), 2 (GPS), 3 (Manual), 4 (gpsd)"_s)}));
 }
 
 TEST_F(SettingsCheckTest, SettingWhoseValueHasNoDescriptorIsTriedLikeTheOthers) {
@@ -294,4 +297,15 @@ TEST_F(SettingsCheckTest, IntervalOfTheControlIsBounded) {
     EXPECT_EQ(
         Check("[General]\nControl_Interval=10001\n"),
         QStringList{Refused(u"Control_Interval"_s, u"10001"_s, u"are whole numbers from 0 to 10000"_s)});
+}
+
+TEST_F(SettingsCheckTest, GpsdsAddressAgeLimitAndFlagAreChecked) {
+    EXPECT_EQ(Check("[Gpsd]\nAddress=ship.example:2948\nMaxAge=100\nPositionReceiver=/dev/ttyUSB0\n"
+                    "HeadingReceiver=/dev/ttyUSB1\nPitchAndRoll=false\n"),
+              QStringList());
+    EXPECT_EQ(Check("[Gpsd]\nAddress=gpsd://localhost\nMaxAge=99\nPitchAndRoll=perhaps\n"),
+              (QStringList{Refused(u"Gpsd/MaxAge"_s, u"99"_s, u"are whole numbers from 100 to 60000"_s),
+                           Refused(u"Gpsd/PitchAndRoll"_s, u"perhaps"_s, u"is true or false"_s),
+                           Refused(u"Gpsd/Address"_s, u"gpsd://localhost"_s,
+                                   u"is HOST or HOST:PORT, such as localhost:2947"_s)}));
 }

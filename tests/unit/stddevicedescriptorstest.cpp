@@ -36,7 +36,7 @@ void ExpectCreatedAsDescribed(const Row& row, const QString& basePath) {
 
 } // namespace
 
-TEST(StdDeviceDescriptors, ValuesThatTheOutputReadsAreAtTheirPathsWithTheirTypes) {
+TEST(StdDeviceDescriptors, ValuesThatOthersReadAreAtTheirPathsWithTheirTypes) {
     CreateBranch(EBranch::SERVER, u"/ZANServer"_s);
     const Row rows[] = {
         {g_vdAzimuth, u"/Res/DfR/Azimuth"_s, ValueType::Bearing, u",,,,,"_s},
@@ -51,6 +51,14 @@ TEST(StdDeviceDescriptors, ValuesThatTheOutputReadsAreAtTheirPathsWithTheirTypes
         {g_vdSRStatus, u"/Par/Evt/SRStatus"_s, ValueType::Selection, u"Off"_s},
         {g_vdSRNumEmitterResult, u"/Res/EvtR/SRNumEmitterResult"_s, ValueType::Int, u"0"_s},
         {g_vdOperationMode, u"/DevAttr/OperationMode"_s, ValueType::Selection, u"Standby"_s},
+        {g_vdGpsdState, u"/Res/GpsdR/GpsdState"_s, ValueType::Selection, u"Off"_s},
+        {g_vdGpsdLastFailure, u"/Res/GpsdR/GpsdLastFailure"_s, ValueType::String, u""_s},
+        {g_vdGpsdReceiver, u"/Res/GpsdR/GpsdReceiver"_s, ValueType::String, u""_s},
+        {g_vdGpsdFixMode, u"/Res/GpsdR/GpsdFixMode"_s, ValueType::Selection, u"Unknown"_s},
+        {g_vdGpsdSatellitesUsed, u"/Res/GpsdR/GpsdSatellitesUsed"_s, ValueType::Int, u"0"_s},
+        {g_vdGpsdSatellitesSeen, u"/Res/GpsdR/GpsdSatellitesSeen"_s, ValueType::Int, u"0"_s},
+        {g_vdGpsdPositionAge, u"/Res/GpsdR/GpsdPositionAge"_s, ValueType::Int, u"0"_s},
+        {g_vdGpsdHeadingAge, u"/Res/GpsdR/GpsdHeadingAge"_s, ValueType::Int, u"0"_s},
     };
     for (const Row& row : rows) {
         ExpectCreatedAsDescribed(row, u"/ZANServer"_s);
@@ -87,6 +95,21 @@ TEST(StdDeviceDescriptors, EveryRowOfEveryBranchIsCreatedUnderAPathOfItsOwn) {
         }
         EXPECT_EQ(static_cast<std::size_t>(paths.size()), GetDescriptors(branch).size());
     }
+}
+
+TEST(StdDeviceDescriptors, SourcesOfPositionAndHeadingHaveTheirKeysAndGpsdComesLast) {
+    CreateBranch(EBranch::SERVER, u"/ZANServer"_s);
+    const auto itemsOf = [](const ValueDescriptor& descriptor) {
+        QStringList items;
+        for (const SelectionItem& item :
+             Tree::Instance()->Find<ValueSelection>(u"/ZANServer"_s + descriptor.PathName())->GetItems()) {
+            items.append(QString::number(item.GetKey()) + u' ' + item.GetName());
+        }
+        return items;
+    };
+    EXPECT_EQ(itemsOf(g_vdPosSource), (QStringList{u"0 None"_s, u"1 GPS"_s, u"2 Manual"_s, u"3 gpsd"_s}));
+    EXPECT_EQ(itemsOf(g_vdHeaSource),
+              (QStringList{u"0 None"_s, u"1 Compass"_s, u"2 GPS"_s, u"3 Manual"_s, u"4 gpsd"_s}));
 }
 
 TEST(StdDeviceDescriptors, BasePathMayEndWithASlash) {

@@ -9,6 +9,7 @@
 #include "zancommon/zancharacteristics.h"
 #include "zancommon/zansetupdata.h"
 #include "zanserver/controlvalues.h"
+#include "zanserver/gpsdsettings.h"
 #include "zanserver/keptwishes.h"
 #include "zanserver/plural.h"
 #include "zanserver/scanranges.h"
@@ -44,14 +45,19 @@ struct IntegerSetting {
 };
 
 constexpr std::array APPLICATION_INTEGERS{
-    IntegerSetting{u"Output_Interval", 0, 10000}, IntegerSetting{u"Control_Interval", 0, 10000},
-    IntegerSetting{u"OverheadPass/Threshold", 0, 900}, IntegerSetting{u"Recorder/FileSize", 1, 100000},
-    IntegerSetting{u"Recorder/FileCount", 1, 10000}};
+    IntegerSetting{u"Output_Interval", 0, 10000},
+    IntegerSetting{u"Control_Interval", 0, 10000},
+    IntegerSetting{u"OverheadPass/Threshold", 0, 900},
+    IntegerSetting{u"Recorder/FileSize", 1, 100000},
+    IntegerSetting{u"Recorder/FileCount", 1, 10000},
+    IntegerSetting{GpsdSettings::MAX_AGE, GpsdSettings::SHORTEST_MAX_AGE_MS,
+                   GpsdSettings::LONGEST_MAX_AGE_MS}};
 constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
 constexpr IntegerSetting HUB_PORT{u"MshCentralPort", 1, 65535};
 
-constexpr std::array<QStringView, 4> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
-                                                       u"OverheadPass/Valid", u"Recorder/Enabled"};
+constexpr std::array<QStringView, 5> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
+                                                       u"OverheadPass/Valid", u"Recorder/Enabled",
+                                                       GpsdSettings::PITCH_AND_ROLL};
 constexpr std::array<QStringView, 2> STATION_FLAGS{u"HwRequirementsEditable", u"HwCheckRequirements"};
 constexpr std::array<QStringView, 5> ANTENNA_FLAGS{u"Enabled", u"CompassEnabled", u"CompassSupport",
                                                    u"PolarizationSupport", u"ActivePassiveSupport"};
@@ -59,12 +65,14 @@ constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u
                                                      u"MinFreq",  u"MaxFreq",  u"CompassValue"};
 
 /// The keys that are used, apart from those of the setup table. "#" means a number.
-constexpr std::array<QStringView, 19> KNOWN_KEYS{
+constexpr std::array<QStringView, 24> KNOWN_KEYS{
     u"Recorder/Enabled",   u"Recorder/File",      u"Recorder/FileSize",   u"Recorder/FileCount",
     u"Driver/Name",        u"Driver/Address",     u"RS232Output_Enabled", u"RS232Output_Address",
     u"FileOutput_Enabled", u"FileOutput_Address", u"Output_Interval",     u"MshCentralAddress",
     u"MshCentralPort",     u"MshClientName",      u"AutoCoupleTargets",   u"OverheadPass/Threshold",
-    u"OverheadPass/Valid", u"ZANStations/Count",  u"Control_Interval"};
+    u"OverheadPass/Valid", u"ZANStations/Count",  u"Control_Interval",    GpsdSettings::ADDRESS,
+    GpsdSettings::MAX_AGE, GpsdSettings::POSITION_RECEIVER, GpsdSettings::HEADING_RECEIVER,
+    GpsdSettings::PITCH_AND_ROLL};
 constexpr std::array<QStringView, 8> KNOWN_STATION_KEYS{
     u"DeviceAddress",        u"DevType",
     u"DevOptions",           u"HwRequiredComponents",
@@ -176,6 +184,14 @@ void CheckInteger(const ICfg& cfg, const IntegerSetting& setting, Findings& find
     const QString key = setting.key.toString();
     if (const QString text = TextOf(cfg, key); !IsSound(setting, text)) {
         findings.push_back(Refused(key, text, DescribeWholeNumbers(setting.minimum, setting.maximum)));
+    }
+}
+
+void CheckGpsdAddress(const ICfg& cfg, Findings& findings) {
+    const QString key = GpsdSettings::ADDRESS.toString();
+    const QString text = TextOf(cfg, key);
+    if (!text.isNull() && !GpsdAddress::Read(text)) {
+        findings.push_back(Refused(key, text, u"is HOST or HOST:PORT, such as localhost:2947"_s));
     }
 }
 
@@ -359,6 +375,7 @@ Findings CheckSettings(const QString& address) {
         CheckInteger(application, setting, findings);
     }
     CheckFlags(application, APPLICATION_FLAGS, {}, findings);
+    CheckGpsdAddress(application, findings);
     if (const CfgPtr station{StationCfg::GetStationCfg(address, false)}) {
         CheckInteger(*station, ANTENNA_COUNT, findings);
         CheckFlags(*station, STATION_FLAGS, {}, findings);

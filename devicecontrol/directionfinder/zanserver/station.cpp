@@ -9,9 +9,10 @@
 #include "zancommon/zaninformationcenter.h"
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
-#include "zanserver/publish.h"
+#include "zanserver/gpsdsource.h"
 #include "zanserver/servervalue.h"
 #include "zanserver/settingscheck.h"
+#include "zanserver/tenths.h"
 #include "zanserver/valuelink.h"
 
 #include <algorithm>
@@ -30,18 +31,6 @@ namespace {
 const QString& OutputName() {
     static const QString name = u"DF data output"_s;
     return name;
-}
-
-/// Converts degrees to tenths of a degree, without full circles; 0 for NaN and infinity.
-int ToTenths(double degrees) {
-    return std::isfinite(degrees) ? static_cast<int>(std::lround(std::fmod(degrees, 360.0) * 10.0)) : 0;
-}
-
-/// The same angle from 0 to 3599, in tenths of a degree.
-int WithinCircle(int tenths) {
-    constexpr int FULL_CIRCLE = 3600;
-    const int remainder = tenths % FULL_CIRCLE;
-    return remainder < 0 ? remainder + FULL_CIRCLE : remainder;
 }
 
 /// The offset to add to the azimuths of a block, in tenths of a degree: the mounting of the antenna that
@@ -82,12 +71,6 @@ Station::Station(const DriverChoice& driver)
     m_pAzimuth = ServerValue<ValueBearing>(g_vdAzimuth);
     m_pEmitters = ServerValue<ValueBearingList>(g_vdAzimuthList);
     m_pEmitterCount = ServerValue<ValueInt>(g_vdSRNumEmitterResult);
-    m_pHeading = ServerValue<ValueNumericInt>(g_vdTrueHeading);
-    m_pHeadingOffset = ServerValue<ValueNumericInt>(g_vdHeaOffset);
-    m_pDeclination = ServerValue<ValueNumericInt>(g_vdDeclination);
-    m_pPitch = ServerValue<ValueNumericDouble>(g_vdPitch);
-    m_pRoll = ServerValue<ValueNumericDouble>(g_vdRoll);
-    m_pAltitude = ServerValue<ValueNumericDouble>(g_vdAltitude);
     m_pPitchThreshold = ServerValue<ValueNumericDouble>(g_vdPitchThreshold);
     m_pRollThreshold = ServerValue<ValueNumericDouble>(g_vdRollThreshold);
     m_pDataValid = GetOrCreateValue<ValueBool>(ZANPath::Server(ZANValueName::ZANDATAVALID));
@@ -141,6 +124,7 @@ void Station::PublishSetup() {
     m_position.emplace(
         GetStoredHalf(station.get(), u"LocationLatitude"_s, StdDeviceDefinition::g_vdPosLatitude),
         GetStoredHalf(station.get(), u"LocationLongitude"_s, StdDeviceDefinition::g_vdPosLongitude));
+    m_attitude.emplace(GpsdSettings::Read().usePitchAndRoll);
 }
 
 /// `Restore` writes the default for missing keys, but also for texts that are not valid. Those are left for
@@ -162,6 +146,7 @@ void Station::RestoreOverheadParams() {
 void Station::StartOutput(const QString& fileOfThisRun) {
     m_pOutput = new DFDataOutput(OutputName(), fileOfThisRun);
     ZANInformationCenter::Instance()->GetZANInterfaces().Add(m_pOutput);
+    m_gpsd = std::make_unique<GpsdSource>(*m_position, *m_attitude, GpsdSettings::Read());
 }
 
 QString Station::GetDeviceAddress() {
@@ -173,6 +158,7 @@ ZANCharacteristics& Station::GetCharacteristics() {
 }
 
 Station::~Station() {
+    m_gpsd.reset();
     m_overheadSynchronizer.reset();
     // Without an output the settings are not changed, except for a new station, which gets all of them for
     // editing.
@@ -188,6 +174,7 @@ Station::~Station() {
         }
     }
     m_position.reset();
+    m_attitude.reset();
     m_modifyTimes.reset();
     ZANInformationCenter::Finalise();
     ZANOptions::Finalise();
@@ -236,15 +223,18 @@ void Station::Process(BearingBlock& block) {
 }
 
 void Station::PublishPlatform(const BearingBlock& block) {
-    Publish(*m_pHeading, GetTrueHeading(block.status));
-    Publish(*m_pPitch, block.status.pitch);
-    Publish(*m_pRoll, block.status.roll);
-    Publish(*m_pAltitude, block.status.altitude);
+    const KvZANCommon::StatusStruct& status = block.status;
+    const StationAttitude::Measurement attitude{status.heading, status.magneticHeading, status.pitch,
+                                                status.roll};
+    m_altitude = status.altitude;
     if (m_isRecordOfStation) {
-        return; // the position was told
+        m_attitude->SetRecorded(attitude);
+        PublishRecordedPosition();
+        return;
     }
-    if (block.status.latitude || block.status.longitude) {
-        m_position->SetMeasured(block.status.latitude, block.status.longitude, block.time);
+    m_attitude->SetMeasured(attitude);
+    if (status.latitude || status.longitude) {
+        m_position->SetMeasured({status.latitude, status.longitude, m_altitude, block.time});
     } else {
         PublishFix();
     }
@@ -261,14 +251,22 @@ void Station::PublishFix() {
     const auto ifItCounts = [counts](double degrees) {
         return counts ? std::optional(degrees) : std::nullopt;
     };
-    m_position->SetMeasured(ifItCounts(m_fix.latitude), ifItCounts(m_fix.longitude), m_fix.time);
+    m_position->SetMeasured(
+        {ifItCounts(m_fix.latitude), ifItCounts(m_fix.longitude), m_altitude, m_fix.time});
 }
 
 void Station::TakeRecordedPosition(const PositionFix& fix) {
     m_isRecordOfStation = true;
-    const auto ifValid = [&fix](auto value) { return fix.valid ? std::optional(value) : std::nullopt; };
-    m_position->SetRecorded(ifValid(fix.latitude), ifValid(fix.longitude),
-                            fix.time > 0 ? std::optional(fix.time) : std::nullopt);
+    m_fix = fix;
+    PublishRecordedPosition();
+}
+
+void Station::PublishRecordedPosition() {
+    const auto ifValid = [this](double degrees) {
+        return m_fix.valid ? std::optional(degrees) : std::nullopt;
+    };
+    m_position->SetRecorded({ifValid(m_fix.latitude), ifValid(m_fix.longitude), m_altitude,
+                             m_fix.time > 0 ? std::optional(m_fix.time) : std::nullopt});
 }
 
 void Station::TellBlock(const BearingBlock& block, int mechOffset) const {
@@ -287,17 +285,6 @@ void Station::ForgetMeasurements() {
     m_pEmitterCount->SetValue(0, nullptr);
     m_pAzimuth->SetValue(BearingResult(), nullptr);
     m_pAzimuth->SetState(TValueState::NotMeasured, nullptr);
-}
-
-std::optional<int> Station::GetTrueHeading(const KvZANCommon::StatusStruct& status) const {
-    if (!status.heading || !std::isfinite(*status.heading)) {
-        return {};
-    }
-    if (m_isRecordOfStation) {
-        return WithinCircle(ToTenths(*status.heading));
-    }
-    const int declination = status.magneticHeading ? m_pDeclination->GetValue() : 0;
-    return WithinCircle(ToTenths(*status.heading) + m_pHeadingOffset->GetValue() + declination);
 }
 
 /// Applies the filters that work on whole blocks. Returns whether the platform is tilted too far.

@@ -14,6 +14,7 @@
 #include "zanserver/deviceconnection.h"
 #include "zanserver/driverchoice.h"
 #include "zanserver/driverreceiver.h"
+#include "zanserver/stationattitude.h"
 #include "zanserver/stationposition.h"
 
 #include <QDeadlineTimer>
@@ -29,6 +30,7 @@
 
 namespace ZANServer {
 
+class GpsdSource;
 class ValueLink;
 
 /// What has happened to the bearings so far. Each is counted once in one of the other five counts, which add
@@ -65,8 +67,9 @@ public:
     /// the tree.
     ~Station();
 
-    /// Creates the output with its settings, which may open its file and its serial line. Call it once.
-    /// \param fileOfThisRun replaces the file of the settings for this run; "-": standard output
+    /// Creates the output with its settings, which may open its file and its serial line, and connects to
+    /// gpsd while a source of position or heading is gpsd. Call it once. \param fileOfThisRun replaces the
+    /// file of the settings for this run; "-": standard output
     void StartOutput(const QString& fileOfThisRun = {});
 
     /// Bearings are rejected from these platform angles (degrees) on.
@@ -124,9 +127,8 @@ private:
     ZANSERVER_NO_EXPORT void RestoreOverheadParams();
     ZANSERVER_NO_EXPORT void PublishPlatform(const BearingBlock& block);
     ZANSERVER_NO_EXPORT void PublishFix();
+    ZANSERVER_NO_EXPORT void PublishRecordedPosition();
     ZANSERVER_NO_EXPORT void TellBlock(const BearingBlock& block, int mechOffset) const;
-    [[nodiscard]] ZANSERVER_NO_EXPORT std::optional<int>
-    GetTrueHeading(const KvZANCommon::StatusStruct& status) const;
     ZANSERVER_NO_EXPORT bool ApplyBlockFilters(BearingBlock& block);
     [[nodiscard]] ZANSERVER_NO_EXPORT BearingResult ToResult(const BearingBlock& block, std::size_t index,
                                                              int mechOffset) const;
@@ -137,12 +139,6 @@ private:
     ValueBearing* m_pAzimuth;
     ValueBearingList* m_pEmitters;
     ValueInt* m_pEmitterCount;
-    ValueNumericInt* m_pHeading;
-    ValueNumericInt* m_pHeadingOffset;
-    ValueNumericInt* m_pDeclination;
-    ValueNumericDouble* m_pPitch;
-    ValueNumericDouble* m_pRoll;
-    ValueNumericDouble* m_pAltitude;
     ValueBool* m_pDataValid;
     ValueString* m_pDataStateInfo;
     ValueInt* m_pConnectionSpeed;
@@ -155,7 +151,9 @@ private:
     std::unique_ptr<ValueLink> m_modifyTimes; // links that of the server and that of the device
     ZANSetupData m_setup;
     std::optional<StationPosition> m_position;
-    DFDataOutput* m_pOutput = nullptr; // the list of outputs deletes it
+    std::optional<StationAttitude> m_attitude;
+    std::unique_ptr<GpsdSource> m_gpsd; // feeds position and attitude
+    DFDataOutput* m_pOutput = nullptr;  // the list of outputs deletes it
     KvZANCommon::PitchRollFilter m_pitchRollFilter;
     KvZANCommon::ConnectionSpeedFilter m_connectionSpeedFilter;
     KvZANCommon::OverheadPassParams m_overheadParams;
@@ -166,6 +164,7 @@ private:
     QDeadlineTimer m_fixEnds;
     BlockObserver m_blockObserver;
     bool m_isRecordOfStation = false; // the position is told, and headings are as they were used
+    std::optional<double> m_altitude; // of the last block
     StationCounts m_counts;
 };
 

@@ -31,6 +31,7 @@ StationPosition::StationPosition(const std::optional<double>& latitude,
     : m_pSource(ServerValue<ValueSelection>(g_vdPosSource))
     , m_pLatitude(ServerValue<ValueNumericDouble>(g_vdPosLatitude))
     , m_pLongitude(ServerValue<ValueNumericDouble>(g_vdPosLongitude))
+    , m_pAltitude(ServerValue<ValueNumericDouble>(g_vdAltitude))
     , m_pTime(ServerValue<ValueTimeStamp>(g_vdPosLastUpdate))
     , m_setLatitude(latitude)
     , m_setLongitude(longitude) {
@@ -45,23 +46,18 @@ StationPosition::~StationPosition() {
     RestoreOrRemove(m_pLongitude, m_setLongitude, this);
 }
 
-void StationPosition::SetMeasured(const std::optional<double>& latitude,
-                                  const std::optional<double>& longitude, quint64 time) {
-    m_measured.reset();
-    if (Accepts(*m_pLatitude, latitude) && Accepts(*m_pLongitude, longitude)) {
-        m_measured = Place{*latitude, *longitude, time};
-    }
+void StationPosition::SetMeasured(const Measurement& measurement) {
+    m_measured = measurement;
     ShowCurrent();
 }
 
-void StationPosition::SetRecorded(const std::optional<double>& latitude,
-                                  const std::optional<double>& longitude,
-                                  const std::optional<quint64>& time) {
-    m_isRecorded = true;
-    m_recorded.reset();
-    if (Accepts(*m_pLatitude, latitude) && Accepts(*m_pLongitude, longitude)) {
-        m_recorded = Place{*latitude, *longitude, time};
-    }
+void StationPosition::SetGpsd(const Measurement& measurement) {
+    m_gpsd = measurement;
+    ShowCurrent();
+}
+
+void StationPosition::SetRecorded(const Measurement& measurement) {
+    m_recorded = measurement;
     ShowCurrent();
 }
 
@@ -77,19 +73,19 @@ void StationPosition::Update(Observable* subject, TChangeCode code) {
     ShowCurrent();
 }
 
-std::optional<StationPosition::Place> StationPosition::GetSet() const {
-    return m_setLatitude && m_setLongitude ? std::optional(Place{*m_setLatitude, *m_setLongitude, {}})
-                                           : std::nullopt;
-}
-
 void StationPosition::ShowCurrent() {
-    Show(m_isRecorded ? m_recorded : m_pSource->GetCurrentKey() == SOURCE_MANUAL ? GetSet() : m_measured);
+    const long source = m_pSource->GetCurrentKey();
+    const bool isSet = source == SOURCE_MANUAL && !m_recorded;
+    const Measurement& measured = m_recorded ? *m_recorded : source == SOURCE_GPSD ? m_gpsd : m_measured;
+    ShowPlace(isSet ? Measurement{m_setLatitude, m_setLongitude, {}, {}} : measured);
+    Publish(*m_pAltitude, measured.altitude, this);
 }
 
-void StationPosition::Show(const std::optional<Place>& place) {
-    Publish(*m_pLatitude, place ? std::optional(place->latitude) : std::nullopt, this);
-    Publish(*m_pLongitude, place ? std::optional(place->longitude) : std::nullopt, this);
-    Publish(*m_pTime, place ? place->time : std::nullopt, this);
+void StationPosition::ShowPlace(const Measurement& place) {
+    const bool isPlace = Accepts(*m_pLatitude, place.latitude) && Accepts(*m_pLongitude, place.longitude);
+    Publish(*m_pLatitude, isPlace ? place.latitude : std::nullopt, this);
+    Publish(*m_pLongitude, isPlace ? place.longitude : std::nullopt, this);
+    Publish(*m_pTime, isPlace ? place.time : std::nullopt, this);
 }
 
 } // namespace ZANServer
