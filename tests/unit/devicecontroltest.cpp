@@ -611,9 +611,8 @@ TEST_F(DeviceControlTest, DeviceThatScansIsInStandbyWhileItsRangesChange) {
     m_now += 1s;
     SetRanges({MARINE});
     Settle();
-    EXPECT_EQ(m_device.TakeCalls(),
-              (QStringList{u"SetMode 0"_s, u"DeleteAllChannels"_s, u"AddFreqRange 0: 0-240/156000000"_s,
-                           u"SetMode 3"_s}));
+    EXPECT_EQ(m_device.TakeCalls(), (QStringList{u"SetMode 0"_s, u"DeleteAllChannels"_s,
+                                                 u"AddFreqRange 0: 0-240/156000000"_s, u"SetMode 3"_s}));
     EXPECT_EQ(control.GetChannelFrequency(0, 0), 156e6);
     m_device.Refuse(u"AddFreqRange"_s, u"too many"_s);
     m_now += 1s;

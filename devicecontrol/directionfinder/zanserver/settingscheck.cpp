@@ -44,14 +44,14 @@ struct IntegerSetting {
     qint64 maximum = 0;
 };
 
-constexpr std::array APPLICATION_INTEGERS{
-    IntegerSetting{u"Output_Interval", 0, 10000},
-    IntegerSetting{u"Control_Interval", 0, 10000},
-    IntegerSetting{u"OverheadPass/Threshold", 0, 900},
-    IntegerSetting{u"Recorder/FileSize", 1, 100000},
-    IntegerSetting{u"Recorder/FileCount", 1, 10000},
-    IntegerSetting{GpsdSettings::MAX_AGE, GpsdSettings::SHORTEST_MAX_AGE_MS,
-                   GpsdSettings::LONGEST_MAX_AGE_MS}};
+constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 10000},
+                                          IntegerSetting{u"Control_Interval", 0, 10000},
+                                          IntegerSetting{u"OverheadPass/Threshold", 0, 900},
+                                          IntegerSetting{u"Recorder/FileSize", 1, 100000},
+                                          IntegerSetting{u"Recorder/FileCount", 1, 10000},
+                                          IntegerSetting{GpsdSettings::MAX_AGE,
+                                                         GpsdSettings::SHORTEST_MAX_AGE_MS,
+                                                         GpsdSettings::LONGEST_MAX_AGE_MS}};
 constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
 constexpr IntegerSetting HUB_PORT{u"MshCentralPort", 1, 65535};
 
@@ -65,14 +65,30 @@ constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u
                                                      u"MinFreq",  u"MaxFreq",  u"CompassValue"};
 
 /// The keys that are used, apart from those of the setup table. "#" means a number.
-constexpr std::array<QStringView, 24> KNOWN_KEYS{
-    u"Recorder/Enabled",   u"Recorder/File",      u"Recorder/FileSize",   u"Recorder/FileCount",
-    u"Driver/Name",        u"Driver/Address",     u"RS232Output_Enabled", u"RS232Output_Address",
-    u"FileOutput_Enabled", u"FileOutput_Address", u"Output_Interval",     u"MshCentralAddress",
-    u"MshCentralPort",     u"MshClientName",      u"AutoCoupleTargets",   u"OverheadPass/Threshold",
-    u"OverheadPass/Valid", u"ZANStations/Count",  u"Control_Interval",    GpsdSettings::ADDRESS,
-    GpsdSettings::MAX_AGE, GpsdSettings::POSITION_RECEIVER, GpsdSettings::HEADING_RECEIVER,
-    GpsdSettings::PITCH_AND_ROLL};
+constexpr std::array<QStringView, 24> KNOWN_KEYS{u"Recorder/Enabled",
+                                                 u"Recorder/File",
+                                                 u"Recorder/FileSize",
+                                                 u"Recorder/FileCount",
+                                                 u"Driver/Name",
+                                                 u"Driver/Address",
+                                                 u"RS232Output_Enabled",
+                                                 u"RS232Output_Address",
+                                                 u"FileOutput_Enabled",
+                                                 u"FileOutput_Address",
+                                                 u"Output_Interval",
+                                                 u"MshCentralAddress",
+                                                 u"MshCentralPort",
+                                                 u"MshClientName",
+                                                 u"AutoCoupleTargets",
+                                                 u"OverheadPass/Threshold",
+                                                 u"OverheadPass/Valid",
+                                                 u"ZANStations/Count",
+                                                 u"Control_Interval",
+                                                 GpsdSettings::ADDRESS,
+                                                 GpsdSettings::MAX_AGE,
+                                                 GpsdSettings::POSITION_RECEIVER,
+                                                 GpsdSettings::HEADING_RECEIVER,
+                                                 GpsdSettings::PITCH_AND_ROLL};
 constexpr std::array<QStringView, 8> KNOWN_STATION_KEYS{
     u"DeviceAddress",        u"DevType",
     u"DevOptions",           u"HwRequiredComponents",
