@@ -248,7 +248,10 @@ TEST_F(DeviceControlTest, WhatWaitsIsSentByTheEventLoop) {
     Settle();
     EXPECT_EQ(m_device.TakeCalls(), QStringList());
     m_now += 50ms;
-    EXPECT_TRUE(SpinUntil([this] { return m_device.TakeCalls().contains(u"SetFrequency 101000000"_s); }));
+    EXPECT_TRUE(SpinUntil([this] {
+        m_thread->Wait();
+        return m_device.TakeCalls().contains(u"SetFrequency 101000000"_s);
+    }));
 }
 
 TEST_F(DeviceControlTest, WhileACallIsUnderWayOnlyTheLastWishWaits) {
@@ -767,7 +770,14 @@ TEST_F(DeviceControlTest, DriverThatIsGivenUpGetsNothingMore) {
                         std::make_shared<DriverReceiver>(ADDRESS), [](DriverCall) { return 300ms; });
     DeviceControl control(thread, ADDRESS);
     control.OnConnected();
-    EXPECT_TRUE(SpinUntil([&] { return device->TakeCalls().contains(u"SetMode 0"_s); }));
+    EXPECT_TRUE(SpinUntil([&] {
+        thread.Wait();
+        return device->TakeCalls().contains(u"SetMode 0"_s);
+    }));
+    thread.Wait();
+    QCoreApplication::processEvents(); // the answer, and what follows it
+    thread.Wait();
+    QCoreApplication::processEvents();
     thread.Post(DriverCall::Setting,
                 [future = release->get_future().share()](KvZANCommon::IDriver&) { future.wait(); });
     Frequency().SetValue(101e6);
