@@ -1,7 +1,6 @@
 #include "zanserver/controlpolicies.h"
 
 #include "zancommon/antennadatalist.h"
-#include "zancommon/truncation.h"
 #include "zancommon/zancharacteristicstools.h"
 #include "zancommon/zanpath.h"
 #include "zanserver/antennaentries.h"
@@ -40,6 +39,12 @@ void SelectNumber(ValueSelection& selection, double number, IObserver* originato
     if (found != items.end()) {
         selection.SetCurrentIndex(found - items.begin(), originator);
     }
+}
+
+/// Whole decibels, as drivers take them.
+qint32 ToDecibels(double level) {
+    constexpr double MOST = 1000.0; // far beyond every level
+    return static_cast<qint32>(std::clamp(std::trunc(level), -MOST, MOST));
 }
 
 /// What the device says of a setting that was set; not of one that was left to it.
@@ -294,7 +299,7 @@ EWish Measure::Read(Arguments& wanted, WishChange& change) const {
     df.preamplifier = (wanted.isHf ? values->preAmplifierHf : values->preAmplifierVuhf)->GetValue();
     df.activeAntenna = values->antennaActive->GetValue() && antenna &&
                        values->characteristics.DoesAntennaSupportActivePassive(antenna->handle);
-    df.levelThreshold = Truncate<qint32>(values->levelThreshold->GetValue());
+    df.levelThreshold = ToDecibels(values->levelThreshold->GetValue());
     df.relativeThreshold = true; // 0, the default, lets everything pass that is above the noise
     df.polarisation = antenna && antenna->polarizationSupport ? static_cast<qint32>(polarisation) : -1;
     const bool isSuperResolutionWanted = values->srStatus->GetCurrentKey() != 0;
@@ -306,7 +311,7 @@ EWish Measure::Read(Arguments& wanted, WishChange& change) const {
     }
     DEMSettingsStruct& dem = wanted.dem;
     dem.demodulation = static_cast<qint32>(values->demodulation->GetCurrentKey());
-    dem.squelch = values->squelch->GetValue() ? Truncate<qint32>(values->audioThreshold->GetValue()) : -1;
+    dem.squelch = values->squelch->GetValue() ? ToDecibels(values->audioThreshold->GetValue()) : -1;
     dem.gainControl = values->gainControlMode->GetCurrentKey() == AUTOMATIC_GAIN ? 1 : 0;
     dem.bandwidth = CurrentNumber(*values->bandwidth, -1.0);
     return EWish::SEND;
