@@ -1,6 +1,7 @@
 #include "zanserver/drivererrands.h"
 
 #include "zancommon/nulldriver.h"
+#include <QPointer>
 
 #include <algorithm>
 #include <mutex>
@@ -15,21 +16,18 @@ namespace ZANServer {
 /// What both threads use.
 struct DriverErrands::Shared {
     std::mutex mutex;
-    DriverErrands* home = nullptr;                      // guarded; null once that is gone
+    DriverErrands* home = nullptr; // guarded, as the next; null once that is gone
+    std::vector<std::function<void()>> answers;
     std::vector<std::unique_ptr<DriverErrand>> errands; // main thread
 
-    /// On the driver's thread: has the answer taken on the main thread.
-    template <class Answer>
-    void Return(Answer answer) {
+    /// On the driver's thread: has an answer taken on the main thread.
+    void Return(std::function<void()> answer) {
         const std::lock_guard lock(mutex);
         if (home) {
-            QMetaObject::invokeMethod(
-                &home->m_home,
-                [receiver = home, answer] {
-                    --receiver->m_underWay;
-                    answer();
-                },
-                Qt::QueuedConnection);
+            answers.push_back(std::move(answer));
+            if (answers.size() == 1) {
+                QMetaObject::invokeMethod(home, &DriverErrands::TakeAnswers, Qt::QueuedConnection);
+            }
         }
     }
 };
@@ -68,6 +66,21 @@ DriverErrands::~DriverErrands() {
     } else {
         // Behind the last errand. A driver that is given up never comes to it, and goes on using them.
         m_thread.Post(DriverCall::Setting, [shared = m_shared](IDriver&) { delete shared; });
+    }
+}
+
+void DriverErrands::TakeAnswers() {
+    std::vector<std::function<void()>> answers;
+    {
+        const std::lock_guard lock(m_shared->mutex);
+        answers.swap(m_shared->answers);
+    }
+    const QPointer<DriverErrands> self(this); // an answer may be the end of this object
+    for (const auto& answer : answers) {
+        if (self) {
+            --m_underWay;
+            answer();
+        }
     }
 }
 

@@ -34,12 +34,12 @@ public:
 /// Belongs to the main thread. It may go before the answers have come, and the driver may be given up: no
 /// answer comes then, and the errands that the driver may still use stay as long as it does. The thread must
 /// outlive this object.
-class ZANSERVER_EXPORT DriverErrands {
+class ZANSERVER_EXPORT DriverErrands final : public QObject {
 public:
     explicit DriverErrands(DriverThread& thread);
     DriverErrands(const DriverErrands&) = delete;
     DriverErrands& operator=(const DriverErrands&) = delete;
-    ~DriverErrands();
+    ~DriverErrands() override;
 
     /// Takes an errand over, to be sent any number of times.
     void Keep(std::unique_ptr<DriverErrand> errand);
@@ -53,8 +53,9 @@ public:
 private:
     struct Shared;
 
+    ZANSERVER_NO_EXPORT void TakeAnswers();
+
     DriverThread& m_thread;
-    QObject m_home; // what arrives here ends with this object
     std::size_t m_underWay = 0;
     Shared* m_shared; // belongs to this object, or, when that is gone, to the last errand
 };
