@@ -21,7 +21,8 @@ class StationDriverTest : public testing::Test {
 protected:
     [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
     [[nodiscard]] QStringList Arguments(const QStringList& further) const {
-        return QStringList{u"run"_s, u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"out"_s)} + further;
+        return QStringList{u"run"_s, u"--config"_s, Path(u"config"_s), u"--output"_s, Path(u"out"_s)} +
+               further;
     }
     [[nodiscard]] QStringList Wild(const QString& deed) const {
         return Arguments({u"--components"_s, QStringLiteral(ZAN_TEST_DRIVERS), u"--driver"_s, u"wild"_s,
@@ -34,8 +35,7 @@ protected:
     [[nodiscard]] StationResult RunUntil(const QStringList& arguments, int sentences) const {
         QProcess process;
         process.start(QStringLiteral(ZAN_STATION), arguments);
-        EXPECT_TRUE(
-            Await(process, [&] { return ReadFile(Path(u"out"_s)).count("\r\n") >= sentences; }))
+        EXPECT_TRUE(Await(process, [&] { return ReadFile(Path(u"out"_s)).count("\r\n") >= sentences; }))
             << process.readAllStandardError().toStdString();
         ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
         EXPECT_TRUE(process.waitForFinished(PATIENCE_MS));
@@ -49,8 +49,7 @@ protected:
 } // namespace
 
 TEST_F(StationDriverTest, WithoutADriverItIsTheSimulatedDeviceForAsLongAsItIsToRun) {
-    const StationResult result =
-        RunStation(Arguments({u"--speed"_s, u"max"_s, u"--duration"_s, u"60"_s}));
+    const StationResult result = RunStation(Arguments({u"--speed"_s, u"max"_s, u"--duration"_s, u"60"_s}));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_GT(ReadFile(Path(u"out"_s)).count("\r\n"), 0);
     EXPECT_FALSE(Settings().contains(u"[Driver]"_s)) << "nothing was chosen";
@@ -67,8 +66,8 @@ TEST_F(StationDriverTest, SameRunOfTheSimulatedDeviceGivesTheSameSentences) {
 TEST_F(StationDriverTest, DriverAndAddressAreKeptAndARecordingIsForOneRun) {
     WriteFile(Path(u"recording.csv"_s), RECORDING_HEADER + "1000,121500000,10.0,,90,,,,,,,\n");
     const QStringList speed{u"--speed"_s, u"max"_s, u"--duration"_s, u"5"_s};
-    EXPECT_EQ(RunStation(Arguments(speed + QStringList{u"--driver"_s, u"simulator"_s, u"--address"_s,
-                                                       u"airfield"_s}))
+    EXPECT_EQ(RunStation(Arguments(speed +
+                                   QStringList{u"--driver"_s, u"simulator"_s, u"--address"_s, u"airfield"_s}))
                   .exitCode,
               0);
     const QString chosen = u"[Driver]\nAddress=airfield\nName=simulator\n"_s;
@@ -90,8 +89,8 @@ TEST_F(StationDriverTest, OtherDriverDoesNotKeepTheAddressOfTheLastOne) {
 }
 
 TEST_F(StationDriverTest, RecordingIsShortForDriverAndAddressSoTheyAreNotGivenWithIt) {
-    const StationResult result = RunStation(
-        Arguments({u"--recording"_s, u"a.csv"_s, u"--driver"_s, u"simulator"_s}));
+    const StationResult result =
+        RunStation(Arguments({u"--recording"_s, u"a.csv"_s, u"--driver"_s, u"simulator"_s}));
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_FALSE(QDir(m_directory.path()).exists(u"out"_s));
 }
@@ -101,8 +100,9 @@ TEST_F(StationDriverTest, DriverThatIsNotThereIsRefusedWithThePlaceThatWasLooked
     const QString settings = Settings();
     const QByteArray sentences = ReadFile(Path(u"out"_s));
     for (const QString& name : {u"warp"_s, u"../wild"_s, u""_s}) {
-        const StationResult result = RunStation(Arguments(
-            {u"--components"_s, QStringLiteral(ZAN_TEST_DRIVERS), u"--driver"_s, name, u"--address"_s, u"x"_s}));
+        const StationResult result =
+            RunStation(Arguments({u"--components"_s, QStringLiteral(ZAN_TEST_DRIVERS), u"--driver"_s, name,
+                                  u"--address"_s, u"x"_s}));
         EXPECT_EQ(result.exitCode, 1) << name.toStdString();
         EXPECT_EQ(Settings(), settings) << name.toStdString();
         EXPECT_EQ(ReadFile(Path(u"out"_s)), sentences) << name.toStdString();

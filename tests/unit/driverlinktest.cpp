@@ -122,14 +122,14 @@ TEST_F(DriverLinkTest, DeviceThatCannotBeOpenedIsReportedOnceAndSoughtUntilItIsT
 }
 
 TEST_F(DriverLinkTest, AttemptsFollowOneAnotherMoreAndMoreSlowly) {
-    // The times are the rule: after 20, 40, 80 and 160 ms.
+    // The times are the rule: after 20, 40, 80 and 160 ms. Equal ones would be 80 ms together.
     m_device->onInitialize = [this](IDriverCallback&) { return m_device->attempts < 5 ? -2 : 0; };
     const auto link = Make(DriverLink::Kind::Device, 20ms);
     QElapsedTimer timer;
     timer.start();
     link->Open();
     EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
-    EXPECT_GE(timer.elapsed(), 300);
+    EXPECT_GE(timer.elapsed(), 200);
     EXPECT_EQ(DriverLink::FIRST_DELAY, 1s);
     EXPECT_EQ(DriverLink::LONGEST_DELAY, 30s);
 }
@@ -144,7 +144,7 @@ TEST_F(DriverLinkTest, DeviceThatIsLostAsSoonAsItIsThereIsSoughtMoreAndMoreSlowl
     timer.start();
     link->Open();
     EXPECT_TRUE(SpinUntil([&] { return m_connected == 5; }));
-    EXPECT_GE(timer.elapsed(), 300);
+    EXPECT_GE(timer.elapsed(), 200);
 }
 
 TEST_F(DriverLinkTest, InitializeThatThrowsIsAnAttemptThatHasFailed) {

@@ -48,6 +48,8 @@ AntennaDataList MakeExampleAntennas() {
         antenna.converterTypeName = example.converter;
         antenna.dfAlgorithms = {example.method};
         antenna.dfMethods = {example.methodCode};
+        antenna.compassSupport = true; // the heading is the platform's, if there is a compass
+        antenna.compassEnabled = true;
         antennas.AddAntenna(antenna);
     }
     return antennas;

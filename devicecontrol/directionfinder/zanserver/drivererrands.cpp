@@ -1,6 +1,7 @@
 #include "zanserver/drivererrands.h"
 
 #include "zancommon/nulldriver.h"
+
 #include <QPointer>
 
 #include <algorithm>

@@ -17,8 +17,11 @@ constexpr unsigned TEN_MILLIONS = 10'000'000;
 class Wild final : public KvZANCommon::NullDriver {
 public:
     static KvZANCommon::DriverDescription Describe() {
-        return {QStringLiteral("wild"), QStringLiteral("does what no driver should"), QStringLiteral("DEED"),
-                QStringLiteral("hang"), {EMODE_SCAN}};
+        return {QStringLiteral("wild"),
+                QStringLiteral("does what no driver should"),
+                QStringLiteral("DEED"),
+                QStringLiteral("hang"),
+                {EMODE_SCAN}};
     }
 
     void SetCallback(KvZANCommon::IDriverCallback* callback) override { m_callback = callback; }
