@@ -6,6 +6,7 @@
 #include <exception>
 #include <string>
 #include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -53,8 +54,11 @@ DriverLink::DriverLink(DriverThread::Factory factory, QString address, const QSt
     m_nextAttempt.callOnTimeout(this, &DriverLink::Connect);
 }
 
+/// Threads that a driver has started may outlive it, and deliver to the receiver to the end of the process.
 DriverLink::~DriverLink() {
     Close();
+    static auto& receivers = *new std::vector<std::shared_ptr<DriverReceiver>>;
+    receivers.push_back(m_receiver);
 }
 
 void DriverLink::Open() {

@@ -42,7 +42,9 @@ public:
     long SetMode(EMode mode) override {
         if (mode == EMODE_STANDBY) {
             if (m_deed == "late") {
-                std::thread([this] { Deliver(5); }).detach();
+                std::thread([callback = m_callback] {
+                    Deliver(*callback, 5);
+                }).detach(); // outlives the driver
             }
             return 0;
         }
@@ -51,7 +53,7 @@ public:
             for (std::thread& thread : threads) {
                 thread = std::thread([this] {
                     for (int i = 0; i < 1000; ++i) {
-                        Deliver(1);
+                        Deliver(*m_callback, 1);
                     }
                 });
             }
@@ -59,14 +61,14 @@ public:
                 thread.join();
             }
         } else {
-            Deliver(m_deed == "block" ? TEN_MILLIONS : 1);
+            Deliver(*m_callback, m_deed == "block" ? TEN_MILLIONS : 1);
         }
         m_callback->CloseDataLink();
         return m_deed == "throwlater" ? throw 1 : 0;
     }
 
 private:
-    void Deliver(unsigned count) {
+    static void Deliver(KvZANCommon::IDriverCallback& callback, unsigned count) {
         std::vector<Bearing> bearings(count);
         for (Bearing& bearing : bearings) {
             bearing.quality = 50;
@@ -74,7 +76,7 @@ private:
         KvZANCommon::StatusStruct status;
         status.frequency = 121.5e6;
         unsigned long long time = 1000;
-        m_callback->fillScanBuffer(0, time, 0, count, bearings.data(), status);
+        callback.fillScanBuffer(0, time, 0, count, bearings.data(), status);
     }
 
     KvZANCommon::IDriverCallback* m_callback = nullptr;
