@@ -34,7 +34,8 @@ using namespace Qt::StringLiterals;
     ROW(Catalogue, u"catalogue", u"prints a table of the device catalogue") \
     ROW(Drivers, u"drivers", u"lists the drivers, and why one cannot be used") \
     ROW(Hardware, u"hardware", u"compares the device's components with those required") \
-    ROW(Run, u"run", u"replays a recording through driver, filters and outputs") \
+    ROW(Command, u"command", u"gives the device a command, such as a built-in test") \
+    ROW(Run, u"run", u"measures with a device, through filters and outputs") \
     ROW(Simulate, u"simulate", u"writes the recording of an emitter that passes the station") \
     ROW(Frequencies, u"frequencies", u"imports and lists the traffic-control frequencies") \
     ROW(Hub, u"hub", u"joins the message hub as a receiver or a sender") \
@@ -66,7 +67,7 @@ constexpr std::array COMMANDS{ZAN_COMMANDS(ZAN_COMMAND_ROW)};
 QString GetUsage() {
     QString usage = u"Usage: zanstation COMMAND [OPTION...]\n"
                     "\n"
-                    "Runs the common library of a direction-finding application on recorded bearings.\n"
+                    "Runs a direction-finding station: a device, a simulated one, or a recording.\n"
                     "\n"
                     "Commands:\n"_s;
     for (const Command& command : COMMANDS) {

@@ -158,3 +158,90 @@ TEST_F(StationDriverTest, ProgramEndsWithoutWaitingForADriverThatHangs) {
     EXPECT_LT(timer.elapsed(), 20'000) << "it has 10 s to end";
     EXPECT_TRUE(Settings().contains(u"[Driver]"_s)) << "and the settings are saved";
 }
+
+// Commands to the device
+
+TEST_F(StationDriverTest, CommandTellsWhatTheDeviceReportsOfIt) {
+    const QStringList config{u"--config"_s, Path(u"config"_s)};
+    const StationResult test = RunStation(QStringList{u"command"_s, u"bit"_s, u"full"_s} + config);
+    EXPECT_EQ(test.exitCode, 0) << test.err.toStdString();
+    EXPECT_TRUE(test.out.contains(u"DF unit: no error\n"_s)) << test.out.toStdString();
+    const StationResult reset = RunStation(QStringList{u"command"_s, u"reset"_s} + config);
+    EXPECT_EQ(reset.exitCode, 0);
+    EXPECT_EQ(reset.out + reset.err, QString());
+}
+
+TEST_F(StationDriverTest, CommandThatTheDeviceRefusesFailsWithItsReason) {
+    const QStringList config{u"--config"_s, Path(u"config"_s)};
+    for (const auto& [command, reason] : {std::pair{u"calibrate 9"_s, u"there is no converter 9"_s},
+                                          {u"test warp"_s, u"\"warp\" is not known"_s},
+                                          {u"fly"_s, u"it is not known; there are: reset"_s},
+                                          {u"calibrate"_s, u"it is not known; there are: reset"_s}}) {
+        const StationResult result = RunStation(QStringList{u"command"_s} + command.split(u' ') + config);
+        EXPECT_EQ(result.exitCode, 1) << command.toStdString();
+        EXPECT_TRUE(result.err.contains(reason)) << result.err.toStdString();
+    }
+    EXPECT_EQ(RunStation(QStringList{u"command"_s} + config).exitCode, 2) << "none is named";
+}
+
+TEST_F(StationDriverTest, CommandIsRefusedWhileAStationHasTheDevice) {
+    QProcess process;
+    process.start(QStringLiteral(ZAN_STATION), Arguments({}));
+    EXPECT_TRUE(Await(process, [&] { return ReadFile(Path(u"out"_s)).count("\r\n") > 0; }));
+    const StationResult result = RunStation({u"command"_s, u"bit"_s, u"--config"_s, Path(u"config"_s)});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.err.contains(QString::number(process.processId()))) << result.err.toStdString();
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+}
+
+// Wishes of the command line
+
+TEST_F(StationDriverTest, WishesReachTheDeviceAndAreThoseOfTheNextRun) {
+    const QStringList speed{u"--speed"_s, u"max"_s, u"--duration"_s, u"5"_s};
+    EXPECT_EQ(
+        RunStation(Arguments(speed + QStringList{u"--mode"_s, u"ffm"_s, u"--frequency"_s, u"160.65M"_s}))
+            .exitCode,
+        0);
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    EXPECT_GT(sentences.count("\r\n"), 0);
+    EXPECT_EQ(sentences.count("FRQ, 160650000,"), sentences.count("\r\n")) << sentences.toStdString();
+    EXPECT_EQ(RunStation(Arguments(speed)).exitCode, 0);
+    EXPECT_EQ(ReadFile(Path(u"out"_s)), sentences);
+}
+
+TEST_F(StationDriverTest, WishThatIsMovedIsTold) {
+    const StationResult result = RunStation(Arguments({u"--speed"_s, u"max"_s, u"--duration"_s, u"1"_s,
+                                                       u"--mode"_s, u"ffm"_s, u"--frequency"_s, u"100k"_s}));
+    EXPECT_TRUE(result.err.contains(u"warning: Frequency: asked for 100 kHz, carried out as 300 kHz: "_s))
+        << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, WishThatTheDriverDoesNotSupportIsToldWhenItWasAskedFor) {
+    const QStringList asked{u"--mode"_s, u"scan"_s, u"--frequency"_s, u"121.5M"_s};
+    EXPECT_TRUE(
+        RunUntil(Wild(u"late"_s) + asked, 1)
+            .err.contains(u"warning: Frequency: asked for 121.5 MHz, not carried out: the driver does not "
+                          "support it"_s));
+    EXPECT_FALSE(RunUntil(Wild(u"late"_s), 1).err.contains(u"support"_s));
+}
+
+TEST_F(StationDriverTest, ChannelOfAScanHasTheFrequencyOfItsRange) {
+    EXPECT_EQ(RunStation(Arguments({u"--speed"_s, u"max"_s, u"--duration"_s, u"20"_s, u"--mode"_s, u"scan"_s,
+                                    u"--ranges"_s, u"160M:161M:25k"_s}))
+                  .exitCode,
+              0);
+    const QByteArray sentences = ReadFile(Path(u"out"_s));
+    EXPECT_GT(sentences.count("\r\n"), 0);
+    EXPECT_EQ(sentences.count("FRQ, 160650000,"), sentences.count("\r\n")) << sentences.toStdString();
+}
+
+TEST_F(StationDriverTest, WhatIsNoWishIsAWrongCommandLine) {
+    for (const QStringList& wish :
+         {QStringList{u"--mode"_s, u"fly"_s}, QStringList{u"--frequency"_s, u"high"_s},
+          QStringList{u"--ranges"_s, u"118M-137M"_s}, QStringList{u"--ranges"_s, u"137M:118M:25k"_s},
+          QStringList{u"--ranges"_s, u"118M:137M:0"_s},
+          QStringList{u"--recording"_s, u"a.csv"_s, u"--mode"_s, u"scan"_s}}) {
+        EXPECT_EQ(RunStation(Arguments(wish)).exitCode, 2) << wish.join(u' ').toStdString();
+    }
+}
