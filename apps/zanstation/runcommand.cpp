@@ -644,7 +644,8 @@ DriverChoice ChooseDriver(const CommandLine& line, RunOptions& options) {
         choice = {*name, {}};
     }
     choice.address = address.value_or(choice.address);
-    if (choice.name == DriverChoice::REPLAY && !choice.address.isEmpty()) {
+    // The name of a file: the station works in the directory of its settings, and later runs elsewhere.
+    if (choice.address == STANDARD_STREAM || QFileInfo::exists(choice.address)) {
         choice.address = AbsolutePath(choice.address);
     }
     options.isDriverKept = name || address;

@@ -81,6 +81,21 @@ TEST_F(StationDriverTest, DriverAndAddressAreKeptAndARecordingIsForOneRun) {
     EXPECT_TRUE(QDir(Path(u"config/ZANControl"_s)).exists(u"commandlog-airfield.txt"_s));
 }
 
+TEST_F(StationDriverTest, AddressThatIsAFileIsKeptWithItsWholeName) {
+    WriteFile(Path(u"small.json"_s), R"({"name": "small", "start": "2026-01-01T12:00:00Z",
+        "station": {"latitude": 54, "longitude": 7},
+        "device": {"type": "ZANTIDE", "antennas": [{"name": "PX106"}], "converters": [{"type": "RCV03"}]}, "emitters": []})");
+    QProcess process;
+    process.setWorkingDirectory(m_directory.path());
+    process.start(QStringLiteral(ZAN_STATION),
+                  Arguments({u"--driver"_s, u"simulator"_s, u"--address"_s, u"small.json"_s, u"--speed"_s,
+                             u"max"_s, u"--duration"_s, u"1"_s}));
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_FALSE(process.readAllStandardError().contains("lost")) << "it is found";
+    EXPECT_TRUE(Settings().contains(u"Address="_s + Path(u"small.json"_s))) << Settings().toStdString();
+}
+
 TEST_F(StationDriverTest, OtherDriverDoesNotKeepTheAddressOfTheLastOne) {
     const QStringList speed{u"--speed"_s, u"max"_s, u"--duration"_s, u"1"_s};
     EXPECT_EQ(RunStation(Wild(u"late"_s) + speed).exitCode, 0);

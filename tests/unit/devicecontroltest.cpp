@@ -430,6 +430,14 @@ TEST_F(DeviceControlTest, DfAndDemodulationSettingsReachTheDriverTogether) {
     EXPECT_EQ(df.method, METHOD_COR);
 }
 
+TEST_F(DeviceControlTest, DfSettingsAreThoseOfTheAntennaToWhichAFrequencyIsMovedOnConnect) {
+    Value<ValueNumericDouble>(g_vdFrequency).SetValue(100e3); // that of HF begins at 300 kHz
+    StartConnected();
+    EXPECT_EQ(Value<ValueNumericDouble>(g_vdFrequency).GetValue(), 300e3);
+    EXPECT_EQ((*m_device.With([](FakeDevice& device) { return device.df; })).method, METHOD_WAT);
+    EXPECT_EQ(ReasonFor(u"MeasureSettings"_s), QString());
+}
+
 TEST_F(DeviceControlTest, SelectionsOfTheDfSettingsHoldWhatTheAntennaHas) {
     StartConnected();
     const auto& bandwidths = Value<ValueSelection>(g_vdDfBandwidth);

@@ -380,7 +380,7 @@ TEST_F(SimulatorDriverTest, TheOperatorHoldsASearchAndSendsItOn) {
 }
 
 TEST_F(SimulatorDriverTest, TheSameScenarioGivesTheSameBearingsAtAnySpeed) {
-    const auto measure = [this](const QString& speed) {
+    const auto measure = [](const QString& speed) {
         SimulationRecorder recorder;
         SimulatorDriver driver;
         driver.SetCallback(&recorder);

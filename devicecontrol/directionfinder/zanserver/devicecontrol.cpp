@@ -311,6 +311,9 @@ private:
     void GoOn() {
         while (isConnected && m_next < m_operations.size()) {
             ControlOperation* const operation = m_operations[m_next++];
+            if (operation == m_measure) {
+                m_dfSettings->Follow(); // the frequency may have been moved to another antenna
+            }
             operation->WishAgain();
             if (operation->IsUnderWay()) {
                 m_awaited = operation;
