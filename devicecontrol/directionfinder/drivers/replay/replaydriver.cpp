@@ -16,35 +16,6 @@ namespace {
 
 constexpr double AS_FAST_AS_POSSIBLE = 0.0;
 
-/// The longest block of a scan.
-constexpr std::size_t MAX_BLOCK = 60000;
-
-/// Whether two rows were measured at the same moment, on the same frequency, from the same platform.
-bool BelongTogether(const RecordedBearing& a, const RecordedBearing& b) {
-    RecordedBearing sameBearing = b;
-    sameBearing.azimuth = a.azimuth;
-    sameBearing.elevation = a.elevation;
-    sameBearing.quality = a.quality;
-    sameBearing.level = a.level;
-    return sameBearing == a;
-}
-
-Bearing ToBearing(const RecordedBearing& row) {
-    constexpr int FULL_CIRCLE = 3600;
-    Bearing bearing;
-    bearing.azimuth = static_cast<quint16>(std::lround(row.azimuth * 10.0) % FULL_CIRCLE);
-    if (row.elevation) {
-        bearing.elevation = static_cast<qint16>(std::lround(*row.elevation * 10.0));
-    }
-    if (row.level) {
-        // The lowest 16-bit number means that there is no level.
-        bearing.level = static_cast<qint16>(std::max(std::lround(*row.level * 100.0), -32767L));
-    }
-    bearing.averageCount = 1;
-    bearing.quality = static_cast<quint16>(std::lround(row.quality));
-    return bearing;
-}
-
 } // namespace
 
 ReplayDriver::ReplayDriver(KvZANCommon::ILegacyDriverCallback& callback)
@@ -95,7 +66,8 @@ long ReplayDriver::SetTest(QString command) {
         return FAILED;
     }
     bool isNumber = words[1] == u"realtime" || words[1] == u"max";
-    const double pace = isNumber ? (words[1] == u"max" ? AS_FAST_AS_POSSIBLE : 1.0) : words[1].toDouble(&isNumber);
+    const double pace =
+        isNumber ? (words[1] == u"max" ? AS_FAST_AS_POSSIBLE : 1.0) : words[1].toDouble(&isNumber);
     if (!isNumber || !std::isfinite(pace) || (pace <= 0.0 && words[1] != u"max")) {
         m_lastError = u"speed takes realtime, max or a number above 0, not "_s + words[1];
         return FAILED;
@@ -127,13 +99,11 @@ void ReplayDriver::Stop() {
 void ReplayDriver::Replay() {
     std::optional<RecordedBearing> row = Tell(m_reader.Next());
     while (row && WaitFor(row->timeMs)) {
-        const RecordedBearing first = *row;
-        m_block.clear();
-        do {
-            m_block.push_back(ToBearing(*row));
+        while (row && m_block.Add(*row)) {
             row = Tell(m_reader.NextIfHere()); // a block is not delayed by rows that have not arrived
-        } while (row && m_block.size() < MAX_BLOCK && BelongTogether(first, *row));
-        Deliver(first);
+        }
+        ++m_blockCount;
+        m_block.Deliver(m_callback);
         if (!row) {
             row = Tell(m_reader.Next());
         }
@@ -171,7 +141,7 @@ void ReplayDriver::TellBadLines() {
         const auto reason = static_cast<RecordingReader::BadLine>(i);
         if (const quint64 count = m_reader.GetBadLineCount(reason); count > 0) {
             KvZANCommon::ErrorStruct result{
-                FAILED, false, RecordingReader::GetReasonText(reason) + u": "_s + QString::number(count)};
+                FAILED, false, KvZANCommon::GetReasonText(reason) + u": "_s + QString::number(count)};
             m_callback.ReportBITResult(result);
         }
     }
@@ -205,20 +175,6 @@ bool ReplayDriver::WaitFor(quint64 recordedTime) {
         std::min(static_cast<double>(recordedTime - *m_firstTime) / m_pace, LONGEST));
     const auto due = m_begin + std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceFirst);
     return !m_stopRequested.wait_until(lock, due, [this] { return m_isStopping; });
-}
-
-void ReplayDriver::Deliver(const RecordedBearing& platform) {
-    KvZANCommon::StatusStruct status;
-    status.frequency = platform.frequency;
-    status.heading = platform.heading;
-    status.pitch = platform.pitch;
-    status.roll = platform.roll;
-    status.latitude = platform.latitude;
-    status.longitude = platform.longitude;
-    status.altitude = platform.altitude;
-    unsigned long long time = platform.timeMs;
-    ++m_blockCount;
-    m_callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(m_block.size()), m_block.data(), status);
 }
 
 } // namespace Replay

@@ -4,6 +4,7 @@
 #include "zancommon/ilegacydrivercallback.h"
 #include "zancommon/nulllegacydriver.h"
 #include "zancommon/recordingreader.h"
+#include "zancommon/rowblock.h"
 
 #include <QString>
 
@@ -14,7 +15,6 @@
 #include <optional>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace Replay {
 
@@ -30,8 +30,8 @@ namespace Replay {
 /// `SetCommandLog`. `fillTestValuesBuffer` tells how much of the recording has been read, 0 to 1. Operations
 /// that a recording cannot carry out return `NOT_SUPPORTED`.
 ///
-/// The test command `speed realtime|N|max` sets the pace, from the next start on: as recorded, N times faster,
-/// or without waiting.
+/// The test command `speed realtime|N|max` sets the pace, from the next start on: as recorded, N times
+/// faster, or without waiting.
 class ReplayDriver final : public KvZANCommon::NullLegacyDriver {
 public:
     static constexpr long OK = 0;
@@ -59,8 +59,7 @@ private:
     void Start();
     void Stop();
     void Replay();
-    std::optional<KvZANCommon::RecordedBearing>
-    Tell(std::optional<KvZANCommon::RecordedBearing> row);
+    std::optional<KvZANCommon::RecordedBearing> Tell(std::optional<KvZANCommon::RecordedBearing> row);
     void TellProgress();
     void TellBadLines();
     void ReportCommand(QString command);
@@ -68,14 +67,13 @@ private:
     bool IsStopping();
     /// Waits until a recorded time is due. False when the driver is being stopped.
     bool WaitFor(quint64 recordedTime);
-    void Deliver(const KvZANCommon::RecordedBearing& platform);
 
     KvZANCommon::ILegacyDriverCallback& m_callback;
     double m_pace = 1.0; // times as fast as recorded; 0: without waiting
     KvZANCommon::RecordingReader m_reader;
     qsizetype m_reportedLines = 0;
     QString m_lastError;
-    std::vector<Bearing> m_block; // the bearings of the block that is being assembled
+    KvZANCommon::RowBlock m_block; // that is being assembled
     double m_toldProgress = 0.0;
     std::atomic<long> m_blockCount = 0;
 
