@@ -53,6 +53,7 @@ bool InterruptibleInput::OpenSerialLine(const QString& address) {
         setErrorString(reason);
         return false;
     }
+    m_serialLine->moveToThread(nullptr); // else an event loop would read what is to be read here
     return Begin(::fcntl(m_serialLine->handle(), F_DUPFD_CLOEXEC, 0));
 }
 

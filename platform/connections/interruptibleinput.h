@@ -30,8 +30,7 @@ public:
     /// Closes what was open and opens another stream. False, with the reason in `errorString`, when it cannot
     /// be opened.
     bool Open(const QString& name);
-    /// The same with a serial line, by the address that `CInterfaceCreator` takes. It is closed on the thread
-    /// that opens it.
+    /// The same with a serial line, by the address that `CInterfaceCreator` takes.
     bool OpenSerialLine(const QString& address);
     /// The same with an open descriptor that does not block, which is closed with this. Of a socket of
     /// datagrams, each is read as whole lines: one that does not end with a line end gets one. Read with room

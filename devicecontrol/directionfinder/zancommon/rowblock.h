@@ -29,6 +29,7 @@ public:
     /// row.
     bool Add(const RecordedBearing& row);
     [[nodiscard]] bool IsEmpty() const { return m_bearings.empty(); }
+    void Clear() { m_bearings.clear(); }
     /// Gives the block to a driver's callback of either kind as a scan, range 0 from channel 0 on, and
     /// empties it.
     template <class Callback>
