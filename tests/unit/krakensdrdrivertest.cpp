@@ -211,7 +211,7 @@ TEST_F(KrakenSdrDriverTest, FewerFailuresThanThatAreNoLoss) {
     std::atomic<int> failures = 0;
     const QByteArray line = m_record.Line();
     m_server.SetAnswer([&failures, line](QTcpSocket& client) {
-        const QByteArray body = ++failures % KrakenSdrDriver::LOST_AFTER == 0 ? line : QByteArray();
+        const QByteArray body = ++failures % 3 == 0 ? line : QByteArray();
         client.write("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + body);
     });
     ASSERT_TRUE(WaitForRequests(3 * KrakenSdrDriver::LOST_AFTER));

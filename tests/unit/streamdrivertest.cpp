@@ -270,6 +270,7 @@ TEST_F(StreamDriverTest, StandardInputIsReadToItsEndAndNotOpenedAgain) {
     Start(u"-"_s);
     EXPECT_TRUE(WaitForBlocks(1));
     EXPECT_TRUE(WaitForLoss());
+    EXPECT_EQ(m_fatal, QStringList(u"standard input has ended"_s));
     ExpectRefused(u"-"_s, u"standard input has ended"_s);
     dup2(before, STDIN_FILENO);
     close(before);

@@ -21,11 +21,16 @@ DriverThread::Factory MakeFactory(DriverComponentPtr driver) {
     };
 }
 
+/// The log's file is named after the device, and an address such as "http://kraken:8081" is no file name.
+QString GetLogAddress() {
+    return Station::GetDeviceAddress().replace(u'/', u'_');
+}
+
 } // namespace
 
 StationDevice::StationDevice(Station& station, const DriverChoice& choice, DriverComponentPtr driver)
     : m_station(station)
-    , m_commandLog(Station::GetDeviceAddress(), StationCfg::GetStationName())
+    , m_commandLog(GetLogAddress(), StationCfg::GetStationName())
     , m_pState(Tree::Instance()->Find<ValueInt>(ZANPath::Device(g_vdDevState)))
     , m_pStateInfo(Tree::Instance()->Find<ValueString>(ZANPath::Device(g_vdDevStateInfo)))
     , m_link(MakeFactory(std::move(driver)), choice.address, Station::GetDeviceAddress(),

@@ -10,6 +10,14 @@ using KvZANCommon::BadLine;
 using KvZANCommon::ErrorStruct;
 using KvZANCommon::RecordedBearing;
 
+namespace {
+
+QString InputHasEnded() {
+    return u"standard input has ended"_s;
+}
+
+} // namespace
+
 StreamDriver::StreamDriver()
     : m_reader(m_lines, [this](const QString& text) { ReportBadLine(text); }) {}
 
@@ -33,9 +41,8 @@ int StreamDriver::Initialize(std::string& address, bool /*simulation*/) {
     m_lines.Close();
     m_address = QString::fromStdString(address);
     Log(u"open "_s + m_address);
-    const bool isInput = m_address == StreamSource::STANDARD_INPUT;
-    if (isInput && m_hasInputEnded) {
-        return static_cast<int>(Refuse(u"standard input has ended"_s));
+    if (m_hasInputEnded && m_address == StreamSource::STANDARD_INPUT) {
+        return static_cast<int>(Refuse(InputHasEnded()));
     }
     QString reason;
     m_isOpen = StreamSource::Open(m_lines, m_address, reason);
@@ -125,7 +132,13 @@ void StreamDriver::Lose() {
         }
     }
     const QString& failure = m_lines.GetErrorText();
-    Report(m_address + u": "_s + (failure.isEmpty() ? u"the other end has closed it"_s : failure), true);
+    if (!failure.isEmpty()) {
+        Report(m_address + u": "_s + failure, true);
+    } else if (m_address == StreamSource::STANDARD_INPUT) {
+        Report(InputHasEnded(), true);
+    } else {
+        Report(m_address + u": the other end has closed it"_s, true);
+    }
     m_pCallback->CloseDataLink();
 }
 

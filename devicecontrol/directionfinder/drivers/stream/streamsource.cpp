@@ -100,6 +100,7 @@ int BindUdp(const HostAndPort& target, QString& reason) {
     const QEventLoop
         loop; // Qt's socket wants its thread to have a dispatcher of events, although none is used
     QUdpSocket socket;
+    socket.setProxy(QNetworkProxy::NoProxy);
     if (!socket.bind(address, target.port, QUdpSocket::DontShareAddress)) {
         reason = socket.errorString();
         return -1;
