@@ -33,11 +33,11 @@ constexpr std::string_view NOTHING = "R";
 
 /// A number that a field may hold.
 struct NumberField {
-    Field place;
+    Field place = TIME;
     QStringView name;
-    double minimum;
-    double maximum;
-    bool isRequired;
+    double minimum = 0.0;
+    double maximum = 0.0;
+    bool isRequired = false;
 };
 
 constexpr double FULL_CIRCLE = 360.0;
@@ -149,16 +149,16 @@ bool RecordParser::Parse(std::string_view line, Record& record) {
     std::optional<double> frequency;
     std::optional<double> firstHeading;
     std::optional<double> secondHeading;
-    const std::pair<const NumberField*, std::optional<double>*> targets[]{
-        {&TIME_FIELD, &time},
-        {&BEARING_FIELD, &bearing},
-        {&CONFIDENCE_FIELD, &confidence},
-        {&LEVEL_FIELD, &record.level},
-        {&FREQUENCY_FIELD, &frequency},
-        {&LATITUDE_FIELD, &record.latitude},
-        {&LONGITUDE_FIELD, &record.longitude},
-        {&FIRST_HEADING_FIELD, &firstHeading},
-        {&SECOND_HEADING_FIELD, &secondHeading}};
+    using Target = std::pair<const NumberField*, std::optional<double>*>;
+    const std::array<Target, 9> targets{{{&TIME_FIELD, &time},
+                                         {&BEARING_FIELD, &bearing},
+                                         {&CONFIDENCE_FIELD, &confidence},
+                                         {&LEVEL_FIELD, &record.level},
+                                         {&FREQUENCY_FIELD, &frequency},
+                                         {&LATITUDE_FIELD, &record.latitude},
+                                         {&LONGITUDE_FIELD, &record.longitude},
+                                         {&FIRST_HEADING_FIELD, &firstHeading},
+                                         {&SECOND_HEADING_FIELD, &secondHeading}}};
     for (const auto& [field, value] : targets) {
         if (const std::optional<BadRecord> fault = ReadField(*field, fields[field->place], *value)) {
             return Refuse(*fault, u"field %1 (%2): %3: %4"_s.arg(QString::number(field->place + 1),
