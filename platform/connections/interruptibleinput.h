@@ -5,9 +5,13 @@
 #include <QIODevice>
 #include <QString>
 
-/// A recording that is still being written: standard input, a FIFO, or anything else that is not a regular
-/// file. It is opened without waiting for a writer. Reading takes what has arrived, and waits while nothing
-/// has. The end is reached when the last writer has closed it.
+#include <memory>
+
+class QSerialPort;
+
+/// Input that is still being written: standard input, a FIFO, or anything else that is not a regular file; a
+/// serial line; a socket. It is opened without waiting for a writer. Reading takes what has arrived, and
+/// waits while nothing has. The end is reached when the last writer has closed it.
 ///
 /// Belongs to the thread that reads, but for `Interrupt`.
 class ZANPLATFORM_EXPORT InterruptibleInput final : public QIODevice {
@@ -15,7 +19,7 @@ public:
     /// The name of standard input.
     static constexpr QStringView STANDARD_INPUT = u"-";
 
-    InterruptibleInput() = default;
+    InterruptibleInput();
     InterruptibleInput(const InterruptibleInput&) = delete;
     InterruptibleInput& operator=(const InterruptibleInput&) = delete;
     ~InterruptibleInput() override;
@@ -26,6 +30,12 @@ public:
     /// Closes what was open and opens another stream. False, with the reason in `errorString`, when it cannot
     /// be opened.
     bool Open(const QString& name);
+    /// The same with a serial line, by the address that `CInterfaceCreator` takes.
+    bool OpenSerialLine(const QString& address);
+    /// The same with an open descriptor that does not block, which is closed with this. Of a socket of
+    /// datagrams, each is read as whole lines: one that does not end with a line end gets one. Read with room
+    /// for the largest datagram, 65,536 bytes.
+    bool Adopt(int descriptor);
     void close() override;
     /// From any thread: readers get the end of the stream, now and until `Resume`.
     void Interrupt() const;
@@ -41,7 +51,11 @@ protected:
     qint64 writeData(const char* data, qint64 size) override;
 
 private:
+    ZANPLATFORM_NO_EXPORT bool Begin(int descriptor);
+
+    std::unique_ptr<QSerialPort> m_serialLine; // while it is open, nobody else opens it
     int m_stream = -1;
+    bool m_hasDatagrams = false;
     int m_lock = -1;      // standard input, opened once more: other programs share what is open as that
     int m_interrupt = -1; // becomes readable with `Interrupt`
 };

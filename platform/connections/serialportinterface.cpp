@@ -49,19 +49,13 @@ qint64 SerialPortInterface::GetUnsentCount() const {
 
 // Each function calls its callback last, because it may delete this object. The calls are queued, so that
 // none of the port's own functions is running then.
-bool SerialPortInterface::Open() {
-    // Opened for reading, too: otherwise it would go unnoticed that the port is unplugged while nothing is
-    // sent.
-    if (!m_port.open(QIODevice::ReadWrite)) {
-        return false;
-    }
+void SerialPortInterface::Start() {
     connect(&m_port, &QSerialPort::readyRead, this, &SerialPortInterface::DiscardInput, Qt::QueuedConnection);
     connect(&m_port, &QSerialPort::bytesWritten, this, &SerialPortInterface::TellWritten,
             Qt::QueuedConnection);
     connect(&m_port, &QSerialPort::errorOccurred, this, &SerialPortInterface::Fail, Qt::QueuedConnection);
     QMetaObject::invokeMethod(
         this, [this] { m_callback.OnOpen(); }, Qt::QueuedConnection);
-    return true;
 }
 
 bool SerialPortInterface::IsReadyToWrite(const char* data, int length) const {

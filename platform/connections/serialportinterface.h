@@ -7,7 +7,7 @@
 
 class IInterfaceCallback;
 
-/// A serial line: first its port is set up, then it is opened and sends.
+/// A serial line: first its port is opened, then it is started and sends.
 class SerialPortInterface : public QObject, public IInterface {
 public:
     /// At most this many bytes wait to be sent.
@@ -17,10 +17,10 @@ public:
     /// Sends what still waits, for 5 s at most and only while the line takes it.
     ~SerialPortInterface() override;
 
-    /// The port, for setting it up before it is opened.
+    /// The port, for opening it (`SerialLine::Open`).
     QSerialPort& Port() { return m_port; }
-    /// False when the port cannot be opened with its settings; `Port().errorString()` says why.
-    bool Open();
+    /// Begins to notify the callback of the open port.
+    void Start();
 
     [[nodiscard]] bool IsReadyToWrite(const char* data, int length) const override;
     bool Write(const char* data, int length) override;

@@ -339,7 +339,7 @@ TEST(RecordingReader, CountsBadLinesByReason) {
     EXPECT_EQ(reader.GetBadLineCount(BadLine::NotANumber), 1U);
     EXPECT_EQ(reader.GetBadLineCount(BadLine::TooLong), 0U);
     EXPECT_EQ(reader.GetBadLineCount(), 3U);
-    EXPECT_EQ(RecordingReader::GetReasonText(BadLine::OutOfRange), u"out of range"_s);
+    EXPECT_EQ(GetReasonText(BadLine::OutOfRange), u"out of range"_s);
 }
 
 TEST(RecordingReader, AcceptsHowOtherProgramsEndLinesAndBeginFiles) {

@@ -2,19 +2,18 @@
 
 #include "zancommon_export.h"
 
-#include "connections/inputfile.h"
-#include "connections/interruptibleinput.h"
+#include "zancommon/badline.h"
+#include "zancommon/linereader.h"
 #include "zancommon/recordedbearing.h"
+#include "zancommon/rowparser.h"
 
 #include <QString>
 #include <QStringList>
 
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 class QIODevice;
 
@@ -34,31 +33,18 @@ namespace KvZANCommon {
 /// \endcode
 class ZANCOMMON_EXPORT RecordingReader {
 public:
-    /// Why a line is not a valid row.
-    enum class BadLine {
-        ColumnCount,
-        MissingValue,
-        NotANumber,
-        NotFinite,
-        OutOfRange,
-        TimeBackwards, ///< earlier than the last valid row; the same time is valid
-        NulByte,
-        TooLong,
-        COUNT
-    };
+    using BadLine = KvZANCommon::BadLine;
 
     /// The longest line that is read, in bytes; a row has about 100.
-    static constexpr std::size_t MAX_LINE_LENGTH = 4096;
+    static constexpr std::size_t MAX_LINE_LENGTH = LineReader::MAX_LENGTH;
     /// How many bad lines are kept as texts.
     static constexpr qsizetype MAX_BAD_LINE_TEXTS = 20;
-
-    RecordingReader();
 
     /// Opens a file and reads its header line; while it is open, outputs refuse it (`OutputFile`). False with
     /// an error text when it cannot be opened, is a directory or empty, or its header line is missing or has
     /// other columns than `RECORDING_COLUMNS`, and behind them some of `FURTHER_RECORDING_COLUMNS`. All
-    /// counts are reset. The header line of a stream (`InterruptibleInput`: a FIFO, or "-") may take long to
-    /// arrive: it is read with the first row, and its faults are told then.
+    /// counts are reset. The header line of a stream (`InterruptibleInput`: a FIFO, or
+    /// "-") may take long to arrive: it is read with the first row, and its faults are told then.
     bool Open(const QString& name);
     /// Reads from a device that is open for reading, from its current position; it is not owned and must
     /// outlive the last call of `Next`. Its `read` returns 0 at the end and below 0 on an error; for a
@@ -73,63 +59,41 @@ public:
 
     /// From any thread: reading ends, as at the end of the recording, now and until `Resume`. A reader that
     /// waits for a stream, or skips gigabytes of lines that are not rows, would not end for long otherwise.
-    void Interrupt();
-    void Resume();
+    void Interrupt() { m_lines.Interrupt(); }
+    void Resume() { m_lines.Resume(); }
 
     /// Whether the recording has a column: after its header line was read, which is that of a stream with the
     /// first row.
-    [[nodiscard]] bool HasColumn(std::string_view name) const;
+    [[nodiscard]] bool HasColumn(std::string_view name) const { return m_parser.HasColumn(name); }
     /// Why `Open` or reading failed; empty without a failure.
     [[nodiscard]] const QString& GetErrorText() const { return m_errorText; }
     [[nodiscard]] quint64 GetRowCount() const { return m_rowCount; }
     /// How much of the recording has been read, 0 to 1; 0 when the size is not known.
-    [[nodiscard]] double GetProgress() const;
+    [[nodiscard]] double GetProgress() const { return m_lines.GetProgress(); }
     [[nodiscard]] quint64 GetBadLineCount() const;
     [[nodiscard]] quint64 GetBadLineCount(BadLine reason) const;
     /// "line 7: azimuth_deg: out of range: "360"" for the first `MAX_BAD_LINE_TEXTS` bad lines.
     [[nodiscard]] const QStringList& GetBadLineTexts() const { return m_badLineTexts; }
-    /// "out of range"
-    [[nodiscard]] static QString GetReasonText(BadLine reason);
 
 private:
-    enum class Line { Complete, TooLong, End };
-
-    ZANCOMMON_NO_EXPORT void Reset(QIODevice& device, const QString& name);
+    ZANCOMMON_NO_EXPORT bool Begin(const QString& name, bool isOpen);
     ZANCOMMON_NO_EXPORT bool Fail(const QString& text);
-    ZANCOMMON_NO_EXPORT bool OpenStream(const QString& name);
+    [[nodiscard]] ZANCOMMON_NO_EXPORT bool IsReading() const;
     ZANCOMMON_NO_EXPORT bool ReadHeader();
     ZANCOMMON_NO_EXPORT std::optional<RecordedBearing> Read(bool mayWait);
-    ZANCOMMON_NO_EXPORT Line ReadLine(std::string_view& line);
-    ZANCOMMON_NO_EXPORT bool IsLineHere();
-    ZANCOMMON_NO_EXPORT void DropRest();
-    [[nodiscard]] ZANCOMMON_NO_EXPORT const char* FindNewline() const;
-    ZANCOMMON_NO_EXPORT bool Fill();
-    ZANCOMMON_NO_EXPORT bool AtEnd();
     ZANCOMMON_NO_EXPORT bool ParseRow(std::string_view line, RecordedBearing& bearing);
-    ZANCOMMON_NO_EXPORT bool Reject(std::string_view line, const RecordingColumn& column, const char* field,
-                                    BadLine reason);
     template <class MakeText>
     void Count(BadLine reason, MakeText makeText);
 
-    std::atomic<bool> m_isInterrupted = false;
-    InputFile m_file;
-    InterruptibleInput m_stream;
-    bool m_isHeaderDue = false;     // of a stream
-    QIODevice* m_pDevice = nullptr; // null: nothing to read
+    LineReader m_lines;
+    RowParser m_parser;
+    bool m_isHeaderDue = false; // of a stream
     QString m_name;
     QString m_errorText;
-    std::vector<char> m_buffer;
-    std::size_t m_begin = 0; // of the bytes in the buffer that have not been split into lines
-    std::size_t m_end = 0;
-    qint64 m_size = 0;       // of the whole recording; 0: not known
-    qint64 m_received = 0;   // bytes that have been read into the buffer
-    bool m_skipping = false; // in the rest of a line that was too long
-    quint64 m_lineNumber = 0;
     quint64 m_lastTimeMs = 0;
     quint64 m_rowCount = 0;
     std::array<quint64, static_cast<std::size_t>(BadLine::COUNT)> m_badLineCounts{};
     QStringList m_badLineTexts;
-    std::vector<const RecordingColumn*> m_columns; // of the recording, in its order
 };
 
 } // namespace KvZANCommon

@@ -16,44 +16,6 @@ namespace {
 
 constexpr double AS_FAST_AS_POSSIBLE = 0.0;
 
-constexpr quint16 AVERAGE_COUNT = 1;
-
-/// The longest block of a scan.
-constexpr std::size_t MAX_BLOCK = 60000;
-
-/// Whether a row belongs to the block of the row before: it was measured at the same moment, in the same
-/// mode, on the same frequency, from the same platform, and is the next one of the same emitters, if these
-/// are numbered.
-bool BelongTogether(const RecordedBearing& a, const RecordedBearing& b) {
-    if (a.emitter ? b.emitter != *a.emitter + 1.0 || *a.emitter == RecordedBearing::NO_EMITTER
-                  : b.emitter || a.mode == EMODE_FFM) {
-        return false;
-    }
-    RecordedBearing sameBearing = b;
-    sameBearing.azimuth = a.azimuth;
-    sameBearing.elevation = a.elevation;
-    sameBearing.quality = a.quality;
-    sameBearing.level = a.level;
-    sameBearing.emitter = a.emitter;
-    return sameBearing == a;
-}
-
-Bearing ToBearing(const RecordedBearing& row) {
-    constexpr int FULL_CIRCLE = 3600;
-    Bearing bearing;
-    bearing.azimuth = static_cast<quint16>(std::lround(row.azimuth * 10.0) % FULL_CIRCLE);
-    if (row.elevation) {
-        bearing.elevation = static_cast<qint16>(std::lround(*row.elevation * 10.0));
-    }
-    if (row.level) {
-        // The lowest 16-bit number means that there is no level.
-        bearing.level = static_cast<qint16>(std::max(std::lround(*row.level * 100.0), -32767L));
-    }
-    bearing.averageCount = AVERAGE_COUNT;
-    bearing.quality = static_cast<quint16>(std::lround(row.quality));
-    return bearing;
-}
-
 } // namespace
 
 ReplayDriver::ReplayDriver(KvZANCommon::ILegacyDriverCallback& callback)
@@ -138,17 +100,12 @@ void ReplayDriver::Stop() {
 void ReplayDriver::Replay() {
     std::optional<RecordedBearing> row = Tell(m_reader.Next());
     while (row && WaitFor(row->timeMs)) {
-        const RecordedBearing first = *row;
-        RecordedBearing last = first;
-        m_block.clear();
-        do {
-            last = *row;
-            if (last.emitter != RecordedBearing::NO_EMITTER) {
-                m_block.push_back(ToBearing(last));
-            }
+        TellPosition(*row);
+        while (row && m_block.Add(*row)) {
             row = Tell(m_reader.NextIfHere()); // a block is not delayed by rows that have not arrived
-        } while (row && m_block.size() < MAX_BLOCK && BelongTogether(last, *row));
-        Deliver(first);
+        }
+        ++m_blockCount;
+        m_block.Deliver(m_callback);
         if (!row) {
             row = Tell(m_reader.Next());
         }
@@ -186,7 +143,7 @@ void ReplayDriver::TellBadLines() {
         const auto reason = static_cast<RecordingReader::BadLine>(i);
         if (const quint64 count = m_reader.GetBadLineCount(reason); count > 0) {
             KvZANCommon::ErrorStruct result{
-                FAILED, false, RecordingReader::GetReasonText(reason) + u": "_s + QString::number(count)};
+                FAILED, false, KvZANCommon::GetReasonText(reason) + u": "_s + QString::number(count)};
             m_callback.ReportBITResult(result);
         }
     }
@@ -220,38 +177,6 @@ bool ReplayDriver::WaitFor(quint64 recordedTime) {
         std::min(static_cast<double>(recordedTime - *m_firstTime) / m_pace, LONGEST));
     const auto due = m_begin + std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceFirst);
     return !m_stopRequested.wait_until(lock, due, [this] { return m_isStopping; });
-}
-
-void ReplayDriver::Deliver(const RecordedBearing& platform) {
-    KvZANCommon::StatusStruct status;
-    status.frequency = platform.frequency;
-    status.heading = platform.heading;
-    status.pitch = platform.pitch;
-    status.roll = platform.roll;
-    status.latitude = platform.latitude;
-    status.longitude = platform.longitude;
-    status.altitude = platform.altitude;
-    ++m_blockCount;
-    TellPosition(platform);
-    if (platform.emitter) {
-        KvZANCommon::SuperResolutionStruct result{platform.timeMs, platform.frequency, m_block};
-        m_callback.fillFFMSRBuffer(result, status);
-        return;
-    }
-    if (platform.mode == EMODE_FFM) {
-        const Bearing& bearing = m_block.front();
-        m_callback.fillFFMBuffer({.time = platform.timeMs,
-                                  .frequency = platform.frequency,
-                                  .azimuth = bearing.azimuth,
-                                  .elevation = bearing.elevation,
-                                  .level = bearing.level,
-                                  .averageCount = AVERAGE_COUNT,
-                                  .quality = bearing.quality},
-                                 status, false);
-        return;
-    }
-    unsigned long long time = platform.timeMs;
-    m_callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(m_block.size()), m_block.data(), status);
 }
 
 /// A recording with the time of the position has the position that a station has used. It is told when it

@@ -4,6 +4,7 @@
 #include "zancommon/ilegacydrivercallback.h"
 #include "zancommon/nulllegacydriver.h"
 #include "zancommon/recordingreader.h"
+#include "zancommon/rowblock.h"
 
 #include <QString>
 
@@ -14,7 +15,6 @@
 #include <optional>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace Replay {
 
@@ -78,14 +78,13 @@ private:
     bool IsStopping();
     /// Waits until a recorded time is due. False when the driver is being stopped.
     bool WaitFor(quint64 recordedTime);
-    void Deliver(const KvZANCommon::RecordedBearing& platform);
 
     KvZANCommon::ILegacyDriverCallback& m_callback;
     double m_pace = 1.0; // times as fast as recorded; 0: without waiting
     KvZANCommon::RecordingReader m_reader;
     qsizetype m_reportedLines = 0;
     QString m_lastError;
-    std::vector<Bearing> m_block; // the bearings of the block that is being assembled
+    KvZANCommon::RowBlock m_block; // that is being assembled
     double m_toldProgress = 0.0;
     std::optional<Position> m_toldPosition;
     std::atomic<long> m_blockCount = 0;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "zancommon_export.h"
+
+#include <QString>
+
+namespace KvZANCommon {
+
+/// Why a line is not a valid row of bearings.
+enum class BadLine {
+    ColumnCount,
+    MissingValue,
+    NotANumber,
+    NotFinite,
+    OutOfRange,
+    TimeBackwards, ///< of a recording: earlier than the last valid row; the same time is valid
+    NulByte,
+    TooLong,
+    OtherColumns, ///< of a live source: below a header line with other columns
+    NotAnObject,  ///< of a live source: begins as a JSON object, and is none
+    COUNT
+};
+
+/// "out of range"
+ZANCOMMON_EXPORT QString GetReasonText(BadLine reason);
+
+} // namespace KvZANCommon
