@@ -31,6 +31,12 @@ QString Initialize(KvZANCommon::IDriver& driver, const QString& deviceAddress) {
     }
 }
 
+/// Threads that a driver has started may outlive it, and deliver to its receiver to the end of the process.
+void KeepToTheEnd(const std::shared_ptr<DriverReceiver>& receiver) {
+    static auto& receivers = *new std::vector<std::shared_ptr<DriverReceiver>>;
+    receivers.push_back(receiver);
+}
+
 } // namespace
 
 DriverLink::DriverLink(DriverThread::Factory factory, QString address, const QString& stationAddress,
@@ -54,11 +60,9 @@ DriverLink::DriverLink(DriverThread::Factory factory, QString address, const QSt
     m_nextAttempt.callOnTimeout(this, &DriverLink::Connect);
 }
 
-/// Threads that a driver has started may outlive it, and deliver to the receiver to the end of the process.
 DriverLink::~DriverLink() {
     Close();
-    static auto& receivers = *new std::vector<std::shared_ptr<DriverReceiver>>;
-    receivers.push_back(m_receiver);
+    KeepToTheEnd(m_receiver);
 }
 
 void DriverLink::Open() {
