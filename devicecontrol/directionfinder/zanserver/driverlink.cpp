@@ -1,5 +1,7 @@
 #include "zanserver/driverlink.h"
 
+#include "zanserver/drivererrands.h"
+
 #include <QEventLoop>
 
 #include <algorithm>
@@ -22,7 +24,7 @@ QString Initialize(KvZANCommon::IDriver& driver, const QString& deviceAddress) {
         if (result == 0) {
             return {};
         }
-        const QString reason = driver.GetLastError();
+        const QString reason = Bounded(driver.GetLastError());
         return reason.isEmpty() ? u"the driver could not open the device (code %1)"_s.arg(result) : reason;
     } catch (const std::exception& exception) {
         return u"the driver threw an exception: "_s + QString::fromLocal8Bit(exception.what());
