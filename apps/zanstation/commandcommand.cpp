@@ -126,7 +126,8 @@ int Command(const QStringList& arguments) {
     int exitCode = EXIT_OK;
     {
         const Station station(choice);
-        exitCode = Commander(choice, std::move(driver)).Give(line.Positional().join(u' '), signals);
+        Commander commander(choice, std::move(driver));
+        exitCode = commander.Give(line.Positional().join(u' '), signals);
     }
     return CfgCenter::Close() || exitCode != EXIT_OK ? exitCode : EXIT_FAILED;
 }

@@ -82,7 +82,9 @@ QString CheckRecordFile(const RunOptions& options, const QString& output) {
 
 /// The station's files in the directory of its settings, also those that it will create.
 QStringList FindOwnFiles(const QString& directory, const QString& stationAddress) {
-    QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(stationAddress)};
+    static const QRegularExpression notInFileNames(u"[/:*\"]"_s); // of the log's name
+    QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(
+                                      QString(stationAddress).replace(notInFileNames, u"_"_s))};
     for (const QString& name : {u"/Application.ini"_s, u"/TrafficControl.ini"_s}) {
         // A settings file that is a link is saved where the link leads to.
         const QString place = QFileInfo(directory + name).canonicalFilePath();
@@ -293,15 +295,17 @@ void RunCommand::SetParameters() {
 /// Only wishes: what becomes of them is the matter of the device's control.
 void RunCommand::SetWishes() const {
     using namespace StdDeviceDefinition;
-    if (m_options.mode) {
-        Tree::Instance()
-            ->Find<ValueSelection>(ZANPath::Server(g_vdOperationMode))
-            ->SetCurrentKey(*m_options.mode);
+    if (m_options.mode && !Tree::Instance()
+                               ->Find<ValueSelection>(ZANPath::Server(g_vdOperationMode))
+                               ->SetCurrentKey(*m_options.mode)) {
+        Console::Warn(u"OperationMode: asked for %1, not carried out: there is no such mode"_s.arg(
+            OperationModeText::Format(*m_options.mode)));
     }
-    if (m_options.frequency) {
-        Tree::Instance()
-            ->Find<ValueNumericDouble>(ZANPath::Server(g_vdFrequency))
-            ->SetValue(*m_options.frequency);
+    auto* const frequency = Tree::Instance()->Find<ValueNumericDouble>(ZANPath::Server(g_vdFrequency));
+    if (m_options.frequency && !frequency->SetValue(*m_options.frequency)) {
+        Console::Warn(u"Frequency: asked for %1, not carried out: it is from %2 to %3"_s.arg(
+            FrequencyText::Format(*m_options.frequency), FrequencyText::Format(frequency->GetMin()),
+            FrequencyText::Format(frequency->GetMax())));
     }
     if (!m_options.ranges.isEmpty()) {
         auto* const ranges = Tree::Instance()->Find<ValueStringList>(ZANPath::Server(g_vdScanRanges));

@@ -22,8 +22,7 @@ public:
 
     /// Begins to look up a name or an address.
     /// \param done is called once from the event loop of the calling thread, unless this object has ended
-    /// before;
-    ///        it may destroy this object
+    ///        before; it may destroy this object
     /// \param resolve is called on a thread of its own, which may outlive this object
     HostLookup(const QString& host, std::function<void(const Result&)> done, Resolver resolve = AskSystem);
     HostLookup(const HostLookup&) = delete;
@@ -34,6 +33,7 @@ public:
     [[nodiscard]] static Result AskSystem(const std::string& host);
 
 private:
+    class Receiver;
     struct Shared;
     std::shared_ptr<Shared> m_shared;
 };

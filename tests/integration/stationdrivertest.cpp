@@ -232,6 +232,17 @@ TEST_F(StationDriverTest, WishThatIsMovedIsTold) {
         << result.err.toStdString();
 }
 
+TEST_F(StationDriverTest, WishThatNoDeviceHasIsTold) {
+    const StationResult result = RunStation(Arguments(
+        {u"--speed"_s, u"max"_s, u"--duration"_s, u"1"_s, u"--mode"_s, u"9"_s, u"--frequency"_s, u"5G"_s}));
+    EXPECT_EQ(result.exitCode, 0);
+    for (const QString& warning :
+         {u"OperationMode: asked for 9, not carried out: there is no such mode"_s,
+          u"Frequency: asked for 5 GHz, not carried out: it is from 0 Hz to 3.6 GHz"_s}) {
+        EXPECT_TRUE(result.err.contains(warning)) << result.err.toStdString();
+    }
+}
+
 TEST_F(StationDriverTest, WishThatTheDriverDoesNotSupportIsToldWhenItWasAskedFor) {
     const QStringList asked{u"--mode"_s, u"scan"_s, u"--frequency"_s, u"121.5M"_s};
     EXPECT_TRUE(

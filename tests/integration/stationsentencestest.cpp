@@ -514,11 +514,28 @@ TEST_F(StationSentencesTest, EmittersOnOneFrequencyBecomeASentenceEach) {
     emitters.bearings[1].azimuth = 900;
     EXPECT_EQ(Send(emitters), QByteArray()) << "the bearing that follows brings them about";
     EXPECT_EQ(ServerValue<ValueNumericInt>(g_vdSRNumEmitterResult)->GetValue(), 2);
-    const QByteArray sentences = Send(MakeBlock());
+    BearingBlock result = MakeBlock();
+    result.kind = BearingBlock::Kind::FixedFrequency;
+    const QByteArray sentences = Send(result);
     EXPECT_EQ(sentences.count("\r\n"), 3);
     EXPECT_TRUE(sentences.startsWith("$PLG, 71.5,FRQ, 121500000,")) << sentences.toStdString();
     EXPECT_TRUE(sentences.contains(",SR,0\r\n$PLG, 90.0,FRQ, 121500000,")) << sentences.toStdString();
     EXPECT_TRUE(sentences.endsWith(",SR,1\r\n\r\n")) << sentences.toStdString();
+}
+
+TEST_F(StationSentencesTest, EmittersAreNotWrittenAgainWithTheResultOfAnotherFrequencyOrAScan) {
+    EXPECT_TRUE(ServerValue<ValueSelection>(g_vdSRStatus)->SetCurrentKey(1, nullptr));
+    BearingBlock emitters = MakeBlock();
+    emitters.kind = BearingBlock::Kind::SuperResolution;
+    BearingBlock other = MakeBlock();
+    other.kind = BearingBlock::Kind::FixedFrequency;
+    other.status.frequency = 127.5e6;
+    for (const BearingBlock& block : {other, MakeBlock()}) {
+        Send(emitters);
+        EXPECT_EQ(Send(block), QByteArray());
+        EXPECT_TRUE(ServerValue<ValueBearingList>(g_vdAzimuthList)->Empty());
+        EXPECT_EQ(ServerValue<ValueNumericInt>(g_vdSRNumEmitterResult)->GetValue(), 0);
+    }
 }
 
 TEST_F(StationSentencesTest, EmitterThatAFilterRejectsIsLeftOut) {

@@ -3,6 +3,7 @@
 #include "support/devicetree.h"
 #include "support/eventloop.h"
 #include "support/fakedevice.h"
+#include "support/kepttotheend.h"
 #include "support/observers.h"
 #include "support/printing.h"
 #include "support/storedsettings.h"
@@ -772,8 +773,8 @@ TEST_F(DeviceControlTest, ControlMayGoWhileACallIsUnderWay) {
 }
 
 TEST_F(DeviceControlTest, DriverThatIsGivenUpGetsNothingMore) {
-    auto* const device = new FakeDevice; // used by the driver to the end of the process
-    auto* const release = new std::promise<void>;
+    auto* const device = MakeKeptToTheEnd<FakeDevice>();
+    auto* const release = MakeKeptToTheEnd<std::promise<void>>();
     DriverThread thread([device] { return std::make_unique<FakeDriver>(*device); },
                         std::make_shared<DriverReceiver>(ADDRESS), [](DriverCall) { return 300ms; });
     DeviceControl control(thread, ADDRESS);

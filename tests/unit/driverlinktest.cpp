@@ -1,6 +1,7 @@
 #include "zanserver/driverlink.h"
 
 #include "support/eventloop.h"
+#include "support/kepttotheend.h"
 #include "support/printing.h"
 #include "zancommon/nulldriver.h"
 
@@ -91,7 +92,7 @@ protected:
         return link;
     }
 
-    Device* const m_device = new Device; // a driver that is given up uses it to the end of the process
+    Device* const m_device = MakeKeptToTheEnd<Device>();
     int m_connected = 0;
     int m_ended = 0;
     QStringList m_lost;
@@ -273,7 +274,7 @@ TEST_F(DriverLinkTest, NothingArrivesAfterClosing) {
 }
 
 TEST_F(DriverLinkTest, DriverThatHangsIsGivenUpAndClosingDoesNotWaitForIt) {
-    auto* const released = new std::promise<void>;
+    auto* const released = MakeKeptToTheEnd<std::promise<void>>();
     m_device->onInitialize = [future = released->get_future().share()](IDriverCallback&) {
         future.wait();
         return 0;

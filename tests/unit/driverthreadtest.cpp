@@ -1,6 +1,7 @@
 #include "zanserver/driverthread.h"
 
 #include "support/eventloop.h"
+#include "support/kepttotheend.h"
 #include "support/printing.h"
 #include "zancommon/nulldriver.h"
 
@@ -64,9 +65,8 @@ protected:
     /// Lets the thread of a driver that was given up end, so that nothing of it is left to the next test.
     void Release() { m_release->set_value(); }
 
-    // A driver that is given up uses these to the end of the process.
-    Life* const m_life = new Life;
-    std::promise<void>* const m_release = new std::promise<void>;
+    Life* const m_life = MakeKeptToTheEnd<Life>();
+    std::promise<void>* const m_release = MakeKeptToTheEnd<std::promise<void>>();
     const std::shared_future<void> m_released = m_release->get_future().share();
 
     const std::shared_ptr<DriverReceiver> m_receiver = std::make_shared<DriverReceiver>(u"device"_s);

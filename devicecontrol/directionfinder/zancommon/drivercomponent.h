@@ -29,7 +29,7 @@ private:
 template <class Driver>
 class DriverComponent final : public IDriverComponent {
 public:
-    [[nodiscard]] quint32 GetDriverInterfaceVersion() const override { return INTERFACE_VERSION; }
+    [[nodiscard]] quint32 GetDriverInterfaceVersion() const override { return DRIVER_INTERFACE_VERSION; }
     [[nodiscard]] DriverDescription Describe() const override { return Driver::Describe(); }
     [[nodiscard]] std::unique_ptr<IDriver> CreateDriver() const override {
         if constexpr (std::is_base_of_v<IDriver, Driver>) {

@@ -11,6 +11,8 @@ namespace KvZANCommon {
 /// connected.
 class ZANCOMMON_EXPORT IDeviceDescription {
 public:
+    virtual ~IDeviceDescription();
+
     /// The device type, by its name in the catalogue ("ZANTIDE"); empty: not known.
     [[nodiscard]] virtual QString GetDeviceType() = 0;
     /// The installed options by their names, separated by ";" ("ZAN-HFR;ZANTIDE-SR"). Null: not known; empty:
@@ -18,11 +20,9 @@ public:
     [[nodiscard]] virtual QString GetDeviceOptions() = 0;
 
 protected:
-    // Nobody deletes a driver through this class.
     IDeviceDescription() = default;
     IDeviceDescription(const IDeviceDescription&) = default;
     IDeviceDescription& operator=(const IDeviceDescription&) = default;
-    virtual ~IDeviceDescription();
 };
 
 } // namespace KvZANCommon

@@ -19,13 +19,13 @@ class ZANCOMMON_EXPORT IDriverComponent : public IDllInstance {
 public:
     /// Changes with every change of the driver interfaces and their records that a built driver would not
     /// survive.
-    static constexpr quint32 INTERFACE_VERSION = 1;
+    static constexpr quint32 DRIVER_INTERFACE_VERSION = 1;
 
     ~IDriverComponent() override;
 
     // The order of the operations is part of the interface, and the version is asked for first.
 
-    /// The `INTERFACE_VERSION` that the driver was built with.
+    /// The `DRIVER_INTERFACE_VERSION` that the driver was built with.
     [[nodiscard]] virtual quint32 GetDriverInterfaceVersion() const = 0;
     [[nodiscard]] virtual DriverDescription Describe() const = 0;
     /// A driver without a callback, on the thread on which it will be called and destroyed. Not null. It is

@@ -107,7 +107,7 @@ void Observe(IObserver* observer) {
         for (const ValueDescriptor* const each :
              {&g_vdAntEnabled, &g_vdAntMinRange, &g_vdAntMaxRange, &g_vdAntMechOffset, &g_vdAntCompassEnabled,
               &g_vdAntPolarizationMode}) {
-            if (ValueBase* const value = node.GetValue<ValueBase>(*each)) {
+            if (auto* const value = node.GetValue<ValueBase>(*each)) {
                 value->AddObserver(observer);
             }
         }

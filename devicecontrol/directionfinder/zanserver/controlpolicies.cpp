@@ -50,9 +50,10 @@ qint32 ToDecibels(double level) {
 /// What the device says of a setting that was set; not of one that was left to it.
 template <class T>
 void TakeIfSet(T& setting, const T& ofDevice) {
-    if constexpr (std::is_same_v<T, bool>) {
-        setting = ofDevice;
-    } else if (setting != T(-1) && ofDevice != T(-1) && std::isfinite(static_cast<double>(ofDevice))) {
+    const auto isSet = [](T value) {
+        return std::is_same_v<T, bool> || (value != T(-1) && std::isfinite(static_cast<double>(value)));
+    };
+    if (isSet(setting) && isSet(ofDevice)) {
         setting = ofDevice;
     }
 }

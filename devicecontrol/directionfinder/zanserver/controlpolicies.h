@@ -18,8 +18,9 @@ namespace ZANServer::ControlPolicies {
 using KvZANCommon::IDriver;
 
 /// What most of them have in common: one call, and nothing is left when it is refused.
-struct Single {
-    static constexpr DriverCall KIND = DriverCall::Setting;
+template <DriverCall CALL>
+struct SingleOf {
+    static constexpr DriverCall KIND = CALL;
     static constexpr bool IS_PARTLY_DONE = false;
     template <class Arguments>
     static std::size_t CountCalls(const Arguments&, const std::optional<Arguments>&) {
@@ -28,6 +29,7 @@ struct Single {
 
     ControlValues* values;
 };
+using Single = SingleOf<DriverCall::Setting>;
 
 /// Those with several calls.
 struct Several {
@@ -241,9 +243,8 @@ struct Compass : Single {
     }
 };
 
-struct Mode : Single {
+struct Mode : SingleOf<DriverCall::SetMode> {
     static constexpr QStringView NAME = u"OperationMode";
-    static constexpr DriverCall KIND = DriverCall::SetMode;
     using Arguments = EMode;
     EWish Read(EMode& mode, WishChange& change) const;
     void Show(EMode mode) const;

@@ -16,8 +16,8 @@ void FillSelection(const ValueDescriptor& descriptor, ValueSelection& selection)
 /// The values of the tree through which an operator sets the device, and what is needed to make a wish valid.
 /// The values are created when they are missing, and must outlive this. Belongs to the thread of the tree.
 struct ControlValues {
-    /// \param owner the observer on whose behalf values are set
-    ControlValues(ZANCharacteristics& characteristics, IObserver* owner);
+    /// \param who the observer on whose behalf values are set
+    ControlValues(ZANCharacteristics& whose, IObserver* who);
 
     ValueNumericDouble* frequency;
     ValueSelection* bandwidth;    ///< of the demodulation

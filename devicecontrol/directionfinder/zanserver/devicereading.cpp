@@ -241,7 +241,7 @@ void AskNext(DriverErrands& errands, const std::shared_ptr<Progress>& progress,
 
 } // namespace
 
-void ReadDevice(DriverErrands& errands, std::function<void(const DeviceReading&)> done) {
+void ReadDevice(DriverErrands& errands, const std::function<void(const DeviceReading&)>& done) {
     AskNext(errands, std::make_shared<Progress>(), done);
 }
 

@@ -48,6 +48,7 @@ struct ZANSERVER_EXPORT DeviceReading {
 
 /// Asks a driver what its device is: one query after the other, each with its own time-out.
 /// \param done on the main thread, with what was read; not when `errands` are gone by then
-ZANSERVER_EXPORT void ReadDevice(DriverErrands& errands, std::function<void(const DeviceReading&)> done);
+ZANSERVER_EXPORT void ReadDevice(DriverErrands& errands,
+                                 const std::function<void(const DeviceReading&)>& done);
 
 } // namespace ZANServer

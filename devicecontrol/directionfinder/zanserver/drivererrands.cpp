@@ -108,7 +108,7 @@ void DriverErrands::Call(DriverCall kind, std::function<void(IDriver&)> call, st
 }
 
 QString TakeLastError(IDriver& driver, long result) {
-    const QString text = Bounded(driver.GetLastError());
+    QString text = Bounded(driver.GetLastError());
     driver.ClearLastError();
     if (!text.isEmpty()) {
         return text;

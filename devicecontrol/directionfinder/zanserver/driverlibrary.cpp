@@ -33,11 +33,11 @@ KvZANCommon::DriverDescription Detach(const KvZANCommon::DriverDescription& desc
 Loaded Question(DriverComponentPtr component, const QString& name) {
     using KvZANCommon::IDriverComponent;
     if (const quint32 version = component->GetDriverInterfaceVersion();
-        version != IDriverComponent::INTERFACE_VERSION) {
+        version != IDriverComponent::DRIVER_INTERFACE_VERSION) {
         return {{},
                 {},
                 u"it has the driver interface version %1, and %2 is wanted"_s.arg(
-                    QString::number(version), QString::number(IDriverComponent::INTERFACE_VERSION))};
+                    QString::number(version), QString::number(IDriverComponent::DRIVER_INTERFACE_VERSION))};
     }
     KvZANCommon::DriverDescription description = Detach(component->Describe());
     if (description.name != name) {

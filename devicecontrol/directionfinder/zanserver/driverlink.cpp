@@ -1,5 +1,7 @@
 #include "zanserver/driverlink.h"
 
+#include "zanserver/drivererrands.h"
+
 #include <QEventLoop>
 
 #include <algorithm>
@@ -22,13 +24,19 @@ QString Initialize(KvZANCommon::IDriver& driver, const QString& deviceAddress) {
         if (result == 0) {
             return {};
         }
-        const QString reason = driver.GetLastError();
+        const QString reason = Bounded(driver.GetLastError());
         return reason.isEmpty() ? u"the driver could not open the device (code %1)"_s.arg(result) : reason;
     } catch (const std::exception& exception) {
         return u"the driver threw an exception: "_s + QString::fromLocal8Bit(exception.what());
     } catch (...) {
         return u"the driver threw an exception"_s;
     }
+}
+
+/// Threads that a driver has started may outlive it, and deliver to its receiver to the end of the process.
+void KeepToTheEnd(const std::shared_ptr<DriverReceiver>& receiver) {
+    static auto& receivers = *new std::vector<std::shared_ptr<DriverReceiver>>;
+    receivers.push_back(receiver);
 }
 
 } // namespace
@@ -54,11 +62,9 @@ DriverLink::DriverLink(DriverThread::Factory factory, QString address, const QSt
     m_nextAttempt.callOnTimeout(this, &DriverLink::Connect);
 }
 
-/// Threads that a driver has started may outlive it, and deliver to the receiver to the end of the process.
 DriverLink::~DriverLink() {
     Close();
-    static auto& receivers = *new std::vector<std::shared_ptr<DriverReceiver>>;
-    receivers.push_back(m_receiver);
+    KeepToTheEnd(m_receiver);
 }
 
 void DriverLink::Open() {

@@ -8,17 +8,15 @@
 
 #include <array>
 
-namespace ZANServer {
-
 /// What a device was doing last, in the section "Control" of its station's settings: frequency, bandwidth,
 /// demodulation, operation mode, ranges, squelch and volume. The antenna and its polarisation are in the
 /// settings of the setup (`ZANSetupData`). Main thread.
-namespace KeptWishes {
+namespace ZANServer::KeptWishes {
 
 /// A key of the section, and the value that it is for. Selections are kept by their keys.
 struct Setting {
     QStringView key;
-    const ValueDescriptor* descriptor;
+    const ValueDescriptor* descriptor = nullptr;
 };
 extern const std::array<Setting, 9> SETTINGS;
 /// The keys of the ranges begin with this text, which a number from 0 on follows. The first one that is
@@ -34,5 +32,4 @@ void Restore(const QString& station, IObserver* originator);
 /// Keeps the values as they are. They are saved with the other settings.
 void Keep(const QString& station);
 
-} // namespace KeptWishes
-} // namespace ZANServer
+} // namespace ZANServer::KeptWishes

@@ -31,10 +31,10 @@ constexpr qsizetype MOST_SECTORS = 36;
 struct Member {
     QStringView group;
     QStringView name;
-    double lowest;
-    double highest;
-    double scale; ///< of the record's unit in that of the text
-    Place (*find)(Range& range);
+    double lowest = 0.0;
+    double highest = 0.0;
+    double scale = 1.0; ///< of the record's unit in that of the text
+    Place (*find)(Range& range) = nullptr;
 };
 
 constexpr std::array<Member, 36> MEMBERS{{
@@ -148,7 +148,7 @@ QString ReadSectors(const QJsonValue& value, Range& range) {
     if (!value.isArray() || sectors.size() > MOST_SECTORS) {
         return Wrong(u"alarm.sectors"_s, value);
     }
-    for (const QJsonValue& each : sectors) {
+    for (const QJsonValue each : sectors) {
         const auto from = ReadNumber(each.toArray().at(0), 0.0, 360.0);
         const auto to = ReadNumber(each.toArray().at(1), 0.0, 360.0);
         if (!from || !to || each.toArray().size() != 2) {

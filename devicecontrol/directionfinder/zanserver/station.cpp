@@ -200,6 +200,7 @@ void Station::Process(BearingBlock& block) {
         PublishEmitters(block, mechOffset);
         return;
     }
+    ForgetEmittersOfOthers(block);
     std::vector<bool> hasSignal; // before the filters set the quality to 0
     hasSignal.reserve(block.bearings.size());
     for (const Bearing& bearing : block.bearings) {
@@ -332,8 +333,20 @@ void Station::PublishBearing(const BearingBlock& block, std::size_t index, int m
     m_pAzimuth->SetValue(result, nullptr);
 }
 
+/// The emitters belong to the result of their frequency: with another result the output would write them
+/// anew.
+void Station::ForgetEmittersOfOthers(const BearingBlock& block) {
+    const bool isTheirs =
+        block.kind == BearingBlock::Kind::FixedFrequency && block.status.frequency == m_emitterFrequency;
+    if (!isTheirs) {
+        m_pEmitters->Clear();
+        m_pEmitterCount->SetValue(0);
+    }
+}
+
 /// Emitters that a filter has rejected are left out. Observers see the whole list, not its parts.
 void Station::PublishEmitters(const BearingBlock& block, int mechOffset) {
+    m_emitterFrequency = block.status.frequency;
     m_pEmitters->StartTransaction();
     m_pEmitters->Clear();
     for (std::size_t i = 0; i < block.bearings.size(); ++i) {

@@ -133,6 +133,7 @@ private:
     [[nodiscard]] ZANSERVER_NO_EXPORT BearingResult ToResult(const BearingBlock& block, std::size_t index,
                                                              int mechOffset) const;
     ZANSERVER_NO_EXPORT void PublishBearing(const BearingBlock& block, std::size_t index, int mechOffset);
+    ZANSERVER_NO_EXPORT void ForgetEmittersOfOthers(const BearingBlock& block);
     ZANSERVER_NO_EXPORT void PublishEmitters(const BearingBlock& block, int mechOffset);
 
     // The values of the tree that the station fills.
@@ -159,6 +160,7 @@ private:
     KvZANCommon::OverheadPassParams m_overheadParams;
     std::optional<KvZANCommon::OHPParamsVtSynchronizer> m_overheadSynchronizer;
     KvZANCommon::OverheadPassFilter m_overheadFilter;
+    double m_emitterFrequency = 0.0; // Hz, of the list of the emitters
     FrequencyOf m_frequencyOf;
     PositionFix m_fix;
     QDeadlineTimer m_fixEnds;

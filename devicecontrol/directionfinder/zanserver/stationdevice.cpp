@@ -134,8 +134,8 @@ void StationDevice::GiveFirstCommand() {
     m_link.GetThread().Post(
         DriverCall::Setting,
         [reason, command = m_firstCommand](KvZANCommon::IDriver& driver) {
-            if (driver.SetTest(command) != 0) {
-                *reason = u"the driver refuses \"%1\": "_s.arg(command) + driver.GetLastError();
+            if (const long result = driver.SetTest(command); result != 0) {
+                *reason = u"the driver refuses \"%1\": "_s.arg(command) + TakeLastError(driver, result);
             }
         },
         [this, reason] {

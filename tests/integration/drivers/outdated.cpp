@@ -7,7 +7,7 @@ namespace {
 /// A driver that was built with another version of the driver interface: nothing else of it may be called.
 class Outdated final : public KvZANCommon::IDriverComponent {
 public:
-    [[nodiscard]] quint32 GetDriverInterfaceVersion() const override { return INTERFACE_VERSION + 1; }
+    [[nodiscard]] quint32 GetDriverInterfaceVersion() const override { return DRIVER_INTERFACE_VERSION + 1; }
     [[nodiscard]] KvZANCommon::DriverDescription Describe() const override {
         throw std::logic_error("called");
     }

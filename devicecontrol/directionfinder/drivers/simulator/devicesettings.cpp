@@ -19,8 +19,8 @@ DeviceSettings MakeInitialSettings(const Scenario& scenario) {
         ConverterSetupStruct setup;
         setup.handle = static_cast<qint32>(settings.converters.size());
         setup.type = converter;
-        const auto row = std::ranges::find(ZANCharacteristics::s_aConverterTypeNames, converter,
-                                           &ZANCharacteristics::ConverterTypeName::converter);
+        const auto* const row = std::ranges::find(ZANCharacteristics::s_aConverterTypeNames, converter,
+                                                  &ZANCharacteristics::ConverterTypeName::converter);
         if (row != ZANCharacteristics::s_aConverterTypeNames.end()) {
             setup.typeName = row->name.toString();
         }

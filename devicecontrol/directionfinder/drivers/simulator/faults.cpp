@@ -13,7 +13,7 @@ constexpr std::array<QStringView, static_cast<std::size_t>(EFault::COUNT)> NAMES
 } // namespace
 
 std::optional<EFault> Faults::FindByName(QStringView name) {
-    const auto found = std::ranges::find(NAMES, name);
+    const auto* const found = std::ranges::find(NAMES, name);
     return found == NAMES.end() ? std::nullopt : std::optional(static_cast<EFault>(found - NAMES.begin()));
 }
 
