@@ -26,11 +26,11 @@ QStringList GetModes(const DriverDescription& driver) {
 }
 
 void PrintTable(const QList<DriverLibrary::Entry>& drivers) {
-    Table table({u"driver"_s, u"modes"_s, u"address"_s, u"example"_s, u"what it is for"_s});
+    Table table({u"driver"_s, u"modes"_s, u"what it is for"_s, u"example"_s, u"address"_s});
     for (const auto& [file, driver, fault] : drivers) {
         if (fault.isEmpty()) {
-            table.Add({driver.name, GetModes(driver).join(u' '), driver.addressForm, driver.addressExample,
-                       driver.summary});
+            table.Add({driver.name, GetModes(driver).join(u' '), driver.summary, driver.addressExample,
+                       driver.addressForm});
         }
     }
     table.Print();

@@ -50,10 +50,12 @@ public:
         Clear();
     }
 
-private:
+    /// The first bearing of the block as the result of a fixed frequency.
     [[nodiscard]] FFMData GetResult() const;
+    /// What the rows of the block have in common.
     [[nodiscard]] StatusStruct GetStatus() const;
 
+private:
     RecordedBearing m_first;
     std::optional<RecordedBearing> m_last;
     std::vector<Bearing> m_bearings;

@@ -48,7 +48,7 @@ KrakenSdrDriver::~KrakenSdrDriver() {
 KvZANCommon::DriverDescription KrakenSdrDriver::Describe() {
     return {u"krakensdr"_s,
             u"a KrakenSDR, the bearings that its software serves"_s,
-            u"http://HOST:8081[?interval=MS&timeout=MS&quality=FACTOR&level=DB]"_s,
+            u"http://HOST:8081[?SETTING=VALUE&...]"_s,
             u"http://192.168.1.50:8081"_s,
             {EMODE_FFM, EMODE_SCAN}};
 }

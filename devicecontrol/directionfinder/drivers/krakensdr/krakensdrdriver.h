@@ -52,7 +52,6 @@ public:
     void ClearLastError() override { m_lastError.clear(); }
     long SetMode(EMode mode) override;
     long GetReadCount() override { return m_blockCount; }
-    long GetMaxChannelCount(EMode) override { return 1; }
 
 private:
     void Stop();
