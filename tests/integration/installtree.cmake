@@ -18,7 +18,10 @@ foreach(
     ${LIBDIR}/libzancommon.so
     ${LIBDIR}/libzanplatform.so
     ${LIBDIR}/libzanserver.so
+    ${LIBDIR}/zancommon/components/libzandriver-krakensdr.so
+    ${LIBDIR}/zancommon/components/libzandriver-replay.so
     ${LIBDIR}/zancommon/components/libzandriver-simulator.so
+    ${LIBDIR}/zancommon/components/libzandriver-stream.so
     ${LIBDIR}/cmake/ZANCommon/ZANCommonConfig.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonConfigVersion.cmake
     ${LIBDIR}/cmake/ZANCommon/ZANCommonTargets.cmake

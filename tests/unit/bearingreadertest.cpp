@@ -51,6 +51,30 @@ protected:
 
 } // namespace
 
+TEST_F(BearingReaderTest, ModeAndEmitterOfARecordingAreReadFromRowsAndObjects) {
+    const QByteArray header = RECORDING_HEADER.chopped(1) + ",mode,emitter\n";
+    RecordedBearing bearing = BEARING;
+    bearing.mode = 6.0;
+    bearing.emitter = 1.0;
+    EXPECT_EQ(Read(header + "1000,121500000,71.5,,90,,,,,,,,6,1\n"), std::vector{bearing});
+    EXPECT_EQ(Read(R"({"time_ms":1000,"frequency_hz":121500000,"azimuth_deg":71.5,"quality":90,)"
+                   R"("mode":6,"emitter":1})"
+                   "\n"),
+              std::vector{bearing});
+    EXPECT_EQ(m_told, QStringList());
+}
+
+TEST_F(BearingReaderTest, ModeAndEmitterOfARowAreNotThoseOfTheNext) {
+    const QByteArray header = RECORDING_HEADER.chopped(1) + ",mode,emitter\n";
+    const QByteArray object = R"({"time_ms":1000,"frequency_hz":121500000,"azimuth_deg":71.5,"quality":90})"
+                              "\n";
+    const std::vector<RecordedBearing> bearings =
+        Read(header + "1000,121500000,71.5,,90,,,,,,,,6,1\n" + object + RECORDING_HEADER + ROW);
+    ASSERT_EQ(bearings.size(), 3U);
+    EXPECT_EQ(bearings[1], BEARING);
+    EXPECT_EQ(bearings[2], BEARING);
+}
+
 TEST_F(BearingReaderTest, RowsAreReadWithAndWithoutHeaderLine) {
     EXPECT_EQ(Read(ROW), std::vector{BEARING});
     EXPECT_EQ(Read("\xEF\xBB\xBF" + RECORDING_HEADER + ROW), std::vector{BEARING});

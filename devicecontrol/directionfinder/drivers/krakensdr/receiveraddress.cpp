@@ -13,9 +13,9 @@ namespace {
 /// A setting behind "?" and what it may be.
 struct Setting {
     QStringView name;
-    double minimum;
-    double maximum;
-    void (*assign)(ReceiverAddress& address, double value);
+    double minimum = 0.0;
+    double maximum = 0.0;
+    void (*assign)(ReceiverAddress& address, double value) = nullptr;
 };
 
 std::chrono::milliseconds ToMilliseconds(double value) {

@@ -61,8 +61,8 @@ bool RecordReader::IsNew(const Record& record) {
     if (seen != m_seen.end()) {
         return std::exchange(seen->timeMs, record.timeMs) != record.timeMs;
     }
-    constexpr std::size_t MOST =
-        4 * MAX_LINES; // a receiver that is tuned on and on leaves frequencies behind
+    // A receiver that is tuned on and on leaves frequencies behind.
+    constexpr std::size_t MOST = std::size_t{4} * MAX_LINES;
     if (m_seen.size() == MOST) {
         m_seen.pop_front();
     }

@@ -6,6 +6,7 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -13,6 +14,7 @@ using namespace Qt::StringLiterals;
 namespace Stream {
 
 using KvZANCommon::BadLine;
+using KvZANCommon::FURTHER_RECORDING_COLUMNS;
 using KvZANCommon::GetReasonText;
 using KvZANCommon::LineReader;
 using KvZANCommon::RecordedBearing;
@@ -23,7 +25,8 @@ using KvZANCommon::RowParser;
 namespace {
 
 constexpr auto SORTED_COLUMNS = [] {
-    auto columns = RECORDING_COLUMNS;
+    std::array<RecordingColumn, RECORDING_COLUMNS.size() + FURTHER_RECORDING_COLUMNS.size()> columns;
+    std::ranges::copy(FURTHER_RECORDING_COLUMNS, std::ranges::copy(RECORDING_COLUMNS, columns.begin()).out);
     std::ranges::sort(columns, {}, &RecordingColumn::name);
     return columns;
 }();
@@ -105,7 +108,7 @@ bool BearingReader::ReadLine(std::string_view line) {
     if (line.empty()) {
         return false;
     }
-    m_bearing.timeMs = m_clock();
+    m_bearing = {.timeMs = m_clock()}; // the row before may have had further columns
     if (line.front() == '{') {
         return ReadObject(line);
     }
