@@ -113,6 +113,31 @@ TEST_F(DriverLinkTest, DeviceIsOpenedAtItsAddress) {
     EXPECT_EQ(m_lost, QStringList());
 }
 
+TEST_F(DriverLinkTest, EndOfTheConnectionBeforeDoesNotEndTheNext) {
+    const auto link = Make();
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    // A driver often reports a loss twice, and the second time only when the station seeks the device again.
+    std::promise<void> sought;
+    int attempts = 0;
+    QObject::connect(link.get(), &DriverLink::StateChanged, link.get(), [&] {
+        if (link->GetState() == DriverLink::State::Connecting && ++attempts == 1) {
+            sought.set_value();
+        }
+    });
+    link->GetThread().Post(DriverCall::SetMode,
+                           [this, isSought = sought.get_future().share()](KvZANCommon::IDriver&) {
+                               ReportFatal(*m_device->callback, u"lost"_s);
+                               isSought.wait();
+                               ReportFatal(*m_device->callback, u"lost"_s);
+                               m_device->callback.load()->CloseDataLink();
+                           });
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 2; }));
+    EXPECT_EQ(link->GetState(), DriverLink::State::Connected);
+    EXPECT_EQ(m_lost, QStringList{u"lost"_s});
+    EXPECT_EQ(m_device->attempts, 2);
+}
+
 TEST_F(DriverLinkTest, DeviceThatCannotBeOpenedIsReportedOnceAndSoughtUntilItIsThere) {
     m_device->onInitialize = [this](IDriverCallback&) { return m_device->attempts < 5 ? -2 : 0; };
     const auto link = Make();

@@ -326,8 +326,8 @@ TEST(StreamDriverLink, LostConnectionIsOpenedAgainByTheStation) {
     link.Open();
     for (const QByteArray time : {"1000", "2000", "3000"}) {
         QTcpSocket* const connection = sender.Accept();
-        Send(*connection, time + ",121500000,71.5,,90,,,,,,,\n");
         const std::size_t count = times.size() + 1;
+        Send(*connection, time + ",121500000,71.5,,90,,,,,,,\n");
         ASSERT_TRUE(SpinUntil([&] { return times.size() == count; }));
         delete connection;
         ASSERT_TRUE(SpinUntil([&] { return losses == times.size(); }));

@@ -52,9 +52,10 @@ DriverLink::DriverLink(DriverThread::Factory factory, QString address, const QSt
     connect(&m_thread, &DriverThread::Failed, this, &DriverLink::OnFailed);
     connect(&m_thread, &DriverThread::GivenUp, this, &DriverLink::OnGivenUp);
     connect(m_receiver.get(), &DriverReceiver::LinkClosed, this, &DriverLink::OnLinkClosed);
+    connect(m_receiver.get(), &DriverReceiver::Opening, this, [this] { m_isOpening = true; });
     connect(m_receiver.get(), &DriverReceiver::ErrorReported, this,
             [this](const KvZANCommon::ErrorStruct& error) {
-                if (error.fatal) {
+                if (error.fatal && m_isOpening) {
                     Lose(error.text);
                 }
             });
@@ -79,11 +80,13 @@ void DriverLink::SetState(State state, const QString& reason) {
 
 void DriverLink::Connect() {
     SetState(State::Connecting, m_reason);
+    m_isOpening = false;
     m_hasClosedWhileConnecting = false;
     const auto failure = std::make_shared<QString>();
     m_thread.Post(
         DriverCall::Initialize,
-        [failure, address = m_address](KvZANCommon::IDriver& driver) {
+        [failure, address = m_address, receiver = m_receiver](KvZANCommon::IDriver& driver) {
+            receiver->MarkOpening();
             *failure = Initialize(driver, address);
         },
         [this, failure] { OnInitialized(*failure); });
@@ -144,6 +147,9 @@ void DriverLink::OnGivenUp(const QString& reason) {
 }
 
 void DriverLink::OnLinkClosed() {
+    if (!m_isOpening) {
+        return;
+    }
     if (m_state == State::Connecting) {
         m_hasClosedWhileConnecting = true;
     } else if (m_kind == Kind::Device) {

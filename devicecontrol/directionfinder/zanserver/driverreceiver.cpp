@@ -94,6 +94,10 @@ void DriverReceiver::CloseDataLink() {
     Post(End{}, 0);
 }
 
+void DriverReceiver::MarkOpening() {
+    Post(Begin{}, 0);
+}
+
 void DriverReceiver::SetCommandLog(QString& line) {
     Post(line, SizeOf(line));
 }
@@ -139,6 +143,8 @@ void DriverReceiver::PassOn(Delivery& delivery) {
         Q_EMIT BitResultReported(bit->result);
     } else if (const auto* command = std::get_if<QString>(&delivery)) {
         Q_EMIT CommandReported(*command);
+    } else if (std::holds_alternative<Begin>(delivery)) {
+        Q_EMIT Opening();
     } else {
         Q_EMIT LinkClosed();
     }

@@ -63,6 +63,9 @@ public:
     /// \param capacity bound of the queue in bytes
     explicit DriverReceiver(QString deviceAddress, std::size_t capacity = DEFAULT_CAPACITY);
 
+    /// In the driver's thread, before the device is opened: what was delivered before belongs to an earlier
+    /// connection (`Opening`).
+    void MarkOpening();
     /// Passes on everything that is waiting, at once.
     void PassOnWaiting();
     /// The driver is held up no more, now and later: one that waits for room could not be stopped.
@@ -103,14 +106,17 @@ Q_SIGNALS:
     void CommandReported(const QString& command);
     /// The driver will deliver nothing more.
     void LinkClosed();
+    /// What follows was delivered after `MarkOpening`.
+    void Opening();
 
 private:
     struct BitResult {
         KvZANCommon::ErrorStruct result;
     };
     struct End {};
+    struct Begin {};
     using Delivery = std::variant<BearingBlock, PositionFix, QList<double>, KvZANCommon::ErrorStruct,
-                                  BitResult, QString, End>;
+                                  BitResult, QString, End, Begin>;
 
     ZANSERVER_NO_EXPORT void PostBearings(BearingBlock head, unsigned count, const Bearing* bearings);
     ZANSERVER_NO_EXPORT void PassOn(Delivery& delivery);

@@ -108,7 +108,8 @@ bool BearingReader::ReadLine(std::string_view line) {
     if (line.empty()) {
         return false;
     }
-    m_bearing = {.timeMs = m_clock()}; // the row before may have had further columns
+    m_bearing = {}; // the row before may have had further columns
+    m_bearing.timeMs = m_clock();
     if (line.front() == '{') {
         return ReadObject(line);
     }

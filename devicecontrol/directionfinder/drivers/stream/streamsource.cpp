@@ -70,7 +70,7 @@ int ConnectTcp(const HostAndPort& target, QString& reason) {
     QTcpSocket socket;
     socket.setProxy(QNetworkProxy::NoProxy);
     QObject::connect(&socket, &QTcpSocket::connected, &loop, [&] {
-        descriptor = Duplicate(socket); // before Qt's socket has read anything
+        descriptor = Duplicate(socket);
         loop.quit();
     });
     QObject::connect(&socket, &QTcpSocket::errorOccurred, &loop, [&] {
@@ -79,7 +79,8 @@ int ConnectTcp(const HostAndPort& target, QString& reason) {
     });
     reason = u"no answer within %1 s"_s.arg(StreamSource::CONNECT_MS / 1000);
     QTimer::singleShot(StreamSource::CONNECT_MS, &loop, &QEventLoop::quit);
-    socket.connectToHost(target.host, target.port);
+    // Without a buffer, so that Qt's socket reads nothing of what a sender may send at once.
+    socket.connectToHost(target.host, target.port, QIODevice::ReadWrite | QIODevice::Unbuffered);
     if (socket.state() != QAbstractSocket::UnconnectedState) { // it may have failed at once
         loop.exec();
     }
