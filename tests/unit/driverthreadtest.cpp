@@ -3,18 +3,22 @@
 #include "support/eventloop.h"
 #include "support/kepttotheend.h"
 #include "support/printing.h"
+#include "support/sleepingthread.h"
 #include "zancommon/nulldriver.h"
 
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QStringList>
+#include <QTimer>
 
 #include <algorithm>
 #include <atomic>
 #include <future>
 #include <stdexcept>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -64,6 +68,21 @@ protected:
     }
     /// Lets the thread of a driver that was given up end, so that nothing of it is left to the next test.
     void Release() { m_release->set_value(); }
+
+    /// Waits until the driver's thread sleeps because there is nothing to do.
+    static void AwaitIdle(DriverThread& thread) {
+        pid_t id = 0;
+        thread.Post(DriverCall::Query, [&id](IDriver&) { id = gettid(); });
+        EXPECT_TRUE(thread.Wait());
+        EXPECT_TRUE(AwaitSleep(id));
+    }
+    /// Does something in a handler of the event loop, and has the loop go on until it is quit.
+    template <class Function>
+    static void RunLoopWith(QEventLoop& loop, Function handle) {
+        QTimer::singleShot(0, &loop, handle);
+        QTimer::singleShot(std::chrono::seconds(30), &loop, [&loop] { loop.exit(1); });
+        EXPECT_EQ(loop.exec(), 0) << "nothing has quit it";
+    }
 
     Life* const m_life = MakeKeptToTheEnd<Life>();
     std::promise<void>* const m_release = MakeKeptToTheEnd<std::promise<void>>();
@@ -253,4 +272,129 @@ TEST_F(DriverThreadTest, CallThatEndsWithinItsTimeoutIsNotGivenUpHoweverManyFoll
     }
     EXPECT_TRUE(thread->Wait());
     EXPECT_EQ(m_givenUp, QStringList());
+}
+
+TEST_F(DriverThreadTest, CallThatIsPostedWithoutAnEventLoopWakesTheSleepingThread) {
+    auto thread = Start();
+    AwaitIdle(*thread);
+    std::promise<void> called;
+    thread->Post(DriverCall::Setting, [&](IDriver&) { called.set_value(); });
+    EXPECT_EQ(called.get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready);
+}
+
+TEST_F(DriverThreadTest, EventHandlerDoesNotWakeTheSleepingThreadAndTheLoopDoesWhenItGoesOn) {
+    auto thread = Start();
+    AwaitIdle(*thread);
+    std::atomic<int> count = 0;
+    QEventLoop loop;
+    RunLoopWith(loop, [&] {
+        for (int i = 0; i < 2; ++i) {
+            thread->Post(DriverCall::Setting, [&](IDriver&) { ++count; });
+        }
+        thread->Post(
+            DriverCall::Setting, [&](IDriver&) { ++count; }, [&] { loop.quit(); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // a thread that is woken calls within it
+        EXPECT_EQ(count, 0);
+    });
+    EXPECT_EQ(count, 3);
+}
+
+TEST_F(DriverThreadTest, LoopThatIsTooBusyToSleepWakesTheThread) {
+    auto thread = Start();
+    AwaitIdle(*thread);
+    std::atomic<bool> isCalled = false;
+    QEventLoop loop;
+    QObject busy;
+    const std::function<void()> goOn = [&] {
+        if (isCalled) {
+            loop.quit();
+        } else {
+            QMetaObject::invokeMethod(&busy, goOn, Qt::QueuedConnection);
+        }
+    };
+    RunLoopWith(loop, [&] {
+        thread->Post(DriverCall::Setting, [&](IDriver&) { isCalled = true; });
+        goOn();
+    });
+    EXPECT_TRUE(isCalled);
+}
+
+TEST_F(DriverThreadTest, WaitingInAnEventHandlerWakesTheThread) {
+    auto thread = Start();
+    AwaitIdle(*thread);
+    int count = 0;
+    QEventLoop loop;
+    RunLoopWith(loop, [&] {
+        thread->Post(DriverCall::Setting, [&](IDriver&) { ++count; });
+        EXPECT_TRUE(thread->Wait());
+        EXPECT_EQ(count, 1);
+        loop.quit();
+    });
+}
+
+TEST_F(DriverThreadTest, WhatAnEventHandlerHasPostedIsCarriedOutWhenTheThreadEndsInIt) {
+    auto thread = Start();
+    AwaitIdle(*thread);
+    int count = 0;
+    QEventLoop loop;
+    RunLoopWith(loop, [&] {
+        thread->Post(DriverCall::Setting, [&](IDriver&) { ++count; });
+        thread.reset();
+        EXPECT_EQ(count, 1);
+        loop.quit();
+    });
+}
+
+TEST_F(DriverThreadTest, WhatAnEventHandlerPostsBehindACallThatHangsIsNotCarriedOut) {
+    auto thread = Start(std::chrono::milliseconds(300));
+    std::atomic<int> count = 0;
+    thread->Post(DriverCall::Initialize, Hang());
+    QEventLoop loop;
+    QObject::connect(thread.get(), &DriverThread::GivenUp, &loop, &QEventLoop::quit);
+    RunLoopWith(loop, [&] { thread->Post(DriverCall::Setting, [&](IDriver&) { ++count; }); });
+    EXPECT_TRUE(thread->IsGivenUp());
+    RunLoopWith(loop, [&] {
+        thread->Post(DriverCall::Setting, [&](IDriver&) { ++count; });
+        loop.quit();
+    });
+    Release();
+    thread.reset();
+    EXPECT_EQ(count, 0);
+}
+
+TEST_F(DriverThreadTest, CallsOfFourThreadsAreCarriedOutAtOnceAndInTheOrderOfEach) {
+    constexpr int THREADS = 4;
+    constexpr int CALLS = 1000;
+    auto thread = Start();
+    AwaitIdle(*thread);
+    std::vector<std::vector<int>> orders(THREADS); // the driver's thread alone changes them
+    std::promise<void> allCalled;
+    int count = 0;
+    QEventLoop loop;
+    RunLoopWith(loop, [&] {
+        std::vector<std::thread> posting;
+        for (std::vector<int>& order : orders) {
+            posting.emplace_back([&] {
+                for (int i = 0; i < CALLS; ++i) {
+                    thread->Post(DriverCall::Setting, [&, i](IDriver&) {
+                        order.push_back(i);
+                        if (++count == THREADS * CALLS) {
+                            allCalled.set_value();
+                        }
+                    });
+                }
+            });
+        }
+        for (std::thread& each : posting) {
+            each.join();
+        }
+        EXPECT_EQ(allCalled.get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready)
+            << "without the loop of the main thread";
+        loop.quit();
+    });
+    ASSERT_TRUE(thread->Wait());
+    for (const std::vector<int>& order : orders) {
+        EXPECT_EQ(order.size(), static_cast<std::size_t>(CALLS));
+        EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+    }
 }

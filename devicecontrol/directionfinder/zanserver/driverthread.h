@@ -25,7 +25,8 @@ namespace ZANServer {
 /// arrives any more, and it stays where it hangs, with its thread, its component and its receiver, until the
 /// process ends; that must then be done without destructors (`HasGivenUpAny`).
 ///
-/// Belongs to the main thread, as does everything that is called of it.
+/// Belongs to the main thread, as does everything that is called of it except `Post`. Needs the application
+/// object.
 class ZANSERVER_EXPORT DriverThread final : public QObject {
     Q_OBJECT
 
@@ -46,7 +47,9 @@ public:
     /// and no longer than `LONGEST_END` for all.
     ~DriverThread() override;
 
-    /// Has a call carried out on the driver's thread. Without effect when the driver is given up.
+    /// Has a call carried out on the driver's thread. Without effect when the driver is given up. From any
+    /// thread. That of the driver is woken at once; out of the main thread's event loop, once for all that is
+    /// posted until the loop goes on, or until `Wait` or the end.
     /// \param answer carried out on the main thread when the call has returned; not when it has thrown, when
     /// the
     ///        driver is given up, or when this object is gone
@@ -76,9 +79,11 @@ private:
     bool WaitUntil(Condition condition);
     ZANSERVER_NO_EXPORT bool GiveUpIfOverdue();
     ZANSERVER_NO_EXPORT void TakeAnswers();
+    ZANSERVER_NO_EXPORT void WakeUp();
 
     const Timeout m_timeout;
     std::shared_ptr<Shared> m_shared;
+    bool m_hasToWakeUp = false; // the driver's thread, for what was posted
     QTimer m_watch;
     // The call that was running at the last look, and for how long it has been seen to.
     quint64 m_watchedCall = 0;
