@@ -1,14 +1,18 @@
 // The way of a bearing from the driver's thread to the flushed sentence: adapter, queue between the threads,
 // filters, value tree, output, file. The yardstick is the part that cannot be avoided while every sentence is
-// passed to the system separately: writing the finished line. Processor time of both threads, per bearing.
+// passed to the system separately: writing the finished line. Processor time of all threads, per bearing.
 
+#include "bearingdelivery.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
 #include "zancommon/legacydriveradapter.h"
+#include "zanserver/driverlibrary.h"
 #include "zanserver/driverreceiver.h"
 #include "zanserver/station.h"
+#include "zanserver/stationdevice.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
@@ -17,14 +21,12 @@
 
 #include <optional>
 #include <thread>
-#include <vector>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
 
 namespace {
-
-constexpr std::size_t BEARINGS = 16384; // of one run
 
 /// A directory for the duration of the program, with the settings and the file of the sentences.
 const QTemporaryDir& Directory() {
@@ -34,32 +36,6 @@ const QTemporaryDir& Directory() {
 
 QString SentencesName() {
     return Directory().filePath(u"sentences.txt"_s);
-}
-
-/// What a driver does in its thread: delivers all bearings in blocks of this size.
-void Deliver(KvZANCommon::ILegacyDriverCallback& callback, std::size_t blockSize) {
-    std::vector<Bearing> block(blockSize);
-    KvZANCommon::StatusStruct status;
-    status.frequency = 127.5e6;
-    status.heading = 358.6;
-    status.pitch = 1.1;
-    status.roll = 1.9;
-    status.latitude = 55.0;
-    status.longitude = 5.0;
-    status.altitude = 15.0;
-    for (std::size_t sent = 0; sent < BEARINGS; sent += blockSize) {
-        unsigned long long time = 1767268800000 + sent * 10;
-        for (std::size_t i = 0; i < blockSize; ++i) {
-            const std::size_t n =
-                sent + i; // varied, so that branches cannot be predicted from the bearing before
-            block[i].azimuth = static_cast<quint16>(n * 37 % 3600);
-            block[i].elevation = static_cast<qint16>(n * 7 % 500);
-            block[i].level = static_cast<qint16>(-static_cast<int>(n * 13 % 10000));
-            block[i].quality = static_cast<quint16>(1 + n % 100);
-        }
-        callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(blockSize), block.data(), status);
-    }
-    callback.CloseDataLink();
 }
 
 void BearingWay(benchmark::State& state) {
@@ -78,7 +54,11 @@ void BearingWay(benchmark::State& state) {
                      [&station](BearingBlock& block) { station.Process(block); });
     QObject::connect(&receiver, &DriverReceiver::LinkClosed, &loop, &QEventLoop::quit);
     while (state.KeepRunningBatch(BEARINGS)) {
-        std::thread driver([&] { Deliver(adapter, static_cast<std::size_t>(state.range())); });
+        std::thread driver([&] {
+            KvZANCommon::ILegacyDriverCallback& callback = adapter;
+            DeliverBearings(callback, static_cast<std::size_t>(state.range()));
+            callback.CloseDataLink();
+        });
         loop.exec();
         driver.join();
     }
@@ -87,6 +67,40 @@ void BearingWay(benchmark::State& state) {
     }
 }
 BENCHMARK(BearingWay)->Arg(1)->Arg(64)->MeasureProcessCPUTime();
+
+/// The same way in a station that runs a device: with its driver's thread, its control, and ranges, which
+/// give each bearing the frequency of its channel.
+void LiveWay(benchmark::State& state) {
+    QFile::remove(SentencesName() + u".bak"_s);
+    const DriverChoice choice{u"blocks"_s, {}};
+    Station station(choice);
+    station.StartOutput();
+    QString fault;
+    DriverComponentPtr component = DriverLibrary::Load(choice.name, fault);
+    if (!component) {
+        state.SkipWithError(fault.toUtf8().constData());
+        return;
+    }
+    StationDevice device(station, choice, std::move(component));
+    QEventLoop loop;
+    // The mode is the last that a device gets.
+    QObject::connect(&device.GetLink().GetReceiver(), &DriverReceiver::CommandReported, &loop,
+                     &QEventLoop::quit);
+    device.Open();
+    loop.exec();
+    DriverThread& thread = device.GetLink().GetThread();
+    while (state.KeepRunningBatch(BEARINGS)) {
+        thread.Post(
+            DriverCall::Setting,
+            [size = QString::number(state.range())](KvZANCommon::IDriver& driver) { driver.SetTest(size); },
+            [&loop] { loop.quit(); });
+        loop.exec();
+    }
+    if (station.GetOutput().GetCounters().fileSentences != static_cast<quint64>(state.iterations())) {
+        state.SkipWithError("sentences are missing");
+    }
+}
+BENCHMARK(LiveWay)->Arg(64)->MeasureProcessCPUTime();
 
 /// Writes the same lines, already finished.
 void WriteOnly(benchmark::State& state) {
@@ -110,8 +124,10 @@ BENCHMARK(WriteOnly)->Arg(1)->Arg(64)->MeasureProcessCPUTime();
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
+    QDir::setCurrent(Directory().path()); // the log of the commands is written there
     CfgCenter::SetConfigDirectory(Directory().path());
     ICfg& settings = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    CfgCenter::SetComponentDirectory(QStringLiteral(ZAN_BENCH_DRIVERS));
     settings.SetBool(u"FileOutput_Enabled"_s, true);
     settings.SetString(u"FileOutput_Address"_s, SentencesName());
     benchmark::Initialize(&argc, argv);
