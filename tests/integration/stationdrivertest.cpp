@@ -94,6 +94,10 @@ TEST_F(StationDriverTest, AddressThatIsAFileIsKeptWithItsWholeName) {
     EXPECT_EQ(process.exitCode(), 0);
     EXPECT_FALSE(process.readAllStandardError().contains("lost")) << "it is found";
     EXPECT_TRUE(Settings().contains(u"Address="_s + Path(u"small.json"_s))) << Settings().toStdString();
+    const QString log =
+        u"config/ZANControl/commandlog-%1.txt"_s.arg(Path(u"small.json"_s).replace(u'/', u'_'));
+    EXPECT_TRUE(ReadFile(Path(log)).contains("DF-Address: " + Path(u"small.json"_s).toUtf8() + '\t'))
+        << "the log has the address as it is, and its name what a file can be called";
 }
 
 TEST_F(StationDriverTest, OtherDriverDoesNotKeepTheAddressOfTheLastOne) {
