@@ -49,6 +49,16 @@ void Apply(const AntennaData& entry, AntennaSetupStruct& setup) {
     setup.compassHandle = entry.compassEnabled ? entry.compassHandle : -1;
 }
 
+/// The other way round. The device tells of a compass only which one it uses.
+void TakeOver(const AntennaSetupStruct& setup, AntennaData& entry) {
+    entry.mechOffset = static_cast<float>(setup.mechanicalOffset);
+    if (entry.polarizationSupport && setup.polarisation >= POLARISATION_LEFT &&
+        setup.polarisation <= POLARISATION_HORIZONTAL) {
+        entry.polarizationMode = static_cast<EZANPolarisation>(setup.polarisation);
+    }
+    entry.compassEnabled = setup.compassHandle >= 0;
+}
+
 } // namespace
 
 std::vector<AntennaData> Read() {
@@ -81,6 +91,27 @@ std::vector<AntennaSetupStruct> ToSetups(const std::vector<AntennaData>& entries
         }
     }
     return setups;
+}
+
+std::vector<AntennaData> FromSetups(std::vector<AntennaData> entries,
+                                    const std::vector<AntennaSetupStruct>& setups) {
+    for (const AntennaSetupStruct& setup : setups) {
+        AntennaData* lowest = nullptr;
+        AntennaData* highest = nullptr;
+        for (AntennaData& entry : entries) {
+            if (!entry.enabled || entry.handle != setup.handle) {
+                continue;
+            }
+            TakeOver(setup, entry);
+            lowest = lowest && lowest->minRange <= entry.minRange ? lowest : &entry;
+            highest = highest && highest->maxRange >= entry.maxRange ? highest : &entry;
+        }
+        if (lowest && highest) {
+            lowest->minRange = setup.range.first;
+            highest->maxRange = setup.range.second;
+        }
+    }
+    return entries;
 }
 
 void WriteBack(const std::vector<AntennaData>& entries, IObserver* originator) {

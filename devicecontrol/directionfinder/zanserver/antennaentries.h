@@ -16,6 +16,10 @@ std::vector<AntennaData> Read();
 /// \param device what the device has said of its antennas
 std::vector<KvZANCommon::AntennaSetupStruct>
 ToSetups(const std::vector<AntennaData>& entries, const std::vector<KvZANCommon::AntennaSetupStruct>& device);
+/// The entries with the choices that the setups of a device hold. The range of an antenna with several
+/// entries goes from that of the lowest to that of the highest one; entries without a setup stay as they are.
+std::vector<AntennaData> FromSetups(std::vector<AntennaData> entries,
+                                    const std::vector<KvZANCommon::AntennaSetupStruct>& setups);
 /// Puts the choices back into the nodes of the same names.
 void WriteBack(const std::vector<AntennaData>& entries, IObserver* originator);
 /// Has the values that hold the choices observed.

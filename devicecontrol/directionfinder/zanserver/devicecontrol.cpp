@@ -194,6 +194,20 @@ public:
         }
     }
 
+    void MarkValues(const ControlOperation& operation) override {
+        if (&operation == m_compass) { // its value is a command, and no state of the device
+            return;
+        }
+        for (const auto& [value, ofValue] : m_wishes) {
+            if (ofValue == &operation && !(operation.IsKnown() && value->GetState() == TValueState::Valid)) {
+                const bool isKnown = std::ranges::all_of(m_wishes, [value = value](const auto& each) {
+                    return each.first != value || each.second->IsKnown();
+                });
+                value->SetState(isKnown ? TValueState::Valid : TValueState::NotMeasured, &m_control);
+            }
+        }
+    }
+
     void WakeAt(std::chrono::steady_clock::time_point time) override {
         const auto rest = std::max(std::chrono::ceil<std::chrono::milliseconds>(time - now()),
                                    std::chrono::milliseconds(1));
@@ -303,7 +317,7 @@ private:
         m_dfSettings->ForgetAntenna();
         m_dfSettings->Follow();
         // What it has already need not be set.
-        m_antennas->SetCarriedOut({m_values.antennaSetups, {}});
+        m_antennas->SetCarriedOut({m_values.antennaSetups, AntennaEntries::Read()});
         m_converters->SetCarriedOut({m_values.converterSetups});
     }
 
