@@ -27,7 +27,11 @@ StatusLine::State StatusLine::GetState(const ZANServer::Station& station) {
 }
 
 QString StatusLine::Describe(const State& state, Clock::time_point now) {
-    QStringList parts{state.mode};
+    QStringList parts;
+    if (state.isSimulated) {
+        parts += u"simulated device"_s;
+    }
+    parts += state.mode;
     if (state.frequency) {
         parts += ZANServer::FrequencyText::Format(*state.frequency);
     }

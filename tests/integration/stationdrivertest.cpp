@@ -53,6 +53,9 @@ TEST_F(StationDriverTest, WithoutADriverItIsTheSimulatedDeviceForAsLongAsItIsToR
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_GT(ReadFile(Path(u"out"_s)).count("\r\n"), 0);
     EXPECT_FALSE(Settings().contains(u"[Driver]"_s)) << "nothing was chosen";
+    EXPECT_TRUE(RunStation({u"tree"_s, u"--config"_s, Path(u"config"_s)})
+                    .out.contains(u"/ZANServer/DevAttr/DevName\tString\tSimulated device\t"_s))
+        << "and the tree says so";
 }
 
 TEST_F(StationDriverTest, SameRunOfTheSimulatedDeviceGivesTheSameSentences) {
