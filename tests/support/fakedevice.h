@@ -90,6 +90,8 @@ public:
     std::vector<KvZANCommon::AntennaSetupStruct> antennaSetups;
     std::vector<KvZANCommon::ConverterSetupStruct> converters;
     std::vector<KvZANCommon::CompassPropertyStruct> compasses;
+    unsigned long compassValue = 900; ///< of the first one, tenths of a degree; each further one has one more
+    std::vector<unsigned long> readCompasses; ///< those that were asked for
     std::optional<std::vector<KvZANCommon::ComponentInfo>> components;
     std::vector<KvZANCommon::FreqRangeDefinition> ranges;
     std::optional<KvZANCommon::DFSettingsStruct> df; ///< as set last
@@ -282,8 +284,12 @@ public:
         return result == 0 ? Find(&FakeDevice::compasses, compass, property) : result;
     }
     long ReadCompass(unsigned long compass, unsigned long& value) override {
-        value = 900 + compass;
-        return m_device.Note(QStringLiteral("ReadCompass"));
+        const long result = m_device.Note(QStringLiteral("ReadCompass"));
+        m_device.With([&](FakeDevice& device) {
+            device.readCompasses.push_back(compass);
+            value = device.compassValue + compass;
+        });
+        return result;
     }
     long GetMaxChannelCount(EMode) override {
         m_device.Note(QStringLiteral("GetMaxChannelCount"));

@@ -854,6 +854,146 @@ TEST_F(DeviceControlTest, PreamplifierAndAttenuationReachTheConverterOfTheirRang
                            u"SetRfAttenuator 1 0"_s}));
 }
 
+// Compasses
+
+class DeviceControlCompassTest : public DeviceControlTest {
+protected:
+    /// A device whose antennas each have a compass.
+    DeviceControlCompassTest() {
+        m_device.antennas = {{0, u"PX110"_s, 300e3, 30e6, true, false, false},
+                             {1, u"PX106"_s, 20e6, 1300e6, true, false, false}};
+        m_device.antennaSetups = {{0, {300e3, 30e6}, 2, 0, 0, 0.0, {}},
+                                  {1, {30000001.0, 1300e6}, 2, 1, 1, 0.0, {}}};
+        m_device.compasses = {{0, u"gyro"_s, 0.1, false}, {1, u"fluxgate"_s, 0.5, false}};
+    }
+    static ValueNumericDouble& Compass(int antenna) {
+        return *Tree::Instance()->Find<ValueNumericDouble>(DeviceTree::Path() +
+                                                           u"/Ant%1/AntCompassValue"_s.arg(antenna));
+    }
+    static std::pair<TValueState, TValueState> States() {
+        return {Compass(0).GetState(), Compass(1).GetState()};
+    }
+    void ShowCompasses(unsigned long value) {
+        m_device.With([=](FakeDevice& device) { device.compassValue = value; });
+    }
+    std::vector<unsigned long> TakeRead() {
+        return m_device.With([](FakeDevice& device) { return std::exchange(device.readCompasses, {}); });
+    }
+
+    static constexpr std::pair VALID{TValueState::Valid, TValueState::Valid};
+    static constexpr std::pair NOT_MEASURED{TValueState::NotMeasured, TValueState::NotMeasured};
+};
+
+TEST_F(DeviceControlCompassTest, CompassesAreReadAgainEverySecond) {
+    Start();
+    m_control->OnConnected();
+    Settle();
+    EXPECT_EQ(Compass(0).GetValue(), 90.0);
+    EXPECT_EQ(Compass(1).GetValue(), 90.1);
+    EXPECT_EQ(States(), VALID);
+    TakeRead();
+    ShowCompasses(1234);
+    Pass(999ms);
+    EXPECT_EQ(TakeRead(), std::vector<unsigned long>());
+    Pass(1ms);
+    EXPECT_EQ(TakeRead(), (std::vector<unsigned long>{0, 1}));
+    EXPECT_EQ(Compass(0).GetValue(), 123.4);
+    EXPECT_EQ(Compass(1).GetValue(), 123.5);
+    EXPECT_EQ(States(), VALID);
+}
+
+TEST_F(DeviceControlCompassTest, ReadingThatStopsComingIsNotMeasuredAfterTheAgeLimitAndIsSoughtOn) {
+    StartConnected();
+    m_device.Refuse(u"ReadCompass"_s, u"it spins up"_s);
+    Pass(2s); // 3 s after the first reading, with that of StartConnected
+    EXPECT_EQ(States(), VALID);
+    Pass(1ms);
+    EXPECT_EQ(States(), NOT_MEASURED);
+    EXPECT_EQ(DeviceTree::DeviceValue<ValueString>(g_vdDevLastError)->GetValue(), QString());
+    m_device.Allow(u"ReadCompass"_s);
+    Pass(1s);
+    EXPECT_EQ(States(), VALID);
+}
+
+TEST_F(DeviceControlCompassTest, ShorterAgeLimitOfTheSettingsMakesTheQuestionsMoreFrequent) {
+    m_settings.Write("[Gpsd]\nMaxAge=300\n");
+    StartConnected(); // a second passes
+    Pass(0ms);
+    EXPECT_EQ(States(), VALID);
+    TakeRead();
+    Pass(100ms);
+    EXPECT_EQ(TakeRead().size(), 2U) << "thrice within the limit";
+}
+
+TEST_F(DeviceControlCompassTest, WhileTheDriverIsBusyOneQuestionWaitsAndTheReadingsAgeOut) {
+    StartConnected();
+    Pass(0ms);
+    TakeRead();
+    std::promise<void> release;
+    m_thread->Post(DriverCall::Calibrate, [&](KvZANCommon::IDriver&) { release.get_future().wait(); });
+    for (int second = 0; second < 10; ++second) {
+        m_now += 1s;
+        m_control->SendDue();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(States(), NOT_MEASURED);
+    EXPECT_EQ(TakeRead(), std::vector<unsigned long>());
+    release.set_value();
+    Settle();
+    EXPECT_EQ(TakeRead(), (std::vector<unsigned long>{0, 1})) << "one round";
+    EXPECT_EQ(States(), VALID);
+}
+
+TEST_F(DeviceControlCompassTest, CompassWhoseReadingThrowsIsNotAskedAgainUntilTheDeviceIsConnectedAgain) {
+    StartConnected();
+    m_device.ThrowIn(u"ReadCompass"_s);
+    Pass(1s);
+    EXPECT_EQ(States(), NOT_MEASURED);
+    const qsizetype calls = m_device.CountCalls();
+    Pass(10s);
+    EXPECT_EQ(m_device.CountCalls(), calls);
+    m_device.ThrowIn(QString());
+    m_control->OnLost();
+    m_control->OnConnected();
+    Settle();
+    EXPECT_EQ(States(), VALID);
+}
+
+TEST_F(DeviceControlCompassTest, LostDeviceIsNotAskedAndAnAnswerThatComesLateIsNotTaken) {
+    StartConnected();
+    Pass(0ms);
+    std::promise<void> release;
+    m_thread->Post(DriverCall::Setting, [&](KvZANCommon::IDriver&) { release.get_future().wait(); });
+    m_now += 1s;
+    m_control->SendDue(); // asks
+    m_control->OnLost();
+    release.set_value();
+    Settle();
+    EXPECT_EQ(States(), NOT_MEASURED);
+    TakeRead();
+    Pass(10s);
+    EXPECT_EQ(TakeRead(), std::vector<unsigned long>());
+    EXPECT_EQ(States(), NOT_MEASURED);
+}
+
+TEST_F(DeviceControlCompassTest, EventLoopAsksByItself) {
+    m_settings.Write("[Gpsd]\nMaxAge=100\n");
+    m_control = std::make_unique<DeviceControl>(*m_thread, ADDRESS);
+    m_control->OnConnected();
+    Settle();
+    TakeRead();
+    ShowCompasses(1234);
+    EXPECT_TRUE(SpinUntil([] { return Compass(0).GetValue() == 123.4; }));
+    m_device.Refuse(u"ReadCompass"_s, u"it is off"_s);
+    EXPECT_TRUE(SpinUntil([] { return States() == NOT_MEASURED; }));
+}
+
+TEST_F(DeviceControlCompassTest, CompassWithoutAReadingOnConnectIsNotMeasured) {
+    m_device.Refuse(u"ReadCompass"_s, u"it spins up"_s);
+    StartConnected();
+    EXPECT_EQ(States(), NOT_MEASURED);
+}
+
 // What is kept
 
 TEST_F(DeviceControlTest, WhatWasCarriedOutLastIsWishedFirstAfterAStart) {

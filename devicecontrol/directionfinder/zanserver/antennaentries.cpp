@@ -1,6 +1,5 @@
 #include "zanserver/antennaentries.h"
 
-#include "stddevicedefinition/antbuilder.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
 #include "valueframework/valuetypes.h"
@@ -19,18 +18,6 @@ namespace {
 
 QString DevicePath() {
     return ZANPath::DEVICE_NODE.toString();
-}
-
-std::vector<Ant> GetNodes() {
-    std::vector<Ant> nodes;
-    if (const Node* const device = Tree::Instance()->GetNode(DevicePath())) {
-        for (ITreeItem* const item : device->GetTreeItems()) {
-            if (Ant::IsAntenna(item)) {
-                nodes.emplace_back(static_cast<Node*>(item));
-            }
-        }
-    }
-    return nodes;
 }
 
 template <class T, class Content>
@@ -60,6 +47,18 @@ void TakeOver(const AntennaSetupStruct& setup, AntennaData& entry) {
 }
 
 } // namespace
+
+std::vector<Ant> GetNodes() {
+    std::vector<Ant> nodes;
+    if (const Node* const device = Tree::Instance()->GetNode(DevicePath())) {
+        for (ITreeItem* const item : device->GetTreeItems()) {
+            if (Ant::IsAntenna(item)) {
+                nodes.emplace_back(static_cast<Node*>(item));
+            }
+        }
+    }
+    return nodes;
+}
 
 std::vector<AntennaData> Read() {
     AntennaDataList list;

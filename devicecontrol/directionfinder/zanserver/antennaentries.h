@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kwbase/observable.h"
+#include "stddevicedefinition/antbuilder.h"
 #include "zancommon/antennadata.h"
 #include "zancommon/driverrecords.h"
 
@@ -9,7 +10,9 @@
 /// The antenna nodes of the device as what a driver is given. Belongs to the thread of the tree.
 namespace ZANServer::AntennaEntries {
 
-/// All of them, in the order of the tree.
+/// The nodes, in the order of the tree.
+std::vector<StdDeviceDefinition::StdDeviceTree::Ant> GetNodes();
+/// What they hold, in the same order.
 std::vector<AntennaData> Read();
 /// The setups of a device with the operator's choices: range of use, mounting, polarisation, compass. The
 /// entries of one antenna together make its range; an antenna without an enabled entry is left out.

@@ -6,10 +6,12 @@
 #include "zancommon/zaninformationcenter.h"
 #include "zancommon/zanvaluenames.h"
 #include "zanserver/antennaentries.h"
+#include "zanserver/compasswatch.h"
 #include "zanserver/controlpolicies.h"
 #include "zanserver/devicecommands.h"
 #include "zanserver/deviceproperties.h"
 #include "zanserver/dfsettings.h"
+#include "zanserver/gpsdsettings.h"
 #include "zanserver/keptwishes.h"
 #include "zanserver/wishreport.h"
 
@@ -49,6 +51,7 @@ public:
         , m_keepsWishes(options.keepsWishes)
         , m_characteristics(ZANInformationCenter::Instance()->GetZANCharacteristics())
         , m_values(m_characteristics, &control)
+        , m_compasses(m_errands, options.now, GpsdSettings::Read().maxAge)
         , m_errands(thread)
         , m_commands(m_errands)
         , m_filterRanges(ZANValueName::AZIMUTH_FILTER_RANGE.toString(), ZANPath::SERVER.toString()) {
@@ -94,6 +97,7 @@ public:
             each->Forget();
         }
         m_ranges.clear();
+        m_compasses.Stop();
         m_values.isScanning = false;
         m_commands.SetConnected(true);
         if (m_values.compassValue->GetValue() >= 0) {
@@ -119,6 +123,7 @@ public:
         m_awaited = nullptr;
         m_ranges.clear();
         m_wakeUp.stop();
+        m_compasses.Stop();
         m_status.Forget();
         m_commands.SetConnected(false);
         DeviceProperties::ForgetMeasured();
@@ -152,6 +157,7 @@ public:
         for (ControlOperation* const each : m_operations) {
             each->WishWaiting();
         }
+        m_compasses.WatchDue();
     }
 
     // What the operations report.
@@ -309,6 +315,7 @@ private:
         }
         m_values.converterSetups = reading.converters;
         m_properties.Publish(reading);
+        m_compasses.Start(reading.compasses);
         for (const QString& warning : m_properties.GetWarnings()) {
             m_status.ReportError(warning);
         }
@@ -406,6 +413,7 @@ private:
     QTimer m_wakeUp;
     QTimer m_keeping;
     WishReport m_compassReport{Compass::NAME};
+    CompassWatch m_compasses;
     DriverErrands m_errands;
     DeviceCommands m_commands;
     DisplayFilterRange m_filterRanges;

@@ -37,6 +37,9 @@ class DeviceCommands;
 /// - Frequency, bandwidth, demodulation, mode, ranges, squelch and volume are kept in the settings of the
 ///   station as they were last carried out, and are what is wished first after a start.
 ///
+/// While it is connected, its compasses are asked for every second, or thrice within the age limit of the
+/// settings ("Gpsd/MaxAge") when that is shorter; a reading that is older is not measured.
+///
 /// Needs the branches of device and server in the tree, and characteristics that are connected with them; all
 /// of them must outlive it. Belongs to the main thread.
 class ZANSERVER_EXPORT DeviceControl final : public IObserver {
