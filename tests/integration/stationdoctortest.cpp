@@ -58,7 +58,7 @@ TEST_F(StationDoctorTest, TellsWhereADriverWasLookedForAndWhatIsThere) {
     const QString line = FindLine(result, u"driver"_s);
     EXPECT_TRUE(line.startsWith(u"BROKEN "_s)) << result.out.toStdString();
     EXPECT_TRUE(line.contains(u"/libzandriver-warp.so"_s)) << line.toStdString();
-    EXPECT_TRUE(line.endsWith(u": replay, simulator."_s)) << line.toStdString();
+    EXPECT_TRUE(line.endsWith(u", replay, simulator, stream."_s)) << line.toStdString();
 
     const QString empty = Path(u"nowhere"_s);
     const StationResult none = Run({u"--components"_s, empty});
