@@ -45,7 +45,7 @@ public:
 
 private:
     struct Compass {
-        unsigned long handle;
+        unsigned long handle = 0;
         CurrentReading<double> reading;
     };
 
