@@ -2,6 +2,7 @@
 #include "tolmappstartup/cfgcenter.h"
 #include "zancommon/recordingreader.h"
 #include "zanserver/broker.h"
+#include "zanserver/driverchoice.h"
 #include "zanserver/finding.h"
 #include "zanserver/plural.h"
 #include "zanserver/settingscheck.h"
@@ -89,7 +90,7 @@ Finding ExamineRecording(const QString& fileName) {
                 fileName};
 }
 
-/// Checks settings, device, recording, serial ports, broker and hub client.
+/// Checks settings, driver, device, recording, gpsd, serial ports, broker and hub client.
 std::vector<NamedFinding> Examine(const QString& configDirectory, const std::optional<QString>& recording) {
     std::vector<NamedFinding> findings{{u"settings"_s, ExamineSettings(configDirectory)}};
     const QString address = Station::GetDeviceAddress();
@@ -98,11 +99,18 @@ std::vector<NamedFinding> Examine(const QString& configDirectory, const std::opt
             findings.push_back({u"settings"_s, finding});
         }
     }
+    const DriverChoice driver = DriverChoice::FromSettings();
+    findings.push_back({u"driver"_s, StationCheck::CheckDriver(driver)});
     findings.push_back({u"device type"_s, StationCheck::CheckDeviceType()});
     findings.push_back({u"device setup"_s, StationCheck::CheckAntennaSetup()});
     findings.push_back({u"hardware"_s, StationCheck::CheckHardware()});
-    if (recording) {
-        findings.push_back({u"recording"_s, ExamineRecording(*recording)});
+    const bool isReplay =
+        driver.name == DriverChoice::REPLAY && !InterruptibleInput::IsStream(driver.address);
+    if (recording || isReplay) {
+        findings.push_back({u"recording"_s, ExamineRecording(recording.value_or(driver.address))});
+    }
+    if (const std::optional<Finding> gpsd = StationCheck::CheckGpsd()) {
+        findings.push_back({u"gpsd"_s, *gpsd});
     }
     findings.push_back({u"serial ports"_s, ExamineSerialPorts()});
     findings.push_back({u"broker"_s, Broker::Check()});

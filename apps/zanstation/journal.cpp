@@ -23,9 +23,13 @@ bool IsJournal() {
 
 namespace Journal {
 
-QByteArray Mark(Priority priority, const QByteArray& lines) {
+bool IsUsed() {
     static const bool isJournal = IsJournal();
-    if (!isJournal) {
+    return isJournal;
+}
+
+QByteArray Mark(Priority priority, const QByteArray& lines) {
+    if (!IsUsed()) {
         return lines;
     }
     const QByteArray prefix = PREFIXES.at(static_cast<std::size_t>(priority));

@@ -9,6 +9,8 @@ namespace Journal {
 
 enum class Priority { Error, Warning, Info };
 
+/// Whether standard error leads to the journal.
+[[nodiscard]] bool IsUsed();
 /// Whole lines, each with its priority in front when standard error leads to the journal; otherwise as they
 /// are.
 [[nodiscard]] QByteArray Mark(Priority priority, const QByteArray& lines);

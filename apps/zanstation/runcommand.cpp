@@ -18,6 +18,7 @@
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
 #include "zanstation/exitcodes.h"
+#include "zanstation/journal.h"
 #include "zanstation/servicenotifier.h"
 #include "zanstation/signalwatcher.h"
 
@@ -185,6 +186,11 @@ void RunCommand::Measure() {
     if (m_options.duration) {
         m_duration.start();
     }
+    // Whoever runs it at a terminal has chosen that. A service measures with it until a driver is chosen, and
+    // nobody sees that its bearings are not real.
+    if (IsSimulated() && Journal::IsUsed()) {
+        Console::Warn(u"the device is simulated: none of its bearings is real"_s);
+    }
     m_device->Open();
     ServiceNotifier service([this] { return DescribeStatus(); });
     service.TellReady();
@@ -351,6 +357,10 @@ void RunCommand::StoreSettings() const {
     }
 }
 
+bool RunCommand::IsSimulated() const {
+    return m_options.driver.name == DriverChoice::SIMULATOR;
+}
+
 bool RunCommand::IsRecording() const {
     return m_options.driver.name == DriverChoice::REPLAY;
 }
@@ -499,6 +509,7 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
 
 QString RunCommand::DescribeStatus() {
     StatusLine::State state = StatusLine::GetState(*m_station);
+    state.isSimulated = IsSimulated();
     state.problems =
         QStringList{m_device->GetLink().GetReason(), DescribeSilence(false), m_recorder->GetProblem()} +
         m_station->GetOutput().GetProblems();

@@ -80,6 +80,7 @@ private:
     void SetParameters();
     void SetWishes() const;
     [[nodiscard]] bool IsRecording() const;
+    [[nodiscard]] bool IsSimulated() const;
     void StartOutput();
     void StartRecorder();
     void Measure();

@@ -13,8 +13,10 @@ StatusLine::State StatusLine::GetState(const ZANServer::Station& station) {
     using namespace StdDeviceDefinition;
     State state;
     const auto* const mode = Tree::Instance()->Find<ValueSelection>(ZANPath::Server(g_vdOperationMode));
-    state.mode = ZANServer::OperationModeText::Format(
-        mode ? static_cast<EOperationMode>(mode->GetCurrentKey()) : OPMODE_ANY);
+    state.mode =
+        mode && mode->GetState() == TValueState::Valid
+            ? ZANServer::OperationModeText::Format(static_cast<EOperationMode>(mode->GetCurrentKey()))
+            : u"mode unknown"_s;
     state.bearings = station.GetCounts().bearings;
     const auto* const bearing = Tree::Instance()->Find<ValueBearing>(ZANPath::Server(g_vdAzimuth));
     const double frequency = bearing ? bearing->GetValue().GetFrequency() : 0.0;
@@ -25,7 +27,11 @@ StatusLine::State StatusLine::GetState(const ZANServer::Station& station) {
 }
 
 QString StatusLine::Describe(const State& state, Clock::time_point now) {
-    QStringList parts{state.mode};
+    QStringList parts;
+    if (state.isSimulated) {
+        parts += u"simulated device"_s;
+    }
+    parts += state.mode;
     if (state.frequency) {
         parts += ZANServer::FrequencyText::Format(*state.frequency);
     }

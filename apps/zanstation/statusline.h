@@ -10,11 +10,13 @@
 
 /// What a running station does at the moment, in one line: its mode, the frequency of its last bearing, how
 /// many bearings come, and what is wrong, as in "scan, 121.5 MHz, 12.5 bearings/s; Could not open file ...".
+/// It begins with "simulated device" when it is one.
 class StatusLine {
 public:
     using Clock = std::chrono::steady_clock;
 
     struct State {
+        bool isSimulated = false;
         QString mode;
         std::optional<double> frequency; ///< Hz; nothing while no bearing was published
         quint64 bearings = 0;            ///< since the start

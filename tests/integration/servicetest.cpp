@@ -29,6 +29,12 @@ protected:
 
     /// Starts a station that waits for what comes from a stream: a device that has nothing to say yet.
     void Start(const QByteArray& socket, const QStringList& further = {}) {
+        StartWith(socket, QStringList{u"--recording"_s, u"-"_s} + further);
+        Send(RECORDING_HEADER);
+    }
+
+    /// Starts a station with any device.
+    void StartWith(const QByteArray& socket, const QStringList& device) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         if (!socket.isEmpty()) {
             environment.insert(u"NOTIFY_SOCKET"_s, QString::fromUtf8(socket));
@@ -37,11 +43,21 @@ protected:
         environment.insert(u"STATE_DIRECTORY"_s, Path(u"state"_s));
         m_station.setProcessEnvironment(environment);
         m_station.start(QStringLiteral(ZAN_STATION),
-                        QStringList{u"run"_s, u"--recording"_s, u"-"_s, u"--output"_s, Path(u"out"_s)} +
-                            further);
+                        QStringList{u"run"_s, u"--output"_s, Path(u"out"_s)} + device);
         ASSERT_TRUE(m_station.waitForStarted(PATIENCE_MS));
-        Send(RECORDING_HEADER);
     }
+
+    /// Has standard error lead to a file that passes as the journal.
+    void SendMessagesToJournal() {
+        WriteFile(Journal(), {});
+        struct stat status {};
+        ASSERT_EQ(::stat(QFile::encodeName(Journal()).constData(), &status), 0);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"JOURNAL_STREAM"_s, u"%1:%2"_s.arg(status.st_dev).arg(status.st_ino));
+        m_station.setProcessEnvironment(environment);
+        m_station.setStandardErrorFile(Journal(), QIODevice::Append);
+    }
+    [[nodiscard]] QString Journal() const { return Path(u"journal"_s); }
 
     /// What the device says.
     void Send(const QByteArray& lines) {
@@ -110,26 +126,49 @@ TEST_F(ServiceTest, RunsAsUsualWithoutAServiceManagerAndWithOneThatIsGone) {
 }
 
 TEST_F(ServiceTest, MessagesInTheJournalHaveTheirPriorities) {
-    const QString journal = Path(u"journal"_s);
-    WriteFile(journal, {});
-    struct stat status {};
-    ASSERT_EQ(::stat(QFile::encodeName(journal).constData(), &status), 0);
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"JOURNAL_STREAM"_s, u"%1:%2"_s.arg(status.st_dev).arg(status.st_ino));
-    m_station.setProcessEnvironment(environment);
-    m_station.setStandardErrorFile(journal, QIODevice::Append);
+    SendMessagesToJournal();
     const QString recording = Path(u"recording.csv"_s);
     WriteFile(recording, RECORDING_HEADER + QByteArray("1000,121500000,71.5,10.0,90,,,,,,,\nno row\n"));
     m_station.start(QStringLiteral(ZAN_STATION),
                     {u"run"_s, u"--recording"_s, recording, u"--config"_s, Path(u"config"_s), u"--output"_s,
                      Path(u"nowhere/out"_s), u"--speed"_s, u"max"_s});
     ASSERT_TRUE(m_station.waitForFinished(PATIENCE_MS));
-    const QByteArray messages = ReadFile(journal);
+    const QByteArray messages = ReadFile(Journal());
     EXPECT_TRUE(messages.contains("<3>zanstation: Could not open file ")) << messages.constData();
     EXPECT_TRUE(messages.contains("<4>zanstation: warning: ")) << messages.constData();
     for (const QByteArray& line : messages.split('\n')) {
         EXPECT_TRUE(line.isEmpty() || line.startsWith('<')) << line.constData();
     }
+}
+
+TEST_F(ServiceTest, StatusAndJournalOfAStationWithoutADriverSayThatItsDeviceIsSimulated) {
+    const QByteArray name = Path(u"notify"_s).toUtf8();
+    NotifySocket manager(name);
+    StartWith(name, {});
+    const QByteArray status = manager.Await("STATUS");
+    EXPECT_TRUE(status.startsWith("STATUS=simulated device, scan")) << status.constData();
+    EXPECT_EQ(Stop(), 143);
+
+    const QByteArray warning =
+        "<4>zanstation: warning: the device is simulated: none of its bearings is real\n";
+    const QStringList run{u"run"_s,        u"--config"_s, Path(u"config"_s), u"--speed"_s, u"max"_s,
+                          u"--duration"_s, u"1"_s};
+    SendMessagesToJournal();
+    m_station.start(QStringLiteral(ZAN_STATION), run);
+    ASSERT_TRUE(m_station.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(ReadFile(Journal()).count(warning), 1) << ReadFile(Journal()).constData();
+    EXPECT_FALSE(RunStation(run).err.contains(u"simulated"_s)) << "who runs it at a terminal has chosen it";
+}
+
+TEST_F(ServiceTest, StatusDoesNotTellARefusedModeAsThatOfTheDevice) {
+    const QByteArray name = Path(u"notify"_s).toUtf8();
+    NotifySocket manager(name);
+    StartWith(name, {u"--mode"_s, u"tdma"_s});
+    QByteArray status;
+    do {
+        status = manager.Await("STATUS");
+    } while (!status.isEmpty() && !status.contains("mode unknown"));
+    EXPECT_TRUE(status.startsWith("STATUS=simulated device, mode unknown")) << status.constData();
 }
 
 TEST_F(ServiceTest, UnitStartsTheStationAsItWantsToBeStarted) {

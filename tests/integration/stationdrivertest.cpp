@@ -53,6 +53,9 @@ TEST_F(StationDriverTest, WithoutADriverItIsTheSimulatedDeviceForAsLongAsItIsToR
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_GT(ReadFile(Path(u"out"_s)).count("\r\n"), 0);
     EXPECT_FALSE(Settings().contains(u"[Driver]"_s)) << "nothing was chosen";
+    EXPECT_TRUE(RunStation({u"tree"_s, u"--config"_s, Path(u"config"_s)})
+                    .out.contains(u"/ZANServer/DevAttr/DevName\tString\tSimulated device\t"_s))
+        << "and the tree says so";
 }
 
 TEST_F(StationDriverTest, SameRunOfTheSimulatedDeviceGivesTheSameSentences) {
@@ -94,6 +97,10 @@ TEST_F(StationDriverTest, AddressThatIsAFileIsKeptWithItsWholeName) {
     EXPECT_EQ(process.exitCode(), 0);
     EXPECT_FALSE(process.readAllStandardError().contains("lost")) << "it is found";
     EXPECT_TRUE(Settings().contains(u"Address="_s + Path(u"small.json"_s))) << Settings().toStdString();
+    const QString log =
+        u"config/ZANControl/commandlog-%1.txt"_s.arg(Path(u"small.json"_s).replace(u'/', u'_'));
+    EXPECT_TRUE(ReadFile(Path(log)).contains("DF-Address: " + Path(u"small.json"_s).toUtf8() + '\t'))
+        << "the log has the address as it is, and its name what a file can be called";
 }
 
 TEST_F(StationDriverTest, OtherDriverDoesNotKeepTheAddressOfTheLastOne) {

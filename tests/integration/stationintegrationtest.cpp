@@ -214,18 +214,20 @@ TEST_F(StationIntegrationTest, HubWithoutAClientIsSaidClearly) {
 }
 
 TEST_F(StationIntegrationTest, DoctorTellsOnOneScreenWhatWorks) {
-    const StationResult result = Run({u"doctor"_s, u"--components"_s, Path(u"nowhere"_s)});
+    const StationResult result = Run({u"doctor"_s});
     EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
     const QStringList lines = result.out.split(u'\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 7) << result.out.toStdString();
+    ASSERT_EQ(lines.size(), 8) << result.out.toStdString();
     EXPECT_EQ(lines[0], u"ok      settings      writable: "_s + Config());
-    EXPECT_EQ(lines[1], u"ok      device type   ZANTIDE"_s);
-    EXPECT_EQ(lines[2], u"ok      device setup  Antenna setup is valid."_s);
-    EXPECT_EQ(lines[3], u"none    hardware      not checked"_s);
-    EXPECT_TRUE(lines[4].contains(u"serial ports"_s));
-    EXPECT_EQ(lines[5], u"ok      broker        listens on giop:tcp:127.0.0.1:"_s);
-    EXPECT_TRUE(lines[6].startsWith(u"none    hub client    "_s) && lines[6].contains(Path(u"nowhere"_s)))
-        << lines[6].toStdString();
+    EXPECT_EQ(lines[1], u"warning driver        the device is simulated: none of its bearings is real. "
+                        "\"zanstation run --driver NAME --address ADDRESS\" chooses another one"_s);
+    EXPECT_EQ(lines[2], u"ok      device type   ZANTIDE"_s);
+    EXPECT_EQ(lines[3], u"ok      device setup  Antenna setup is valid."_s);
+    EXPECT_EQ(lines[4], u"none    hardware      not checked"_s);
+    EXPECT_TRUE(lines[5].contains(u"serial ports"_s));
+    EXPECT_EQ(lines[6], u"ok      broker        listens on giop:tcp:127.0.0.1:"_s);
+    EXPECT_TRUE(lines[7].startsWith(u"none    hub client    "_s) && lines[7].contains(u"/libmshclient.so"_s))
+        << lines[7].toStdString();
 }
 
 TEST_F(StationIntegrationTest, DoctorTellsWhatIsWrongWithTheDevice) {

@@ -10,6 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -66,6 +70,21 @@ BearingBlock MakeBlockAt(std::optional<double> latitude, std::optional<double> l
     return block;
 }
 
+/// A block with everything that a driver may say of the platform.
+BearingBlock MakeWholeBlock() {
+    BearingBlock block = MakeBlockAt(52.5, 5.5);
+    block.status.heading = 12.5;
+    block.status.pitch = 1.0;
+    block.status.roll = 1.0;
+    block.status.altitude = 20.0;
+    return block;
+}
+/// Where it is in the tree.
+const std::array PLATFORM{&g_vdTrueHeading, &g_vdPitch,        &g_vdRoll,         &g_vdAltitude,
+                          &g_vdPosLatitude, &g_vdPosLongitude, &g_vdPosLastUpdate};
+
+constexpr qint64 SHORTEST_AGE_MS = 100; // that the settings accept
+
 class StationSentencesTest : public testing::Test {
 protected:
     StationSentencesTest() {
@@ -76,11 +95,16 @@ protected:
     }
 
     /// Ends the station and starts it again.
-    void Restart() {
+    void Restart(const DriverChoice& driver = {}) {
         m_station.reset();
-        m_station.emplace();
+        m_station.emplace(driver);
         m_station->StartOutput();
         m_read = 0;
+    }
+    /// Where what is measured is current for the shortest time that the settings accept.
+    void RestartWithShortestAge(const DriverChoice& driver = {}) {
+        CfgCenter::GetAppCfg(ICfg::View::Outputs).SetInt(u"Gpsd/MaxAge"_s, SHORTEST_AGE_MS);
+        Restart(driver);
     }
     /// The sentences that a block brings about.
     QByteArray Send(BearingBlock block) {
@@ -487,19 +511,65 @@ TEST_F(StationSentencesTest, FixOfTheDeviceIsThePositionOfBlocksThatHaveNone) {
     EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE) << "the fix is lost";
 }
 
+TEST_F(StationSentencesTest, WhatTheDriverNoLongerDeliversIsNotMeasuredWithoutAFurtherBearing) {
+    RestartWithShortestAge();
+    Send(MakeWholeBlock());
+    EXPECT_EQ(StateOf(g_vdTrueHeading), TValueState::Valid);
+    EXPECT_TRUE(SpinUntil([] {
+        return std::ranges::all_of(
+            PLATFORM, [](const ValueDescriptor* each) { return StateOf(*each) == TValueState::NotMeasured; });
+    }));
+    EXPECT_EQ(StateOf(g_vdAzimuth), TValueState::Valid) << "a bearing is the last one, and has its time";
+    Send(MakeWholeBlock());
+    for (const ValueDescriptor* const each : PLATFORM) {
+        EXPECT_EQ(StateOf(*each), TValueState::Valid) << each->PathName().toStdString();
+    }
+}
+
+TEST_F(StationSentencesTest, FixThatTheDeviceNoLongerReportsIsNotMeasuredWithoutABearing) {
+    RestartWithShortestAge();
+    for (int i = 0; i < 2; ++i) { // the second time after the first one has aged out
+        m_station->TakePosition({52.5, 5.5, 1000, true, 9});
+        EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::Valid);
+        EXPECT_TRUE(SpinUntil([] { return StateOf(g_vdPosLatitude) == TValueState::NotMeasured; }));
+        EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::NotMeasured);
+        EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::NotMeasured);
+    }
+}
+
+TEST_F(StationSentencesTest, FixThatIsReportedAgainAndAgainStaysWhileTheBlocksThatCameWithItAgeOut) {
+    RestartWithShortestAge();
+    BearingBlock block = MakeBlock();
+    block.status.heading = 12.5;
+    Send(block);
+    bool isPlaceThere = true;
+    EXPECT_TRUE(SpinUntil([&] {
+        m_station->TakePosition({52.5, 5.5, 1000, true, 9});
+        isPlaceThere = isPlaceThere && StateOf(g_vdPosLatitude) == TValueState::Valid;
+        return StateOf(g_vdTrueHeading) == TValueState::NotMeasured;
+    }));
+    EXPECT_TRUE(isPlaceThere);
+}
+
+TEST_F(StationSentencesTest, PositionAndHeadingOfARecordingStayUntilItsNextRow) {
+    RestartWithShortestAge({DriverChoice::REPLAY.toString(), u"flight.csv"_s});
+    Send(MakeWholeBlock());
+    // The time is the rule: several times the age limit without a row.
+    QElapsedTimer time;
+    time.start();
+    EXPECT_TRUE(SpinUntil([&time] { return time.elapsed() > 3 * SHORTEST_AGE_MS; }));
+    for (const ValueDescriptor* const each : PLATFORM) {
+        EXPECT_EQ(StateOf(*each), TValueState::Valid) << each->PathName().toStdString();
+    }
+}
+
 // The device
 
 TEST_F(StationSentencesTest, NothingThatALostDeviceHasMeasuredIsCurrent) {
-    BearingBlock block = MakeBlockAt(52.5, 5.5);
-    block.status.heading = 12.5;
-    block.status.pitch = 1.0;
-    block.status.roll = 1.0;
-    block.status.altitude = 20.0;
-    Send(block);
+    Send(MakeWholeBlock());
     m_station->ForgetMeasurements();
-    for (const ValueDescriptor* const each :
-         {&g_vdAzimuth, &g_vdTrueHeading, &g_vdPitch, &g_vdRoll, &g_vdAltitude, &g_vdPosLatitude,
-          &g_vdPosLongitude, &g_vdPosLastUpdate}) {
+    EXPECT_EQ(StateOf(g_vdAzimuth), TValueState::NotMeasured);
+    for (const ValueDescriptor* const each : PLATFORM) {
         EXPECT_EQ(StateOf(*each), TValueState::NotMeasured) << each->PathName().toStdString();
     }
     EXPECT_EQ(Send(MakeBlock()), HEAD + ATTITUDE + NOWHERE) << "and it is there again";

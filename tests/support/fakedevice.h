@@ -84,11 +84,14 @@ public:
 
     double frequency = 1e6;
     bool isGpsTime = false;
-    double averageTime = -1.0; ///< below 0: as it is set
+    double averageTime = -1.0;                          ///< below 0: as it is set
+    std::optional<KvZANCommon::GainControlStruct> gain; ///< nothing: as it is set
     std::vector<KvZANCommon::AntennaPropertyStruct> antennas;
     std::vector<KvZANCommon::AntennaSetupStruct> antennaSetups;
     std::vector<KvZANCommon::ConverterSetupStruct> converters;
     std::vector<KvZANCommon::CompassPropertyStruct> compasses;
+    unsigned long compassValue = 900; ///< of the first one, tenths of a degree; each further one has one more
+    std::vector<unsigned long> readCompasses; ///< those that were asked for
     std::optional<std::vector<KvZANCommon::ComponentInfo>> components;
     std::vector<KvZANCommon::FreqRangeDefinition> ranges;
     std::optional<KvZANCommon::DFSettingsStruct> df; ///< as set last
@@ -171,22 +174,36 @@ public:
         return m_device.Note(QStringLiteral("DeleteAllChannels"));
     }
     long SetGPSTimeUsage(bool use) override {
-        return m_device.Note(QStringLiteral("SetGPSTimeUsage"), QString::number(use));
+        const long result = m_device.Note(QStringLiteral("SetGPSTimeUsage"), QString::number(use));
+        if (result == 0) {
+            m_device.With([=](FakeDevice& device) { device.isGpsTime = use; });
+        }
+        return result;
     }
-    long GetGPSTimeUsage(bool&) override { return m_device.Note(QStringLiteral("GetGPSTimeUsage")); }
+    long GetGPSTimeUsage(bool& use) override {
+        const long result = m_device.Note(QStringLiteral("GetGPSTimeUsage"));
+        use = m_device.With([](FakeDevice& device) { return device.isGpsTime; });
+        return result;
+    }
     long SetAntennaSetup(KvZANCommon::AntennaSetupStruct setup) override {
-        return m_device.Note(QStringLiteral("SetAntennaSetup"), QStringLiteral("%1: %2-%3, %4, compass %5")
-                                                                    .arg(setup.handle)
-                                                                    .arg(setup.range.first, 0, 'f', 0)
-                                                                    .arg(setup.range.second, 0, 'f', 0)
-                                                                    .arg(setup.mechanicalOffset)
-                                                                    .arg(setup.compassHandle));
+        const long result =
+            m_device.Note(QStringLiteral("SetAntennaSetup"), QStringLiteral("%1: %2-%3, %4, compass %5")
+                                                                 .arg(setup.handle)
+                                                                 .arg(setup.range.first, 0, 'f', 0)
+                                                                 .arg(setup.range.second, 0, 'f', 0)
+                                                                 .arg(setup.mechanicalOffset)
+                                                                 .arg(setup.compassHandle));
+        Replace(&FakeDevice::antennaSetups, setup, result);
+        return result;
     }
     long SetConverterSetup(KvZANCommon::ConverterSetupStruct setup) override {
-        return m_device.Note(QStringLiteral("SetConverterSetup"), QStringLiteral("%1: preamplifier %2, %3 dB")
-                                                                      .arg(setup.handle)
-                                                                      .arg(setup.preamplifier)
-                                                                      .arg(setup.attenuation));
+        const long result =
+            m_device.Note(QStringLiteral("SetConverterSetup"), QStringLiteral("%1: preamplifier %2, %3 dB")
+                                                                   .arg(setup.handle)
+                                                                   .arg(setup.preamplifier)
+                                                                   .arg(setup.attenuation));
+        Replace(&FakeDevice::converters, setup, result);
+        return result;
     }
     long SetAudioVolume(int volume) override {
         return m_device.Note(QStringLiteral("SetAudioVolume"), QString::number(volume));
@@ -224,8 +241,10 @@ public:
         }
         return result;
     }
-    long GetGainControl(KvZANCommon::GainControlStruct&) override {
-        return m_device.Note(QStringLiteral("GetGainControl"));
+    long GetGainControl(KvZANCommon::GainControlStruct& settings) override {
+        const long result = m_device.Note(QStringLiteral("GetGainControl"));
+        settings = m_device.With([&](FakeDevice& device) { return device.gain.value_or(settings); });
+        return result;
     }
     long GetMeasureSettings(double&, KvZANCommon::DFSettingsStruct& df,
                             KvZANCommon::DEMSettingsStruct& dem) override {
@@ -265,8 +284,12 @@ public:
         return result == 0 ? Find(&FakeDevice::compasses, compass, property) : result;
     }
     long ReadCompass(unsigned long compass, unsigned long& value) override {
-        value = 900 + compass;
-        return m_device.Note(QStringLiteral("ReadCompass"));
+        const long result = m_device.Note(QStringLiteral("ReadCompass"));
+        m_device.With([&](FakeDevice& device) {
+            device.readCompasses.push_back(compass);
+            value = device.compassValue + compass;
+        });
+        return result;
     }
     long GetMaxChannelCount(EMode) override {
         m_device.Note(QStringLiteral("GetMaxChannelCount"));
@@ -302,6 +325,17 @@ private:
             }
             found = (device.*list)[number];
             return 0;
+        });
+    }
+
+    /// Takes over what was set of the one with its handle, unless that was refused.
+    template <class T>
+    void Replace(std::vector<T> FakeDevice::*list, const T& setup, long result) {
+        m_device.With([&](FakeDevice& device) {
+            const auto found = std::ranges::find(device.*list, setup.handle, &T::handle);
+            if (result == 0 && found != (device.*list).end()) {
+                *found = setup;
+            }
         });
     }
 

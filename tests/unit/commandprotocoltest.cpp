@@ -116,6 +116,20 @@ TEST_F(CommandProtocolTest, FileNamesAreCleanedOfWhatTheyMustNotHold) {
     EXPECT_EQ(Backups(), QStringList{u"commandlog-a_b_c_d?e<f.txt-2026-11-15_22-17-51-7.bak"_s});
 }
 
+TEST_F(CommandProtocolTest, SlashesOfTheAddressAreReplacedInTheNameOnlyWhereTheLogKeepsOutOfSubdirectories) {
+    CommandProtocol log(u"http://kraken:8081/a"_s, u"Kraken"_s);
+    log.KeepOutOfSubdirectories();
+    log.SetMaxBytes(0);
+    const QByteArray header = "23:17:51:007:\tDF-Address: http://kraken:8081/a\tKraken\n\n";
+    ASSERT_TRUE(log.Init()) << log.GetLastError().toStdString();
+    EXPECT_EQ(Read(u"commandlog-http___kraken_8081_a.txt"_s), header);
+    ++m_clock.now;
+    EXPECT_TRUE(log.Add(u"rolled over"_s));
+    EXPECT_EQ(Backups().size(), 2);
+    EXPECT_TRUE(Read(u"commandlog-http___kraken_8081_a.txt"_s)
+                    .contains("DF-Address: http://kraken:8081/a\tKraken\n\n"));
+}
+
 TEST_F(CommandProtocolTest, NewAddressCountsForTheFileFromTheNextStartOn) {
     CommandProtocol log = MakeLog();
     ASSERT_TRUE(log.Init());

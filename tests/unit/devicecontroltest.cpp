@@ -93,6 +93,12 @@ protected:
         return calls.isEmpty() ? u"none"_s : calls.last();
     }
 
+    static void DisableAntennas() {
+        for (const QString& node : {u"/Ant0"_s, u"/Ant1"_s}) {
+            Tree::Instance()->Find<ValueBool>(DeviceTree::Path() + node + u"/AntEnabled"_s)->SetValue(false);
+        }
+        DeviceTree::Connect();
+    }
     static ValueNumericDouble& Frequency() { return Value<ValueNumericDouble>(g_vdFrequency); }
     static QString Report(const QString& wish, const QString& what) {
         const auto* const text =
@@ -351,10 +357,156 @@ TEST_F(DeviceControlTest, RefusedWishThatNothingIsKnownToGoBackToStaysAndIsSentO
     m_device.Refuse(u"SetHoldTime"_s, u"no search"_s);
     StartConnected();
     EXPECT_EQ(Value<ValueNumericInt>(g_vdHoldTime).GetValue(), 1000);
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdHoldTime).GetState(), TValueState::NotMeasured);
     EXPECT_EQ(ReasonFor(u"HoldTimes"_s), u"no search"_s);
     EXPECT_EQ(Report(u"HoldTimes"_s, u"CarriedOut"_s), QString());
     Pass(10s);
     EXPECT_EQ(m_device.TakeCalls(), QStringList());
+}
+
+TEST_F(DeviceControlTest, FrequencyThatIsRefusedBeforeAnyWasCarriedOutGoesBackToThatOfTheDevice) {
+    m_device.With([](FakeDevice& device) { device.frequency = 99e6; });
+    m_device.Refuse(u"SetFrequency"_s, u"the synthesiser is not locked"_s);
+    StartConnected();
+    EXPECT_EQ(Frequency().GetValue(), 99e6);
+    EXPECT_EQ(Frequency().GetState(), TValueState::Valid);
+    EXPECT_EQ(Report(u"Frequency"_s, u"Asked"_s), u"100 MHz"_s);
+    EXPECT_EQ(Report(u"Frequency"_s, u"CarriedOut"_s), u"99 MHz"_s);
+    EXPECT_EQ(ReasonFor(u"Frequency"_s), u"the synthesiser is not locked"_s);
+}
+
+TEST_F(DeviceControlTest, FrequencyThatNoAntennaServesBeforeAnyWasCarriedOutGoesBackToThatOfTheDevice) {
+    DisableAntennas();
+    m_device.With([](FakeDevice& device) { device.frequency = 99e6; });
+    StartConnected();
+    EXPECT_EQ(m_device.TakeCalls(u"SetFrequency"_s), QStringList());
+    EXPECT_EQ(Frequency().GetValue(), 99e6);
+    EXPECT_EQ(Frequency().GetState(), TValueState::Valid);
+    EXPECT_EQ(Report(u"Frequency"_s, u"Asked"_s), u"100 MHz"_s);
+    EXPECT_EQ(Report(u"Frequency"_s, u"CarriedOut"_s), u"99 MHz"_s);
+    EXPECT_TRUE(ReasonFor(u"Frequency"_s).startsWith(u"no antenna serves it"_s));
+}
+
+TEST_F(DeviceControlTest, RefusedFrequencyIsNotMeasuredWhenTheDriverCannotTellThatOfTheDevice) {
+    m_device.Refuse(u"SetFrequency"_s, u"the synthesiser is not locked"_s);
+    m_device.Refuse(u"GetFrequency"_s, u"nor does it say where"_s);
+    StartConnected();
+    EXPECT_EQ(Frequency().GetState(), TValueState::NotMeasured);
+    EXPECT_EQ(Report(u"Frequency"_s, u"CarriedOut"_s), QString());
+    EXPECT_EQ(ReasonFor(u"Frequency"_s), u"the synthesiser is not locked"_s);
+    m_device.Allow(u"SetFrequency"_s);
+    Frequency().SetValue(127.5e6);
+    Settle();
+    EXPECT_EQ(Frequency().GetState(), TValueState::Valid) << "it is carried out";
+    m_device.Refuse(u"SetFrequency"_s, u"no"_s);
+    m_now += 1s;
+    Frequency().SetValue(128e6);
+    Settle();
+    EXPECT_EQ(Frequency().GetValue(), 127.5e6) << "what was carried out last";
+    EXPECT_EQ(Frequency().GetState(), TValueState::Valid);
+}
+
+TEST_F(DeviceControlTest, FrequencyOfTheDeviceThatTheValueCannotHoldIsNotMeasured) {
+    m_device.With([](FakeDevice& device) { device.frequency = 40e9; });
+    m_device.Refuse(u"SetFrequency"_s, u"no"_s);
+    StartConnected();
+    EXPECT_EQ(Frequency().GetState(), TValueState::NotMeasured);
+    EXPECT_EQ(Report(u"Frequency"_s, u"CarriedOut"_s), u"40 GHz"_s);
+}
+
+TEST_F(DeviceControlTest, RefusedModeIsNotMeasuredBecauseNoDriverIsAskedForIt) {
+    m_device.Refuse(u"SetMode"_s, u"it is jammed"_s);
+    StartConnected();
+    const auto& mode = Value<ValueSelection>(g_vdOperationMode);
+    EXPECT_EQ(mode.GetState(), TValueState::NotMeasured);
+    m_device.Allow(u"SetMode"_s);
+    Value<ValueSelection>(g_vdOperationMode).SetCurrentKey(OPMODE_FFM);
+    Settle();
+    EXPECT_EQ(mode.GetState(), TValueState::Valid);
+}
+
+TEST_F(DeviceControlTest, RefusedAverageTimeGoesBackToThatOfTheDevice) {
+    m_device.With([](FakeDevice& device) { device.averageTime = 0.2; });
+    m_device.Refuse(u"SetAverageTime"_s, u"no"_s);
+    StartConnected();
+    EXPECT_EQ(Value<ValueSelection>(g_vdUpdateInterval).GetStringValue(), u"200 ms"_s);
+    EXPECT_EQ(Value<ValueSelection>(g_vdUpdateInterval).GetState(), TValueState::Valid);
+}
+
+TEST_F(DeviceControlTest, AverageTimeOfTheDeviceThatIsInNoListIsNotMeasured) {
+    m_device.With([](FakeDevice& device) { device.averageTime = 0.33; });
+    m_device.Refuse(u"SetAverageTime"_s, u"no"_s);
+    StartConnected();
+    EXPECT_EQ(Value<ValueSelection>(g_vdUpdateInterval).GetState(), TValueState::NotMeasured);
+    EXPECT_EQ(Report(u"AverageTime"_s, u"CarriedOut"_s), u"0.33 s"_s);
+}
+
+TEST_F(DeviceControlTest, RefusedGainAndGpsTimeGoBackToThoseOfTheDevice) {
+    m_device.With([](FakeDevice& device) { device.gain = {u"manual"_s, -1, 30.0}; });
+    m_device.Refuse(u"SetGainControl"_s, u"no"_s);
+    m_device.Refuse(u"SetGPSTimeUsage"_s, u"no receiver"_s);
+    Value<ValueBool>(g_vdGpsTime).SetValue(true);
+    StartConnected();
+    EXPECT_EQ(Value<ValueSelection>(g_vdGainControlMode).GetCurrentKey(), 1);
+    EXPECT_EQ(Value<ValueNumericDouble>(g_vdMGCLevel).GetValue(), 30.0);
+    EXPECT_FALSE(Value<ValueBool>(g_vdGpsTime).GetValue());
+}
+
+TEST_F(DeviceControlTest, RefusedMeasureSettingsGoBackToThoseOfTheDevice) {
+    m_device.With([](FakeDevice& device) {
+        device.df.emplace().levelThreshold = 17;
+        device.dem.emplace().demodulation = 2;
+    });
+    m_device.Refuse(u"AlterMeasureSetting"_s, u"no"_s);
+    Value<ValueNumericDouble>(g_vdLevelThreshold).SetValue(5.0);
+    StartConnected();
+    EXPECT_EQ(Value<ValueNumericDouble>(g_vdLevelThreshold).GetValue(), 17.0);
+    EXPECT_EQ(Value<ValueSelection>(g_vdDemodulation).GetStringValue(), u"FM"_s);
+}
+
+TEST_F(DeviceControlTest, RefusedPreamplifierAndAttenuationGoBackToThoseOfTheDevice) {
+    m_device.converters = {{0, CONVERTER_RCV01, u"RCV01"_s, 0, 12, true, true}};
+    m_device.Refuse(u"SetConverterSetup"_s, u"no"_s);
+    m_device.Refuse(u"SetRfAttenuator"_s, u"no"_s);
+    Start();
+    Value<ValueBool>(g_vdPreAmplifierHf).SetValue(false);
+    Value<ValueSelection>(g_vdAttenuationHf).SetCurrentKey(0);
+    m_control->OnConnected();
+    Settle();
+    EXPECT_TRUE(Value<ValueBool>(g_vdPreAmplifierHf).GetValue());
+    EXPECT_EQ(Value<ValueSelection>(g_vdAttenuationHf).GetCurrentKey(), 12);
+    EXPECT_EQ(ReasonFor(u"Attenuation"_s), u"no"_s);
+    Pass(10s);
+    EXPECT_EQ(m_device.TakeCalls(u"SetRfAttenuator"_s).size(), 1);
+}
+
+TEST_F(DeviceControlTest, RefusedSetupOfAnAntennaGoesBackToThatOfTheDevice) {
+    m_device.antennas = {{0, u"PX110"_s, 300e3, 30e6, true, false, false}};
+    m_device.antennaSetups = {{0, {400e3, 20e6}, 2, 0, -1, 7.5, {}}};
+    m_device.Refuse(u"SetAntennaSetup"_s, u"fixed"_s);
+    StartConnected();
+    const auto number = [](const QString& name) {
+        return Tree::Instance()
+            ->Find<ValueNumericDouble>(DeviceTree::Path() + u"/Ant0/"_s + name)
+            ->GetValue();
+    };
+    EXPECT_EQ(number(u"AntMechOffset"_s), 7.5);
+    EXPECT_EQ(number(u"AntMinRange"_s), 400e3);
+    EXPECT_EQ(number(u"AntMaxRange"_s), 20e6);
+    EXPECT_EQ(ReasonFor(u"Antennas"_s), u"fixed"_s);
+}
+
+TEST_F(DeviceControlTest, RefusedWishThatIsNotMeasuredIsNotKept) {
+    m_settings.Write("[General]\nZANStations/Count=1\n[ZANStations/ZANStation0]\nDeviceAddress=device\n"
+                     "[ZANStations/ZANStation0/Control]\nVolume=30\n");
+    m_device.Refuse(u"SetAudioVolume"_s, u"no audio"_s);
+    Start();
+    Value<ValueNumericInt>(g_vdAuChannelVolume).SetValue(99);
+    m_control->OnConnected();
+    Settle();
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdAuChannelVolume).GetState(), TValueState::NotMeasured);
+    m_control.reset();
+    EXPECT_TRUE(m_settings.CloseAndRead().contains(u"Volume=30"_s));
 }
 
 TEST_F(DeviceControlTest, RefusalWithoutATextIsToldWithItsCode) {
@@ -700,6 +852,146 @@ TEST_F(DeviceControlTest, PreamplifierAndAttenuationReachTheConverterOfTheirRang
               (QStringList{u"SetConverterSetup 0: preamplifier 0, 0 dB"_s, u"AlterMeasureSetting 100000000"_s,
                            u"SetRfAttenuator 0 12"_s, u"SetConverterSetup 1: preamplifier 1, 0 dB"_s,
                            u"SetRfAttenuator 1 0"_s}));
+}
+
+// Compasses
+
+class DeviceControlCompassTest : public DeviceControlTest {
+protected:
+    /// A device whose antennas each have a compass.
+    DeviceControlCompassTest() {
+        m_device.antennas = {{0, u"PX110"_s, 300e3, 30e6, true, false, false},
+                             {1, u"PX106"_s, 20e6, 1300e6, true, false, false}};
+        m_device.antennaSetups = {{0, {300e3, 30e6}, 2, 0, 0, 0.0, {}},
+                                  {1, {30000001.0, 1300e6}, 2, 1, 1, 0.0, {}}};
+        m_device.compasses = {{0, u"gyro"_s, 0.1, false}, {1, u"fluxgate"_s, 0.5, false}};
+    }
+    static ValueNumericDouble& Compass(int antenna) {
+        return *Tree::Instance()->Find<ValueNumericDouble>(DeviceTree::Path() +
+                                                           u"/Ant%1/AntCompassValue"_s.arg(antenna));
+    }
+    static std::pair<TValueState, TValueState> States() {
+        return {Compass(0).GetState(), Compass(1).GetState()};
+    }
+    void ShowCompasses(unsigned long value) {
+        m_device.With([=](FakeDevice& device) { device.compassValue = value; });
+    }
+    std::vector<unsigned long> TakeRead() {
+        return m_device.With([](FakeDevice& device) { return std::exchange(device.readCompasses, {}); });
+    }
+
+    static constexpr std::pair VALID{TValueState::Valid, TValueState::Valid};
+    static constexpr std::pair NOT_MEASURED{TValueState::NotMeasured, TValueState::NotMeasured};
+};
+
+TEST_F(DeviceControlCompassTest, CompassesAreReadAgainEverySecond) {
+    Start();
+    m_control->OnConnected();
+    Settle();
+    EXPECT_EQ(Compass(0).GetValue(), 90.0);
+    EXPECT_EQ(Compass(1).GetValue(), 90.1);
+    EXPECT_EQ(States(), VALID);
+    TakeRead();
+    ShowCompasses(1234);
+    Pass(999ms);
+    EXPECT_EQ(TakeRead(), std::vector<unsigned long>());
+    Pass(1ms);
+    EXPECT_EQ(TakeRead(), (std::vector<unsigned long>{0, 1}));
+    EXPECT_EQ(Compass(0).GetValue(), 123.4);
+    EXPECT_EQ(Compass(1).GetValue(), 123.5);
+    EXPECT_EQ(States(), VALID);
+}
+
+TEST_F(DeviceControlCompassTest, ReadingThatStopsComingIsNotMeasuredAfterTheAgeLimitAndIsSoughtOn) {
+    StartConnected();
+    m_device.Refuse(u"ReadCompass"_s, u"it spins up"_s);
+    Pass(2s); // 3 s after the first reading, with that of StartConnected
+    EXPECT_EQ(States(), VALID);
+    Pass(1ms);
+    EXPECT_EQ(States(), NOT_MEASURED);
+    EXPECT_EQ(DeviceTree::DeviceValue<ValueString>(g_vdDevLastError)->GetValue(), QString());
+    m_device.Allow(u"ReadCompass"_s);
+    Pass(1s);
+    EXPECT_EQ(States(), VALID);
+}
+
+TEST_F(DeviceControlCompassTest, ShorterAgeLimitOfTheSettingsMakesTheQuestionsMoreFrequent) {
+    m_settings.Write("[Gpsd]\nMaxAge=300\n");
+    StartConnected(); // a second passes
+    Pass(0ms);
+    EXPECT_EQ(States(), VALID);
+    TakeRead();
+    Pass(100ms);
+    EXPECT_EQ(TakeRead().size(), 2U) << "thrice within the limit";
+}
+
+TEST_F(DeviceControlCompassTest, WhileTheDriverIsBusyOneQuestionWaitsAndTheReadingsAgeOut) {
+    StartConnected();
+    Pass(0ms);
+    TakeRead();
+    std::promise<void> release;
+    m_thread->Post(DriverCall::Calibrate, [&](KvZANCommon::IDriver&) { release.get_future().wait(); });
+    for (int second = 0; second < 10; ++second) {
+        m_now += 1s;
+        m_control->SendDue();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(States(), NOT_MEASURED);
+    EXPECT_EQ(TakeRead(), std::vector<unsigned long>());
+    release.set_value();
+    Settle();
+    EXPECT_EQ(TakeRead(), (std::vector<unsigned long>{0, 1})) << "one round";
+    EXPECT_EQ(States(), VALID);
+}
+
+TEST_F(DeviceControlCompassTest, CompassWhoseReadingThrowsIsNotAskedAgainUntilTheDeviceIsConnectedAgain) {
+    StartConnected();
+    m_device.ThrowIn(u"ReadCompass"_s);
+    Pass(1s);
+    EXPECT_EQ(States(), NOT_MEASURED);
+    const qsizetype calls = m_device.CountCalls();
+    Pass(10s);
+    EXPECT_EQ(m_device.CountCalls(), calls);
+    m_device.ThrowIn(QString());
+    m_control->OnLost();
+    m_control->OnConnected();
+    Settle();
+    EXPECT_EQ(States(), VALID);
+}
+
+TEST_F(DeviceControlCompassTest, LostDeviceIsNotAskedAndAnAnswerThatComesLateIsNotTaken) {
+    StartConnected();
+    Pass(0ms);
+    std::promise<void> release;
+    m_thread->Post(DriverCall::Setting, [&](KvZANCommon::IDriver&) { release.get_future().wait(); });
+    m_now += 1s;
+    m_control->SendDue(); // asks
+    m_control->OnLost();
+    release.set_value();
+    Settle();
+    EXPECT_EQ(States(), NOT_MEASURED);
+    TakeRead();
+    Pass(10s);
+    EXPECT_EQ(TakeRead(), std::vector<unsigned long>());
+    EXPECT_EQ(States(), NOT_MEASURED);
+}
+
+TEST_F(DeviceControlCompassTest, EventLoopAsksByItself) {
+    m_settings.Write("[Gpsd]\nMaxAge=100\n");
+    m_control = std::make_unique<DeviceControl>(*m_thread, ADDRESS);
+    m_control->OnConnected();
+    Settle();
+    TakeRead();
+    ShowCompasses(1234);
+    EXPECT_TRUE(SpinUntil([] { return Compass(0).GetValue() == 123.4; }));
+    m_device.Refuse(u"ReadCompass"_s, u"it is off"_s);
+    EXPECT_TRUE(SpinUntil([] { return States() == NOT_MEASURED; }));
+}
+
+TEST_F(DeviceControlCompassTest, CompassWithoutAReadingOnConnectIsNotMeasured) {
+    m_device.Refuse(u"ReadCompass"_s, u"it spins up"_s);
+    StartConnected();
+    EXPECT_EQ(States(), NOT_MEASURED);
 }
 
 // What is kept

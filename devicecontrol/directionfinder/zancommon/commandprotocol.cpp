@@ -178,7 +178,11 @@ bool CommandProtocol::Open() {
     if (!QDir::current().exists(LOG_DIRECTORY)) {
         QDir::current().mkdir(LOG_DIRECTORY);
     }
-    m_strFileName = ToValidFileName(LOG_DIRECTORY + u"/commandlog-"_s + m_strDeviceAddress + u".txt"_s);
+    QString address = m_strDeviceAddress;
+    if (m_isFlat) {
+        address.replace(u'/', u'_');
+    }
+    m_strFileName = ToValidFileName(LOG_DIRECTORY + u"/commandlog-"_s + address + u".txt"_s);
     m_pCurrentFile = std::make_shared<QFile>(m_strFileName);
     // Unbuffered: a line is one system call, and has reached the file when it returns.
     if (!m_pCurrentFile->open(QIODevice::Append | QIODevice::Text | QIODevice::Unbuffered)) {

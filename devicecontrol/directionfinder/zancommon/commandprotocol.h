@@ -64,6 +64,9 @@ public:
     void SetMaxBytes(unsigned long bytes);
     /// The file name follows from the next start or backup on.
     void SetDeviceAddress(const QString& address);
+    /// From the next start or backup on, "/" becomes "_" in the address of the file name, too; the header has
+    /// the address as it is. Without it, a "/" leads into a directory, which must exist.
+    void KeepOutOfSubdirectories() { m_isFlat = true; }
     /// The text of the last failure; empty after the file was opened. A success does not clear it.
     [[nodiscard]] const QString& GetLastError() const { return m_strLastError; }
 
@@ -85,6 +88,7 @@ private:
     QString m_strDeviceLabel;
     std::shared_ptr<QFile> m_pCurrentFile;
     quint32 m_nMaxBytes = DEFAULT_MAX_BYTES;
-    qint64 m_second = 0; // since 1970; the second that m_timeOfDay shows
+    bool m_isFlat = false; // no directory is part of the file name
+    qint64 m_second = 0;   // since 1970; the second that m_timeOfDay shows
     QByteArray m_timeOfDay;
 };

@@ -1,6 +1,5 @@
 #include "zanserver/antennaentries.h"
 
-#include "stddevicedefinition/antbuilder.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "valueframework/tree.h"
 #include "valueframework/valuetypes.h"
@@ -21,18 +20,6 @@ QString DevicePath() {
     return ZANPath::DEVICE_NODE.toString();
 }
 
-std::vector<Ant> GetNodes() {
-    std::vector<Ant> nodes;
-    if (const Node* const device = Tree::Instance()->GetNode(DevicePath())) {
-        for (ITreeItem* const item : device->GetTreeItems()) {
-            if (Ant::IsAntenna(item)) {
-                nodes.emplace_back(static_cast<Node*>(item));
-            }
-        }
-    }
-    return nodes;
-}
-
 template <class T, class Content>
 void Set(const Ant& node, const ValueDescriptor& descriptor, Content content, IObserver* originator) {
     if (T* const value = node.GetValue<T>(descriptor)) {
@@ -49,7 +36,29 @@ void Apply(const AntennaData& entry, AntennaSetupStruct& setup) {
     setup.compassHandle = entry.compassEnabled ? entry.compassHandle : -1;
 }
 
+/// The other way round. The device tells of a compass only which one it uses.
+void TakeOver(const AntennaSetupStruct& setup, AntennaData& entry) {
+    entry.mechOffset = static_cast<float>(setup.mechanicalOffset);
+    if (entry.polarizationSupport && setup.polarisation >= POLARISATION_LEFT &&
+        setup.polarisation <= POLARISATION_HORIZONTAL) {
+        entry.polarizationMode = static_cast<EZANPolarisation>(setup.polarisation);
+    }
+    entry.compassEnabled = setup.compassHandle >= 0;
+}
+
 } // namespace
+
+std::vector<Ant> GetNodes() {
+    std::vector<Ant> nodes;
+    if (const Node* const device = Tree::Instance()->GetNode(DevicePath())) {
+        for (ITreeItem* const item : device->GetTreeItems()) {
+            if (Ant::IsAntenna(item)) {
+                nodes.emplace_back(static_cast<Node*>(item));
+            }
+        }
+    }
+    return nodes;
+}
 
 std::vector<AntennaData> Read() {
     AntennaDataList list;
@@ -81,6 +90,27 @@ std::vector<AntennaSetupStruct> ToSetups(const std::vector<AntennaData>& entries
         }
     }
     return setups;
+}
+
+std::vector<AntennaData> FromSetups(std::vector<AntennaData> entries,
+                                    const std::vector<AntennaSetupStruct>& setups) {
+    for (const AntennaSetupStruct& setup : setups) {
+        AntennaData* lowest = nullptr;
+        AntennaData* highest = nullptr;
+        for (AntennaData& entry : entries) {
+            if (!entry.enabled || entry.handle != setup.handle) {
+                continue;
+            }
+            TakeOver(setup, entry);
+            lowest = lowest && lowest->minRange <= entry.minRange ? lowest : &entry;
+            highest = highest && highest->maxRange >= entry.maxRange ? highest : &entry;
+        }
+        if (lowest && highest) {
+            lowest->minRange = setup.range.first;
+            highest->maxRange = setup.range.second;
+        }
+    }
+    return entries;
 }
 
 void WriteBack(const std::vector<AntennaData>& entries, IObserver* originator) {

@@ -24,6 +24,9 @@ struct ControlHost {
     virtual void OnCarriedOut(ControlOperation& operation) = 0;
     /// An operation is no longer under way.
     virtual void OnSettled(ControlOperation& operation) = 0;
+    /// It is known now, or no longer, whether the values of an operation show what the device has
+    /// (`ControlOperation::IsKnown`).
+    virtual void MarkValues(const ControlOperation& operation) = 0;
     /// Calls `ControlOperation::WishAgain` at this time.
     virtual void WakeAt(std::chrono::steady_clock::time_point time) = 0;
     /// Whether an operation has to wait for others.
@@ -80,8 +83,11 @@ public:
         m_isWaiting = false;
         m_notBefore = {};
         ForgetRefused();
+        SetKnown(true);
     }
 
+    /// False: the values hold a wish that was refused, and what the device has is not known.
+    [[nodiscard]] bool IsKnown() const { return m_isKnown; }
     [[nodiscard]] bool IsUnderWay() const { return m_isUnderWay; }
     [[nodiscard]] bool IsWaiting() const { return m_isWaiting; }
 
@@ -108,6 +114,10 @@ protected:
         m_sentIn = m_generation;
         m_host.errands->Send(kind, *this);
     }
+    void SetKnown(bool isKnown) {
+        m_isKnown = isKnown;
+        m_host.MarkValues(*this);
+    }
     /// Whether what is under way was meant for a device that is gone.
     [[nodiscard]] bool IsForOtherDevice() const { return m_sentIn != m_generation; }
     /// Whether the answer is from the device that is connected now.
@@ -123,6 +133,7 @@ protected:
 
 private:
     bool m_isUnderWay = false;
+    bool m_isKnown = true;
     quint64 m_generation = 0;
     quint64 m_sentIn = 0;
     std::chrono::steady_clock::time_point m_notBefore;
@@ -138,10 +149,13 @@ private:
 ///     static QString Describe(const Arguments&);
 ///     static std::size_t CountCalls(const Arguments& wanted, const std::optional<Arguments>& carriedOut);
 ///     static long Call(IDriver&, const Arguments&, std::size_t number); // on the driver's thread, from 0
-///     static bool Ask(IDriver&, Arguments&); // likewise: replaces what the device says of itself
+///     static std::size_t CountQuestions(const Arguments&);
+///     static bool Ask(IDriver&, Arguments&, std::size_t number); // likewise: what the device says it has
 ///     static constexpr bool IS_PARTLY_DONE;  // a refusal leaves the device with part of it
 ///
-/// `Ask` may be missing.
+/// `Show` marks a value that cannot hold what the device has as not measured. Without an `Ask` nothing but
+/// what was carried out last is known of the device. It is asked what it has made of a wish, unless that took
+/// several calls, and what it has when it refuses one.
 template <class Policy>
 class OperationOf final : public ControlOperation {
 public:
@@ -167,13 +181,13 @@ public:
         WishChange change;
         const EWish wish = m_policy.Read(wanted, change);
         if (wish == EWish::REFUSED) {
-            Show(IsUnderWay() ? m_wanted : m_carriedOut, change.asked, change.reason);
+            RefuseUnsent(wanted, change);
         } else if (wish == EWish::SEND) {
             if (!change.reason.isEmpty()) {
                 m_report.Tell(change.asked, Policy::Describe(wanted), change.reason);
             }
             if (IsUnderWay()) {
-                m_isWaiting = IsForOtherDevice() || wanted != m_wanted;
+                m_isWaiting = IsForOtherDevice() || m_phase == EPhase::ASK || wanted != m_wanted;
             } else if (wanted != m_carriedOut && wanted != m_refused && MayCall()) {
                 Begin(std::move(wanted));
             }
@@ -190,7 +204,7 @@ public:
             m_result = Policy::Call(driver, m_wanted, m_callNumber);
             m_error = m_result == 0 ? QString() : TakeLastError(driver, m_result);
         } else if constexpr (CAN_ASK) {
-            m_isAnswered = Policy::Ask(driver, m_answer);
+            m_isAnswered = Policy::Ask(driver, m_answer, m_callNumber);
             if (!m_isAnswered) {
                 driver.ClearLastError();
             }
@@ -211,9 +225,14 @@ public:
     }
 
 private:
-    enum class EPhase { SET, CONFIRM, RECOVER };
+    enum class EPhase {
+        SET,     ///< sends the wish
+        CONFIRM, ///< asks what the device has made of it
+        RECOVER, ///< asks what it has, because it has refused it
+        ASK      ///< the same, because the wish could not even be sent
+    };
     static constexpr bool CAN_ASK = requires(IDriver & driver, Arguments& arguments) {
-        Policy::Ask(driver, arguments);
+        Policy::Ask(driver, arguments, std::size_t());
     };
 
     void ForgetRefused() override { m_refused.reset(); }
@@ -228,6 +247,22 @@ private:
             m_host.OnCarriedOut(*this);
         } else {
             SendCall(m_kind);
+        }
+    }
+
+    /// A wish that the device cannot do goes back to what it has, about which it is asked unless that is
+    /// known.
+    void RefuseUnsent(const Arguments& wanted, const WishChange& change) {
+        const bool isBeingSent = IsUnderWay() && (m_phase == EPhase::SET || m_phase == EPhase::CONFIRM);
+        const std::optional<Arguments> has = isBeingSent ? std::optional(m_wanted) : m_carriedOut;
+        if (CAN_ASK && has && Policy::Describe(*has) == change.asked) {
+            return; // the device has it all the same, as it has told
+        }
+        Show(has, change.asked, change.reason);
+        if (CAN_ASK && !has && MayCall()) {
+            m_asked = change.asked;
+            m_error = change.reason;
+            Query(EPhase::ASK, wanted);
         }
     }
 
@@ -247,15 +282,17 @@ private:
         } else if (m_result == 0) {
             m_carriedOut = m_wanted;
             m_refused.reset();
-            if (CAN_ASK && !m_isWaiting) {
-                Query(EPhase::CONFIRM);
+            SetKnown(true);
+            if (CAN_ASK && !Policy::IS_PARTLY_DONE && !m_isWaiting) {
+                Query(EPhase::CONFIRM, m_wanted);
             } else {
                 Settle(true);
             }
         } else {
             m_refused = m_wanted;
+            m_asked = Policy::Describe(m_wanted);
             if (CAN_ASK) {
-                Query(EPhase::RECOVER);
+                Query(EPhase::RECOVER, m_carriedOut.value_or(m_wanted));
             } else {
                 GoBack();
                 Settle(false);
@@ -263,18 +300,29 @@ private:
         }
     }
 
-    void Query(EPhase phase) {
+    /// \param base for what the device does not say
+    void Query(EPhase phase, const Arguments& base) {
         m_phase = phase;
-        m_answer = m_wanted;
+        m_answer = base;
+        m_callNumber = 0;
+        if constexpr (CAN_ASK) {
+            m_callCount = Policy::CountQuestions(base);
+        }
         SendCall(DriverCall::Query);
     }
 
     void TakeState() {
-        if (m_phase == EPhase::RECOVER) {
+        if (m_isAnswered && ++m_callNumber < m_callCount) {
+            SendCall(DriverCall::Query);
+            return;
+        }
+        if (m_phase != EPhase::CONFIRM) {
             if (m_isAnswered) {
                 m_carriedOut = m_answer;
+                Show(m_carriedOut, m_asked, m_error);
+            } else {
+                GoBack();
             }
-            GoBack();
         } else if (m_isAnswered && m_answer != m_wanted) {
             m_carriedOut = m_answer;
             Show(m_carriedOut, Policy::Describe(m_wanted), QStringLiteral("the device has made this of it"));
@@ -282,22 +330,24 @@ private:
         Settle(m_phase == EPhase::CONFIRM);
     }
 
-    /// After a refusal: to what the device has.
+    /// After a refusal: to what was carried out last.
     void GoBack() {
         if constexpr (Policy::IS_PARTLY_DONE) {
-            Show(m_carriedOut ? m_carriedOut : Arguments{}, Policy::Describe(m_wanted), m_error);
+            Show(m_carriedOut ? m_carriedOut : Arguments{}, m_asked, m_error);
+            SetKnown(false); // until all of that is carried out again
             m_carriedOut.reset();
             m_isWaiting = true;
         } else {
-            Show(m_carriedOut, Policy::Describe(m_wanted), m_error);
+            Show(m_carriedOut, m_asked, m_error);
         }
     }
 
     /// Shows what the device has, unless something else is wished meanwhile.
-    void Show(const std::optional<Arguments>& back, const QString& asked, const QString& reason) {
-        m_report.Tell(asked, back ? Policy::Describe(*back) : QString(), reason);
-        if (back && !m_isWaiting) {
-            m_policy.Show(*back);
+    void Show(const std::optional<Arguments>& has, const QString& asked, const QString& reason) {
+        m_report.Tell(asked, has ? Policy::Describe(*has) : QString(), reason);
+        SetKnown(has.has_value());
+        if (has && !m_isWaiting) {
+            m_policy.Show(*has);
         }
     }
 
@@ -311,6 +361,7 @@ private:
     Policy m_policy;
     std::optional<Arguments> m_carriedOut;
     std::optional<Arguments> m_refused;
+    QString m_asked; // what was refused last
     // Used by the driver's thread while it is under way.
     EPhase m_phase = EPhase::SET;
     Arguments m_wanted{};

@@ -32,13 +32,31 @@ double CurrentNumber(const ValueSelection& selection, double otherwise) {
     return index < 0 ? otherwise : selection.GetItems()[static_cast<std::size_t>(index)].GetValue();
 }
 
-/// Makes the item with a number the current one; another one stays when there is none.
+/// \param isHeld whether the value holds what the device has; otherwise it would show something else
+void Mark(ValueBase& value, bool isHeld, IObserver* originator) {
+    value.SetState(isHeld ? TValueState::Valid : TValueState::NotMeasured, originator);
+}
+
+/// Makes the item with a number the current one; another one stays when there is none, not measured.
 void SelectNumber(ValueSelection& selection, double number, IObserver* originator) {
     const auto& items = selection.GetItems();
     const auto found = std::ranges::find(items, number, &SelectionItem::GetValue);
-    if (found != items.end()) {
+    const bool isThere = found != items.end();
+    if (isThere) {
         selection.SetCurrentIndex(found - items.begin(), originator);
     }
+    Mark(selection, isThere, originator);
+}
+
+/// The same by key.
+void SelectKey(ValueSelection& selection, long key, IObserver* originator) {
+    Mark(selection, selection.SetCurrentKey(key, originator), originator);
+}
+
+/// A number that is out of the value's range leaves it as it was, not measured.
+template <class Value, class Number>
+void SetNumber(Value& value, Number number, IObserver* originator) {
+    Mark(value, value.SetValue(number, originator), originator);
 }
 
 /// Whole decibels, as drivers take them.
@@ -117,13 +135,23 @@ QString Converters::Describe(const Arguments& arguments) {
     return texts.join(u", "_s);
 }
 
+bool Converters::Ask(IDriver& driver, Arguments& arguments, std::size_t number) {
+    ConverterSetupStruct& setup = arguments.setups[number];
+    ConverterSetupStruct ofDevice = setup;
+    if (driver.GetConverterSetup(static_cast<unsigned long>(setup.handle), ofDevice) != 0) {
+        return false;
+    }
+    setup.preamplifier = ofDevice.preamplifier;
+    return true;
+}
+
 EWish Antennas::Read(Arguments& wanted, WishChange& /*change*/) const {
     wanted.entries = AntennaEntries::Read();
     wanted.setups = AntennaEntries::ToSetups(wanted.entries, values->antennaSetups);
     return wanted.setups.empty() ? EWish::NOTHING : EWish::SEND;
 }
 void Antennas::Show(const Arguments& arguments) const {
-    AntennaEntries::WriteBack(arguments.entries, values->owner);
+    AntennaEntries::WriteBack(AntennaEntries::FromSetups(arguments.entries, arguments.setups), values->owner);
 }
 QString Antennas::Describe(const Arguments& arguments) {
     QStringList texts;
@@ -133,6 +161,20 @@ QString Antennas::Describe(const Arguments& arguments) {
                                     FrequencyText::FormatRange(setup.range.first, setup.range.second)));
     }
     return texts.join(u", "_s);
+}
+
+bool Antennas::Ask(IDriver& driver, Arguments& arguments, std::size_t number) {
+    AntennaSetupStruct& setup = arguments.setups[number];
+    AntennaSetupStruct ofDevice = setup;
+    if (driver.GetAntennaSetup(static_cast<unsigned long>(setup.handle), ofDevice) != 0 ||
+        !std::isfinite(ofDevice.mechanicalOffset) || !(ofDevice.range.first < ofDevice.range.second)) {
+        return false;
+    }
+    setup.range = ofDevice.range;
+    setup.mechanicalOffset = ofDevice.mechanicalOffset;
+    setup.polarisation = ofDevice.polarisation;
+    setup.compassHandle = ofDevice.compassHandle;
+    return true;
 }
 
 EWish Attenuation::Read(Arguments& wanted, WishChange& /*change*/) const {
@@ -148,8 +190,8 @@ EWish Attenuation::Read(Arguments& wanted, WishChange& /*change*/) const {
 }
 void Attenuation::Show(const Arguments& arguments) const {
     for (const Of& each : arguments) {
-        (each.isHf ? values->attenuationHf : values->attenuationVuhf)
-            ->SetCurrentKey(each.attenuation, values->owner);
+        SelectKey(each.isHf ? *values->attenuationHf : *values->attenuationVuhf, each.attenuation,
+                  values->owner);
     }
 }
 QString Attenuation::Describe(const Arguments& arguments) {
@@ -158,6 +200,16 @@ QString Attenuation::Describe(const Arguments& arguments) {
         texts.append(u"%1: %2 dB"_s.arg(each.isHf ? u"HF"_s : u"VUHF"_s).arg(each.attenuation));
     }
     return texts.join(u", "_s);
+}
+
+bool Attenuation::Ask(IDriver& driver, Arguments& arguments, std::size_t number) {
+    ConverterSetupStruct ofDevice;
+    ofDevice.attenuation = static_cast<qint32>(arguments[number].attenuation);
+    if (driver.GetConverterSetup(arguments[number].converter, ofDevice) != 0) {
+        return false;
+    }
+    arguments[number].attenuation = ofDevice.attenuation;
+    return true;
 }
 
 EWish GainControl::Read(Arguments& wanted, WishChange& /*change*/) const {
@@ -170,20 +222,22 @@ void GainControl::Show(const Arguments& arguments) const {
     const bool isManual = arguments.mode == u"manual"_s;
     values->gainControlMode->SetCurrentKey(isManual ? MANUAL_GAIN : AUTOMATIC_GAIN, values->owner);
     if (isManual) {
-        values->mgcLevel->SetValue(arguments.gain, values->owner);
+        SetNumber(*values->mgcLevel, arguments.gain, values->owner);
     }
 }
 QString GainControl::Describe(const Arguments& arguments) {
     return arguments.mode == u"manual"_s ? u"manual, %1 dB"_s.arg(arguments.gain) : u"automatic"_s;
 }
-bool GainControl::Ask(IDriver& driver, Arguments& arguments) {
+bool GainControl::Ask(IDriver& driver, Arguments& arguments, std::size_t) {
     GainControlStruct ofDevice = arguments;
     if (driver.GetGainControl(ofDevice) != 0 ||
         (ofDevice.mode != u"manual"_s && ofDevice.mode != u"auto"_s)) {
         return false;
     }
     arguments.mode = ofDevice.mode;
-    TakeIfSet(arguments.gain, ofDevice.gain);
+    arguments.gain = ofDevice.mode == u"auto"_s     ? -1.0
+                     : std::isfinite(ofDevice.gain) ? ofDevice.gain
+                                                    : arguments.gain;
     return true;
 }
 
@@ -211,12 +265,12 @@ EWish Frequency::Read(double& frequency, WishChange& change) const {
     return EWish::SEND;
 }
 void Frequency::Show(double frequency) const {
-    values->frequency->SetValue(frequency, values->owner);
+    SetNumber(*values->frequency, frequency, values->owner);
 }
 QString Frequency::Describe(double frequency) {
     return FrequencyText::Format(frequency);
 }
-bool Frequency::Ask(IDriver& driver, double& frequency) {
+bool Frequency::Ask(IDriver& driver, double& frequency, std::size_t) {
     double ofDevice = frequency;
     if (driver.GetFrequency(ofDevice) != 0 || !std::isfinite(ofDevice)) {
         return false;
@@ -235,7 +289,7 @@ void AverageTime::Show(double seconds) const {
 QString AverageTime::Describe(double seconds) {
     return u"%1 s"_s.arg(seconds);
 }
-bool AverageTime::Ask(IDriver& driver, double& seconds) {
+bool AverageTime::Ask(IDriver& driver, double& seconds, std::size_t) {
     double ofDevice = seconds;
     if (driver.GetAverageTime(ofDevice) != 0 || !std::isfinite(ofDevice)) {
         return false;
@@ -321,27 +375,34 @@ void Measure::Show(const Arguments& arguments) const {
     const ZANCharacteristicsTools tools;
     IObserver* const owner = values->owner;
     const DFSettingsStruct& df = arguments.df;
-    SelectNumber(*values->dfBandwidth, df.resolutionBandwidth, owner);
+    if (df.resolutionBandwidth > 0.0) {
+        SelectNumber(*values->dfBandwidth, df.resolutionBandwidth, owner);
+    }
     if (df.method >= 0) {
-        values->dfMode->SetStringValue(tools.TranslateDfMethod(static_cast<unsigned long>(df.method)), owner);
+        Mark(*values->dfMode,
+             values->dfMode->SetStringValue(tools.TranslateDfMethod(static_cast<unsigned long>(df.method)),
+                                            owner),
+             owner);
     }
     (arguments.isHf ? values->preAmplifierHf : values->preAmplifierVuhf)->SetValue(df.preamplifier, owner);
     const AntennaData* const antenna = values->GetAntenna();
     if (antenna && values->characteristics.DoesAntennaSupportActivePassive(antenna->handle)) {
         values->antennaActive->SetValue(df.activeAntenna, owner);
     }
-    values->levelThreshold->SetValue(df.levelThreshold, owner);
+    SetNumber(*values->levelThreshold, df.levelThreshold, owner);
     if (df.polarisation >= 0) {
         values->polarisation->SetValue(
             tools.TranslatePolarisationMode(static_cast<unsigned long>(df.polarisation)), owner);
     }
     values->srStatus->SetCurrentKey(df.superResolution ? 1 : 0, owner);
-    values->demodulation->SetCurrentKey(arguments.dem.demodulation, owner);
+    SelectKey(*values->demodulation, arguments.dem.demodulation, owner);
     values->squelch->SetValue(arguments.dem.squelch != -1, owner);
     if (arguments.dem.squelch != -1) {
-        values->audioThreshold->SetValue(arguments.dem.squelch, owner);
+        SetNumber(*values->audioThreshold, arguments.dem.squelch, owner);
     }
-    SelectNumber(*values->bandwidth, arguments.dem.bandwidth, owner);
+    if (arguments.dem.bandwidth > 0.0) {
+        SelectNumber(*values->bandwidth, arguments.dem.bandwidth, owner);
+    }
 }
 QString Measure::Describe(const Arguments& arguments) {
     const DFSettingsStruct& df = arguments.df;
@@ -365,7 +426,7 @@ QString Measure::Describe(const Arguments& arguments) {
     texts.append(dem.squelch == -1 ? u"squelch off"_s : u"squelch %1 dB"_s.arg(dem.squelch));
     return texts.join(u", "_s);
 }
-bool Measure::Ask(IDriver& driver, Arguments& arguments) {
+bool Measure::Ask(IDriver& driver, Arguments& arguments, std::size_t) {
     double frequency = arguments.frequency;
     DFSettingsStruct df = arguments.df;
     DEMSettingsStruct dem = arguments.dem;

@@ -26,6 +26,10 @@ struct SingleOf {
     static std::size_t CountCalls(const Arguments&, const std::optional<Arguments>&) {
         return 1;
     }
+    template <class Arguments>
+    static std::size_t CountQuestions(const Arguments&) {
+        return 1;
+    }
 
     ControlValues* values;
 };
@@ -46,7 +50,7 @@ struct GpsTime : Single {
     void Show(bool use) const;
     static QString Describe(bool use);
     static long Call(IDriver& driver, bool use, std::size_t) { return driver.SetGPSTimeUsage(use); }
-    static bool Ask(IDriver& driver, bool& use) { return driver.GetGPSTimeUsage(use) == 0; }
+    static bool Ask(IDriver& driver, bool& use, std::size_t) { return driver.GetGPSTimeUsage(use) == 0; }
 };
 
 /// Of each converter that the device has told of: its preamplifier.
@@ -66,6 +70,8 @@ struct Converters : Several {
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t number) {
         return driver.SetConverterSetup(arguments.setups[number]);
     }
+    static std::size_t CountQuestions(const Arguments& arguments) { return arguments.setups.size(); }
+    static bool Ask(IDriver& driver, Arguments& arguments, std::size_t number);
 };
 
 /// The setup of the antennas that both the device and the tree have.
@@ -86,6 +92,8 @@ struct Antennas : Several {
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t number) {
         return driver.SetAntennaSetup(arguments.setups[number]);
     }
+    static std::size_t CountQuestions(const Arguments& arguments) { return arguments.setups.size(); }
+    static bool Ask(IDriver& driver, Arguments& arguments, std::size_t number);
 };
 
 struct Attenuation : Several {
@@ -106,6 +114,8 @@ struct Attenuation : Several {
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t number) {
         return driver.SetRfAttenuator(arguments[number].converter, arguments[number].attenuation);
     }
+    static std::size_t CountQuestions(const Arguments& arguments) { return arguments.size(); }
+    static bool Ask(IDriver& driver, Arguments& arguments, std::size_t number);
 };
 
 struct GainControl : Single {
@@ -117,7 +127,7 @@ struct GainControl : Single {
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t) {
         return driver.SetGainControl(arguments);
     }
-    static bool Ask(IDriver& driver, Arguments& arguments);
+    static bool Ask(IDriver& driver, Arguments& arguments, std::size_t);
 };
 
 struct Frequency : Single {
@@ -129,7 +139,7 @@ struct Frequency : Single {
     static long Call(IDriver& driver, double frequency, std::size_t) {
         return driver.SetFrequency(frequency);
     }
-    static bool Ask(IDriver& driver, double& frequency);
+    static bool Ask(IDriver& driver, double& frequency, std::size_t);
 };
 
 /// The update interval: the device averages over it.
@@ -140,7 +150,7 @@ struct AverageTime : Single {
     void Show(double seconds) const;
     static QString Describe(double seconds);
     static long Call(IDriver& driver, double seconds, std::size_t) { return driver.SetAverageTime(seconds); }
-    static bool Ask(IDriver& driver, double& seconds);
+    static bool Ask(IDriver& driver, double& seconds, std::size_t);
 };
 
 struct ScanAveraging : Single {
@@ -195,7 +205,7 @@ struct Measure : Single {
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t) {
         return driver.AlterMeasureSetting(arguments.frequency, arguments.df, arguments.dem);
     }
-    static bool Ask(IDriver& driver, Arguments& arguments);
+    static bool Ask(IDriver& driver, Arguments& arguments, std::size_t);
 };
 
 /// A device that scans is in standby while they change: with a channel number alone, nobody could tell of

@@ -6,10 +6,12 @@
 #include "zancommon/zaninformationcenter.h"
 #include "zancommon/zanvaluenames.h"
 #include "zanserver/antennaentries.h"
+#include "zanserver/compasswatch.h"
 #include "zanserver/controlpolicies.h"
 #include "zanserver/devicecommands.h"
 #include "zanserver/deviceproperties.h"
 #include "zanserver/dfsettings.h"
+#include "zanserver/gpsdsettings.h"
 #include "zanserver/keptwishes.h"
 #include "zanserver/wishreport.h"
 
@@ -49,6 +51,7 @@ public:
         , m_keepsWishes(options.keepsWishes)
         , m_characteristics(ZANInformationCenter::Instance()->GetZANCharacteristics())
         , m_values(m_characteristics, &control)
+        , m_compasses(m_errands, options.now, GpsdSettings::Read().maxAge)
         , m_errands(thread)
         , m_commands(m_errands)
         , m_filterRanges(ZANValueName::AZIMUTH_FILTER_RANGE.toString(), ZANPath::SERVER.toString()) {
@@ -94,6 +97,7 @@ public:
             each->Forget();
         }
         m_ranges.clear();
+        m_compasses.Stop();
         m_values.isScanning = false;
         m_commands.SetConnected(true);
         if (m_values.compassValue->GetValue() >= 0) {
@@ -119,6 +123,7 @@ public:
         m_awaited = nullptr;
         m_ranges.clear();
         m_wakeUp.stop();
+        m_compasses.Stop();
         m_status.Forget();
         m_commands.SetConnected(false);
         DeviceProperties::ForgetMeasured();
@@ -152,6 +157,7 @@ public:
         for (ControlOperation* const each : m_operations) {
             each->WishWaiting();
         }
+        m_compasses.WatchDue();
     }
 
     // What the operations report.
@@ -191,6 +197,20 @@ public:
         }
         if (&operation == m_awaited && !operation.IsUnderWay()) {
             GoOn();
+        }
+    }
+
+    void MarkValues(const ControlOperation& operation) override {
+        if (&operation == m_compass) { // its value is a command, and no state of the device
+            return;
+        }
+        for (const auto& [value, ofValue] : m_wishes) {
+            if (ofValue == &operation && !(operation.IsKnown() && value->GetState() == TValueState::Valid)) {
+                const bool isKnown = std::ranges::all_of(m_wishes, [value = value](const auto& each) {
+                    return each.first != value || each.second->IsKnown();
+                });
+                value->SetState(isKnown ? TValueState::Valid : TValueState::NotMeasured, &m_control);
+            }
         }
     }
 
@@ -295,6 +315,7 @@ private:
         }
         m_values.converterSetups = reading.converters;
         m_properties.Publish(reading);
+        m_compasses.Start(reading.compasses);
         for (const QString& warning : m_properties.GetWarnings()) {
             m_status.ReportError(warning);
         }
@@ -303,7 +324,7 @@ private:
         m_dfSettings->ForgetAntenna();
         m_dfSettings->Follow();
         // What it has already need not be set.
-        m_antennas->SetCarriedOut({m_values.antennaSetups, {}});
+        m_antennas->SetCarriedOut({m_values.antennaSetups, AntennaEntries::Read()});
         m_converters->SetCarriedOut({m_values.converterSetups});
     }
 
@@ -392,6 +413,7 @@ private:
     QTimer m_wakeUp;
     QTimer m_keeping;
     WishReport m_compassReport{Compass::NAME};
+    CompassWatch m_compasses;
     DriverErrands m_errands;
     DeviceCommands m_commands;
     DisplayFilterRange m_filterRanges;

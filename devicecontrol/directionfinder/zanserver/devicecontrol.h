@@ -27,14 +27,18 @@ class DeviceCommands;
 /// last the operation mode. From then on it gets each wish that changes.
 ///
 /// - A wish is made valid first, by the characteristics; the value holds what is valid. A wish that the
-/// device
-///   cannot do, or that its driver refuses, is put back to what the device has: what the driver says it has,
-///   otherwise what was carried out last. Both are told at "/ZANServer/Res/CtlR" (`WishReport`). The refused
-///   wish is not tried again until it changes, or the device is connected again.
+///   device cannot do, or that its driver refuses, is put back to what the device has: what the driver says
+///   it has, otherwise what was carried out last. When neither is known, or the value cannot hold it, the
+///   value is marked as not measured until something is carried out. What was asked and what is there is told
+///   at "/ZANServer/Res/CtlR" (`WishReport`). The refused wish is not tried again until it changes, or the
+///   device is connected again.
 /// - Of one operation of the driver at most one call is under way, and none follows sooner than the setting
 ///   "Control_Interval" (50 ms). What is wished meanwhile waits, and only the last of it is sent.
 /// - Frequency, bandwidth, demodulation, mode, ranges, squelch and volume are kept in the settings of the
 ///   station as they were last carried out, and are what is wished first after a start.
+///
+/// While it is connected, its compasses are asked for every second, or thrice within the age limit of the
+/// settings ("Gpsd/MaxAge") when that is shorter; a reading that is older is not measured.
 ///
 /// Needs the branches of device and server in the tree, and characteristics that are connected with them; all
 /// of them must outlive it. Belongs to the main thread.

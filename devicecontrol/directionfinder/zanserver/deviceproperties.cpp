@@ -7,6 +7,7 @@
 #include "zancommon/zancharacteristicstools.h"
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanpath.h"
+#include "zanserver/antennaentries.h"
 #include "zanserver/plural.h"
 #include "zanserver/servervalue.h"
 
@@ -217,15 +218,21 @@ void DeviceProperties::PublishComponents(const DeviceReading& reading) {
     }
 }
 
+void DeviceProperties::PublishCompass(unsigned long handle, const std::optional<double>& value) {
+    for (const Ant& antenna : AntennaEntries::GetNodes()) {
+        const auto* const compass = antenna.GetValue<ValueNumericInt>(g_vdAntCompassHandle);
+        auto* const shown = antenna.GetValue<ValueNumericDouble>(g_vdAntCompassValue);
+        if (compass && shown && std::cmp_equal(compass->GetValue(), handle)) {
+            const bool isShown = value && shown->SetValue(*value);
+            shown->SetState(isShown ? TValueState::Valid : TValueState::NotMeasured);
+        }
+    }
+}
+
 void DeviceProperties::ForgetMeasured() {
-    if (const Node* const device = Tree::Instance()->GetNode(DevicePath())) {
-        for (ITreeItem* const item : device->GetTreeItems()) {
-            if (Ant::IsAntenna(item)) {
-                if (auto* const value =
-                        Ant(static_cast<Node*>(item)).GetValue<ValueBase>(g_vdAntCompassValue)) {
-                    value->SetState(TValueState::NotMeasured);
-                }
-            }
+    for (const Ant& antenna : AntennaEntries::GetNodes()) {
+        if (auto* const value = antenna.GetValue<ValueBase>(g_vdAntCompassValue)) {
+            value->SetState(TValueState::NotMeasured);
         }
     }
 }

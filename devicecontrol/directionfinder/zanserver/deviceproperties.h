@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <set>
 
 namespace ZANServer {
@@ -27,6 +28,9 @@ public:
     /// What was found by the latest `Publish`, for the operator; also in the tree, as "/DevAttr/DevWarnings".
     [[nodiscard]] const QStringList& GetWarnings() const { return m_warnings; }
 
+    /// The reading of a compass, in degrees, becomes that of the antennas that it belongs to; without one
+    /// they have an old one, which is "not measured".
+    static void PublishCompass(unsigned long handle, const std::optional<double>& value);
     /// The readings of compasses become "not measured".
     static void ForgetMeasured();
 

@@ -2,6 +2,7 @@
 
 #include "zancommon/idevicedescription.h"
 #include "zancommon/zancharacteristics.h"
+#include "zanserver/compasswatch.h"
 
 #include <QList>
 
@@ -152,11 +153,7 @@ bool AskCompassValue(IDriver& driver, DeviceReading& reading, unsigned long numb
     if (number >= reading.compasses.size()) {
         return false;
     }
-    constexpr unsigned long CIRCLE = 3600; // tenths of a degree
-    unsigned long value = CIRCLE;
-    if (driver.ReadCompass(number, value) == 0 && value < CIRCLE) {
-        reading.compasses[number].value = static_cast<double>(value) / 10.0;
-    }
+    reading.compasses[number].value = ReadCompass(driver, number);
     return true;
 }
 

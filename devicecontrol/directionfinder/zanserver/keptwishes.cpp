@@ -34,6 +34,11 @@ QString Format(const ValueBase& value) {
     return selection ? QString::number(selection->GetCurrentKey()) : value.GetStringValue();
 }
 
+/// Not a wish that was refused before anything was known of the device.
+bool IsCarriedOut(const ValueBase& value) {
+    return value.GetState() == TValueState::Valid;
+}
+
 CfgPtr OpenSection(const QString& station, bool create) {
     const CfgPtr cfg(StationCfg::GetStationCfg(station, create));
     return CfgPtr(cfg ? cfg->GetSubCfg(u"Control"_s) : nullptr);
@@ -78,11 +83,16 @@ void Keep(const QString& station) {
         return;
     }
     for (const Setting& setting : SETTINGS) {
-        section->SetString(setting.key.toString(), Format(*ServerValue<ValueBase>(*setting.descriptor)));
+        if (const auto& value = *ServerValue<ValueBase>(*setting.descriptor); IsCarriedOut(value)) {
+            section->SetString(setting.key.toString(), Format(value));
+        }
     }
-    const auto& ranges = ServerValue<ValueStringList>(g_vdScanRanges)->GetElements();
+    const auto& ranges = *ServerValue<ValueStringList>(g_vdScanRanges);
+    if (!IsCarriedOut(ranges)) {
+        return;
+    }
     qsizetype count = 0;
-    for (const QString& text : ranges) {
+    for (const QString& text : ranges.GetElements()) {
         section->SetString(RangeKey(count++), text);
     }
     if (!section->GetString(RangeKey(count), {}).isEmpty()) {

@@ -29,7 +29,8 @@ bool Take(ValueBase& value, const QString& text, IObserver* originator);
 /// Sets the values of the server from the settings of a station. What is missing or not allowed leaves its
 /// value as it is; of the ranges, it leaves out that one.
 void Restore(const QString& station, IObserver* originator);
-/// Keeps the values as they are. They are saved with the other settings.
+/// Keeps the values as they are, apart from those that are not measured. They are saved with the other
+/// settings.
 void Keep(const QString& station);
 
 } // namespace ZANServer::KeptWishes

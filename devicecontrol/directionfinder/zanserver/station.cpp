@@ -9,6 +9,7 @@
 #include "zancommon/zaninformationcenter.h"
 #include "zancommon/zanoptions.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanserver/driversource.h"
 #include "zanserver/gpsdsource.h"
 #include "zanserver/servervalue.h"
 #include "zanserver/settingscheck.h"
@@ -78,6 +79,7 @@ Station::Station(const DriverChoice& driver)
     m_pConnectionSpeed = GetOrCreateValue<ValueInt>(ZANPath::Server(u"ConnectionSpeed"));
 
     PublishSetup();
+    ConnectSources(driver.name == DriverChoice::REPLAY);
 
     // Connects the filters with their values.
     m_pitchRollFilter.SetPitchValuePath(ZANPath::Server(g_vdPitch));
@@ -120,11 +122,18 @@ void Station::PublishSetup() {
     m_setup.ReadFromValueTree({});
     m_setup.ReadFromCfg(GetDeviceAddress());
     m_setup.WriteToValueTree(nullptr, {});
+}
+
+/// \param isRecording the driver replays one
+void Station::ConnectSources(bool isRecording) {
     const CfgPtr station(StationCfg::GetStationCfg(GetDeviceAddress(), false));
     m_position.emplace(
         GetStoredHalf(station.get(), u"LocationLatitude"_s, StdDeviceDefinition::g_vdPosLatitude),
         GetStoredHalf(station.get(), u"LocationLongitude"_s, StdDeviceDefinition::g_vdPosLongitude));
-    m_attitude.emplace(GpsdSettings::Read().usePitchAndRoll);
+    const GpsdSettings gpsd = GpsdSettings::Read();
+    m_attitude.emplace(gpsd.usePitchAndRoll);
+    m_driver = std::make_unique<DriverSource>(*m_position, *m_attitude,
+                                              isRecording ? std::nullopt : std::optional(gpsd.maxAge));
 }
 
 /// `Restore` writes the default for missing keys, but also for texts that are not valid. Those are left for
@@ -159,6 +168,7 @@ ZANCharacteristics& Station::GetCharacteristics() {
 
 Station::~Station() {
     m_gpsd.reset();
+    m_driver.reset();
     m_overheadSynchronizer.reset();
     // Without an output the settings are not changed, except for a new station, which gets all of them for
     // editing.
@@ -190,7 +200,7 @@ void Station::SetOverheadThreshold(double degrees) {
 }
 
 void Station::Process(BearingBlock& block) {
-    PublishPlatform(block);
+    m_driver->TakeStatus(block.status, block.time);
     const int mechOffset = GetMechOffset(block.status);
     if (m_blockObserver) {
         TellBlock(block, mechOffset);
@@ -223,51 +233,12 @@ void Station::Process(BearingBlock& block) {
     }
 }
 
-void Station::PublishPlatform(const BearingBlock& block) {
-    const KvZANCommon::StatusStruct& status = block.status;
-    const StationAttitude::Measurement attitude{status.heading, status.magneticHeading, status.pitch,
-                                                status.roll};
-    m_altitude = status.altitude;
-    if (m_isRecordOfStation) {
-        m_attitude->SetRecorded(attitude);
-        PublishRecordedPosition();
-        return;
-    }
-    m_attitude->SetMeasured(attitude);
-    if (status.latitude || status.longitude) {
-        m_position->SetMeasured({status.latitude, status.longitude, m_altitude, block.time});
-    } else {
-        PublishFix();
-    }
-}
-
 void Station::TakePosition(const PositionFix& fix) {
-    m_fix = fix;
-    m_fixEnds.setRemainingTime(FIX_LIFETIME);
-    PublishFix();
-}
-
-void Station::PublishFix() {
-    const bool counts = m_fix.valid && !m_fixEnds.hasExpired();
-    const auto ifItCounts = [counts](double degrees) {
-        return counts ? std::optional(degrees) : std::nullopt;
-    };
-    m_position->SetMeasured(
-        {ifItCounts(m_fix.latitude), ifItCounts(m_fix.longitude), m_altitude, m_fix.time});
+    m_driver->TakeFix(fix);
 }
 
 void Station::TakeRecordedPosition(const PositionFix& fix) {
-    m_isRecordOfStation = true;
-    m_fix = fix;
-    PublishRecordedPosition();
-}
-
-void Station::PublishRecordedPosition() {
-    const auto ifValid = [this](double degrees) {
-        return m_fix.valid ? std::optional(degrees) : std::nullopt;
-    };
-    m_position->SetRecorded({ifValid(m_fix.latitude), ifValid(m_fix.longitude), m_altitude,
-                             m_fix.time > 0 ? std::optional(m_fix.time) : std::nullopt});
+    m_driver->TakeRecorded(fix);
 }
 
 void Station::TellBlock(const BearingBlock& block, int mechOffset) const {
@@ -280,8 +251,7 @@ void Station::TellBlock(const BearingBlock& block, int mechOffset) const {
 }
 
 void Station::ForgetMeasurements() {
-    m_fix = {};
-    PublishPlatform({});
+    m_driver->Forget();
     m_pEmitters->Clear(nullptr);
     m_pEmitterCount->SetValue(0, nullptr);
     m_pAzimuth->SetValue(BearingResult(), nullptr);

@@ -17,11 +17,9 @@
 #include "zanserver/stationattitude.h"
 #include "zanserver/stationposition.h"
 
-#include <QDeadlineTimer>
 #include <QString>
 #include <QStringList>
 
-#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -30,6 +28,7 @@
 
 namespace ZANServer {
 
+class DriverSource;
 class GpsdSource;
 class ValueLink;
 
@@ -85,11 +84,12 @@ public:
     /// output writes its sentences meanwhile. The emitters of super resolution are published as one list;
     /// they are not counted.
     void Process(BearingBlock& block);
-    /// Takes a position fix of the device. It counts until the next one, for blocks without a position, and
-    /// no longer than `FIX_LIFETIME`.
+    /// Takes a position fix of the device. It counts until the next one, or a block with a position.
+    ///
+    /// Position, altitude, heading, pitch and roll that no longer come, with blocks or by themselves, become
+    /// not measured after the age limit of the settings (`[Gpsd]` `MaxAge`), unless the driver is the replay
+    /// of a recording: its positions belong to its rows.
     void TakePosition(const PositionFix& fix);
-    /// Receivers report a fix once a second; ten missing ones are no hiccup.
-    static constexpr std::chrono::seconds FIX_LIFETIME{10};
     /// The recording that is replayed was made by a station and holds what that has used: this position, and
     /// with each block the heading. From now on they count whatever the sources and offsets are.
     /// \param fix with a time of 0 when the time of the position is not known
@@ -124,10 +124,8 @@ private:
     ZANSERVER_NO_EXPORT void CheckSettings(const QString& address);
     ZANSERVER_NO_EXPORT void ReadOptions();
     ZANSERVER_NO_EXPORT void PublishSetup();
+    ZANSERVER_NO_EXPORT void ConnectSources(bool isRecording);
     ZANSERVER_NO_EXPORT void RestoreOverheadParams();
-    ZANSERVER_NO_EXPORT void PublishPlatform(const BearingBlock& block);
-    ZANSERVER_NO_EXPORT void PublishFix();
-    ZANSERVER_NO_EXPORT void PublishRecordedPosition();
     ZANSERVER_NO_EXPORT void TellBlock(const BearingBlock& block, int mechOffset) const;
     ZANSERVER_NO_EXPORT bool ApplyBlockFilters(BearingBlock& block);
     [[nodiscard]] ZANSERVER_NO_EXPORT BearingResult ToResult(const BearingBlock& block, std::size_t index,
@@ -153,8 +151,9 @@ private:
     ZANSetupData m_setup;
     std::optional<StationPosition> m_position;
     std::optional<StationAttitude> m_attitude;
-    std::unique_ptr<GpsdSource> m_gpsd; // feeds position and attitude
-    DFDataOutput* m_pOutput = nullptr;  // the list of outputs deletes it
+    std::unique_ptr<DriverSource> m_driver; // feeds position and attitude
+    std::unique_ptr<GpsdSource> m_gpsd;     // the same
+    DFDataOutput* m_pOutput = nullptr;      // the list of outputs deletes it
     KvZANCommon::PitchRollFilter m_pitchRollFilter;
     KvZANCommon::ConnectionSpeedFilter m_connectionSpeedFilter;
     KvZANCommon::OverheadPassParams m_overheadParams;
@@ -162,11 +161,7 @@ private:
     KvZANCommon::OverheadPassFilter m_overheadFilter;
     double m_emitterFrequency = 0.0; // Hz, of the list of the emitters
     FrequencyOf m_frequencyOf;
-    PositionFix m_fix;
-    QDeadlineTimer m_fixEnds;
     BlockObserver m_blockObserver;
-    bool m_isRecordOfStation = false; // the position is told, and headings are as they were used
-    std::optional<double> m_altitude; // of the last block
     StationCounts m_counts;
 };
 

@@ -36,7 +36,7 @@ public:
     StationAttitude& operator=(const StationAttitude&) = delete;
     ~StationAttitude() override = default;
 
-    /// Takes what the driver delivers.
+    /// Takes what the driver delivers, as long as it is current.
     void SetMeasured(const Measurement& measurement);
     /// Takes what gpsd reports.
     void SetGpsd(const Measurement& measurement);

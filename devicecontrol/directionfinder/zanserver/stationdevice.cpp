@@ -24,16 +24,11 @@ DriverThread::Factory MakeFactory(DriverComponentPtr driver) {
     };
 }
 
-/// The log's file is named after the device, and an address such as "http://kraken:8081" is no file name.
-QString GetLogAddress() {
-    return Station::GetDeviceAddress().replace(u'/', u'_');
-}
-
 } // namespace
 
 StationDevice::StationDevice(Station& station, const DriverChoice& choice, DriverComponentPtr driver)
     : m_station(station)
-    , m_commandLog(GetLogAddress(), StationCfg::GetStationName())
+    , m_commandLog(Station::GetDeviceAddress(), StationCfg::GetStationName())
     , m_pState(Tree::Instance()->Find<ValueInt>(ZANPath::Device(g_vdDevState)))
     , m_pStateInfo(Tree::Instance()->Find<ValueString>(ZANPath::Device(g_vdDevStateInfo)))
     , m_link(MakeFactory(std::move(driver)), choice.address, Station::GetDeviceAddress(),
@@ -70,6 +65,7 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
     connect(&m_link, &DriverLink::Connected, this, &StationDevice::OnConnected);
     connect(&m_link, &DriverLink::StateChanged, this, &StationDevice::PublishState);
     connect(&m_link, &DriverLink::CallFailed, this, &StationDevice::Refused);
+    m_commandLog.KeepOutOfSubdirectories(); // an address such as "http://kraken:8081" is no file name
     if (!m_commandLog.Init()) {
         ReportLogProblem();
     }

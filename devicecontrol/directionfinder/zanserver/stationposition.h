@@ -48,7 +48,7 @@ public:
     /// removed from the tree, so that it is not saved.
     ~StationPosition() override;
 
-    /// Takes what the driver delivers.
+    /// Takes what the driver delivers, as long as it is current.
     void SetMeasured(const Measurement& measurement);
     /// Takes what gpsd reports.
     void SetGpsd(const Measurement& measurement);
