@@ -2,12 +2,12 @@
 // delivered to a callback that does nothing. Rows of CSV beside the reader of recordings, which does not
 // deliver; JSON objects beside Qt's parser, which is given the same lines one by one.
 
+#include "bearingrow.h"
 #include "stream/bearingreader.h"
 #include "zancommon/nulldrivercallback.h"
 #include "zancommon/recordingreader.h"
 #include "zancommon/recordingwriter.h"
 #include "zancommon/rowblock.h"
-#include "zanserver/passsimulator.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -21,7 +21,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace KvZANCommon;
-using ZANServer::PassSimulator;
 
 namespace {
 
@@ -31,10 +30,9 @@ constexpr quint64 ROW_COUNT = 100000;
 struct Files {
     Files() {
         RecordingWriter writer;
-        PassSimulator simulator(1, ROW_COUNT);
         bool isWritten = directory.isValid() && writer.Open(csv);
-        while (const std::optional<RecordedBearing> bearing = simulator.Next()) {
-            isWritten = isWritten && writer.Write(*bearing);
+        for (quint64 number = 0; number < ROW_COUNT; ++number) {
+            isWritten = isWritten && writer.Write(MakeBearingRow(number));
         }
         QFile objects(json);
         RecordingReader reader; // of what the rows have been rounded to

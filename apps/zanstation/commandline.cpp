@@ -66,7 +66,8 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments) {
     for (const auto& [name, kind] : {std::pair{u"config"_s, u"directory"_s},
                                      {u"components"_s, u"directory"_s},
                                      {u"recording"_s, u"file"_s},
-                                     {u"out"_s, u"file"_s}}) {
+                                     {u"out"_s, u"file"_s},
+                                     {u"scenario"_s, u"file"_s}}) {
         if (m_parser.optionNames().contains(name) && m_parser.value(name).isEmpty()) {
             return Refuse(u"--%1 needs the name of a %2"_s.arg(name, kind));
         }

@@ -36,7 +36,7 @@ using namespace Qt::StringLiterals;
     ROW(Hardware, u"hardware", u"compares the device's components with those required") \
     ROW(Command, u"command", u"gives the device a command, such as a built-in test") \
     ROW(Run, u"run", u"measures with a device, through filters and outputs") \
-    ROW(Simulate, u"simulate", u"writes the recording of an emitter that passes the station") \
+    ROW(Simulate, u"simulate", u"writes a recording of what the simulated device hears") \
     ROW(Frequencies, u"frequencies", u"imports and lists the traffic-control frequencies") \
     ROW(Hub, u"hub", u"joins the message hub as a receiver or a sender") \
     ROW(Doctor, u"doctor", u"checks what works on this machine") \

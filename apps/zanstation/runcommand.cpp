@@ -12,7 +12,6 @@
 #include "zanserver/frequencytext.h"
 #include "zanserver/operationmodetext.h"
 #include "zanserver/plural.h"
-#include "zanserver/scanranges.h"
 #include "zanserver/settingscheck.h"
 #include "zanserver/stationcheck.h"
 #include "zanstation/commandline.h"
@@ -301,23 +300,23 @@ void RunCommand::SetParameters() {
 /// Only wishes: what becomes of them is the matter of the device's control.
 void RunCommand::SetWishes() const {
     using namespace StdDeviceDefinition;
-    if (m_options.mode && !Tree::Instance()
-                               ->Find<ValueSelection>(ZANPath::Server(g_vdOperationMode))
-                               ->SetCurrentKey(*m_options.mode)) {
+    if (m_options.wishes.mode && !Tree::Instance()
+                                      ->Find<ValueSelection>(ZANPath::Server(g_vdOperationMode))
+                                      ->SetCurrentKey(*m_options.wishes.mode)) {
         Console::Warn(u"OperationMode: asked for %1, not carried out: there is no such mode"_s.arg(
-            OperationModeText::Format(*m_options.mode)));
+            OperationModeText::Format(*m_options.wishes.mode)));
     }
     auto* const frequency = Tree::Instance()->Find<ValueNumericDouble>(ZANPath::Server(g_vdFrequency));
-    if (m_options.frequency && !frequency->SetValue(*m_options.frequency)) {
+    if (m_options.wishes.frequency && !frequency->SetValue(*m_options.wishes.frequency)) {
         Console::Warn(u"Frequency: asked for %1, not carried out: it is from %2 to %3"_s.arg(
-            FrequencyText::Format(*m_options.frequency), FrequencyText::Format(frequency->GetMin()),
+            FrequencyText::Format(*m_options.wishes.frequency), FrequencyText::Format(frequency->GetMin()),
             FrequencyText::Format(frequency->GetMax())));
     }
-    if (!m_options.ranges.isEmpty()) {
+    if (!m_options.wishes.ranges.isEmpty()) {
         auto* const ranges = Tree::Instance()->Find<ValueStringList>(ZANPath::Server(g_vdScanRanges));
         const auto transaction = ranges->CreateTransaction({TChangeCode::ListReplaced}, nullptr);
         ranges->Clear();
-        for (const QString& range : m_options.ranges) {
+        for (const QString& range : m_options.wishes.ranges) {
             ranges->PushBack(range);
         }
     }
@@ -376,9 +375,9 @@ void RunCommand::SetUpDevice() {
     }
     connect(&*m_device, &StationDevice::LogFailed, this, reportLog);
     QStringList asked;
-    for (const auto& [isAsked, wish] : {std::pair{m_options.mode.has_value(), u"OperationMode"_s},
-                                        {m_options.frequency.has_value(), u"Frequency"_s},
-                                        {!m_options.ranges.isEmpty(), u"ScanRanges"_s}}) {
+    for (const auto& [isAsked, wish] : {std::pair{m_options.wishes.mode.has_value(), u"OperationMode"_s},
+                                        {m_options.wishes.frequency.has_value(), u"Frequency"_s},
+                                        {!m_options.wishes.ranges.isEmpty(), u"ScanRanges"_s}}) {
         if (isAsked) {
             asked.append(wish);
         }
@@ -597,27 +596,6 @@ bool IsSpeed(const QString& text) {
     return text == u"realtime" || text == u"max" || (isNumber && pace > 0.0 && std::isfinite(pace));
 }
 
-/// Ranges such as "118M:137M:25k,156M:162.05M:25k" as the tree has them. Nothing when one is not a range.
-std::optional<QStringList> ReadRanges(const QString& text) {
-    QStringList ranges;
-    for (const QString& each : text.split(u',')) {
-        KvZANCommon::FreqRangeDefinition range;
-        const QStringList parts = each.split(u':');
-        const auto frequency = [&parts](qsizetype part) {
-            return FrequencyText::Parse(parts.value(part)).value_or(0.0);
-        };
-        range.SetStartFreq(frequency(0));
-        range.SetStopFreq(frequency(1));
-        range.SetStepFreq(frequency(2));
-        QString fault;
-        if (parts.size() != 3 || !ScanRanges::Parse(ScanRanges::Format(range), fault)) {
-            return {};
-        }
-        ranges.append(ScanRanges::Format(range));
-    }
-    return ranges;
-}
-
 /// Takes the wishes of the command line. False, with a message, when one is none.
 bool ReadWishes(const CommandLine& line, RunOptions& options) {
     for (const QString& name : {u"mode"_s, u"frequency"_s, u"ranges"_s}) {
@@ -626,25 +604,9 @@ bool ReadWishes(const CommandLine& line, RunOptions& options) {
             return false;
         }
     }
-    if (const std::optional<QString> mode = line.Text(u"mode"_s)) {
-        options.mode = OperationModeText::Parse(*mode);
-        if (!options.mode) {
-            CommandLine::Refuse(u"--mode takes ffm, wideband, scan, search or tdma, not "_s +
-                                CommandLine::Quote(*mode));
-            return false;
-        }
-    }
-    if (const std::optional<QString> text = line.Text(u"ranges"_s)) {
-        const std::optional<QStringList> ranges = ReadRanges(*text);
-        if (!ranges) {
-            CommandLine::Refuse(
-                u"--ranges takes start, stop and step of each, such as 118M:137M:25k,156M:162M:25k, not "_s +
-                CommandLine::Quote(*text));
-            return false;
-        }
-        options.ranges = *ranges;
-    }
-    return line.Frequency(u"frequency"_s, options.frequency);
+    const std::optional<DeviceWishes> wishes = DeviceWishes::Read(line);
+    options.wishes = wishes.value_or(DeviceWishes());
+    return wishes.has_value();
 }
 
 /// The driver of the command line, or else of the settings.
@@ -676,40 +638,42 @@ int Run(const QStringList& arguments) {
         u"run"_s,
         u"Measures with a device, and brings its bearings through filters and outputs. Options that are not "
         "given are taken from the settings; those for driver, outputs and thresholds are saved there."_s,
-        {{u"driver"_s, u"Driver of the device (default: simulator); \"zanstation drivers\" lists them."_s,
-          u"NAME"_s},
-         {u"address"_s, u"Address of the device, in the form that its driver wants."_s, u"ADDRESS"_s},
-         {u"recording"_s,
-          u"Replays a recording, in this run only; \"-\" is standard input. Short for the driver replay."_s,
-          u"FILE"_s},
-         {u"speed"_s,
-          u"Pace of a recording or a simulated device: realtime, how many times faster, or max."_s,
-          u"realtime|N|max"_s},
-         {u"duration"_s, u"Ends the run after so many seconds."_s, u"S"_s},
-         {u"mode"_s, u"Operation mode that the device is wished to be in."_s,
-          u"ffm|wideband|scan|search|tdma"_s},
-         {u"frequency"_s, u"Frequency that the device is wished to measure."_s, u"F"_s},
-         {u"ranges"_s, u"Ranges that the device is wished to scan, such as 118M:137M:25k,156M:162M:25k."_s,
-          u"START:STOP:STEP[,...]"_s},
-         {u"output"_s,
-          u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak. \"-\" is "
-          "standard output, for this run only; everything else then goes to standard error."_s,
-          u"FILE"_s},
-         {u"serial"_s,
-          u"Serial line for the sentences, such as /dev/ttyUSB0:9600,n,8,1; \"\" switches it off."_s,
-          u"ADDRESS"_s},
-         {u"interval"_s, u"Milliseconds between sentences; 0: one with each bearing."_s, u"MS"_s},
-         {u"record"_s,
-          u"Records what the device delivers to this file, which can be replayed; \"\" switches it off."_s,
-          u"FILE"_s},
-         {u"record-size"_s, u"Size from which on the next file of the recording begins, in MB."_s, u"MB"_s},
-         {u"record-files"_s, u"How many full files of the recording are kept."_s, u"N"_s},
-         {u"pitch-threshold"_s, u"Rejects bearings from this pitch on, in degrees."_s, u"DEG"_s},
-         {u"roll-threshold"_s, u"Rejects bearings from this roll on, in degrees."_s, u"DEG"_s},
-         {u"overhead-threshold"_s, u"Rejects bearings from this elevation on, in degrees."_s, u"DEG"_s},
-         {u"connection-speed"_s, u"From 1 on, bearings without quality are marked as unusable."_s, u"N"_s},
-         CommandLine::ComponentsOption(),
-         CommandLine::JsonOption()});
+        QList<QCommandLineOption>{
+            {u"driver"_s, u"Driver of the device (default: simulator); \"zanstation drivers\" lists them."_s,
+             u"NAME"_s},
+            {u"address"_s, u"Address of the device, in the form that its driver wants."_s, u"ADDRESS"_s},
+            {u"recording"_s,
+             u"Replays a recording, in this run only; \"-\" is standard input. Short for the driver replay."_s,
+             u"FILE"_s},
+            {u"speed"_s,
+             u"Pace of a recording or a simulated device: realtime, how many times faster, or max."_s,
+             u"realtime|N|max"_s},
+            {u"duration"_s, u"Ends the run after so many seconds."_s, u"S"_s}} +
+            DeviceWishes::GetOptions() +
+            QList<QCommandLineOption>{
+                {u"output"_s,
+                 u"File for the sentences; \"\" switches it off. The previous file is kept as FILE.bak. "
+                 u"\"-\" is "
+                 "standard output, for this run only; everything else then goes to standard error."_s,
+                 u"FILE"_s},
+                {u"serial"_s,
+                 u"Serial line for the sentences, such as /dev/ttyUSB0:9600,n,8,1; \"\" switches it off."_s,
+                 u"ADDRESS"_s},
+                {u"interval"_s, u"Milliseconds between sentences; 0: one with each bearing."_s, u"MS"_s},
+                {u"record"_s,
+                 u"Records what the device delivers to this file, which can be replayed; \"\" switches it off."_s,
+                 u"FILE"_s},
+                {u"record-size"_s, u"Size from which on the next file of the recording begins, in MB."_s,
+                 u"MB"_s},
+                {u"record-files"_s, u"How many full files of the recording are kept."_s, u"N"_s},
+                {u"pitch-threshold"_s, u"Rejects bearings from this pitch on, in degrees."_s, u"DEG"_s},
+                {u"roll-threshold"_s, u"Rejects bearings from this roll on, in degrees."_s, u"DEG"_s},
+                {u"overhead-threshold"_s, u"Rejects bearings from this elevation on, in degrees."_s,
+                 u"DEG"_s},
+                {u"connection-speed"_s, u"From 1 on, bearings without quality are marked as unusable."_s,
+                 u"N"_s},
+                CommandLine::ComponentsOption(),
+                CommandLine::JsonOption()});
     if (const std::optional<int> exitCode = line.Parse(arguments)) {
         return *exitCode;
     }

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "zancommon/zandomain.h"
 #include "zanserver/driverchoice.h"
 #include "zanserver/driverlibrary.h"
 #include "zanserver/recorder.h"
 #include "zanserver/station.h"
 #include "zanserver/stationdevice.h"
+#include "zanstation/devicewishes.h"
 #include "zanstation/statusline.h"
 #include "zanstation/wishteller.h"
 
@@ -42,10 +42,8 @@ struct RunOptions {
     std::optional<double> rollThreshold;
     std::optional<double> overheadThreshold;
     std::optional<int> connectionSpeed;
-    std::optional<EOperationMode> mode;
-    std::optional<double> frequency; ///< Hz
-    QStringList ranges;              ///< to scan, as the tree has them; empty: as they are
-    bool asJson = false;             ///< the summary is printed as JSON
+    DeviceWishes wishes;
+    bool asJson = false; ///< the summary is printed as JSON
 };
 
 /// Runs the station on a device and reports the results.

@@ -1017,8 +1017,11 @@ TEST_F(StationCommandsTest, BashCompletesCommandsOptionsValuesAndFiles) {
     EXPECT_EQ(Complete({u"ca"_s}, here), QStringList{u"catalogue"_s});
     EXPECT_EQ(Complete({u"help"_s, u"d"_s}, here), (QStringList{u"device"_s, u"doctor"_s, u"drivers"_s}));
     EXPECT_EQ(Complete({u"simulate"_s, u"--"_s}, here),
-              (QStringList{u"--config"_s, u"--force"_s, u"--help"_s, u"--option"_s, u"--out"_s, u"--quiet"_s,
-                           u"--rows"_s, u"--seed"_s}));
+              (QStringList{u"--components"_s, u"--config"_s, u"--duration"_s, u"--force"_s, u"--frequency"_s,
+                           u"--help"_s, u"--mode"_s, u"--option"_s, u"--out"_s, u"--quiet"_s, u"--ranges"_s,
+                           u"--rows"_s, u"--scenario"_s, u"--seed"_s}));
+    EXPECT_EQ(Complete({u"simulate"_s, u"--scenario"_s, u""_s}, here),
+              (QStringList{u"airfield"_s, u"overflight"_s, u"ship"_s}));
     EXPECT_EQ(Complete({u"run"_s, u"--pitch"_s}, here), QStringList{u"--pitch-threshold"_s});
     EXPECT_EQ(Complete({u"run"_s, u"--speed"_s, u""_s}, here), (QStringList{u"max"_s, u"realtime"_s}));
     EXPECT_EQ(Complete({u"tune"_s, u"--adjust"_s, u""_s}, here),

@@ -17,6 +17,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <span>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -82,6 +83,19 @@ TEST_F(RecordingWriterTest, ARecordingWithoutRowsIsAHeader) {
     ASSERT_TRUE(writer.Open(m_name));
     ASSERT_TRUE(writer.Commit());
     EXPECT_EQ(Contents(m_name), RECORDING_HEADER);
+}
+
+TEST_F(RecordingWriterTest, FurtherColumnsFollowWhereTheyAreAskedFor) {
+    RecordedBearing bearing = SPARSE;
+    bearing.mode = 1;
+    bearing.emitter = 2;
+    bearing.positionTimeMs = 3;
+    RecordingWriter writer;
+    ASSERT_TRUE(writer.Open(m_name, std::span(KvZANCommon::FURTHER_RECORDING_COLUMNS).first(2)));
+    ASSERT_TRUE(writer.Write(bearing) && writer.Commit());
+    EXPECT_EQ(Contents(m_name), RECORDING_HEADER.chopped(1) + ",mode,emitter\n" +
+                                    "1527695886000,462637500,318.0,,14,,,,,,,,1,2\n");
+    EXPECT_EQ(Written(bearing), "1527695886000,462637500,318.0,,14,,,,,,,\n") << "only there";
 }
 
 TEST_F(RecordingWriterTest, AnAngleThatRoundsUpToTheFullCircleIsNorth) {

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <utility>
+#include <vector>
+
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
 using KvZANCommon::FreqRangeDefinition;
@@ -105,6 +109,16 @@ TEST(ScanRanges, ChannelsIncludeBothEndsAndAreNotLostToRounding) {
     EXPECT_EQ(ScanRanges::CountChannels(Parse(uR"({"start":1e6,"stop":1e6,"step":25e3})"_s)), 1.0);
     EXPECT_EQ(ScanRanges::CountChannels(Parse(uR"({"start":0,"stop":0.3,"step":0.1})"_s)), 4.0);
     EXPECT_EQ(ScanRanges::CountChannels(Parse(uR"({"start":0,"stop":99,"step":10})"_s)), 10.0);
+}
+
+TEST(ScanRanges, FrequencyOfAChannelIsKnownWithinItsRangeOnly) {
+    std::vector<FreqRangeDefinition> ranges(2, Parse(uR"({"start":100,"stop":109,"step":1})"_s));
+    ScanRanges::Number(ranges);
+    EXPECT_EQ(ScanRanges::GetChannelFrequency(ranges, 0, 0), 100.0);
+    EXPECT_EQ(ScanRanges::GetChannelFrequency(ranges, 1, 19), 109.0);
+    for (const auto& [range, channel] : {std::pair{-1, 0U}, {0, 10U}, {1, 9U}, {1, 20U}, {2, 20U}}) {
+        EXPECT_TRUE(std::isnan(ScanRanges::GetChannelFrequency(ranges, range, channel))) << range;
+    }
 }
 
 TEST(ScanRanges, ChannelsAreCountedOnOverTheRanges) {

@@ -76,6 +76,14 @@ TEST(ScenarioReader, OfTheAirfieldTwoEmittersAreOnOneChannelAtOnce) {
     EXPECT_EQ(count, 2);
 }
 
+TEST(ScenarioReader, TheOverflightHasOneEmitterThatIsAlwaysThere) {
+    const std::optional<Scenario> scenario = ScenarioReader().ReadFile(u"overflight"_s);
+    ASSERT_TRUE(scenario);
+    ASSERT_EQ(scenario->emitters.size(), 1U);
+    EXPECT_EQ(scenario->emitters.front().frequency, scenario->device.frequency);
+    EXPECT_EQ(scenario->emitters.front().schedule.off, 0.0);
+}
+
 TEST(ScenarioReader, AFileIsRead) {
     const QTemporaryDir directory;
     QFile file(directory.filePath(u"one.json"_s));
@@ -90,13 +98,16 @@ TEST(ScenarioReader, AFileIsRead) {
 TEST(ScenarioReader, AFileThatIsNotThereIsNamed) {
     ScenarioReader reader;
     EXPECT_FALSE(reader.ReadFile(u"/nowhere/one.json"_s));
-    EXPECT_EQ(reader.GetErrorText(), u"/nowhere/one.json: cannot be opened: there is no such file");
+    EXPECT_EQ(reader.GetErrorText(),
+              u"/nowhere/one.json: cannot be opened: there is no such file; built in are "
+              "airfield, overflight, ship");
 }
 
 TEST(ScenarioReader, WhatIsNoFileIsNotReadFrom) {
     ScenarioReader reader;
     EXPECT_FALSE(reader.ReadFile(u"/dev/zero"_s));
     EXPECT_FALSE(reader.ReadFile(u"/tmp"_s));
+    EXPECT_EQ(reader.GetErrorText(), u"/tmp: cannot be opened: it is not a file");
 }
 
 TEST(ScenarioReader, WhatIsLeftOutHasADefault) {

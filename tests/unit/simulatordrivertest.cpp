@@ -814,6 +814,38 @@ TEST_F(SimulatorDriverTest, ALinkThatTheScenarioLosesComesBackBehindTheFault) {
     EXPECT_EQ(m_recorder.fixed[count].data.time, 1767268812100U);
 }
 
+TEST_F(SimulatorDriverTest, AnOperationTellsThatTheLinkIsLostWhenNothingIsMeasured) {
+    ASSERT_EQ(Open(Scenario(NORTH, R"(, "faults": [{"kind": "lostlink", "at": 0, "for": 10}])")), OK);
+    EXPECT_EQ(m_driver.SetFrequency(122e6), FAILED);
+    EXPECT_EQ(m_recorder.errors, QStringList(u"the link to the device is lost"_s));
+    EXPECT_EQ(m_recorder.closed, 1);
+    EXPECT_EQ(m_driver.SetFrequency(122e6), FAILED);
+    EXPECT_EQ(m_recorder.closed, 1) << "once";
+    std::string address = m_directory.filePath(u"scenario.json"_s).toStdString();
+    ASSERT_EQ(m_driver.Initialize(address, false), OK);
+    EXPECT_EQ(m_driver.SetFrequency(122e6), OK);
+}
+
+TEST_F(SimulatorDriverTest, ASeedBeginsTheScenarioAgainWithOtherNoise) {
+    const auto measure = [this] {
+        m_recorder.fixed.clear();
+        std::vector<quint16> azimuths;
+        for (const auto& fixed : MeasureFixed(30)) { // or more
+            azimuths.push_back(fixed.data.azimuth);
+        }
+        azimuths.resize(30);
+        return azimuths;
+    };
+    ASSERT_EQ(Open(Scenario(NORTH, R"(, "seed": 1)")), OK);
+    const std::vector<quint16> ofTheScenario = measure();
+    ASSERT_EQ(m_driver.SetTest(u"seed 2"_s), OK);
+    const std::vector<quint16> other = measure();
+    EXPECT_EQ(m_recorder.fixed.front().data.time, 1767268800100U);
+    EXPECT_NE(other, ofTheScenario);
+    ASSERT_EQ(m_driver.SetTest(u"seed 1"_s), OK);
+    EXPECT_EQ(measure(), ofTheScenario);
+}
+
 TEST_F(SimulatorDriverTest, ASilentDeviceDeliversNothingAndGoesOn) {
     ASSERT_EQ(Open(Scenario(NORTH, R"(, "faults": [{"kind": "silence", "at": 1, "for": 2}])")), OK);
     bool isSilent = true;
@@ -850,7 +882,7 @@ TEST_F(SimulatorDriverTest, OtherTestCommandsAreRefused) {
     for (const QString& command :
          {u""_s, u"speed"_s, u"speed 0"_s, u"speed -1"_s, u"speed nan"_s, u"speed fast"_s, u"fault fire on"_s,
           u"fault silence"_s, u"fault silence maybe"_s, u"fault silence on 3"_s, u"fault slow on x"_s,
-          u"fault slow on 61"_s}) {
+          u"fault slow on 61"_s, u"seed"_s, u"seed -1"_s, u"seed x"_s}) {
         EXPECT_EQ(m_driver.SetTest(command), FAILED) << command.toStdString();
         EXPECT_FALSE(m_driver.GetLastError().isEmpty());
         m_driver.ClearLastError();
@@ -862,6 +894,7 @@ TEST_F(SimulatorDriverTest, BeforeItIsOpenedItAnswersWithFailure) {
     EXPECT_EQ(m_driver.SetFrequency(121.5e6), FAILED);
     EXPECT_EQ(m_driver.GetFrequency(frequency), FAILED);
     EXPECT_EQ(m_driver.SetMode(EMODE_FFM), FAILED);
+    EXPECT_EQ(m_driver.SetTest(u"seed 1"_s), FAILED);
     EXPECT_EQ(m_driver.SetMode(EMODE_STANDBY), OK);
     EXPECT_EQ(m_driver.GetReadCount(), 0);
 }

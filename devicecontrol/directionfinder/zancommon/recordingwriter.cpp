@@ -8,8 +8,9 @@ using namespace Qt::StringLiterals;
 
 namespace KvZANCommon {
 
-bool RecordingWriter::Open(const QString& fileName) {
+bool RecordingWriter::Open(const QString& fileName, std::span<const RecordingColumn> further) {
     m_fileName = fileName;
+    m_further = further;
     m_lastTimeMs = 0;
     m_file.reset();
     // Renaming a new file over a device would replace the device.
@@ -24,7 +25,7 @@ bool RecordingWriter::Open(const QString& fileName) {
         return Fail(u"cannot be written: "_s + reason);
     }
     m_line.clear();
-    RecordingLine::AppendHeader(m_line, RECORDING_COLUMNS);
+    RecordingLine::AppendHeader(m_line, RECORDING_COLUMNS, m_further);
     return WriteLine();
 }
 
@@ -36,8 +37,8 @@ bool RecordingWriter::Write(const RecordedBearing& bearing) {
         return Fail(u"time runs backwards: "_s + QString::number(bearing.timeMs));
     }
     m_line.clear();
-    const QString fault =
-        RecordingLine::AppendRow(m_line, bearing, RecordingLine::Precision::Columns, RECORDING_COLUMNS);
+    const QString fault = RecordingLine::AppendRow(m_line, bearing, RecordingLine::Precision::Columns,
+                                                   RECORDING_COLUMNS, m_further);
     if (!fault.isEmpty()) {
         return Fail(fault);
     }
@@ -63,7 +64,11 @@ bool RecordingWriter::Fail(const QString& text) {
 }
 
 bool RecordingWriter::WriteLine() {
-    return m_file->write(m_line) == m_line.size() || Fail(u"cannot be written: "_s + m_file->errorString());
+    if (m_file->write(m_line) == m_line.size()) {
+        return true;
+    }
+    m_file->flush(); // of lines that were written in part the rest tells why
+    return Fail(u"cannot be written: "_s + m_file->errorString());
 }
 
 } // namespace KvZANCommon

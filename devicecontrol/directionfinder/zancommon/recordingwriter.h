@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <optional>
+#include <span>
 
 namespace KvZANCommon {
 
@@ -22,7 +23,9 @@ class ZANCOMMON_EXPORT RecordingWriter {
 public:
     /// Begins a recording and writes its header line. False with an error text when the file cannot be
     /// written, or the name is that of a directory or device.
-    bool Open(const QString& fileName);
+    /// \param further columns behind `RECORDING_COLUMNS`, which outlive the recording: some of
+    ///                `FURTHER_RECORDING_COLUMNS`, in their order
+    bool Open(const QString& fileName, std::span<const RecordingColumn> further = {});
 
     /// Appends one row. False with an error text when it cannot be written, and for a row that is not valid:
     /// with a value out of range or not finite, or earlier than the row before. A row that is not valid does
@@ -40,6 +43,7 @@ private:
     ZANCOMMON_NO_EXPORT bool WriteLine();
 
     QString m_fileName;
+    std::span<const RecordingColumn> m_further;
     std::optional<QSaveFile> m_file; // has a value while a recording is written
     QByteArray m_line;
     quint64 m_lastTimeMs = 0;

@@ -13,6 +13,7 @@
 #include "zanserver/dfsettings.h"
 #include "zanserver/gpsdsettings.h"
 #include "zanserver/keptwishes.h"
+#include "zanserver/scanranges.h"
 #include "zanserver/wishreport.h"
 
 #include <QTimer>
@@ -439,15 +440,7 @@ const std::vector<FreqRangeDefinition>& DeviceControl::GetRanges() const {
 }
 
 double DeviceControl::GetChannelFrequency(long range, unsigned channel) const {
-    const auto& ranges = GetRanges();
-    if (range >= 0 && std::cmp_less(range, ranges.size())) {
-        const FreqRangeDefinition& found = ranges[static_cast<std::size_t>(range)];
-        if (channel >= found.GetFirstChannel() && channel <= found.GetLastChannel()) {
-            return found.GetStartFreq() +
-                   found.GetStepFreq() * static_cast<double>(channel - found.GetFirstChannel());
-        }
-    }
-    return std::numeric_limits<double>::quiet_NaN();
+    return ScanRanges::GetChannelFrequency(GetRanges(), range, channel);
 }
 
 double DeviceControl::GetResolutionBandwidth() const {

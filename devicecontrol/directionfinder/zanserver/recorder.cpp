@@ -4,6 +4,7 @@
 #include "tolmappstartup/cfgcenter.h"
 #include "zancommon/recordingline.h"
 #include "zancommon/recordingreader.h"
+#include "zanserver/blockrow.h"
 #include "zanserver/servervalue.h"
 
 #include <QDir>
@@ -34,7 +35,6 @@ const QString KEY_FILE_SIZE = u"Recorder/FileSize"_s;
 const QString KEY_FILE_COUNT = u"Recorder/FileCount"_s;
 
 constexpr double TENTHS = 10.0;
-constexpr double HUNDREDTHS = 100.0;
 
 /// What a value of the tree has measured.
 template <class V>
@@ -42,18 +42,6 @@ std::optional<double> Measured(const V& value, double unit = 1.0) {
     return value.GetState() == TValueState::Valid
                ? std::optional(static_cast<double>(value.GetValue()) / unit)
                : std::nullopt;
-}
-
-/// A measurement of a bearing.
-std::optional<double> Measured(qint16 value, double unit) {
-    return value == Bearing::NOT_MEASURED ? std::nullopt : std::optional(static_cast<double>(value) / unit);
-}
-
-EMode ModeOf(const BearingBlock& block) {
-    if (block.kind != BearingBlock::Kind::Scan) {
-        return EMODE_FFM;
-    }
-    return block.range == BearingBlock::WIDEBAND ? EMODE_WIDEBAND_FFM : EMODE_SCAN;
 }
 
 QString NumberedName(const QString& name, int number) {
@@ -242,42 +230,32 @@ void Recorder::Take(const BearingBlock& block, const std::vector<BearingResult>&
     if (!IsOn()) {
         return;
     }
-    const bool isSuperResolution = block.kind == BearingBlock::Kind::SuperResolution;
     RecordedBearing row = MakeRow(block);
-    if (isSuperResolution && bearings.empty()) {
+    if (block.kind == BearingBlock::Kind::SuperResolution && bearings.empty()) {
         row.emitter = RecordedBearing::NO_EMITTER;
         TakeRow(row);
         return;
     }
     for (std::size_t i = 0; i < bearings.size(); ++i) {
-        const Bearing& bearing = block.bearings[i];
-        if (bearing.marker != Bearing().marker) {
+        if (block.bearings[i].marker != Bearing().marker) {
             continue;
         }
+        BlockRow::Put(block, i, row);
         row.frequency = bearings[i].GetFrequency();
-        row.azimuth = bearings[i].GetAzimuth() / TENTHS;
-        row.elevation = Measured(bearing.elevation, TENTHS);
-        row.level = Measured(bearing.level, HUNDREDTHS);
-        row.quality = bearing.quality;
-        if (isSuperResolution) {
-            row.emitter = static_cast<double>(i);
-        }
+        row.azimuth = bearings[i].GetAzimuth() / TENTHS; // as the antenna is mounted
         TakeRow(row);
     }
 }
 
 /// What is the same for all bearings of a block.
 RecordedBearing Recorder::MakeRow(const BearingBlock& block) const {
-    RecordedBearing row;
-    row.timeMs = block.time;
-    row.frequency = block.status.frequency;
+    RecordedBearing row = BlockRow::Begin(block);
     row.heading = Measured(*m_pHeading, TENTHS);
     row.pitch = Measured(*m_pPitch);
     row.roll = Measured(*m_pRoll);
     row.latitude = Measured(*m_pLatitude);
     row.longitude = Measured(*m_pLongitude);
     row.altitude = Measured(*m_pAltitude);
-    row.mode = ModeOf(block);
     row.positionTimeMs = Measured(*m_pPositionTime);
     return row;
 }

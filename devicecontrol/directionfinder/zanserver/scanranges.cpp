@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
+#include <utility>
 #include <variant>
 
 using namespace Qt::StringLiterals;
@@ -270,6 +272,17 @@ void Number(std::vector<FreqRangeDefinition>& ranges) {
         next += static_cast<unsigned long>(CountChannels(range));
         range.SetLastChannel(next - 1);
     }
+}
+
+double GetChannelFrequency(const std::vector<FreqRangeDefinition>& ranges, long index, unsigned channel) {
+    if (index >= 0 && std::cmp_less(index, ranges.size())) {
+        const FreqRangeDefinition& range = ranges[static_cast<std::size_t>(index)];
+        if (channel >= range.GetFirstChannel() && channel <= range.GetLastChannel()) {
+            return range.GetStartFreq() +
+                   range.GetStepFreq() * static_cast<double>(channel - range.GetFirstChannel());
+        }
+    }
+    return std::numeric_limits<double>::quiet_NaN();
 }
 
 bool AreEqual(const FreqRangeDefinition& first, const FreqRangeDefinition& second) {

@@ -33,6 +33,11 @@ ZANSERVER_EXPORT double CountChannels(const KvZANCommon::FreqRangeDefinition& ra
 /// Numbers the ranges from 0, and their channels from 0 on over all of them. The channels must be countable.
 ZANSERVER_EXPORT void Number(std::vector<KvZANCommon::FreqRangeDefinition>& ranges);
 
+/// Hz, of a channel as the numbered ranges count; NaN when it is not in the range.
+/// \param index of the range, as the driver tells it
+ZANSERVER_EXPORT double GetChannelFrequency(const std::vector<KvZANCommon::FreqRangeDefinition>& ranges,
+                                            long index, unsigned channel);
+
 /// Whether two ranges are the same in all that a driver is given.
 ZANSERVER_EXPORT bool AreEqual(const KvZANCommon::FreqRangeDefinition& first,
                                const KvZANCommon::FreqRangeDefinition& second);

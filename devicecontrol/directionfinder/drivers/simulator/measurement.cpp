@@ -99,11 +99,16 @@ bool Measurement::LoseLink() {
     if (!m_state.faults.IsThere(EFault::LOST_LINK, m_time)) {
         return false;
     }
-    m_state.isLinkLost = true;
+    if (!m_state.isLinkLost.exchange(true)) {
+        TellLostLink();
+    }
+    return true;
+}
+
+void Measurement::TellLostLink() {
     ErrorStruct error{-2, true, u"the link to the device is lost"_s};
     m_callback.reportError(error);
     m_callback.CloseDataLink();
-    return true;
 }
 
 void Measurement::TakeSettings() {

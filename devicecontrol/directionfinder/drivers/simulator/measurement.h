@@ -25,6 +25,8 @@ public:
 
     /// Delivers on the calling thread until the clock is interrupted, or the link is lost.
     void Run(EMode mode);
+    /// Tells that the link is lost: `Run` does so, unless that was told already.
+    void TellLostLink();
 
     /// Hz, as long as no resolution bandwidth is set.
     static double GetDefaultResolution(EMode mode);

@@ -9,6 +9,7 @@
 #include "zancommon/zanoptions.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -184,14 +185,20 @@ int GetLine(const QByteArray& document, qsizetype offset) {
 } // namespace
 
 std::optional<Scenario> ScenarioReader::ReadFile(const QString& name) {
-    const bool isBuiltIn = name.isEmpty() || name == u"ship" || name == u"airfield";
-    const QString path =
-        isBuiltIn ? u":/simulator/scenarios/%1.json"_s.arg(name.isEmpty() ? u"ship"_s : name) : name;
+    const QString folder = u":/simulator/scenarios/"_s;
+    QStringList builtIn = QDir(folder).entryList();
+    builtIn.replaceInStrings(u".json"_s, QString());
+    const QString wanted = name.isEmpty() ? u"ship"_s : name;
+    const QString path = builtIn.contains(wanted) ? folder + wanted + u".json"_s : name;
     QFile file(path);
     // What is no file of its own may have no end, or never begin.
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
-        m_error = name + u": cannot be opened: "_s +
-                  (QFileInfo::exists(path) ? file.errorString() : u"there is no such file"_s);
+    const QString fault = !QFileInfo::exists(path)
+                              ? u"there is no such file; built in are "_s + builtIn.join(u", "_s)
+                          : !QFileInfo(path).isFile()   ? u"it is not a file"_s
+                          : !file.open(QFile::ReadOnly) ? file.errorString()
+                                                        : QString();
+    if (!fault.isEmpty()) {
+        m_error = name + u": cannot be opened: "_s + fault;
         return {};
     }
     std::optional<Scenario> scenario = Read(file.read(LARGEST + 1));

@@ -129,7 +129,8 @@ bool SimulatorDriver::IsLinkBack() {
         return true;
     }
     const double rest = fault->at + fault->duration - time;
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - m_session->lostSince;
+    const std::chrono::duration<double> passed =
+        std::chrono::steady_clock::now() - m_session->lostSince.load();
     if (m_pace != SimulatedClock::AS_FAST_AS_POSSIBLE && passed.count() * m_pace < rest) {
         return false;
     }
@@ -228,8 +229,11 @@ long SimulatorDriver::SetTest(QString command) {
     if (words.size() >= 3 && words[0] == u"fault") {
         return SetFault(words);
     }
+    if (words.size() == 2 && words[0] == u"seed") {
+        return SetSeed(words[1]);
+    }
     return Refuse(u"\"%1\" is not known; there are: speed realtime|N|max, "
-                  "fault lostlink|silence|slow|calibration on|off"_s.arg(command));
+                  "fault lostlink|silence|slow|calibration on|off, seed N"_s.arg(command));
 }
 
 long SimulatorDriver::SetSpeed(const QString& speed) {
@@ -263,6 +267,23 @@ long SimulatorDriver::SetFault(const QStringList& words) {
     }
     m_session->state.faults.SetDelay(delay);
     m_session->state.faults.SetCommanded(*kind, isOn);
+    return OK;
+}
+
+long SimulatorDriver::SetSeed(const QString& seed) {
+    bool isNumber = false;
+    const quint64 number = seed.toULongLong(&isNumber);
+    if (!isNumber) {
+        return Refuse(u"\"%1\" is not a seed: a whole number from 0 on"_s.arg(seed));
+    }
+    if (!m_session) {
+        return Refuse(u"the device is not open"_s);
+    }
+    Stop();
+    m_mode = EMODE_STANDBY;
+    Scenario scenario = m_session->scenario;
+    scenario.seed = number;
+    m_session = std::make_unique<Session>(std::move(scenario), *m_callback);
     return OK;
 }
 
@@ -809,7 +830,10 @@ bool SimulatorDriver::Answers() {
     }
     DeviceState& state = m_session->state;
     if (state.isLinkLost || state.faults.IsThere(EFault::LOST_LINK, state.GetSeconds())) {
-        state.isLinkLost = true;
+        if (!state.isLinkLost.exchange(true)) {
+            m_session->lostSince = std::chrono::steady_clock::now();
+            m_session->measurement.TellLostLink();
+        }
         Refuse(LinkIsLost());
         return false;
     }

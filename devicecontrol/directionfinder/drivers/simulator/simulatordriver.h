@@ -6,6 +6,8 @@
 #include "zancommon/driverdescription.h"
 #include "zancommon/nulldriver.h"
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -14,7 +16,8 @@ namespace Simulator {
 
 /// A driver whose device is simulated: a direction finder in a scenario of emitters.
 ///
-/// The address is a scenario: a file, or "ship" or "airfield", which are built in; an empty one is "ship".
+/// The address is a scenario: a file, or the name of one that is built in ("ship", "airfield", "overflight");
+/// an empty one is "ship".
 /// The device measures on a thread of its own, and all deliveries come on it, except for those that an
 /// operation has caused (command log, results of built-in tests). It measures until it is set to standby.
 ///
@@ -31,9 +34,12 @@ namespace Simulator {
 ///     speed realtime | speed max | speed N        pace of the clock, from the next start on
 ///     fault lostlink|silence|calibration on|off
 ///     fault slow on [SECONDS] | fault slow off    each operation takes a second, or as long as stated
+///     seed N                                      the scenario begins again, with this seed; the device
+///                                                 stands by, with all settings as after `Initialize`
 ///
 /// A lost link ends the deliveries with a fatal error and `CloseDataLink`; operations fail until `Initialize`
-/// succeeds, which it does when the fault is over; the scenario then goes on where the fault ends.
+/// succeeds, which it does when the fault is over; the scenario then goes on where the fault ends. It is
+/// noticed by a measurement, or by an operation.
 class SimulatorDriver final : public KvZANCommon::NullDriver {
 public:
     static constexpr long OK = 0;
@@ -124,7 +130,7 @@ private:
         const Scenario scenario;
         DeviceState state;
         Measurement measurement;
-        std::chrono::steady_clock::time_point lostSince;
+        std::atomic<std::chrono::steady_clock::time_point> lostSince; // noticed on either thread
     };
 
     void Stop();
@@ -137,6 +143,7 @@ private:
     void Log(QString line);
     long SetSpeed(const QString& speed);
     long SetFault(const QStringList& words);
+    long SetSeed(const QString& seed);
     [[nodiscard]] bool HasChannelsFor(const KvZANCommon::FreqRangeDefinition& range) const;
     [[nodiscard]] QString FindFaultOf(const KvZANCommon::FreqRangeDefinition* range) const;
     [[nodiscard]] QString FindFaultOf(double frequency, EMode mode,
