@@ -453,6 +453,23 @@ TEST_F(SimulatorDriverTest, WishesOfTheScenarioAreCarriedOutAtTheirTime) {
     EXPECT_EQ(m_recorder.blocks.front().bearings.size(), 41U);
 }
 
+TEST_F(SimulatorDriverTest, RangesThatTheApplicationCountsByAreNotChangedByTheScenario) {
+    ASSERT_EQ(Open(Scenario(NORTH, R"(, "wishes": [{"at": 0, "ranges": [
+                                                    {"start": 121e6, "step": 25e3, "stop": 122e6}]}])")),
+              OK);
+    KvZANCommon::FreqRangeDefinition range;
+    range.SetStartFreq(121.4e6);
+    range.SetStopFreq(121.6e6);
+    range.SetStepFreq(25e3);
+    ASSERT_EQ(m_driver.AddFreqRange(&range), OK);
+    ASSERT_EQ(m_driver.SetMode(EMODE_SCAN), OK);
+    ASSERT_TRUE(m_recorder.WaitForBlocks(1));
+    m_driver.SetMode(EMODE_STANDBY);
+    EXPECT_EQ(m_recorder.blocks.front().bearings.size(), 9U);
+    EXPECT_EQ(m_recorder.errors,
+              QStringList{u"ranges or bandwidth that the scenario wishes are left out: others were set"_s});
+}
+
 TEST_F(SimulatorDriverTest, EachCommandIsToldOnce) {
     ASSERT_EQ(Open(Scenario(NORTH)), OK);
     m_recorder.commands.clear();

@@ -24,8 +24,10 @@ struct DeviceSettings {
     std::vector<double> compassOffsets; ///< degrees that are added to what the compass shows
 
     std::vector<KvZANCommon::FreqRangeDefinition> ranges;
-    std::vector<bool> skipped; ///< by channel number
-    quint64 rangeChanges = 0;  ///< how often ranges or channels were changed
+    std::vector<bool> skipped;       ///< by channel number
+    quint64 rangeChanges = 0;        ///< how often ranges or channels were changed
+    bool areRangesGiven = false;     ///< by the application, which counts its channels by them
+    bool areDfSettingsGiven = false; ///< the same for the width of a channel
     long scanAveraging = 1;
     int holdTime = 1000;             ///< milliseconds, see `SimulatorDriver::SetHoldTime`
     int signalTime = 0;              ///< milliseconds

@@ -32,6 +32,26 @@ short ToHundredths(double level) {
     return static_cast<short>(std::clamp(std::lround(level * 100.0), -32767L, 32767L));
 }
 
+/// Carries out a wish but for ranges and resolution bandwidth that the application has set: it would take the
+/// frequency of one channel for that of another. False when these are left out.
+bool CarryOut(const Wish& wish, DeviceSettings& settings) {
+    settings.frequency = wish.frequency.value_or(settings.frequency);
+    settings.averageTime = wish.averageTime.value_or(settings.averageTime);
+    settings.df.superResolution = wish.superResolution.value_or(settings.df.superResolution);
+    if (wish.resolutionBandwidth && !settings.areDfSettingsGiven) {
+        settings.df.resolutionBandwidth = *wish.resolutionBandwidth;
+    }
+    if (wish.ranges && !settings.areRangesGiven) {
+        ++settings.rangeChanges;
+        settings.ranges.clear();
+        for (const ScanRange& range : *wish.ranges) {
+            settings.ranges.push_back(MakeRange(range, static_cast<int>(settings.ranges.size())));
+        }
+    }
+    return !(wish.resolutionBandwidth && settings.areDfSettingsGiven) &&
+           !(wish.ranges && settings.areRangesGiven);
+}
+
 } // namespace
 
 Measurement::Measurement(const Scenario& scenario, DeviceState& state, IDriverCallback& callback)
@@ -135,20 +155,13 @@ void Measurement::CarryOutWishes() {
          ++m_nextWish) {
         const Wish& wish = m_scenario.wishes[m_nextWish];
         m_mode = wish.mode.value_or(m_mode);
-        m_state.Change([&wish](DeviceSettings& settings) {
-            settings.frequency = wish.frequency.value_or(settings.frequency);
-            settings.averageTime = wish.averageTime.value_or(settings.averageTime);
-            settings.df.resolutionBandwidth =
-                wish.resolutionBandwidth.value_or(settings.df.resolutionBandwidth);
-            settings.df.superResolution = wish.superResolution.value_or(settings.df.superResolution);
-            if (wish.ranges) {
-                ++settings.rangeChanges;
-                settings.ranges.clear();
-                for (const ScanRange& range : *wish.ranges) {
-                    settings.ranges.push_back(MakeRange(range, static_cast<int>(settings.ranges.size())));
-                }
-            }
-        });
+        bool isWhole = true;
+        m_state.Change([&](DeviceSettings& settings) { isWhole = CarryOut(wish, settings); });
+        if (!isWhole) {
+            ErrorStruct error{
+                -2, false, u"ranges or bandwidth that the scenario wishes are left out: others were set"_s};
+            m_callback.reportError(error);
+        }
     }
 }
 

@@ -376,6 +376,7 @@ long SimulatorDriver::AddFreqRange(FreqRangeDefinition* range) {
     }
     return fault.isEmpty() ? Change([range](DeviceSettings& settings) {
         settings.ranges.push_back(*range);
+        settings.areRangesGiven = true;
         ++settings.rangeChanges;
     })
                            : Refuse(fault);
@@ -659,6 +660,7 @@ long SimulatorDriver::AlterMeasureSetting(double frequency, DFSettingsStruct dfS
     const QString fault = FindFaultOf(frequency, m_mode, dfSettings);
     return fault.isEmpty() ? Change([&](DeviceSettings& settings) {
         settings.df = dfSettings;
+        settings.areDfSettingsGiven = true;
         settings.dem = demSettings;
         if (dfSettings.averageTime >= 0.0) {
             settings.averageTime = dfSettings.averageTime;
