@@ -1,7 +1,7 @@
-#include "tolmappstartup/cfgcenter.h"
 #include "valueframework/valueaccess.h"
 #include "zancommon/mshmanager.h"
 #include "zancommon/zanvaluenames.h"
+#include "zanserver/hubvalues.h"
 #include "zanserver/station.h"
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
@@ -16,21 +16,15 @@ using ZANPlatform::GetOrCreateValue;
 
 namespace {
 
-/// Publishes a frequency of the control application for the hub's client.
-void Publish(QStringView name, double frequency) {
-    if (auto* value = GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(name))) {
-        value->SetValue(frequency, nullptr);
-    }
-}
-
 /// Joins the message hub as a receiver or a sender until a signal ends the program. Returns the exit code:
 /// that of the signal, or failed when there is no client component; a message then says where it was looked
 /// for.
 int JoinHub(bool asReceiver, const QString& name) {
-    const ZANCharacteristics& characteristics = Station::GetCharacteristics();
-    Publish(ZANValueName::SYSMINFREQ, characteristics.GetMinFreq(OPMODE_FFM));
-    Publish(ZANValueName::SYSMAXFREQ, characteristics.GetMaxFreq(OPMODE_FFM));
-    Publish(ZANValueName::HANDOVERFREQUENCY, characteristics.GetMinFreq(OPMODE_FFM));
+    HubValues::PublishRange();
+    if (auto* const handover =
+            GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(ZANValueName::HANDOVERFREQUENCY))) {
+        handover->SetValue(Station::GetCharacteristics().GetMinFreq(OPMODE_FFM), nullptr);
+    }
 
     const SignalWatcher watcher;
     QObject::connect(&watcher, &SignalWatcher::Interrupted, &watcher,
@@ -42,7 +36,7 @@ int JoinHub(bool asReceiver, const QString& name) {
         manager.CreateMshSender(name, nullptr);
     }
     if (!manager.IsReceiver() && !manager.IsSender()) {
-        Console::Error(u"there is no client of the message hub: "_s + CfgCenter::GetLastError());
+        Console::Error(HubValues::DescribeFailure());
         return EXIT_FAILED;
     }
     Console::Tell(asReceiver ? u"joined the hub as a receiver"_s : u"joined the hub as a sender"_s);

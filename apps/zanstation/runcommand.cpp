@@ -11,6 +11,7 @@
 #include "zancommon/zanpath.h"
 #include "zanserver/frequencytext.h"
 #include "zanserver/operationmodetext.h"
+#include "zanserver/outputcheck.h"
 #include "zanserver/plural.h"
 #include "zanserver/settingscheck.h"
 #include "zanserver/stationcheck.h"
@@ -45,11 +46,6 @@ constexpr int WATCH_INTERVAL_MS = 1000;
 /// The name of standard input and standard output on the command line.
 constexpr QStringView STANDARD_STREAM = InterruptibleInput::STANDARD_INPUT;
 
-/// The name of a file; for "-" the system's name of the standard stream.
-QString StreamFile(const QString& name, const QString& stream) {
-    return name == STANDARD_STREAM ? stream : name;
-}
-
 /// The file for the sentences; empty for none.
 QString GetOutputFile(const RunOptions& options) {
     const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
@@ -80,26 +76,10 @@ QString CheckRecordFile(const RunOptions& options, const QString& output) {
                                                                           : Recorder::CheckFile(record);
 }
 
-/// The station's files in the directory of its settings, also those that it will create.
-QStringList FindOwnFiles(const QString& directory, const QString& stationAddress) {
-    static const QRegularExpression notInFileNames(u"[/:*\"]"_s); // of the log's name
-    QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(
-                                      QString(stationAddress).replace(notInFileNames, u"_"_s))};
-    for (const QString& name : {u"/Application.ini"_s, u"/TrafficControl.ini"_s}) {
-        // A settings file that is a link is saved where the link leads to.
-        const QString place = QFileInfo(directory + name).canonicalFilePath();
-        for (const QString& settings : {directory + name, place.isEmpty() ? directory + name : place}) {
-            files += {settings, settings + u".lock"_s, settings + u".saving"_s};
-        }
-    }
-    for (const QString& place : {directory, directory + u"/ZANControl"_s}) {
-        for (const QFileInfo& file :
-             QDir(place).entryInfoList({u"*.ini*"_s, u"station.lock"_s, u"commandlog-*"_s}, QDir::Files)) {
-            files.append(file.filePath());
-        }
-    }
-    files.removeDuplicates();
-    return files;
+/// What no output may overwrite.
+StationFiles GetStationFiles(const RunOptions& options) {
+    return {options.configDirectory, options.driver.GetStationAddress(),
+            options.driver.name == DriverChoice::REPLAY ? options.driver.address : QString()};
 }
 
 QString Count(quint64 count) {
@@ -125,6 +105,7 @@ int RunCommand::Run() {
     SetWishes();
     StartOutput();
     StartRecorder();
+    JoinHub();
     Measure();
     if (const QString silence = DescribeSilence(true); !silence.isEmpty()) {
         Console::Warn(silence);
@@ -144,8 +125,8 @@ void RunCommand::StartOutput() {
     } else {
         m_station->StartOutput();
     }
-    m_isOutputOn = m_station->GetOutput().IsEnabled();
-    if (!m_isOutputOn) {
+    m_outputs.emplace(m_station->GetOutput(), GetStationFiles(m_options));
+    if (!m_station->GetOutput().IsEnabled()) {
         Console::Warn(u"no output is switched on: name one with --output or --serial"_s);
     }
 }
@@ -173,6 +154,13 @@ void RunCommand::StartRecorder() {
     observe();
 }
 
+void RunCommand::JoinHub() {
+    m_hub.emplace();
+    if (!m_hub->GetProblem().isEmpty()) {
+        Console::Warn(m_hub->GetProblem());
+    }
+}
+
 void RunCommand::Measure() {
     QTimer watch;
     connect(&watch, &QTimer::timeout, this, &RunCommand::Watch);
@@ -197,6 +185,7 @@ void RunCommand::Measure() {
 
     service.TellStopping();
     m_device->Close();
+    m_wasOutputOn = m_station->GetOutput().IsEnabled();
     m_station->GetOutput().SetEnabled(false); // waiting sentences are written, or counted as dropped
     ReportOutputProblem();
     if (progress.isActive()) {
@@ -205,23 +194,14 @@ void RunCommand::Measure() {
     }
 }
 
-/// Refuses, with messages, a recording that cannot be read, and one that the output would overwrite.
-bool RunCommand::CanReplay(const QString& recording, const QString& output) {
-    bool canReplay = true;
-    const QString file = StreamFile(recording, u"/dev/stdin"_s);
-    // A terminal may be both.
-    const bool canBeSame = recording != STANDARD_STREAM || QFileInfo(file).isFile();
-    if (!output.isEmpty() && canBeSame &&
-        DFDataOutput::TouchesFile(StreamFile(output, u"/dev/stdout"_s), file)) {
-        Console::Error(u"the output %1 would overwrite the recording %2"_s.arg(output, recording));
-        canReplay = false;
-    }
+/// Refuses, with a message, a recording that cannot be read.
+bool RunCommand::CanReplay(const QString& recording) {
     KvZANCommon::RecordingReader reader; // a stream is not touched: its writer would lose its reader again
-    if (!InterruptibleInput::IsStream(recording) && !reader.Open(recording)) {
-        Console::Error(reader.GetErrorText());
-        canReplay = false;
+    if (InterruptibleInput::IsStream(recording) || reader.Open(recording)) {
+        return true;
     }
-    return canReplay;
+    Console::Error(reader.GetErrorText());
+    return false;
 }
 
 bool RunCommand::CanBegin(const RunOptions& options) {
@@ -237,19 +217,13 @@ bool RunCommand::CanBegin(const RunOptions& options) {
         canBegin = false;
     }
     const QString output = GetOutputFile(options);
-    if (options.driver.name == DriverChoice::REPLAY && !CanReplay(options.driver.address, output)) {
-        canBegin = false;
-    }
-    for (const QString& file : FindOwnFiles(options.configDirectory, address)) {
-        if (!output.isEmpty() && DFDataOutput::TouchesFile(output, file)) {
-            Console::Error(
-                u"the output %1 would overwrite %2, which belongs to the station"_s.arg(output, file));
+    if (!output.isEmpty()) {
+        for (const QString& reason : OutputCheck::CheckFile(output, GetStationFiles(options))) {
+            Console::Error(reason);
             canBegin = false;
         }
     }
-    const QString user = output == STANDARD_STREAM ? QString() : OutputFile::FindUser(output);
-    if (!user.isEmpty()) {
-        Console::Error(u"the output %1 is in use by %2"_s.arg(output, user));
+    if (options.driver.name == DriverChoice::REPLAY && !CanReplay(options.driver.address)) {
         canBegin = false;
     }
     if (const QString reason = CheckRecordFile(options, output); !reason.isEmpty()) {
@@ -484,8 +458,9 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
     if (published == 0 || output.fileSentences + output.serialSentences > 0) {
         return {};
     }
+    const bool isOutputOn = isAtEnd ? m_wasOutputOn : m_station->GetOutput().IsEnabled();
     const auto describeCause = [&] {
-        if (!m_isOutputOn || output.withoutSink > 0) {
+        if (!isOutputOn || output.withoutSink > 0) {
             return u"all outputs are off"_s;
         }
         if (output.fileDropped + output.serialDropped > 0) {
@@ -509,9 +484,9 @@ QString RunCommand::DescribeSilence(bool isAtEnd) const {
 QString RunCommand::DescribeStatus() {
     StatusLine::State state = StatusLine::GetState(*m_station);
     state.isSimulated = IsSimulated();
-    state.problems =
-        QStringList{m_device->GetLink().GetReason(), DescribeSilence(false), m_recorder->GetProblem()} +
-        m_station->GetOutput().GetProblems();
+    state.problems = QStringList{m_device->GetLink().GetReason(), DescribeSilence(false),
+                                 m_recorder->GetProblem(), m_hub->GetProblem()} +
+                     m_station->GetOutput().GetProblems();
     return m_statusLine.Describe(state, StatusLine::Clock::now());
 }
 

@@ -2,6 +2,8 @@
 
 #include "zanserver/driverchoice.h"
 #include "zanserver/driverlibrary.h"
+#include "zanserver/hubvalues.h"
+#include "zanserver/outputvalues.h"
 #include "zanserver/recorder.h"
 #include "zanserver/station.h"
 #include "zanserver/stationdevice.h"
@@ -71,7 +73,7 @@ private:
         quint64 count = 0;
     };
 
-    [[nodiscard]] static bool CanReplay(const QString& recording, const QString& output);
+    [[nodiscard]] static bool CanReplay(const QString& recording);
     static void WarnOfStation();
     void WarnOfFrequency(double frequency);
     void StoreSettings() const;
@@ -81,6 +83,7 @@ private:
     [[nodiscard]] bool IsSimulated() const;
     void StartOutput();
     void StartRecorder();
+    void JoinHub();
     void Measure();
     void SetUpDevice();
     void LimitDuration();
@@ -100,8 +103,10 @@ private:
     const SignalWatcher& m_signals;
     ZANServer::DriverComponentPtr m_driver; // until the device has it
     std::optional<ZANServer::Station> m_station;
+    std::optional<ZANServer::OutputValues> m_outputs;
     std::optional<ZANServer::Recorder> m_recorder; // takes the blocks of the device
     std::optional<ZANServer::StationDevice> m_device;
+    std::optional<ZANServer::HubValues> m_hub;
     double m_progress = 0.0; // of a recording
     QStringList m_skippedLines;
     QString m_reportedProblem;
@@ -110,8 +115,8 @@ private:
     std::set<double> m_unservedFrequencies;
     std::optional<WishTeller> m_wishTeller;
     QTimer m_duration;
-    bool m_isLost = false;     // the device, which has been there before or not
-    bool m_isOutputOn = false; // when the driver was started
+    bool m_isLost = false;      // the device, which has been there before or not
+    bool m_wasOutputOn = false; // at the end of the measurement
     bool m_isSilenceTold = false;
     bool m_hasFailed = false;
     int m_signal = 0; // the one that has ended the run; 0: none

@@ -33,3 +33,7 @@ IInterface* CInterfaceCreator::CreateInterface(const QString& address, IInterfac
     pInterface->Start();
     return pInterface.release();
 }
+
+QString CInterfaceCreator::CheckAddress(const QString& address) {
+    return SerialLine::CheckAddress(address);
+}

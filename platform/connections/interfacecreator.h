@@ -26,4 +26,7 @@ public:
     ///         opened
     static IInterface* CreateInterface(const QString& address, IInterfaceCallback* callback, quint64 context,
                                        bool unused);
+
+    /// Why an address is none that `CreateInterface` takes; empty when it is one. Opens nothing.
+    [[nodiscard]] static QString CheckAddress(const QString& address);
 };

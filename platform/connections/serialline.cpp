@@ -165,6 +165,11 @@ QString OpeningProblem(const QSerialPort& port) {
 
 } // namespace
 
+QString SerialLine::CheckAddress(const QString& address) {
+    QString reason;
+    return ParseAddress(address, reason) ? QString() : reason;
+}
+
 bool SerialLine::Open(QSerialPort& port, const QString& address, QString& reason) {
     const std::optional<SerialAddress> serial = ParseAddress(address, reason);
     if (!serial) {

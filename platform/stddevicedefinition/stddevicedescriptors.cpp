@@ -23,6 +23,10 @@ const Items POSITION_SOURCES = {{u"None"_s, 0, 0}, {u"GPS"_s, 0, 1}, {u"Manual"_
 const Items GPSD_STATES = {
     {u"Off"_s, 0, 0}, {u"Connecting"_s, 0, 1}, {u"Connected"_s, 0, 2}, {u"Waiting"_s, 0, 3}};
 const Items FIX_MODES = {{u"Unknown"_s, 0, 0}, {u"NoFix"_s, 0, 1}, {u"2D"_s, 0, 2}, {u"3D"_s, 0, 3}};
+const Items OUTPUT_STATES = {{u"Off"_s, 0, 0}, {u"Open"_s, 0, 1}, {u"Failed"_s, 0, 2}};
+const Items OUTPUT_CONTENTS = {
+    {u"Nothing"_s, 0, 0}, {u"Short"_s, 0, 1}, {u"Full"_s, 0, 2}, {u"Emitters"_s, 0, 3}};
+const Items HUB_STATES = {{u"Off"_s, 0, 0}, {u"Started"_s, 0, 1}, {u"Failed"_s, 0, 2}};
 
 } // namespace
 

@@ -494,6 +494,14 @@ TEST_F(InterfaceCreatorTest, MalformedAddressIsRefusedAndThePartIsNamed) {
     }
 }
 
+TEST_F(InterfaceCreatorTest, AddressIsCheckedWithoutOpeningIt) {
+    EXPECT_EQ(CInterfaceCreator::CheckAddress(u"/dev/no-such-line:9600,n,8,1"_s), QString());
+    EXPECT_EQ(CInterfaceCreator::CheckAddress(u"COM1"_s), QString());
+    EXPECT_EQ(CInterfaceCreator::CheckAddress(u"/etc/passwd"_s),
+              u"the port is neither \"COM1\" to \"COM256\" nor a path below \"/dev/\""_s);
+    EXPECT_EQ(CInterfaceCreator::CheckAddress(u"COM1:fast"_s), u"the baud rate is not a positive number"_s);
+}
+
 TEST_F(InterfaceCreatorTest, DeviceThatIsNoSerialPortIsRefused) {
     for (const QString& address : {u"/dev/null:9600"_s, u"/dev/no such port"_s, u"/dev/"_s}) {
         EXPECT_FALSE(Create(address));

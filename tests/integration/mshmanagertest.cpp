@@ -1,6 +1,7 @@
 #include "zancommon/mshmanager.h"
 
 #include "stddevicedefinition/stddevicedescriptors.h"
+#include "support/hubclients.h"
 #include "support/printing.h"
 #include "support/tracelines.h"
 #include "tolmappstartup/cfgcenter.h"
@@ -10,8 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QToolBar>
 
@@ -27,9 +26,7 @@ namespace {
 class MshManagerTest : public testing::Test {
 protected:
     void SetUp() override {
-        qputenv("ZAN_HUB_LOG", m_directory.filePath(u"calls"_s).toUtf8());
         ASSERT_TRUE(CfgCenter::SetConfigDirectory(m_directory.filePath(u"config"_s)));
-        Install(u"libhubclient.so"_s);
         CreateValue<ValueString>(ZANPath::SERVER.toString(), g_vdDevAddress, nullptr)
             ->SetValue(u"10.0.0.1:5555"_s, nullptr);
         m_pLowest = GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(ZANValueName::SYSMINFREQ));
@@ -42,30 +39,10 @@ protected:
         CfgCenter::Close();
     }
 
-    /// Puts one of the libraries of the tests where the client is looked for.
-    void Install(const QString& library) {
-        const QString directory = m_directory.filePath(u"components"_s);
-        ASSERT_TRUE(QDir().mkpath(directory));
-        QFile::remove(directory + u"/libmshclient.so"_s);
-        if (!library.isEmpty()) {
-            ASSERT_TRUE(QFile::copy(QStringLiteral(ZAN_TEST_COMPONENTS "/") + library,
-                                    directory + u"/libmshclient.so"_s));
-        }
-        ASSERT_TRUE(CfgCenter::SetComponentDirectory(directory));
-    }
-    /// The calls of the clients since the last time.
-    QStringList TakeCalls() {
-        QFile log(qEnvironmentVariable("ZAN_HUB_LOG"));
-        QStringList calls;
-        if (log.open(QIODevice::ReadOnly)) {
-            calls = QString::fromUtf8(log.readAll()).split(u'\n', Qt::SkipEmptyParts);
-            log.remove();
-        }
-        return calls;
-    }
     static ICfg& Settings() { return CfgCenter::GetAppCfg(ICfg::View::Outputs); }
 
     QTemporaryDir m_directory;
+    HubClients m_clients;
     ValueNumericDouble* m_pLowest = nullptr;
     ValueNumericDouble* m_pHighest = nullptr;
 };
@@ -122,9 +99,9 @@ TEST_F(MshManagerTest, ReceiverIsSetUpCallByCall) {
     manager.CreateMshReceiver(u"Station 7"_s);
     EXPECT_TRUE(manager.IsReceiver());
     EXPECT_FALSE(manager.IsSender());
-    EXPECT_EQ(TakeCalls(), ReceiverCalls(u"Station 7"_s));
+    EXPECT_EQ(m_clients.TakeCalls(), ReceiverCalls(u"Station 7"_s));
     manager.DestroyMshReceiver();
-    EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList{u"1 destroyed"_s});
     EXPECT_FALSE(manager.IsReceiver());
 }
 
@@ -134,11 +111,11 @@ TEST_F(MshManagerTest, SenderIsSetUpCallByCall) {
     MshManager manager;
     manager.CreateMshSender(u"Station 7"_s, &toolBar);
     EXPECT_TRUE(manager.IsSender());
-    EXPECT_EQ(TakeCalls(), SenderCalls(u"1"_s, u"Station 7"_s, u"tools"_s));
+    EXPECT_EQ(m_clients.TakeCalls(), SenderCalls(u"1"_s, u"Station 7"_s, u"tools"_s));
     m_pLowest->SetValue(30e6, nullptr);
-    EXPECT_EQ(TakeCalls(), QStringList()) << "the range is the receiver's";
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList()) << "the range is the receiver's";
     manager.DestroyMshSender();
-    EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList{u"1 destroyed"_s});
 }
 
 TEST_F(MshManagerTest, ReceiverAndSenderWorkAtOnce) {
@@ -147,20 +124,22 @@ TEST_F(MshManagerTest, ReceiverAndSenderWorkAtOnce) {
         manager.CreateMshReceiver(u"both"_s);
         manager.CreateMshSender(u"both"_s, nullptr);
         EXPECT_TRUE(manager.IsReceiver() && manager.IsSender());
-        EXPECT_EQ(TakeCalls(), ReceiverCalls(u"both"_s) + SenderCalls(u"2"_s, u"both"_s, u"none"_s));
+        EXPECT_EQ(m_clients.TakeCalls(),
+                  ReceiverCalls(u"both"_s) + SenderCalls(u"2"_s, u"both"_s, u"none"_s));
     }
-    EXPECT_EQ(TakeCalls(), (QStringList{u"2 destroyed"_s, u"1 destroyed"_s})) << "the sender leaves first";
+    EXPECT_EQ(m_clients.TakeCalls(), (QStringList{u"2 destroyed"_s, u"1 destroyed"_s}))
+        << "the sender leaves first";
 }
 
 TEST_F(MshManagerTest, SecondReceiverTakesThePlaceOfTheFirst) {
     MshManager manager;
     manager.CreateMshReceiver(u"first"_s);
-    TakeCalls();
+    m_clients.TakeCalls();
     manager.CreateMshReceiver(u"second"_s);
-    EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s} + ReceiverCalls(u"second"_s));
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList{u"1 destroyed"_s} + ReceiverCalls(u"second"_s));
     EXPECT_EQ(m_pLowest->GetObserverCount(), 1U);
     m_pLowest->SetValue(30e6, nullptr);
-    EXPECT_EQ(TakeCalls(), QStringList{u"1 SetFrequencyRange 30000000,3000000000"_s}) << "set once";
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList{u"1 SetFrequencyRange 30000000,3000000000"_s}) << "set once";
 }
 
 TEST_F(MshManagerTest, SettingsSayWhereTheHubIsAndWhoJoins) {
@@ -170,7 +149,7 @@ TEST_F(MshManagerTest, SettingsSayWhereTheHubIsAndWhoJoins) {
     Settings().SetString(u"AutoCoupleTargets"_s, u"A;B"_s);
     MshManager manager;
     manager.CreateMshReceiver(u"Argument"_s);
-    EXPECT_EQ(TakeCalls().mid(1, 4),
+    EXPECT_EQ(m_clients.TakeCalls().mid(1, 4),
               (QStringList{u"1 SetClientName Configured"_s, u"1 SetApplicationId KORVA_ZAN"_s,
                            u"1 SetCentralAddress hub.example 4711"_s, u"1 SetAutoCoupleTargets A;B"_s}));
 }
@@ -182,7 +161,8 @@ TEST_F(MshManagerTest, PortThatIsNoneIsTracedAndTheDefaultTaken) {
         TraceLines trace;
         MshManager manager;
         manager.CreateMshSender({}, nullptr);
-        EXPECT_TRUE(TakeCalls().join(u'\n').contains(u" SetCentralAddress 127.0.0.1 4500\n"_s)) << port;
+        EXPECT_TRUE(m_clients.TakeCalls().join(u'\n').contains(u" SetCentralAddress 127.0.0.1 4500\n"_s))
+            << port;
         ASSERT_EQ(trace.lines.size(), 1) << port;
         EXPECT_TRUE(trace.lines[0].endsWith(
             u": WARNING: MshCentralPort %1 is not a port from 1 to 65535; 4500 is used"_s.arg(port)))
@@ -197,17 +177,17 @@ TEST_F(MshManagerTest, FirstAndLastPortAreTaken) {
         const TraceLines trace;
         MshManager manager;
         manager.CreateMshReceiver({});
-        EXPECT_TRUE(TakeCalls().contains(u"1 SetCentralAddress 127.0.0.1 %1"_s.arg(port))) << port;
+        EXPECT_TRUE(m_clients.TakeCalls().contains(u"1 SetCentralAddress 127.0.0.1 %1"_s.arg(port))) << port;
         EXPECT_TRUE(trace.lines.isEmpty());
         manager.DestroyMshReceiver();
-        TakeCalls();
+        m_clients.TakeCalls();
     }
 }
 
 TEST_F(MshManagerTest, ClientWithoutAnyNameIsCalledZan) {
     MshManager manager;
     manager.CreateMshReceiver({});
-    EXPECT_EQ(TakeCalls(), ReceiverCalls(u"ZAN"_s));
+    EXPECT_EQ(m_clients.TakeCalls(), ReceiverCalls(u"ZAN"_s));
     EXPECT_EQ(Settings().GetString(u"MshClientName"_s, u"absent"_s), u"absent"_s)
         << "nothing is written back";
 }
@@ -215,7 +195,7 @@ TEST_F(MshManagerTest, ClientWithoutAnyNameIsCalledZan) {
 TEST_F(MshManagerTest, RangeFollowsItsTwoValues) {
     MshManager manager;
     manager.CreateMshReceiver({});
-    TakeCalls();
+    m_clients.TakeCalls();
     struct Case {
         double lowest;
         double highest;
@@ -232,40 +212,41 @@ TEST_F(MshManagerTest, RangeFollowsItsTwoValues) {
     for (const Case& each : cases) {
         m_pLowest->SetValue(0.0, nullptr); // no range
         m_pHighest->SetValue(each.highest, nullptr);
-        TakeCalls();
+        m_clients.TakeCalls();
         m_pLowest->SetValue(each.lowest, nullptr);
-        EXPECT_EQ(TakeCalls(), each.calls) << each.lowest << " to " << each.highest;
+        EXPECT_EQ(m_clients.TakeCalls(), each.calls) << each.lowest << " to " << each.highest;
     }
     m_pLowest->SetValue(0.0, nullptr);
     m_pHighest->SetValue(1e9, nullptr);
-    EXPECT_EQ(TakeCalls(), QStringList()) << "a range that begins at 0 is none";
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList()) << "a range that begins at 0 is none";
     m_pLowest->SetValue(9000.0, nullptr);
     m_pHighest->SetValue(3.6e9, nullptr);
-    TakeCalls();
+    m_clients.TakeCalls();
     m_pHighest->HasChanged(TChangeCode::ListReplaced, nullptr);
-    EXPECT_EQ(TakeCalls(), QStringList{u"1 SetFrequencyRange 9000,3600000000"_s}) << "any notice counts";
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList{u"1 SetFrequencyRange 9000,3600000000"_s})
+        << "any notice counts";
 }
 
 TEST_F(MshManagerTest, ValueThatGoesAwayIsForgotten) {
     MshManager manager;
     manager.CreateMshReceiver({});
-    TakeCalls();
+    m_clients.TakeCalls();
     Tree::Instance()->Remove(m_pHighest);
     EXPECT_EQ(m_pLowest->GetObserverCount(), 1U) << "the other one is still of interest";
     m_pLowest->SetValue(40e6, nullptr);
-    EXPECT_EQ(TakeCalls(), QStringList());
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList());
     Tree::Instance()->Remove(m_pLowest);
     manager.DestroyMshReceiver();
-    EXPECT_EQ(TakeCalls(), QStringList{u"1 destroyed"_s});
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList{u"1 destroyed"_s});
 }
 
 TEST_F(MshManagerTest, NoticesOfOtherValuesAreNothingToTheHub) {
     MshManager manager;
     manager.CreateMshReceiver({});
-    TakeCalls();
+    m_clients.TakeCalls();
     manager.Update(Tree::Instance()->GetValue(ZANPath::Server(g_vdDevAddress)), TChangeCode::Changed);
     manager.Update(nullptr, TChangeCode::Changed);
-    EXPECT_EQ(TakeCalls(), QStringList());
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList());
 }
 
 TEST_F(MshManagerTest, CopyOutlivesTheValuesOfTheRange) {
@@ -281,7 +262,7 @@ TEST_F(MshManagerTest, WithoutRangeValuesAndAddressTheReceiverWorksAllTheSame) {
     MshManager manager;
     manager.CreateMshReceiver({});
     EXPECT_TRUE(manager.IsReceiver());
-    const QStringList calls = TakeCalls();
+    const QStringList calls = m_clients.TakeCalls();
     EXPECT_TRUE(calls.contains(u"1 SetDeviceAddress"_s));
     EXPECT_EQ(calls.last(), u"1 Start"_s);
 }
@@ -313,20 +294,21 @@ TEST_F(MshManagerTest, LibraryThatIsNoClientIsRefusedWithAReason) {
     for (const Case& each :
          {Case{QString(), u"there is no file"_s}, Case{u"libnocomponent.so"_s, u"is not a component"_s},
           Case{u"libotherversioncomponent.so"_s, u"version"_s}}) {
-        Install(each.library);
+        m_clients.Install(each.library);
         MshManager manager;
         manager.CreateMshReceiver({});
         manager.CreateMshSender({}, nullptr);
         EXPECT_FALSE(manager.IsReceiver() || manager.IsSender()) << each.library.toStdString();
         EXPECT_TRUE(CfgCenter::GetLastError().contains(each.reason))
             << CfgCenter::GetLastError().toStdString();
-        EXPECT_TRUE(CfgCenter::GetLastError().contains(m_directory.path())) << "it says where it looked";
+        EXPECT_TRUE(CfgCenter::GetLastError().contains(m_clients.GetDirectory()))
+            << "it says where it looked";
         EXPECT_EQ(m_pLowest->GetObserverCount(), 0U);
     }
 }
 
 TEST_F(MshManagerTest, ComponentOfAnotherKindLeavesTheManagerWithoutTheRole) {
-    Install(u"libgoodcomponent.so"_s);
+    m_clients.Install(u"libgoodcomponent.so"_s);
     TraceLines trace;
     MshManager manager;
     manager.CreateMshReceiver({});

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -202,6 +203,53 @@ TEST_F(StationIntegrationTest, HubIsJoinedThroughTheInstalledClient) {
             EXPECT_TRUE(calls.contains("1 SetFrequencyRange 300000,3000000000\n")) << calls.toStdString();
         }
     }
+}
+
+TEST_F(StationIntegrationTest, RunningStationJoinsTheHubOfItsSettingsAndWhatIsSetInItsTreeMovesTheOutput) {
+    const QString components = Path(u"components"_s);
+    ASSERT_TRUE(QDir().mkpath(components));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(ZAN_TEST_COMPONENTS "/libhubclient.so"),
+                            components + u"/libmshclient.so"_s));
+    ASSERT_TRUE(QFile::copy(QFileInfo(QStringLiteral(ZAN_STATION)).path() +
+                                u"/../lib/zancommon/components/libzandriver-replay.so"_s,
+                            components + u"/libzandriver-replay.so"_s));
+    ASSERT_TRUE(QDir().mkpath(Config()));
+    WriteFile(Config() + u"/Application.ini"_s, "[General]\nMshReceiver_Enabled=true\n");
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"ZAN_HUB_LOG"_s, Path(u"calls"_s));
+    environment.insert(u"ZAN_HUB_SETS"_s, u"/ZANServer/Out/File/FileName "_s + Path(u"moved"_s));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(ZAN_STATION),
+                  {u"run"_s, u"--recording"_s, Path(u"recording.csv"_s), u"--speed"_s, u"max"_s,
+                   u"--output"_s, Path(u"out"_s), u"--components"_s, components, u"--config"_s, Config()});
+    ASSERT_TRUE(process.waitForFinished(PATIENCE_MS));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    const QByteArray calls = ReadFile(Path(u"calls"_s));
+    EXPECT_TRUE(calls.contains("1 SetReceiver true\n")) << calls.toStdString();
+    EXPECT_TRUE(calls.contains("1 SetDeviceAddress replay\n")) << calls.toStdString();
+    EXPECT_TRUE(calls.contains("1 SetFrequencyRange 300000,3000000000\n")) << calls.toStdString();
+    EXPECT_TRUE(calls.endsWith("1 destroyed\n")) << calls.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"out"_s)), "");
+    EXPECT_EQ(ReadFile(Path(u"moved"_s)).count("$PLG"), 1);
+    EXPECT_TRUE(Settings().contains(u"FileOutput_Address="_s + Path(u"moved"_s))) << Settings().toStdString();
+}
+
+TEST_F(StationIntegrationTest, RunningStationWarnsOfAHubThatItHasNoClientFor) {
+    ASSERT_TRUE(QDir().mkpath(Config()));
+    WriteFile(Config() + u"/Application.ini"_s, "[General]\nMshReceiver_Enabled=true\n");
+    const StationResult result = Replay();
+    EXPECT_EQ(result.exitCode, 0) << "it measures without";
+    EXPECT_TRUE(result.err.contains(u"there is no client of the message hub"_s)) << result.err.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("$PLG"), 1);
+}
+
+TEST_F(StationIntegrationTest, RunRefusesAnOutputWhoseNameNoFileHas) {
+    const StationResult result = Run(
+        {u"run"_s, u"--recording"_s, Path(u"recording.csv"_s), u"--output"_s, u'/' + QString(5000, u'x')});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, u"zanstation: the output has a name of more than 4095 bytes\n"_s);
+    EXPECT_TRUE(Settings().isEmpty()) << "nothing is kept";
 }
 
 TEST_F(StationIntegrationTest, HubWithoutAClientIsSaidClearly) {

@@ -13,6 +13,7 @@
 
 #include <QAbstractEventDispatcher>
 #include <QCheckBox>
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -1455,3 +1456,177 @@ TEST_F(DFDataOutputTest, MetaObjectHasTheTwoSlots) {
 }
 
 } // namespace
+
+// --- What is set while it works ----------------------------------------------------------------------------
+
+TEST_F(DFDataOutputTest, FileThatIsSetIsWrittenFromNowOnAndStored) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, false);
+    output.SetFileOutput(true, m_fileName);
+    EXPECT_TRUE(output.IsEnabled());
+    NewBearing();
+    const QString other = m_directory.filePath(u"other.txt"_s);
+    output.SetFileOutput(true, other);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE);
+    EXPECT_EQ(Contents(other), LINE);
+    EXPECT_TRUE(Store().GetBool(u"FileOutput_Enabled"_s, false));
+    EXPECT_EQ(Store().GetString(u"FileOutput_Address"_s, {}), other);
+    output.SetFileOutput(false, other);
+    EXPECT_FALSE(output.IsEnabled());
+    NewBearing();
+    EXPECT_EQ(Contents(other), LINE);
+    EXPECT_FALSE(Store().GetBool(u"FileOutput_Enabled"_s, true));
+}
+
+TEST_F(DFDataOutputTest, FileThatIsSetAsItIsIsNotBegunAgain) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(true, false);
+    NewBearing();
+    output.SetFileOutput(true, m_fileName);
+    EXPECT_EQ(InFile(), LINE);
+}
+
+TEST_F(DFDataOutputTest, WhatIsSetOfOneSinkOrTheIntervalLeavesTheFileAsItIs) {
+    FillTree();
+    FillOperationMode(7);
+    DFDataOutput& output = MakeOutput(true, false);
+    NewBearing();
+    output.SetSerialOutput(true, m_line.path);
+    output.SetInterval(5000);
+    output.SetInterval(0);
+    output.SetSerialOutput(false, m_line.path);
+    NewBearing();
+    EXPECT_EQ(InFile(), LINE + LINE);
+}
+
+TEST_F(DFDataOutputTest, SerialLineThatIsSetIsWrittenFromNowOnAndStored) {
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, false);
+    const PseudoTerminal other;
+    for (const PseudoTerminal* const line : {static_cast<const PseudoTerminal*>(&m_line), &other}) {
+        m_trace.lines.clear();
+        output.SetSerialOutput(true, line->path);
+        EXPECT_TRUE(SpinUntil([this] { return !m_trace.lines.filter(u"OnOpen"_s).isEmpty(); }));
+        NewBearing();
+        QByteArray received;
+        EXPECT_TRUE(SpinUntil([&] { return (received += line->Read()).size() >= HEAD.size() + 2; }));
+        EXPECT_EQ(received, HEAD + "\r\n");
+    }
+    EXPECT_TRUE(m_line.IsClosed());
+    EXPECT_EQ(Store().GetString(u"RS232Output_Address"_s, {}), other.path);
+    EXPECT_TRUE(Store().GetBool(u"RS232Output_Enabled"_s, false));
+    output.SetSerialOutput(false, other.path);
+    EXPECT_TRUE(other.IsClosed());
+    EXPECT_FALSE(output.IsEnabled());
+}
+
+TEST_F(DFDataOutputTest, IntervalThatIsSetDrivesTheOutputFromNowOnAndIsStored) {
+    FillTree();
+    FillOperationMode(7);
+    DFDataOutput& output = MakeOutput(true, false);
+    output.SetInterval(10);
+    WaitForTimer(output);
+    EXPECT_EQ(Store().GetInt(u"Output_Interval"_s, 0), 10);
+    output.SetInterval(0);
+    EXPECT_EQ(CountTimers(output), 0);
+    const QByteArray before = InFile();
+    EXPECT_TRUE(before.startsWith(LINE)) << "the timer wrote";
+    NewBearing();
+    EXPECT_EQ(InFile(), before + LINE);
+}
+
+TEST_F(DFDataOutputTest, IntervalOfAnOutputThatIsOffStartsNoTimer) {
+    DFDataOutput& output = MakeOutput(false, false);
+    output.SetInterval(10);
+    EXPECT_EQ(CountTimers(output), 0);
+    output.SetFileOutput(true, m_fileName);
+    EXPECT_EQ(CountTimers(output), 1);
+}
+
+TEST_F(DFDataOutputTest, FileOfThisRunEndsWhenAFileIsSet) {
+    FillTree();
+    const QString ofThisRun = m_directory.filePath(u"run.txt"_s);
+    m_output = std::make_unique<DFDataOutput>(u"DF data"_s, ofThisRun);
+    EXPECT_EQ(m_output->GetFileOfThisRun(), ofThisRun);
+    m_output->SetInterval(5000);
+    m_output->SetInterval(0);
+    EXPECT_EQ(m_output->GetFileOfThisRun(), ofThisRun) << "the interval does not end it";
+    m_output->SetFileOutput(false, m_fileName);
+    EXPECT_EQ(m_output->GetFileOfThisRun(), QString());
+    EXPECT_FALSE(m_output->IsEnabled());
+}
+
+TEST_F(DFDataOutputTest, WhatIsSetIsShownInThePanel) {
+    DFDataOutput& output = MakeOutput(false, false);
+    output.SetFileOutput(true, m_fileName + u'x');
+    output.SetSerialOutput(true, m_line.path);
+    output.SetInterval(5000);
+    EXPECT_TRUE(FileCheck().isChecked());
+    EXPECT_EQ(FileNameEdit().text(), m_fileName + u'x');
+    EXPECT_TRUE(SerialCheck().isChecked());
+    EXPECT_EQ(AddressEdit().text(), m_line.path);
+    EXPECT_EQ(IntervalSpin().value(), 5000);
+    EXPECT_EQ(output.GetSettings(),
+              (DFDataOutput::Settings{true, m_line.path, true, m_fileName + u'x', 5000}));
+}
+
+TEST_F(DFDataOutputTest, StatusOfTheFileIsOffOpenOrFailedWithTheTimeOfTheFailure) {
+    using State = DFDataOutput::SinkState;
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, false);
+    EXPECT_EQ(output.GetFileStatus().state, State::Off);
+    EXPECT_EQ(output.GetFileStatus().failureTime, 0U);
+    output.SetFileOutput(true, m_fileName);
+    EXPECT_EQ(output.GetFileStatus().state, State::Open);
+    const auto before = static_cast<quint64>(QDateTime::currentMSecsSinceEpoch());
+    {
+        const FullDisk disk(0);
+        NewBearing();
+    }
+    EXPECT_EQ(output.GetFileStatus().state, State::Failed);
+    EXPECT_GE(output.GetFileStatus().failureTime, before);
+    EXPECT_TRUE(output.GetFileStatus().lastFailure.startsWith(u"Writing to "_s + m_fileName));
+    NewBearing();
+    EXPECT_EQ(output.GetFileStatus().state, State::Open) << "it works again";
+    EXPECT_FALSE(output.GetFileStatus().lastFailure.isEmpty()) << "and the failure was the last one";
+    EXPECT_EQ(output.GetSerialStatus().lastFailure, QString());
+    output.SetFileOutput(true, m_directory.filePath(u"missing/output.txt"_s));
+    EXPECT_EQ(output.GetFileStatus().state, State::Failed);
+    output.SetFileOutput(false, m_fileName);
+    EXPECT_EQ(output.GetFileStatus().state, State::Off);
+}
+
+TEST_F(DFDataOutputTest, StatusOfTheSerialLineIsOffOpenOrFailed) {
+    using State = DFDataOutput::SinkState;
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, true);
+    EXPECT_EQ(output.GetSerialStatus().state, State::Open);
+    output.SetSerialOutput(true, u"/dev/no-such-line:9600,e,8,1"_s);
+    EXPECT_EQ(output.GetSerialStatus().state, State::Failed) << "before the first sentence, too";
+    NewBearing();
+    EXPECT_EQ(output.GetSerialStatus().lastFailure,
+              u"Writing to /dev/no-such-line:9600,e,8,1 failed: the serial line is not ready"_s);
+    EXPECT_NE(output.GetSerialStatus().failureTime, 0U);
+    EXPECT_EQ(output.GetFileStatus().lastFailure, QString());
+    output.SetSerialOutput(false, m_line.path);
+    EXPECT_EQ(output.GetSerialStatus().state, State::Off);
+}
+
+TEST_F(DFDataOutputTest, ContentOfTheSinksIsWhatTheirSentencesHold) {
+    using Content = DFDataOutput::Content;
+    FillTree();
+    DFDataOutput& output = MakeOutput(false, false);
+    EXPECT_EQ(output.GetFileStatus().content, Content::Nothing);
+    EXPECT_EQ(output.GetSerialStatus().content, Content::Nothing);
+    output.SetSerialOutput(true, m_line.path);
+    EXPECT_EQ(output.GetSerialStatus().content, Content::Short);
+    output.SetFileOutput(true, m_fileName);
+    EXPECT_EQ(output.GetFileStatus().content, Content::Full);
+    EXPECT_EQ(output.GetSerialStatus().content, Content::Full);
+    FillSuperResolution(2);
+    output.SetEnabled(false);
+    output.SetEnabled(true); // finds the emitters
+    EXPECT_EQ(output.GetFileStatus().content, Content::Emitters);
+    EXPECT_EQ(output.GetSerialStatus().content, Content::Nothing);
+}

@@ -127,11 +127,12 @@ TEST_F(SettingsCheckTest, LongTextIsCutWhereItIsReported) {
 }
 
 TEST_F(SettingsCheckTest, FlagThatIsNeitherTrueNorFalseIsReported) {
-    EXPECT_EQ(
-        Check("FileOutput_Enabled=yes\n[OverheadPass]\nValid=ja\n" + STATION + "HwCheckRequirements=2\n"),
-        (QStringList{Refused(u"FileOutput_Enabled"_s, u"yes"_s, u"is true or false"_s),
-                     Refused(u"OverheadPass/Valid"_s, u"ja"_s, u"is true or false"_s),
-                     Refused(u"HwCheckRequirements"_s, u"2"_s, u"is true or false"_s)}));
+    EXPECT_EQ(Check("FileOutput_Enabled=yes\nMshReceiver_Enabled=on\n[OverheadPass]\nValid=ja\n" + STATION +
+                    "HwCheckRequirements=2\n"),
+              (QStringList{Refused(u"FileOutput_Enabled"_s, u"yes"_s, u"is true or false"_s),
+                           Refused(u"OverheadPass/Valid"_s, u"ja"_s, u"is true or false"_s),
+                           Refused(u"MshReceiver_Enabled"_s, u"on"_s, u"is true or false"_s),
+                           Refused(u"HwCheckRequirements"_s, u"2"_s, u"is true or false"_s)}));
     EXPECT_EQ(Check("RS232Output_Enabled=TRUE\n[OverheadPass]\nValid=0\n"), QStringList());
 }
 

@@ -12,6 +12,7 @@
 #include "zancommon/serialinterface.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QPointer>
 #include <QScopeGuard>
 #include <QTimerEvent>
@@ -51,11 +52,16 @@ void AddCounts(DFDataOutput::Counters& counters, const SerialInterface::Counts& 
 struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
     explicit Private(QString runFile);
 
+    /// What has failed last.
+    struct Failure {
+        QString text;
+        quint64 time = 0;
+    };
     /// Remembers a failure of a sink, and traces it.
-    void Fail(const QString& text);
+    void Fail(Failure& ofSink, const QString& text);
     [[nodiscard]] bool IsFileOn() const { return fileEnabled || !fileOfThisRun.isEmpty(); }
     /// The current settings, with the address, which the base class keeps.
-    [[nodiscard]] DFDataOutputPanel::Settings GetSettings(const QString& address) const {
+    [[nodiscard]] Settings GetSettings(const QString& address) const {
         return {serialEnabled, address, fileEnabled, fileName, interval};
     }
 
@@ -78,19 +84,23 @@ struct ZANCOMMON_NO_EXPORT DFDataOutput::Private {
     QPointer<DFDataOutputPanel> panel;
 
     Counters counters; // without those of the file, and those of the open serial line
-    QString lastError;
+    QString lastError; // the later one of the two
+    Failure fileFailure;
+    Failure serialFailure;
     FailureRun serialFailures;
 };
 
 DFDataOutput::Private::Private(QString runFile)
     : fileOfThisRun(std::move(runFile)) {
-    QObject::connect(&file, &DFDataFile::Failed, &file, [this](const QString& text) { Fail(text); });
+    QObject::connect(&file, &DFDataFile::Failed, &file,
+                     [this](const QString& text) { Fail(fileFailure, text); });
     QObject::connect(&file, &DFDataFile::Recovered, &file,
                      [](const QString& text) { TRACE.Information([&] { return text; }); });
 }
 
-void DFDataOutput::Private::Fail(const QString& text) {
+void DFDataOutput::Private::Fail(Failure& ofSink, const QString& text) {
     lastError = text;
+    ofSink = {text, static_cast<quint64>(QDateTime::currentMSecsSinceEpoch())};
     TRACE.Information([&] { return text; });
 }
 
@@ -169,6 +179,84 @@ DFDataOutput::Counters DFDataOutput::GetCounters() const {
         AddCounts(counters, m_p->serial->GetCounts());
     }
     return counters;
+}
+
+DFDataOutput::Settings DFDataOutput::GetSettings() const {
+    return m_p->GetSettings(m_strAddress);
+}
+
+QString DFDataOutput::GetFileOfThisRun() const {
+    return m_p->fileOfThisRun;
+}
+
+void DFDataOutput::SetFileOutput(bool on, const QString& name) {
+    if (m_p->fileOfThisRun.isEmpty() && on == m_p->fileEnabled && name == m_p->fileName) {
+        return;
+    }
+    CloseFile();
+    m_p->fileOfThisRun.clear();
+    m_p->fileEnabled = on;
+    m_p->fileName = name;
+    ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    cfg.SetBool(KEY_FILE_ENABLED, on);
+    cfg.SetString(KEY_FILE_NAME, name);
+    ShowSettings();
+    if (m_bEnabled && on) {
+        OpenFile();
+    }
+    SetEnabled(m_p->serialEnabled || on);
+}
+
+void DFDataOutput::SetSerialOutput(bool on, const QString& address) {
+    if (on == m_p->serialEnabled && address == GetAddress()) {
+        return;
+    }
+    CloseSerialInterface();
+    m_p->serialEnabled = on;
+    SetAddress(address);
+    ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    cfg.SetBool(KEY_SERIAL_ENABLED, on);
+    cfg.SetString(KEY_SERIAL_ADDRESS, address);
+    ShowSettings();
+    if (m_bEnabled && on) {
+        OpenSerialInterface();
+    }
+    SetEnabled(on || m_p->IsFileOn());
+}
+
+void DFDataOutput::SetInterval(int milliseconds) {
+    if (milliseconds == m_p->interval) {
+        return;
+    }
+    KillOutputTimer();
+    m_p->interval = milliseconds;
+    CfgCenter::GetAppCfg(ICfg::View::Outputs).SetInt(KEY_INTERVAL, milliseconds);
+    ShowSettings();
+    if (m_bEnabled && milliseconds >= 1) {
+        StartOutputTimer();
+    }
+}
+
+DFDataOutput::SinkStatus DFDataOutput::GetFileStatus() const {
+    SinkStatus status{.lastFailure = m_p->fileFailure.text, .failureTime = m_p->fileFailure.time};
+    if (m_bEnabled && m_p->IsFileOn()) {
+        status.state =
+            m_p->file.IsOpen() && m_p->file.GetProblem().isEmpty() ? SinkState::Open : SinkState::Failed;
+        status.content = m_p->values.GetEmitters() ? Content::Emitters : Content::Full;
+    }
+    return status;
+}
+
+DFDataOutput::SinkStatus DFDataOutput::GetSerialStatus() const {
+    SinkStatus status{.lastFailure = m_p->serialFailure.text, .failureTime = m_p->serialFailure.time};
+    if (m_bEnabled && m_p->serial) {
+        status.state = m_p->serial->IsOpen() && m_p->serialFailures.GetText().isEmpty() ? SinkState::Open
+                                                                                        : SinkState::Failed;
+        status.content = !m_p->file.IsOpen()         ? Content::Short
+                         : m_p->values.GetEmitters() ? Content::Nothing
+                                                     : Content::Full;
+    }
+    return status;
 }
 
 bool DFDataOutput::TouchesFile(const QString& outputFile, const QString& file) {
@@ -283,10 +371,14 @@ void DFDataOutput::ReadConfigurationFromFile() {
     if (!m_pConfigWidget) {
         CreateConfigWidget();
     }
-    if (m_p->panel) {
-        m_p->panel->Show(m_p->GetSettings(GetAddress()));
-    }
+    ShowSettings();
     DFDataOutput::SetEnabled(m_p->serialEnabled || m_p->IsFileOn()); // called by the constructor
+}
+
+void DFDataOutput::ShowSettings() {
+    if (m_p->panel) {
+        m_p->panel->Show(GetSettings());
+    }
 }
 
 void DFDataOutput::SaveConfigurationToFile() {
@@ -389,6 +481,6 @@ void DFDataOutput::Private::WriteToSerialInterface() {
     const QString problem =
         tr("Writing to %1 failed: %2").arg(serial->GetAddress(), tr("the serial line is not ready"));
     if (serialFailures.Add(problem)) {
-        Fail(problem);
+        Fail(serialFailure, problem);
     }
 }

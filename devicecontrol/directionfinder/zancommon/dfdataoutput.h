@@ -65,6 +65,37 @@ public:
         bool operator==(const Counters&) const = default;
     };
 
+    /// Where the sentences go, and how often.
+    struct Settings {
+        bool serialEnabled = false;
+        QString address; ///< of the serial line
+        bool fileEnabled = false;
+        QString fileName;
+        int interval = 0; ///< milliseconds; 0: a sentence with each bearing
+
+        bool operator==(const Settings&) const = default;
+    };
+
+    enum class SinkState : int {
+        Off = 0,
+        Open = 1,   ///< takes sentences
+        Failed = 2, ///< has not taken the last one, or could not be opened; it is tried again
+    };
+    /// What a sink gets at the moment.
+    enum class Content : int {
+        Nothing = 0,
+        Short = 1,    ///< sentences that end with the time of the bearing
+        Full = 2,     ///< sentences with elevation, attitude and position
+        Emitters = 3, ///< full sentences, one for each emitter of super resolution
+    };
+    /// How a sink is, and what has failed last.
+    struct SinkStatus {
+        SinkState state = SinkState::Off;
+        Content content = Content::Nothing;
+        QString lastFailure;     ///< text for the operator; empty: there was none
+        quint64 failureTime = 0; ///< its time: milliseconds since 1970-01-01 00:00:00 UTC
+    };
+
     /// While a burst lives, sentences for the file are collected; they are written together when the last
     /// burst ends, or earlier when 64 KiB wait. For callers that publish bearings which arrived together;
     /// without a burst each sentence is written with its own system call when its bearing is published.
@@ -92,6 +123,19 @@ public:
     /// Called when a tree value has changed or goes away.
     void Update(Observable* subject, TChangeCode code) override;
 
+    /// The settings. An output to a file of this run only has another file.
+    [[nodiscard]] Settings GetSettings() const;
+    /// The file of this run; empty: that of the settings is used.
+    [[nodiscard]] QString GetFileOfThisRun() const;
+    // What these three change takes effect at once, and is stored. The rest of the output goes on: a file
+    // that stays the same is not begun again. Without a change they do nothing.
+    /// Switches the file output and names its file. Ends the output to a file of this run.
+    void SetFileOutput(bool on, const QString& name);
+    /// Switches the serial line and names its address. A line that is closed may block for a few seconds.
+    void SetSerialOutput(bool on, const QString& address);
+    /// \param milliseconds 0: a sentence with each bearing
+    void SetInterval(int milliseconds);
+
     /// Whether an output to a file of the first name would write to the file of the second name, or replace
     /// it with its previous one: both are the same, also through links, or the second is the first's backup.
     /// The files need not exist: of two missing files, the places where they would be created are compared.
@@ -105,6 +149,8 @@ public:
     /// The failures of the sinks that last at the moment, as texts for the operator: each until a sentence is
     /// written to its sink again, or the sink is switched off.
     [[nodiscard]] QStringList GetProblems() const;
+    [[nodiscard]] SinkStatus GetFileStatus() const;
+    [[nodiscard]] SinkStatus GetSerialStatus() const;
 
 public Q_SLOTS:
     /// Takes over what was entered in the configuration widget; the output starts again when something
@@ -132,6 +178,7 @@ private:
     ZANCOMMON_NO_EXPORT void ReadConfigurationFromFile();
     ZANCOMMON_NO_EXPORT void SaveConfigurationToFile();
     ZANCOMMON_NO_EXPORT void UpdateConfigurationFromConfigWidget();
+    ZANCOMMON_NO_EXPORT void ShowSettings();
     ZANCOMMON_NO_EXPORT void SendData();
 
     std::unique_ptr<Private> m_p;

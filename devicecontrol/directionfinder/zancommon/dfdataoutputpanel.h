@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zancommon/dfdataoutput.h"
+
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QPointer>
@@ -17,15 +19,7 @@ class DFDataOutputPanel : public QWidget {
     Q_OBJECT
 
 public:
-    struct Settings {
-        bool serialEnabled = false;
-        QString address; ///< of the serial line
-        bool fileEnabled = false;
-        QString fileName;
-        int interval = 0; ///< milliseconds; 0: none
-
-        bool operator==(const Settings&) const = default;
-    };
+    using Settings = DFDataOutput::Settings;
 
     DFDataOutputPanel();
 

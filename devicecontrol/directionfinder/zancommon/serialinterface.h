@@ -32,6 +32,7 @@ public:
 
     /// True when the line is open. False on failure; the next attempt follows automatically.
     bool Open();
+    [[nodiscard]] bool IsOpen() const { return m_pInterface != nullptr; }
     /// Sends the data as a whole. False when it is dropped: the line is closed or not ready, or the write
     /// failed; only the last of these is traced.
     bool WriteToInterface(const char* data, int length);

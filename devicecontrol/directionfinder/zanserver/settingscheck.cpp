@@ -55,9 +55,9 @@ constexpr std::array APPLICATION_INTEGERS{IntegerSetting{u"Output_Interval", 0, 
 constexpr IntegerSetting ANTENNA_COUNT{u"SystemConfiguration/AntennaCount", 0, 12};
 constexpr IntegerSetting HUB_PORT{u"MshCentralPort", 1, 65535};
 
-constexpr std::array<QStringView, 5> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
-                                                       u"OverheadPass/Valid", u"Recorder/Enabled",
-                                                       GpsdSettings::PITCH_AND_ROLL};
+constexpr std::array<QStringView, 6> APPLICATION_FLAGS{u"RS232Output_Enabled", u"FileOutput_Enabled",
+                                                       u"OverheadPass/Valid",  u"Recorder/Enabled",
+                                                       u"MshReceiver_Enabled", GpsdSettings::PITCH_AND_ROLL};
 constexpr std::array<QStringView, 2> STATION_FLAGS{u"HwRequirementsEditable", u"HwCheckRequirements"};
 constexpr std::array<QStringView, 5> ANTENNA_FLAGS{u"Enabled", u"CompassEnabled", u"CompassSupport",
                                                    u"PolarizationSupport", u"ActivePassiveSupport"};
@@ -65,7 +65,7 @@ constexpr std::array<QStringView, 6> ANTENNA_NUMBERS{u"MinRange", u"MaxRange", u
                                                      u"MinFreq",  u"MaxFreq",  u"CompassValue"};
 
 /// The keys that are used, apart from those of the setup table. "#" means a number.
-constexpr std::array<QStringView, 24> KNOWN_KEYS{u"Recorder/Enabled",
+constexpr std::array<QStringView, 25> KNOWN_KEYS{u"Recorder/Enabled",
                                                  u"Recorder/File",
                                                  u"Recorder/FileSize",
                                                  u"Recorder/FileCount",
@@ -76,6 +76,7 @@ constexpr std::array<QStringView, 24> KNOWN_KEYS{u"Recorder/Enabled",
                                                  u"FileOutput_Enabled",
                                                  u"FileOutput_Address",
                                                  u"Output_Interval",
+                                                 u"MshReceiver_Enabled",
                                                  u"MshCentralAddress",
                                                  u"MshCentralPort",
                                                  u"MshClientName",

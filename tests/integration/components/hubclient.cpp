@@ -1,4 +1,5 @@
 #include "mshclient/imshclientdll.h"
+#include "valueframework/tree.h"
 
 #include <QFile>
 #include <QToolBar>
@@ -9,7 +10,8 @@ namespace {
 
 int instanceCount = 0;
 
-/// A client of the hub that notes its calls, one a line, in the file that ZAN_HUB_LOG names.
+/// A client of the hub that notes its calls, one a line, in the file that ZAN_HUB_LOG names. When it is
+/// started, it sets what ZAN_HUB_SETS says: the path of a value, a blank and its text.
 class HubClient final : public IMshClientDll {
 public:
     HubClient() { Note(u"created"_s); }
@@ -37,7 +39,13 @@ public:
         Note(u"SetCentralAddress "_s + address + u' ' + QString::number(port));
     }
     void SetAutoCoupleTargets(const QString& targets) override { Note(u"SetAutoCoupleTargets "_s + targets); }
-    void Start() override { Note(u"Start"_s); }
+    void Start() override {
+        Note(u"Start"_s);
+        const QString set = qEnvironmentVariable("ZAN_HUB_SETS");
+        if (ValueBase* const value = Tree::Instance()->GetValue(set.section(u' ', 0, 0))) {
+            value->SetStringValue(set.section(u' ', 1), nullptr);
+        }
+    }
     void SetClientName(const QString& name) override { Note(u"SetClientName "_s + name); }
 
 private:

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "zanserver_export.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace ZANServer {
+
+/// The files that a running station uses itself, so that no output may overwrite them.
+struct StationFiles {
+    QString directory;     ///< of the settings
+    QString deviceAddress; ///< its command log is named after it
+    QString recording;     ///< the one that is replayed, "-" for standard input; empty: none
+};
+
+/// What is checked before sentences are written to a file.
+namespace OutputCheck {
+
+/// The longest name of a file that the system takes, in bytes.
+inline constexpr qsizetype LONGEST_NAME = 4095;
+
+/// Why sentences cannot go to a file: texts for the operator, one for each reason; none when they can. The
+/// name is not that of a file, the output would overwrite the recording or a file of the station, or another
+/// process writes to it. Opens and changes nothing.
+/// \param output    "-": standard output
+/// \param ownOutput the file that this output writes to now, which may also be named otherwise
+ZANSERVER_EXPORT QStringList CheckFile(const QString& output, const StationFiles& files,
+                                       const QString& ownOutput = {});
+
+} // namespace OutputCheck
+} // namespace ZANServer
