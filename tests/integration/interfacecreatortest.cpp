@@ -200,7 +200,7 @@ TEST_F(InterfaceCreatorTest, WrittenIsReportedWhenNothingWaitsAnyMoreAndNotBefor
     EXPECT_TRUE(SpinUntil([&] { return m_callback.writtens > 0; }));
     EXPECT_FALSE(hasWaited);
     EXPECT_EQ(m_callback.writtens, 1);
-    EXPECT_EQ(m_line.Read(), "firstsecond");
+    EXPECT_EQ(m_line.Read(11), "firstsecond");
 }
 
 TEST_F(InterfaceCreatorTest, WhatAnUnpluggedPortHasNotSentIsCounted) {
@@ -221,7 +221,7 @@ TEST_F(InterfaceCreatorTest, FinishedInterfaceHasSentWhatWaitedAndTakesNothingMo
     EXPECT_EQ(pInterface->GetUnsentCount(), 8);
     pInterface->Finish();
     EXPECT_EQ(pInterface->GetUnsentCount(), 0);
-    EXPECT_EQ(m_line.Read(), "sentence");
+    EXPECT_EQ(m_line.Read(8), "sentence");
     EXPECT_FALSE(pInterface->IsReadyToWrite("x", 1));
     EXPECT_FALSE(pInterface->Write("x", 1));
     pInterface->Finish();
@@ -307,7 +307,7 @@ TEST_F(InterfaceCreatorTest, WhatWasTakenIsSentBeforeTheInterfaceIsGone) {
     const QByteArray sentence = "$PLG,1,FRQ,145000000,CMP,1234\r\n";
     EXPECT_TRUE(pInterface->Write(sentence.constData(), static_cast<int>(sentence.size())));
     pInterface.reset();
-    EXPECT_EQ(m_line.Read(), sentence);
+    EXPECT_EQ(m_line.Read(sentence.size()), sentence);
 }
 
 TEST_F(InterfaceCreatorTest, LineThatStandsStillDoesNotHoldUpTheDestruction) {

@@ -39,6 +39,21 @@ public:
         bytes.truncate(std::max<ssize_t>(count, 0));
         return bytes;
     }
+    /// As `Read`, but waits until so many bytes have arrived, which the system may bring after the write has
+    /// returned.
+    [[nodiscard]] QByteArray Read(qsizetype count) const {
+        constexpr int DEADLINE_MS = 30'000;
+        QByteArray bytes;
+        pollfd farEnd{m_farEnd, POLLIN, 0};
+        while (bytes.size() < count && poll(&farEnd, 1, DEADLINE_MS) == 1) {
+            const QByteArray arrived = Read();
+            if (arrived.isEmpty()) {
+                break;
+            }
+            bytes += arrived;
+        }
+        return bytes;
+    }
     /// Whether the program that had opened the path has closed it.
     [[nodiscard]] bool IsClosed() const {
         pollfd farEnd{m_farEnd, POLLIN, 0};
