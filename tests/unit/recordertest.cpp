@@ -104,6 +104,16 @@ protected:
 
 } // namespace
 
+TEST_F(RecorderTest, FileThatTheOutputReplacesIsNotRecordedTo) {
+    ServerValue<ValueBool>(g_vdFileEnabled).SetValue(true, nullptr);
+    ServerValue<ValueString>(g_vdFileName).SetValue(Path(u"flight"_s), nullptr);
+    Make();
+    ServerValue<ValueString>(g_vdRecFile).SetValue(Path(u"flight.bak"_s), nullptr); // of the next output
+    EXPECT_FALSE(QFile::exists(Path(u"flight.bak"_s)));
+    EXPECT_EQ(ServerValue<ValueString>(g_vdRecLastError).GetValue(),
+              u"Could not open file %1: it is the output, too"_s.arg(Path(u"flight.bak"_s)));
+}
+
 TEST_F(RecorderTest, WritesARowForEachBearingWithWhatWasUsed) {
     Make();
     Take(MakeBlock());

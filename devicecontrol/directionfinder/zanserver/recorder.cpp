@@ -2,6 +2,7 @@
 
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
+#include "zancommon/dfdataoutput.h"
 #include "zancommon/recordingline.h"
 #include "zancommon/recordingreader.h"
 #include "zanserver/blockrow.h"
@@ -80,6 +81,8 @@ Recorder::Recorder(qint64 bytesPerMegabyte, int retryMs, int watchMs)
     , m_pRows(ServerValue<ValueNumericDouble>(g_vdRecRows))
     , m_pDropped(ServerValue<ValueNumericDouble>(g_vdRecDropped))
     , m_pLastError(ServerValue<ValueString>(g_vdRecLastError))
+    , m_pOutputEnabled(ServerValue<ValueBool>(g_vdFileEnabled))
+    , m_pOutputFile(ServerValue<ValueString>(g_vdFileName))
     , m_pHeading(ServerValue<ValueNumericInt>(g_vdTrueHeading))
     , m_pPitch(ServerValue<ValueNumericDouble>(g_vdPitch))
     , m_pRoll(ServerValue<ValueNumericDouble>(g_vdRoll))
@@ -177,6 +180,9 @@ bool Recorder::Open() {
     const auto fail = [this](const QString& reason) {
         return Fail(u"Could not open file %1: %2"_s.arg(m_name, reason));
     };
+    if (m_pOutputEnabled->GetValue() && DFDataOutput::TouchesFile(m_pOutputFile->GetValue(), m_name)) {
+        return fail(u"it is the output, too"_s);
+    }
     if (const QString reason = CheckFile(m_name); !reason.isEmpty()) {
         return fail(reason);
     }

@@ -102,6 +102,8 @@ private:
     ValueNumericDouble* m_pRows;
     ValueNumericDouble* m_pDropped;
     ValueString* m_pLastError;
+    ValueBool* m_pOutputEnabled;
+    ValueString* m_pOutputFile;
     // What was used.
     ValueNumericInt* m_pHeading;
     ValueNumericDouble* m_pPitch;
