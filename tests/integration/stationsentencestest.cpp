@@ -528,8 +528,8 @@ TEST_F(StationSentencesTest, WhatTheDriverNoLongerDeliversIsNotMeasuredWithoutAF
 
 TEST_F(StationSentencesTest, FixThatTheDeviceNoLongerReportsIsNotMeasuredWithoutABearing) {
     RestartWithShortestAge();
-    for (int i = 0; i < 2; ++i) { // the second time after the first one has aged out
-        m_station->TakePosition({52.5, 5.5, 1000, true, 9});
+    for (const quint64 time : {1000, 2000}) { // the second one after the first one has aged out
+        m_station->TakePosition({52.5, 5.5, time, true, 9});
         EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::Valid);
         EXPECT_TRUE(SpinUntil([] { return StateOf(g_vdPosLatitude) == TValueState::NotMeasured; }));
         EXPECT_EQ(StateOf(g_vdPosLongitude), TValueState::NotMeasured);
@@ -543,12 +543,28 @@ TEST_F(StationSentencesTest, FixThatIsReportedAgainAndAgainStaysWhileTheBlocksTh
     block.status.heading = 12.5;
     Send(block);
     bool isPlaceThere = true;
+    quint64 time = 1000;
     EXPECT_TRUE(SpinUntil([&] {
-        m_station->TakePosition({52.5, 5.5, 1000, true, 9});
+        m_station->TakePosition({52.5, 5.5, ++time, true, 9});
         isPlaceThere = isPlaceThere && StateOf(g_vdPosLatitude) == TValueState::Valid;
         return StateOf(g_vdTrueHeading) == TValueState::NotMeasured;
     }));
     EXPECT_TRUE(isPlaceThere);
+}
+
+TEST_F(StationSentencesTest, FixWhoseTimeStandsStillAgesOutHoweverOftenItIsReported) {
+    RestartWithShortestAge();
+    EXPECT_TRUE(SpinUntil([&] {
+        m_station->TakePosition({52.5, 5.5, 1000, true, 9});
+        return StateOf(g_vdPosLatitude) == TValueState::NotMeasured;
+    }));
+}
+
+TEST_F(StationSentencesTest, FixWithoutATimeIsAPositionWithoutATime) {
+    RestartWithShortestAge();
+    m_station->TakePosition({52.5, 5.5, 0, true, 9});
+    EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::Valid);
+    EXPECT_EQ(StateOf(g_vdPosLastUpdate), TValueState::NotMeasured);
 }
 
 TEST_F(StationSentencesTest, PositionAndHeadingOfARecordingStayUntilItsNextRow) {

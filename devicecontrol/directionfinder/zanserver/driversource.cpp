@@ -32,17 +32,20 @@ void DriverSource::TakeStatus(const KvZANCommon::StatusStruct& status, quint64 t
 }
 
 void DriverSource::TakeFix(const PositionFix& fix) {
-    Take(fix, fix.time);
+    Take(fix);
 }
 
 void DriverSource::TakeRecorded(const PositionFix& fix) {
     m_isRecord = true;
-    Take(fix, fix.time > 0 ? std::optional(fix.time) : std::nullopt);
+    Take(fix);
 }
 
-void DriverSource::Take(const PositionFix& fix, const std::optional<quint64>& time) {
+void DriverSource::Take(const PositionFix& fix) {
     const auto ifValid = [&fix](double degrees) { return fix.valid ? std::optional(degrees) : std::nullopt; };
-    m_fix.Take({}, {}, {ifValid(fix.latitude), ifValid(fix.longitude), {}, time}, Now());
+    const std::optional<quint64> time = fix.time > 0 ? std::optional(fix.time) : std::nullopt;
+    // The rows of a recording have the position that was current then, which may be the same for many.
+    m_fix.Take({}, m_isRecord || !fix.valid ? std::nullopt : time,
+               {ifValid(fix.latitude), ifValid(fix.longitude), {}, time}, Now());
     m_isFixLast = true;
     Show();
 }

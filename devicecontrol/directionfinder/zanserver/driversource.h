@@ -33,7 +33,8 @@ public:
 
     /// Takes what comes with a block. Its position, if it has one, replaces the fix before.
     void TakeStatus(const KvZANCommon::StatusStruct& status, quint64 time);
-    /// Takes a position that comes by itself. It replaces that of the block before.
+    /// Takes a position that comes by itself. It replaces that of the block before. One whose time (0: none)
+    /// stands still is not a new one.
     void TakeFix(const PositionFix& fix);
     /// Takes a position from the recording of a station (`StationPosition::SetRecorded`). From now on the
     /// attitude of the blocks is that of the recording, too.
@@ -49,7 +50,7 @@ private:
         StationPosition::Measurement position;
     };
 
-    void Take(const PositionFix& fix, const std::optional<quint64>& time);
+    void Take(const PositionFix& fix);
     void Show();
     [[nodiscard]] Milliseconds Now() const { return Milliseconds(m_clock.elapsed()); }
 
