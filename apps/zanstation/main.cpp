@@ -188,7 +188,8 @@ int main(int argc, char** argv) {
     }
     const int exitCode = Finish(Work(QCoreApplication::arguments().mid(1)));
     if (ZANServer::DriverThread::HasGivenUpAny()) {
-        std::_Exit(exitCode); // its thread still uses what the end of the process would destroy
+        // Its thread still uses what the end of the process would destroy.
+        std::_Exit(exitCode == EXIT_OK ? EXIT_FAILED : exitCode);
     }
     return exitCode;
 }

@@ -91,7 +91,8 @@ QString Count(quint64 count) {
 RunCommand::RunCommand(RunOptions options, DriverComponentPtr driver, const SignalWatcher& signals)
     : m_options(std::move(options))
     , m_signals(signals)
-    , m_driver(std::move(driver)) {}
+    , m_driver(std::move(driver))
+    , m_modes(m_driver->Describe().modes) {}
 
 int RunCommand::Run() {
     connect(&m_signals, &SignalWatcher::Interrupted, this, &RunCommand::Interrupt);
@@ -115,7 +116,7 @@ int RunCommand::Run() {
     if (m_signal != 0) {
         return ExitCodeOf(m_signal);
     }
-    return m_hasFailed ? EXIT_FAILED : EXIT_OK;
+    return m_hasFailed || !m_wasThere ? EXIT_FAILED : EXIT_OK;
 }
 
 void RunCommand::StartOutput() {
@@ -274,11 +275,15 @@ void RunCommand::SetParameters() {
 /// Only wishes: what becomes of them is the matter of the device's control.
 void RunCommand::SetWishes() const {
     using namespace StdDeviceDefinition;
-    if (m_options.wishes.mode && !Tree::Instance()
-                                      ->Find<ValueSelection>(ZANPath::Server(g_vdOperationMode))
-                                      ->SetCurrentKey(*m_options.wishes.mode)) {
+    auto* const mode = Tree::Instance()->Find<ValueSelection>(ZANPath::Server(g_vdOperationMode));
+    if (m_options.wishes.mode && !mode->SetCurrentKey(*m_options.wishes.mode)) {
         Console::Warn(u"OperationMode: asked for %1, not carried out: there is no such mode"_s.arg(
             OperationModeText::Format(*m_options.wishes.mode)));
+    }
+    // A station that has never been asked for a mode scans, which not every driver does.
+    if (mode->GetCurrentKey() != EMODE_STANDBY && !m_modes.isEmpty() &&
+        !m_modes.contains(static_cast<EMode>(mode->GetCurrentKey()))) {
+        mode->SetCurrentKey(m_modes.front());
     }
     auto* const frequency = Tree::Instance()->Find<ValueNumericDouble>(ZANPath::Server(g_vdFrequency));
     if (m_options.wishes.frequency && !frequency->SetValue(*m_options.wishes.frequency)) {
@@ -363,6 +368,7 @@ void RunCommand::SetUpDevice() {
     DriverLink& link = m_device->GetLink();
     connect(&link, &DriverLink::Lost, this, &RunCommand::OnLost);
     connect(&link, &DriverLink::Connected, this, [this] {
+        m_wasThere = true;
         if (std::exchange(m_isLost, false)) {
             Console::Warn(u"the device is there again"_s);
         }
@@ -419,7 +425,9 @@ void RunCommand::OnLost(const QString& reason) {
         QCoreApplication::quit();
     } else {
         m_isLost = true;
-        Console::Warn(u"the device is lost, and sought again and again: "_s + reason);
+        Console::Warn((m_wasThere ? u"the device is lost, and sought again and again: "_s
+                                  : u"the device cannot be opened, and is sought again and again: "_s) +
+                      reason);
     }
 }
 
@@ -584,6 +592,20 @@ bool ReadWishes(const CommandLine& line, RunOptions& options) {
     return wishes.has_value();
 }
 
+/// Why the mode that is asked for cannot be measured in; empty when it can.
+QString CheckMode(const RunOptions& options, const KvZANCommon::DriverDescription& driver) {
+    if (!options.wishes.mode || *options.wishes.mode == static_cast<EOperationMode>(EMODE_STANDBY) ||
+        driver.modes.isEmpty() || driver.modes.contains(static_cast<EMode>(*options.wishes.mode))) {
+        return {};
+    }
+    QStringList modes;
+    for (const EMode mode : driver.modes) {
+        modes += OperationModeText::Format(static_cast<EOperationMode>(mode));
+    }
+    return u"the driver %1 does not have the mode %2; it has %3"_s.arg(
+        driver.name, OperationModeText::Format(*options.wishes.mode), modes.join(u", "_s));
+}
+
 /// The driver of the command line, or else of the settings.
 DriverChoice ChooseDriver(const CommandLine& line, RunOptions& options) {
     if (const std::optional<QString> recording = line.Text(u"recording"_s)) {
@@ -709,6 +731,10 @@ int Run(const QStringList& arguments) {
     DriverComponentPtr driver = DriverLibrary::Load(options.driver.name, fault);
     if (!driver) {
         Console::Error(fault);
+        return EXIT_FAILED;
+    }
+    if (const QString reason = CheckMode(options, driver->Describe()); !reason.isEmpty()) {
+        Console::Error(reason);
         return EXIT_FAILED;
     }
     // A signal does not interrupt the saving of the settings.

@@ -102,6 +102,7 @@ private:
     const RunOptions m_options;
     const SignalWatcher& m_signals;
     ZANServer::DriverComponentPtr m_driver; // until the device has it
+    const QList<EMode> m_modes;             // in which the driver measures
     std::optional<ZANServer::Station> m_station;
     std::optional<ZANServer::OutputValues> m_outputs;
     std::optional<ZANServer::Recorder> m_recorder; // takes the blocks of the device
@@ -115,7 +116,8 @@ private:
     std::set<double> m_unservedFrequencies;
     std::optional<WishTeller> m_wishTeller;
     QTimer m_duration;
-    bool m_isLost = false;      // the device, which has been there before or not
+    bool m_wasThere = false; // the device
+    bool m_isLost = false;
     bool m_wasOutputOn = false; // at the end of the measurement
     bool m_isSilenceTold = false;
     bool m_hasFailed = false;

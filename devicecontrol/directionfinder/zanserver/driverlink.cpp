@@ -140,7 +140,7 @@ void DriverLink::OnFailed(DriverCall kind, const QString& reason) {
 
 void DriverLink::OnGivenUp(const QString& reason) {
     m_nextAttempt.stop();
-    if (m_state != State::Closed) {
+    if (m_state != State::Closed || m_isClosing) {
         SetState(State::GivenUp, reason);
         Q_EMIT GivenUp(reason);
     }
@@ -166,6 +166,7 @@ void DriverLink::Close() {
         return;
     }
     m_state = State::Closed;
+    m_isClosing = true;
     m_thread.BeginEnd();
     // The receiver goes on meanwhile: a driver that waits for room in its queue could not be stopped.
     QEventLoop loop;
@@ -179,6 +180,7 @@ void DriverLink::Close() {
         DriverCall::SetMode, [](KvZANCommon::IDriver& driver) { driver.SetMode(EMODE_STANDBY); },
         [&loop] { loop.quit(); });
     loop.exec();
+    m_isClosing = false;
     m_receiver->PassOnWaiting();
     m_receiver->CutOff();
 }

@@ -103,6 +103,7 @@ private:
     State m_state = State::Closed;
     QString m_reason;
     bool m_isLossTold = false;
+    bool m_isClosing = false; // while the driver is waited for
     bool m_isOpening = false; // else what the driver reports is of the connection before
     bool m_hasClosedWhileConnecting = false;
 };

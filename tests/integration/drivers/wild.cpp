@@ -48,6 +48,9 @@ public:
             }
             return 0;
         }
+        if (m_deed == "refuse") {
+            return -2;
+        }
         if (m_deed == "threads") {
             std::array<std::thread, 4> threads;
             for (std::thread& thread : threads) {
