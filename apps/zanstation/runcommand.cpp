@@ -452,10 +452,33 @@ void RunCommand::ReportOutputProblem() {
 /// Reports problems during the run that would otherwise only be noticed at its end.
 void RunCommand::Watch() {
     ReportOutputProblem();
+    WarnOfLostReadings();
     const QString silence = m_isSilenceTold ? QString() : DescribeSilence(false);
     if (!silence.isEmpty()) {
         m_isSilenceTold = true;
         Console::Warn(silence);
+    }
+}
+
+/// Without them a bearing means something else: without a heading nobody can tell where north is.
+void RunCommand::WarnOfLostReadings() {
+    using namespace StdDeviceDefinition;
+    if (IsRecording() || m_device->GetLink().GetState() != DriverLink::State::Connected) {
+        return; // the rows of a recording have them or not, and a lost device is told of
+    }
+    for (const auto& [descriptor, name] :
+         {std::pair{&g_vdTrueHeading, u"heading"_s}, {&g_vdPosLatitude, u"position"_s}}) {
+        const auto* const value = Tree::Instance()->GetValue(ZANPath::Server(*descriptor));
+        const bool isThere = value->GetState() == TValueState::Valid;
+        if (!isThere && m_readings.remove(name)) {
+            Console::Warn(u"the %1 is not measured any more"_s.arg(name));
+            m_lostReadings.insert(name);
+        } else if (isThere) {
+            m_readings.insert(name);
+            if (m_lostReadings.remove(name)) {
+                Console::Warn(u"the %1 is measured again"_s.arg(name));
+            }
+        }
     }
 }
 

@@ -12,6 +12,7 @@
 #include "zanstation/wishteller.h"
 
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
@@ -92,6 +93,7 @@ private:
     void Interrupt(int signal);
     void ReportOutputProblem();
     void Watch();
+    void WarnOfLostReadings();
     [[nodiscard]] QString DescribeSilence(bool isAtEnd) const;
     void ShowProgress();
     [[nodiscard]] QString DescribeStatus();
@@ -116,6 +118,8 @@ private:
     std::set<double> m_unservedFrequencies;
     std::optional<WishTeller> m_wishTeller;
     QTimer m_duration;
+    QSet<QString> m_readings; // of heading and position that are measured
+    QSet<QString> m_lostReadings;
     bool m_wasThere = false; // the device
     bool m_isLost = false;
     bool m_wasOutputOn = false; // at the end of the measurement

@@ -17,10 +17,10 @@ StatusLine::State StatusLine::GetState(const ZANServer::Station& station) {
         mode && mode->GetState() == TValueState::Valid
             ? ZANServer::OperationModeText::Format(static_cast<EOperationMode>(mode->GetCurrentKey()))
             : u"mode unknown"_s;
-    state.bearings = station.GetCounts().bearings;
+    state.bearings = station.GetCounts().published;
     const auto* const bearing = Tree::Instance()->Find<ValueBearing>(ZANPath::Server(g_vdAzimuth));
     const double frequency = bearing ? bearing->GetValue().GetFrequency() : 0.0;
-    if (frequency > 0.0) {
+    if (frequency > 0.0 && bearing->GetValue().GetQuality() > 0) { // a channel of a scan may hear nothing
         state.frequency = frequency;
     }
     return state;

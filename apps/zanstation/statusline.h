@@ -18,8 +18,8 @@ public:
     struct State {
         bool isSimulated = false;
         QString mode;
-        std::optional<double> frequency; ///< Hz; nothing while no bearing was published
-        quint64 bearings = 0;            ///< since the start
+        std::optional<double> frequency; ///< Hz, of the last result; nothing when it is no bearing
+        quint64 bearings = 0;            ///< published since the start
         QStringList problems;            ///< empty ones do not count
     };
 

@@ -75,6 +75,36 @@ TEST_F(StationSourceTest, BearingsOfAStreamBecomeSentencesAlsoAfterItsProgramWas
     EXPECT_TRUE(WaitForCommand(u"tcp___127.0.0.1_%1"_s.arg(server.serverPort()), "mode 3"));
 }
 
+TEST_F(StationSourceTest, HeadingThatIsLostIsToldAndWhenItIsMeasuredAgain) {
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    Start(u"stream"_s, u"tcp://127.0.0.1:%1"_s.arg(server.serverPort()));
+    ASSERT_TRUE(server.waitForNewConnection(PATIENCE_MS));
+    const std::unique_ptr<QTcpSocket> connection(server.nextPendingConnection());
+    QByteArray messages;
+    const auto hasTold = [&](const QByteArray& text) {
+        messages += m_station.readAllStandardError();
+        return messages.contains(text);
+    };
+    const auto send = [&] {
+        connection->write("1000,121500000,71.5,,90,-20,123,,,,,\n");
+        connection->waitForBytesWritten(PATIENCE_MS);
+    };
+    QDeadlineTimer silence(0); // longer than the heading is current
+    EXPECT_TRUE(Await(m_station, [&] {
+        if (silence.hasExpired()) {
+            send();
+            silence.setRemainingTime(8000);
+        }
+        return hasTold("warning: the heading is not measured any more\n");
+    })) << messages.toStdString();
+    EXPECT_TRUE(Await(m_station, [&] {
+        send();
+        return hasTold("warning: the heading is measured again\n");
+    })) << messages.toStdString();
+    EXPECT_FALSE(messages.contains("position")) << "it was never there";
+}
+
 TEST_F(StationSourceTest, BearingsOfAKrakenSdrBecomeSentences) {
     HttpServer server;
     ReceiverRecord record;
