@@ -6,6 +6,7 @@
 #include "zanstation/exitcodes.h"
 #include "zanstation/table.h"
 
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -35,7 +36,9 @@ void PrintTable(const QList<DriverLibrary::Entry>& drivers) {
     }
     table.Print();
     Console::Print({});
-    Console::Print(u"looked for in "_s + CfgCenter::GetComponentDirectory());
+    const QString directory = CfgCenter::GetComponentDirectory();
+    Console::Print(u"looked for in "_s + directory +
+                   (QFileInfo(directory).isDir() ? QString() : u", which is no directory"_s));
 }
 
 void PrintDocument(const QList<DriverLibrary::Entry>& drivers) {

@@ -48,6 +48,20 @@ protected:
 
 } // namespace
 
+TEST_F(StationDriverTest, DeviceThatWasNeverThereFailsTheRun) {
+    const StationResult result = RunStation(
+        Arguments({u"--driver"_s, u"simulator"_s, u"--address"_s, u"nowhere"_s, u"--duration"_s, u"0.2"_s}));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(
+        result.err.contains(u"warning: the device cannot be opened, and is sought again and again: "_s))
+        << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, DirectoryOfDriversThatIsNotThereIsTold) {
+    EXPECT_TRUE(RunStation({u"drivers"_s, u"--components"_s, Path(u"nowhere"_s)})
+                    .out.contains(Path(u"nowhere"_s) + u", which is no directory"_s));
+}
+
 TEST_F(StationDriverTest, ModeThatTheDriverDoesNotHaveIsRefused) {
     const StationResult result = RunStation(Wild(u"hang"_s) + QStringList{u"--mode"_s, u"ffm"_s});
     EXPECT_EQ(result.exitCode, 1);
