@@ -183,13 +183,43 @@ TEST_F(RecorderTest, FileOfASizeBelowOneRowHoldsOneRow) {
     EXPECT_EQ(Contents(), HEADER + ROW);
 }
 
-TEST_F(RecorderTest, NewFileBeginsWhenTheTimeRunsBackwards) {
+TEST_F(RecorderTest, NewFileBeginsWhenTheTimeStepsBackFurtherThanARecordingMay) {
     Make();
-    Take(MakeBlock(2000));
-    Take(MakeBlock(2000));
+    Take(MakeBlock(11001));
+    Take(MakeBlock(11001));
     Take(MakeBlock(1000));
-    EXPECT_EQ(Contents(u"flight.000001.csv"_s).count("\n2000,"), 2);
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s).count("\n11001,"), 2);
     EXPECT_EQ(Contents(), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, ChannelsWhoseTimesInterleaveShareAFileThatTheReaderTakes) {
+    Write(Path(u"flight.000001.csv"_s), "older");
+    Make(100000, 1);
+    constexpr int ROWS = 100;
+    for (quint64 time = 20000; time < 20000 + ROWS / 2; ++time) {
+        Take(MakeBlock(time));
+        Take(MakeBlock(time - 200));
+    }
+    Take(MakeBlock(20000 + ROWS / 2 - 1 - 10000));
+    EXPECT_EQ(Files(), (QStringList{u"flight.000001.csv"_s, u"flight.csv"_s}));
+    m_recorder.reset();
+    RecordingReader reader;
+    ASSERT_TRUE(reader.Open(Path(u"flight.csv"_s))) << reader.GetErrorText().toStdString();
+    while (reader.Next()) {
+    }
+    EXPECT_EQ(reader.GetRowCount(), quint64{ROWS + 1});
+    EXPECT_EQ(reader.GetBadLineCount(), 0U);
+}
+
+TEST_F(RecorderTest, ClockThatIsSetBackAgainAndAgainRemovesNoOlderRecording) {
+    Write(Path(u"flight.000001.csv"_s), "older");
+    Make(100000, 1);
+    for (quint64 time = 100000; time > 50000; time -= 10001) {
+        Take(MakeBlock(time));
+    }
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), "older");
+    EXPECT_EQ(Files().size(), 6) << Files().join(u' ').toStdString();
+    EXPECT_EQ(m_recorder->GetRowCount(), 5U);
 }
 
 TEST_F(RecorderTest, RecordingThatIsThereIsKeptUnderANumber) {
@@ -323,16 +353,17 @@ TEST_F(RecorderTest, FileThatCannotGetANumberIsLeftAloneAtTheStartAndGrowsLater)
     EXPECT_EQ(Contents(), recording);
     QFile::remove(Path(u"flight.csv"_s));
     ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
+    const QByteArray lateRow = "20" + ROW; // at 201000
     for (int i = 0; i < 3; ++i) {
-        Take(MakeBlock());
+        Take(MakeBlock(201000));
     }
-    EXPECT_EQ(Contents(), HEADER + ROW + ROW + ROW);
+    EXPECT_EQ(Contents(), HEADER + lateRow + lateRow + lateRow);
     Take(MakeBlock(999));
-    EXPECT_EQ(Contents(), HEADER + ROW + ROW + ROW) << "an earlier row would not be read";
+    EXPECT_EQ(Contents(), HEADER + lateRow + lateRow + lateRow) << "an earlier row would not be read";
     EXPECT_EQ(m_recorder->GetDroppedCount(), 1U);
     ASSERT_TRUE(QDir(Path(u"flight.000001.csv"_s)).removeRecursively());
     ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
-    EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + ROW + ROW + ROW);
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + lateRow + lateRow + lateRow);
 }
 
 TEST_F(RecorderTest, PlacesThatAreNoFilesAreToldWithTheReason) {

@@ -22,8 +22,9 @@ namespace ZANServer {
 /// a replay gives the same sentences.
 ///
 /// The recording is written to the file that the settings name. When it has reached its size, or a row is
-/// earlier than the one before, the file gets the next free number (flight.csv becomes flight.000001.csv) and
-/// a new one begins; of the numbered files so many are kept as the settings say, the newest. A file that is
+/// too early for the order of time of a recording (`IsTooEarly`), the file gets the next free number
+/// (flight.csv becomes flight.000001.csv) and a new one begins. At the start and when a file is full, so many
+/// of the numbered files are kept as the settings say, the newest. A file that is
 /// there at the start gets a number, too, if it is a recording; any other file is left alone.
 ///
 /// A file holds whole rows. A row that cannot be written is dropped and counted, and the first of a run of
@@ -84,6 +85,7 @@ private:
     ZANSERVER_NO_EXPORT bool Open();
     ZANSERVER_NO_EXPORT void OpenOrRetry();
     ZANSERVER_NO_EXPORT bool MoveToNumber();
+    ZANSERVER_NO_EXPORT void RemoveOldest() const;
     ZANSERVER_NO_EXPORT bool BeginFile();
     [[nodiscard]] ZANSERVER_NO_EXPORT KvZANCommon::RecordedBearing MakeRow(const BearingBlock& block) const;
     ZANSERVER_NO_EXPORT void TakeRow(const KvZANCommon::RecordedBearing& row);
@@ -116,7 +118,7 @@ private:
     OutputFile m_file;
     QString m_name; // of the open file
     qint64 m_size = 0;
-    quint64 m_lastTime = 0;
+    quint64 m_latestTime = 0;
     QByteArray m_line;
     bool m_hasRows = false; // the open file
     QString m_problem;
