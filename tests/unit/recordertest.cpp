@@ -72,7 +72,7 @@ protected:
         cfg.SetInt(u"Recorder/FileSize"_s, size);
         cfg.SetInt(u"Recorder/FileCount"_s, count);
         constexpr int AT_ONCE_MS = 1;
-        m_recorder.emplace(BYTE, AT_ONCE_MS, AT_ONCE_MS);
+        m_recorder.emplace(GetStationFiles(), BYTE, AT_ONCE_MS, AT_ONCE_MS);
         QObject::connect(&*m_recorder, &Recorder::Failed, &*m_recorder,
                          [this](const QString& text) { m_failures.append(text); });
         QObject::connect(&*m_recorder, &Recorder::Recovered, &*m_recorder, [this] { ++m_recoveries; });
@@ -90,6 +90,9 @@ protected:
     [[nodiscard]] QByteArray Contents(const QString& name = u"flight.csv"_s) const {
         QFile file(Path(name));
         return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("(no file)");
+    }
+    [[nodiscard]] StationFiles GetStationFiles() const {
+        return {m_settings.GetDirectory(), u"replay"_s, {}};
     }
     [[nodiscard]] QStringList Files() const {
         return QDir(m_directory.path()).entryList({u"flight*"_s}, QDir::Files);
@@ -112,6 +115,19 @@ TEST_F(RecorderTest, FileThatTheOutputReplacesIsNotRecordedTo) {
     EXPECT_FALSE(QFile::exists(Path(u"flight.bak"_s)));
     EXPECT_EQ(ServerValue<ValueString>(g_vdRecLastError).GetValue(),
               u"Could not open file %1: it is the output, too"_s.arg(Path(u"flight.bak"_s)));
+}
+
+TEST_F(RecorderTest, FileThatIsTheStationsOwnIsNotRecordedTo) {
+    Make();
+    for (const QString& name : {u"/Application.ini.saving"_s, u"/TrafficControl.ini"_s, u"/DFSettings.ini"_s,
+                                u"/ZANControl/commandlog-replay.txt"_s}) {
+        const QString file = m_settings.GetDirectory() + name;
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
+        ServerValue<ValueString>(g_vdRecFile).SetValue(file, nullptr);
+        EXPECT_FALSE(QFile::exists(file));
+        EXPECT_EQ(m_recorder->GetProblem(),
+                  u"Could not open file %1: it would overwrite %1, which belongs to the station"_s.arg(file));
+    }
 }
 
 TEST_F(RecorderTest, WritesARowForEachBearingWithWhatWasUsed) {
@@ -250,7 +266,7 @@ TEST_F(RecorderTest, FileThatIsNoRecordingIsLeftAloneAndTheRecorderWaitsForItToG
 TEST_F(RecorderTest, TwoRecordersNeverShareAFile) {
     Make();
     Take(MakeBlock());
-    Recorder second(BYTE);
+    Recorder second(GetStationFiles(), BYTE);
     EXPECT_FALSE(second.IsOpen());
     EXPECT_TRUE(
         second.GetProblem().contains(u"it is in use by process %1"_s.arg(QCoreApplication::applicationPid())))

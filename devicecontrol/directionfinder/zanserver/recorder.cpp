@@ -71,8 +71,9 @@ std::map<int, QString> FindNumbered(const QString& name) {
 
 } // namespace
 
-Recorder::Recorder(qint64 bytesPerMegabyte, int retryMs, int watchMs)
-    : m_bytesPerMegabyte(bytesPerMegabyte)
+Recorder::Recorder(StationFiles files, qint64 bytesPerMegabyte, int retryMs, int watchMs)
+    : m_files(std::move(files))
+    , m_bytesPerMegabyte(bytesPerMegabyte)
     , m_retryMs(retryMs)
     , m_watchMs(watchMs)
     , m_pEnabled(ServerValue<ValueBool>(g_vdRecEnabled))
@@ -161,7 +162,10 @@ void Recorder::OpenOrRetry() {
     m_timer.start(Open() ? m_watchMs : m_retryMs);
 }
 
-QString Recorder::CheckFile(const QString& name) {
+QString Recorder::CheckFile(const QString& name, const StationFiles& files) {
+    if (const QStringList own = OutputCheck::FindOverwritten(name, files); !own.isEmpty()) {
+        return u"it would overwrite %1, which belongs to the station"_s.arg(own.constFirst());
+    }
     const QFileInfo file(name);
     if (!file.exists()) {
         return {};
@@ -184,7 +188,7 @@ bool Recorder::Open() {
     if (m_pOutputEnabled->GetValue() && DFDataOutput::TouchesFile(m_pOutputFile->GetValue(), m_name)) {
         return fail(u"it is the output, too"_s);
     }
-    if (const QString reason = CheckFile(m_name); !reason.isEmpty()) {
+    if (const QString reason = CheckFile(m_name, m_files); !reason.isEmpty()) {
         return fail(reason);
     }
     OutputFile previous; // locked until it has its number

@@ -8,6 +8,7 @@
 #include "valueframework/valuetypes.h"
 #include "zancommon/recordedbearing.h"
 #include "zanserver/driverreceiver.h"
+#include "zanserver/outputcheck.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -45,8 +46,10 @@ public:
     static constexpr int WATCH_MS = 1000; ///< between two looks at the name of the file
 
     /// Reads the settings, and opens the file when recording is on.
+    /// \param files            what no recording may overwrite
     /// \param bytesPerMegabyte the unit of the size, which tests make small
-    explicit Recorder(qint64 bytesPerMegabyte = 1'000'000, int retryMs = RETRY_MS, int watchMs = WATCH_MS);
+    explicit Recorder(StationFiles files, qint64 bytesPerMegabyte = 1'000'000, int retryMs = RETRY_MS,
+                      int watchMs = WATCH_MS);
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
     /// Closes the file.
@@ -63,9 +66,10 @@ public:
     [[nodiscard]] quint64 GetRowCount() const { return m_rowCount; }
     [[nodiscard]] quint64 GetDroppedCount() const { return m_droppedCount; }
 
-    /// Why a recording cannot be written to a file: it exists and is not a recording, or another program
-    /// writes to it or reads it. Empty when it can, as far as can be seen without changing anything.
-    [[nodiscard]] static QString CheckFile(const QString& name);
+    /// Why a recording cannot be written to a file: it belongs to the station, exists and is not a
+    /// recording, or another program writes to it or reads it. Empty when it can, as far as can be seen
+    /// without changing anything.
+    [[nodiscard]] static QString CheckFile(const QString& name, const StationFiles& files);
 
     void Update(Observable* subject, TChangeCode code) override;
 
@@ -93,6 +97,7 @@ private:
     ZANSERVER_NO_EXPORT bool Fail(const QString& problem);
     ZANSERVER_NO_EXPORT void Publish();
 
+    const StationFiles m_files;
     const qint64 m_bytesPerMegabyte;
     const int m_retryMs;
     const int m_watchMs;
