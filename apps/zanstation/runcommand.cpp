@@ -62,6 +62,12 @@ QString GetRecordFile(const RunOptions& options) {
     return options.record.value_or(stored);
 }
 
+/// What no output may overwrite.
+StationFiles GetStationFiles(const RunOptions& options) {
+    return {options.configDirectory, options.driver.GetStationAddress(),
+            options.driver.name == DriverChoice::REPLAY ? options.driver.address : QString()};
+}
+
 /// Why the recorder cannot write to its file; empty when it can, or records nothing.
 QString CheckRecordFile(const RunOptions& options, const QString& output) {
     const QString record = GetRecordFile(options);
@@ -72,14 +78,9 @@ QString CheckRecordFile(const RunOptions& options, const QString& output) {
         OutputFile::IsSameFile(record, options.driver.address)) {
         return u"it is the recording that is replayed"_s;
     }
-    return !output.isEmpty() && DFDataOutput::TouchesFile(output, record) ? u"it is the output, too"_s
-                                                                          : Recorder::CheckFile(record);
-}
-
-/// What no output may overwrite.
-StationFiles GetStationFiles(const RunOptions& options) {
-    return {options.configDirectory, options.driver.GetStationAddress(),
-            options.driver.name == DriverChoice::REPLAY ? options.driver.address : QString()};
+    return !output.isEmpty() && DFDataOutput::TouchesFile(output, record)
+               ? u"it is the output, too"_s
+               : Recorder::CheckFile(record, GetStationFiles(options));
 }
 
 QString Count(quint64 count) {
@@ -133,7 +134,7 @@ void RunCommand::StartOutput() {
 }
 
 void RunCommand::StartRecorder() {
-    m_recorder.emplace();
+    m_recorder.emplace(GetStationFiles(m_options));
     const auto report = [this](const QString& problem) {
         m_hasFailed = true;
         Console::Error(problem);

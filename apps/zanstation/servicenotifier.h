@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QTimer>
 
@@ -8,6 +9,9 @@
 
 /// Tells the service manager that has started the program (systemd, service type "notify") what the program
 /// does. Nothing happens in a program that no service manager has started.
+///
+/// Nothing waits for a service manager that does not read: a message for which there is no room is dropped.
+/// That the program is ready, and that it ends, is then sent again with the next message.
 ///
 /// Everything is sent from the event loop of the thread that the object lives in. In particular, a loop that
 /// hangs does not feed the watchdog, and the service manager starts the program again.
@@ -30,11 +34,14 @@ public:
     void TellStopping();
 
 private:
+    bool Send(const QByteArray& state);
+    void SendSurely(const QByteArray& state);
     void SendStatus();
 
     const std::function<QString()> m_describeStatus;
     QTimer m_statusTimer;
     QTimer m_watchdogTimer;
-    QString m_status; // as sent last
+    QString m_status;    // as sent last
+    QByteArray m_unsent; // what could not be sent and goes with the next message
     bool m_isReady = false;
 };

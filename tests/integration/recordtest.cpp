@@ -86,6 +86,16 @@ TEST_F(RecordTest, FilesThatARecordWouldDestroyAreRefusedBeforeAnythingIsOpened)
         EXPECT_TRUE(run.err.contains(u"the recorder cannot write to "_s + Path(name)))
             << run.err.toStdString();
     }
+    for (const QString& name : {u"Application.ini"_s, u"Application.ini.lock"_s, u"TrafficControl.ini"_s,
+                                u"DFSettings.ini"_s, u"station.lock"_s}) {
+        const QString own = Path(u"config/"_s + name);
+        const StationResult run = Run(u"flight.csv"_s, u"config"_s, u"out"_s, {u"--record"_s, own});
+        EXPECT_EQ(run.exitCode, 1) << name.toStdString();
+        EXPECT_TRUE(run.err.contains(
+            u"the recorder cannot write to %1: it would overwrite %1, which belongs to the station"_s.arg(
+                own)))
+            << run.err.toStdString();
+    }
     EXPECT_EQ(ReadFile(Path(u"flight.csv"_s)), recording);
     EXPECT_EQ(ReadFile(Path(u"notes.txt"_s)), "notes");
     EXPECT_FALSE(QFile::exists(Path(u"out"_s)));

@@ -1,3 +1,4 @@
+#include "support/eventloop.h"
 #include "support/notifysocket.h"
 #include "support/recordings.h"
 #include "support/stationprocess.h"
@@ -89,6 +90,16 @@ TEST_F(ServiceTest, IsReadyWhenOutputsAreOpenAndLivesUntilItIsStopped) {
     EXPECT_EQ(manager.Await("WATCHDOG"), "WATCHDOG=1");
     EXPECT_EQ(Stop(), 143);
     EXPECT_EQ(manager.Take().constLast(), "STOPPING=1");
+}
+
+TEST_F(ServiceTest, StationWorksAndEndsAlsoWhileTheServiceManagerReadsNothing) {
+    const QByteArray name = Path(u"notify"_s).toUtf8();
+    NotifySocket manager(name);
+    manager.Fill();
+    Start(name, {u"--speed"_s, u"max"_s});
+    Send("1000,121500000,71.5,10.0,90,,,,,,,\n");
+    EXPECT_TRUE(SpinUntil([this] { return ReadFile(Path(u"out"_s)).contains("\r\n"); }));
+    EXPECT_EQ(Stop(), 143);
 }
 
 TEST_F(ServiceTest, StatusSaysWhatTheStationReceives) {

@@ -40,7 +40,7 @@ protected:
         m_station->StartOutput();
         m_outputs.emplace(m_station->GetOutput(),
                           StationFiles{m_settings.GetDirectory(), Station::GetDeviceAddress(), {}}, SOON_MS);
-        m_recorder.emplace();
+        m_recorder.emplace(StationFiles{m_settings.GetDirectory(), Station::GetDeviceAddress(), {}});
         m_station->SetBlockObserver(
             [this](const BearingBlock& block, const std::vector<BearingResult>& bearings) {
                 m_recorder->Take(block, bearings);

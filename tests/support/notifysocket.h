@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <poll.h>
@@ -19,18 +20,32 @@ class NotifySocket {
 public:
     /// \param name as in NOTIFY_SOCKET: the path of a socket, or "@" and the name of an abstract one
     explicit NotifySocket(const QByteArray& name) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::ranges::copy(name, address.sun_path);
+        m_address.sun_family = AF_UNIX;
+        std::ranges::copy(name, m_address.sun_path);
         if (name.startsWith('@')) {
-            address.sun_path[0] = '\0';
+            m_address.sun_path[0] = '\0';
         }
-        const auto length = offsetof(sockaddr_un, sun_path) + static_cast<std::size_t>(name.size());
-        EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr*>(&address), static_cast<socklen_t>(length)), 0);
+        m_length =
+            static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + static_cast<std::size_t>(name.size()));
+        EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr*>(&m_address), m_length), 0);
     }
     NotifySocket(const NotifySocket&) = delete;
     NotifySocket& operator=(const NotifySocket&) = delete;
     ~NotifySocket() { close(m_socket); }
+
+    /// Has no more room, as when the service manager hangs, until the next `Take`.
+    void Fill() {
+        int sent = 0;
+        do { // one sender may have less room for what is on the way than this end takes
+            sent = 0;
+            const int sender = socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+            while (sendto(sender, "X", 1, 0, reinterpret_cast<sockaddr*>(&m_address), m_length) == 1) {
+                ++sent;
+            }
+            EXPECT_EQ(errno, EAGAIN);
+            close(sender);
+        } while (sent > 0);
+    }
 
     /// The notifications that have come since the last call.
     QByteArrayList Take() {
@@ -65,5 +80,7 @@ public:
     }
 
 private:
+    sockaddr_un m_address{};
+    socklen_t m_length = 0;
     int m_socket = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
 };

@@ -72,7 +72,7 @@ protected:
         cfg.SetInt(u"Recorder/FileSize"_s, size);
         cfg.SetInt(u"Recorder/FileCount"_s, count);
         constexpr int AT_ONCE_MS = 1;
-        m_recorder.emplace(BYTE, AT_ONCE_MS, AT_ONCE_MS);
+        m_recorder.emplace(GetStationFiles(), BYTE, AT_ONCE_MS, AT_ONCE_MS);
         QObject::connect(&*m_recorder, &Recorder::Failed, &*m_recorder,
                          [this](const QString& text) { m_failures.append(text); });
         QObject::connect(&*m_recorder, &Recorder::Recovered, &*m_recorder, [this] { ++m_recoveries; });
@@ -90,6 +90,9 @@ protected:
     [[nodiscard]] QByteArray Contents(const QString& name = u"flight.csv"_s) const {
         QFile file(Path(name));
         return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("(no file)");
+    }
+    [[nodiscard]] StationFiles GetStationFiles() const {
+        return {m_settings.GetDirectory(), u"replay"_s, {}};
     }
     [[nodiscard]] QStringList Files() const {
         return QDir(m_directory.path()).entryList({u"flight*"_s}, QDir::Files);
@@ -112,6 +115,19 @@ TEST_F(RecorderTest, FileThatTheOutputReplacesIsNotRecordedTo) {
     EXPECT_FALSE(QFile::exists(Path(u"flight.bak"_s)));
     EXPECT_EQ(ServerValue<ValueString>(g_vdRecLastError).GetValue(),
               u"Could not open file %1: it is the output, too"_s.arg(Path(u"flight.bak"_s)));
+}
+
+TEST_F(RecorderTest, FileThatIsTheStationsOwnIsNotRecordedTo) {
+    Make();
+    for (const QString& name : {u"/Application.ini.saving"_s, u"/TrafficControl.ini"_s, u"/DFSettings.ini"_s,
+                                u"/ZANControl/commandlog-replay.txt"_s}) {
+        const QString file = m_settings.GetDirectory() + name;
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
+        ServerValue<ValueString>(g_vdRecFile).SetValue(file, nullptr);
+        EXPECT_FALSE(QFile::exists(file));
+        EXPECT_EQ(m_recorder->GetProblem(),
+                  u"Could not open file %1: it would overwrite %1, which belongs to the station"_s.arg(file));
+    }
 }
 
 TEST_F(RecorderTest, WritesARowForEachBearingWithWhatWasUsed) {
@@ -183,13 +199,43 @@ TEST_F(RecorderTest, FileOfASizeBelowOneRowHoldsOneRow) {
     EXPECT_EQ(Contents(), HEADER + ROW);
 }
 
-TEST_F(RecorderTest, NewFileBeginsWhenTheTimeRunsBackwards) {
+TEST_F(RecorderTest, NewFileBeginsWhenTheTimeStepsBackFurtherThanARecordingMay) {
     Make();
-    Take(MakeBlock(2000));
-    Take(MakeBlock(2000));
+    Take(MakeBlock(11001));
+    Take(MakeBlock(11001));
     Take(MakeBlock(1000));
-    EXPECT_EQ(Contents(u"flight.000001.csv"_s).count("\n2000,"), 2);
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s).count("\n11001,"), 2);
     EXPECT_EQ(Contents(), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, ChannelsWhoseTimesInterleaveShareAFileThatTheReaderTakes) {
+    Write(Path(u"flight.000001.csv"_s), "older");
+    Make(100000, 1);
+    constexpr int ROWS = 100;
+    for (quint64 time = 20000; time < 20000 + ROWS / 2; ++time) {
+        Take(MakeBlock(time));
+        Take(MakeBlock(time - 200));
+    }
+    Take(MakeBlock(20000 + ROWS / 2 - 1 - 10000));
+    EXPECT_EQ(Files(), (QStringList{u"flight.000001.csv"_s, u"flight.csv"_s}));
+    m_recorder.reset();
+    RecordingReader reader;
+    ASSERT_TRUE(reader.Open(Path(u"flight.csv"_s))) << reader.GetErrorText().toStdString();
+    while (reader.Next()) {
+    }
+    EXPECT_EQ(reader.GetRowCount(), quint64{ROWS + 1});
+    EXPECT_EQ(reader.GetBadLineCount(), 0U);
+}
+
+TEST_F(RecorderTest, ClockThatIsSetBackAgainAndAgainRemovesNoOlderRecording) {
+    Write(Path(u"flight.000001.csv"_s), "older");
+    Make(100000, 1);
+    for (quint64 time = 100000; time > 50000; time -= 10001) {
+        Take(MakeBlock(time));
+    }
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), "older");
+    EXPECT_EQ(Files().size(), 6) << Files().join(u' ').toStdString();
+    EXPECT_EQ(m_recorder->GetRowCount(), 5U);
 }
 
 TEST_F(RecorderTest, RecordingThatIsThereIsKeptUnderANumber) {
@@ -220,7 +266,7 @@ TEST_F(RecorderTest, FileThatIsNoRecordingIsLeftAloneAndTheRecorderWaitsForItToG
 TEST_F(RecorderTest, TwoRecordersNeverShareAFile) {
     Make();
     Take(MakeBlock());
-    Recorder second(BYTE);
+    Recorder second(GetStationFiles(), BYTE);
     EXPECT_FALSE(second.IsOpen());
     EXPECT_TRUE(
         second.GetProblem().contains(u"it is in use by process %1"_s.arg(QCoreApplication::applicationPid())))
@@ -323,16 +369,17 @@ TEST_F(RecorderTest, FileThatCannotGetANumberIsLeftAloneAtTheStartAndGrowsLater)
     EXPECT_EQ(Contents(), recording);
     QFile::remove(Path(u"flight.csv"_s));
     ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
+    const QByteArray lateRow = "20" + ROW; // at 201000
     for (int i = 0; i < 3; ++i) {
-        Take(MakeBlock());
+        Take(MakeBlock(201000));
     }
-    EXPECT_EQ(Contents(), HEADER + ROW + ROW + ROW);
+    EXPECT_EQ(Contents(), HEADER + lateRow + lateRow + lateRow);
     Take(MakeBlock(999));
-    EXPECT_EQ(Contents(), HEADER + ROW + ROW + ROW) << "an earlier row would not be read";
+    EXPECT_EQ(Contents(), HEADER + lateRow + lateRow + lateRow) << "an earlier row would not be read";
     EXPECT_EQ(m_recorder->GetDroppedCount(), 1U);
     ASSERT_TRUE(QDir(Path(u"flight.000001.csv"_s)).removeRecursively());
     ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
-    EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + ROW + ROW + ROW);
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + lateRow + lateRow + lateRow);
 }
 
 TEST_F(RecorderTest, PlacesThatAreNoFilesAreToldWithTheReason) {

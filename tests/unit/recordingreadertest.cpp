@@ -252,8 +252,6 @@ INSTANTIATE_TEST_SUITE_P(
                  u"time_ms: out of range: \"18446744073709551616\""_s},
         LineCase{"TimeBeyondTheCalendar", RowWith(0, "253402300800000"), BadLine::OutOfRange,
                  u"time_ms: out of range: \"253402300800000\""_s},
-        LineCase{"TimeBackwards", RowWith(0, "999"), BadLine::TimeBackwards,
-                 u"time_ms: time runs backwards: \"999\""_s},
         LineCase{"NulWithinANumber", RowWith(2, QByteArray("1\0002", 3)), BadLine::NulByte, u"NUL byte"_s},
         LineCase{"NulAtTheEnd", ROW + '\0', BadLine::NulByte, u"NUL byte"_s},
         LineCase{"OnlyNuls", QByteArray(100, '\0'), BadLine::NulByte, u"NUL byte"_s},
@@ -310,8 +308,23 @@ TEST(RecordingReader, TheSameTimeAgainIsValid) {
     EXPECT_EQ(content.badLineCount, 0U);
 }
 
+TEST(RecordingReader, TimeMayStepBackTenSecondsFromTheLatestAndNoFurther) {
+    QByteArray bytes = HEADER + '\n';
+    for (const char* const time : {"20000", "10000", "9999", "10000", "19999", "20001", "10001", "10000"}) {
+        bytes += RowWith(0, time) + '\n';
+    }
+    const Content content = ReadBytes(bytes);
+    std::vector<quint64> times;
+    for (const RecordedBearing& row : content.rows) {
+        times.push_back(row.timeMs);
+    }
+    EXPECT_EQ(times, (std::vector<quint64>{20000, 10000, 10000, 19999, 20001, 10001}));
+    EXPECT_EQ(content.badLineTexts, (QStringList{u"line 4: time_ms: time runs backwards: \"9999\""_s,
+                                                 u"line 9: time_ms: time runs backwards: \"10000\""_s}));
+}
+
 TEST(RecordingReader, ALineThatIsNotValidDoesNotMoveTheTime) {
-    QByteArrayList late = RowWith(0, "5000").split(',');
+    QByteArrayList late = RowWith(0, "50000").split(',');
     late[2] = "360";
     const Content content = ReadBytes(HEADER + '\n' + ROW + '\n' + late.join(',') + '\n' + ROW + '\n');
     EXPECT_EQ(content.rows.size(), 2U);

@@ -197,7 +197,7 @@ TEST_F(RecordingWriterTest, RefusesARowThatTheReaderWouldNotTake) {
         {changed([](auto& b) { b.level = 400.0; }), u"level_db: out of range: 400"_s},
         {changed([](auto& b) { b.timeMs = std::numeric_limits<quint64>::max(); }),
          u"time_ms: out of range: 1.84467e+19"_s},
-        {changed([](auto& b) { b.timeMs -= 1; }), u"time runs backwards: 1527695885999"_s},
+        {changed([](auto& b) { b.timeMs -= 10001; }), u"time runs backwards: 1527695875999"_s},
     };
     const QByteArray row = Written(FULL);
     RecordingWriter writer;
@@ -210,6 +210,16 @@ TEST_F(RecordingWriterTest, RefusesARowThatTheReaderWouldNotTake) {
     EXPECT_TRUE(writer.Write(FULL));
     EXPECT_TRUE(writer.Commit());
     EXPECT_EQ(Contents(m_name), RECORDING_HEADER + row + row);
+}
+
+TEST_F(RecordingWriterTest, RowMayBeAsEarlyAsTheReaderTakesIt) {
+    RecordedBearing early = FULL;
+    early.timeMs -= 10000;
+    RecordingWriter writer;
+    ASSERT_TRUE(writer.Open(m_name));
+    for (const RecordedBearing& bearing : {FULL, early, FULL}) {
+        EXPECT_TRUE(writer.Write(bearing)) << writer.GetErrorText().toStdString();
+    }
 }
 
 TEST_F(RecordingWriterTest, TheFileAppearsWithCommit) {

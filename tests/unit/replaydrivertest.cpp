@@ -261,6 +261,15 @@ TEST_F(ReplayDriverTest, StandbyStopsAReplayThatWaitsForItsTime) {
     EXPECT_EQ(m_blocks.size(), 1U);
 }
 
+TEST_F(ReplayDriverTest, RowThatIsEarlierThanTheFirstOneIsDueAtOnce) {
+    ReplayDriver driver(m_adapter);
+    ReplayAll(driver, "5000,121500000,10,,50,,,,,,,\n4800,121500000,10,,50,,,,,,,\n"
+                      "5001,121500000,10,,50,,,,,,,\n4801,121500000,10,,50,,,,,,,\n");
+    ASSERT_EQ(m_blocks.size(), 4U);
+    EXPECT_EQ(m_blocks[1].time, 4800U);
+    EXPECT_EQ(m_blocks[3].time, 4801U);
+}
+
 TEST_F(ReplayDriverTest, StandbyStopsAReplayThatSkipsGigabytes) {
     ReplayDriver driver(m_adapter);
     driver.SetTest(u"speed max"_s);

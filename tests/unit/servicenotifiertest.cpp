@@ -131,6 +131,28 @@ TEST_F(ServiceNotifierTest, TellsOnceThatItIsStoppingAndNothingAfterwards) {
     EXPECT_EQ(m_manager.Take(), QByteArrayList());
 }
 
+TEST_F(ServiceNotifierTest, ReadinessForWhichThereWasNoRoomGoesWithTheNextMessageAndTheStatusFollows) {
+    SetWatchdog();
+    m_manager.Fill();
+    m_notifier.TellReady();
+    m_manager.Take();
+    QByteArrayList sent;
+    ASSERT_TRUE(SpinUntil([&] { return (sent += m_manager.Take()).contains("STATUS=fine"); }));
+    EXPECT_EQ(sent.constFirst(), "READY=1\nWATCHDOG=1");
+    EXPECT_FALSE(sent.mid(1).join().contains("READY")) << "once";
+}
+
+TEST_F(ServiceNotifierTest, EndForWhichThereWasNoRoomIsToldAgain) {
+    {
+        ServiceNotifier ending([] { return u"ready"_s; });
+        ending.TellReady();
+        m_manager.Fill();
+        ending.TellStopping();
+        m_manager.Take();
+    }
+    EXPECT_EQ(m_manager.Take(), QByteArrayList{"STOPPING=1\n"});
+}
+
 TEST_F(ServiceNotifierTest, TellsAtItsEndThatItIsStoppingIfItWasReady) {
     {
         const ServiceNotifier neverReady([] { return QString(); });

@@ -13,7 +13,7 @@ enum class BadLine {
     NotANumber,
     NotFinite,
     OutOfRange,
-    TimeBackwards, ///< of a recording: earlier than the last valid row; the same time is valid
+    TimeBackwards, ///< of a recording: too early after the valid rows before (`IsTooEarly`)
     NulByte,
     TooLong,
     OtherColumns, ///< of a live source: below a header line with other columns

@@ -38,6 +38,15 @@ struct RecordedBearing {
     bool operator==(const RecordedBearing&) const = default;
 };
 
+/// How much earlier than the latest row before it a row of a recording may be: the channels of a device
+/// deliver their bearings independently of one another.
+inline constexpr quint64 LARGEST_STEP_BACK_MS = 10'000;
+
+/// Whether the order of time of a recording does not allow a row behind rows of up to a time.
+[[nodiscard]] constexpr bool IsTooEarly(quint64 timeMs, quint64 latestTimeMs) {
+    return timeMs < latestTimeMs && latestTimeMs - timeMs > LARGEST_STEP_BACK_MS;
+}
+
 /// One column of a bearing recording: its name in the header line and the values it can hold.
 struct RecordingColumn {
     std::string_view name;
@@ -59,8 +68,9 @@ struct RecordingColumn {
 };
 
 /// The columns in the order of the file. A recording is a CSV file: a header line with the column names, then
-/// one row per bearing in the order of time. An empty field means that the value was not measured; fields of
-/// members that are not optional are never empty. Further columns may follow (`FURTHER_RECORDING_COLUMNS`).
+/// one row per bearing in the order of time (`IsTooEarly`). An empty field means that the value was not
+/// measured; fields of members that are not optional are never empty. Further columns may follow
+/// (`FURTHER_RECORDING_COLUMNS`).
 inline constexpr std::array<RecordingColumn, 12> RECORDING_COLUMNS = [] {
     using B = RecordedBearing;
     constexpr double LAST_TIME = 253402300799999.0; // the end of the year 9999

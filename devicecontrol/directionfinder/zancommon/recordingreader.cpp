@@ -1,5 +1,6 @@
 #include "zancommon/recordingreader.h"
 
+#include <algorithm>
 #include <numeric>
 
 using namespace Qt::StringLiterals;
@@ -22,7 +23,7 @@ bool RecordingReader::Begin(const QString& name, bool isOpen) {
     m_name = name;
     m_errorText.clear();
     m_isHeaderDue = false;
-    m_lastTimeMs = 0;
+    m_latestTimeMs = 0;
     m_rowCount = 0;
     m_badLineCounts.fill(0);
     m_badLineTexts.clear();
@@ -76,7 +77,7 @@ std::optional<RecordedBearing> RecordingReader::Read(bool mayWait) {
             Count(BadLine::TooLong, [] { return GetReasonText(BadLine::TooLong); });
         } else if (ParseRow(line, *bearing)) {
             ++m_rowCount;
-            m_lastTimeMs = bearing->timeMs;
+            m_latestTimeMs = std::max(m_latestTimeMs, bearing->timeMs);
             return bearing;
         }
     }
@@ -92,7 +93,7 @@ bool RecordingReader::ParseRow(std::string_view line, RecordedBearing& bearing) 
         Count(m_parser.GetFault(), [this] { return m_parser.GetFaultText(); });
         return false;
     }
-    if (bearing.timeMs < m_lastTimeMs) {
+    if (IsTooEarly(bearing.timeMs, m_latestTimeMs)) {
         Count(BadLine::TimeBackwards, [line] {
             return RowParser::DescribeFault(RECORDING_COLUMNS.front(), BadLine::TimeBackwards,
                                             line.substr(0, line.find(',')));

@@ -90,7 +90,7 @@ private:
     bool m_isHeaderDue = false; // of a stream
     QString m_name;
     QString m_errorText;
-    quint64 m_lastTimeMs = 0;
+    quint64 m_latestTimeMs = 0;
     quint64 m_rowCount = 0;
     std::array<quint64, static_cast<std::size_t>(BadLine::COUNT)> m_badLineCounts{};
     QStringList m_badLineTexts;

@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace KvZANCommon {
@@ -11,7 +13,7 @@ namespace KvZANCommon {
 bool RecordingWriter::Open(const QString& fileName, std::span<const RecordingColumn> further) {
     m_fileName = fileName;
     m_further = further;
-    m_lastTimeMs = 0;
+    m_latestTimeMs = 0;
     m_file.reset();
     // Renaming a new file over a device would replace the device.
     const QFileInfo existing(fileName);
@@ -33,7 +35,7 @@ bool RecordingWriter::Write(const RecordedBearing& bearing) {
     if (!m_file) {
         return Fail(u"is not open"_s);
     }
-    if (bearing.timeMs < m_lastTimeMs) {
+    if (IsTooEarly(bearing.timeMs, m_latestTimeMs)) {
         return Fail(u"time runs backwards: "_s + QString::number(bearing.timeMs));
     }
     m_line.clear();
@@ -42,7 +44,7 @@ bool RecordingWriter::Write(const RecordedBearing& bearing) {
     if (!fault.isEmpty()) {
         return Fail(fault);
     }
-    m_lastTimeMs = bearing.timeMs;
+    m_latestTimeMs = std::max(m_latestTimeMs, bearing.timeMs);
     return WriteLine();
 }
 

@@ -28,8 +28,8 @@ public:
     bool Open(const QString& fileName, std::span<const RecordingColumn> further = {});
 
     /// Appends one row. False with an error text when it cannot be written, and for a row that is not valid:
-    /// with a value out of range or not finite, or earlier than the row before. A row that is not valid does
-    /// not change the recording.
+    /// with a value out of range or not finite, or too early after the rows before (`IsTooEarly`). A row that
+    /// is not valid does not change the recording.
     bool Write(const RecordedBearing& bearing);
 
     /// Completes the file. False with an error text when not all of it could be written.
@@ -46,7 +46,7 @@ private:
     std::span<const RecordingColumn> m_further;
     std::optional<QSaveFile> m_file; // has a value while a recording is written
     QByteArray m_line;
-    quint64 m_lastTimeMs = 0;
+    quint64 m_latestTimeMs = 0;
     QString m_errorText;
 };
 

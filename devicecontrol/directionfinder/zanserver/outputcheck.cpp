@@ -35,7 +35,7 @@ QStringList FindOwnFiles(const QString& directory, const QString& deviceAddress)
     static const QRegularExpression notInFileNames(u"[/:*\"]"_s); // of the log's name
     QStringList files{directory + u"/ZANControl/commandlog-%1.txt"_s.arg(
                                       QString(deviceAddress).replace(notInFileNames, u"_"_s))};
-    for (const QString& name : {u"/Application.ini"_s, u"/TrafficControl.ini"_s}) {
+    for (const QString& name : {u"/Application.ini"_s, u"/TrafficControl.ini"_s, u"/DFSettings.ini"_s}) {
         // A settings file that is a link is saved where the link leads to.
         const QString place = QFileInfo(directory + name).canonicalFilePath();
         for (const QString& settings : {directory + name, place.isEmpty() ? directory + name : place}) {
@@ -67,6 +67,12 @@ QString CheckName(const QString& name) {
 
 } // namespace
 
+QStringList FindOverwritten(const QString& output, const StationFiles& files) {
+    QStringList found = FindOwnFiles(files.directory, files.deviceAddress);
+    found.removeIf([&output](const QString& file) { return !DFDataOutput::TouchesFile(output, file); });
+    return found;
+}
+
 QStringList CheckFile(const QString& output, const StationFiles& files, const QString& ownOutput) {
     if (const QString reason = CheckName(output); !reason.isEmpty()) {
         return {reason};
@@ -75,10 +81,8 @@ QStringList CheckFile(const QString& output, const StationFiles& files, const QS
     if (!files.recording.isEmpty() && WouldOverwriteRecording(output, files.recording)) {
         reasons += u"the output %1 would overwrite the recording %2"_s.arg(output, files.recording);
     }
-    for (const QString& file : FindOwnFiles(files.directory, files.deviceAddress)) {
-        if (DFDataOutput::TouchesFile(output, file)) {
-            reasons += u"the output %1 would overwrite %2, which belongs to the station"_s.arg(output, file);
-        }
+    for (const QString& file : FindOverwritten(output, files)) {
+        reasons += u"the output %1 would overwrite %2, which belongs to the station"_s.arg(output, file);
     }
     const bool isOwn =
         output == STANDARD_STREAM || (!ownOutput.isEmpty() && OutputFile::IsSameFile(output, ownOutput));

@@ -14,11 +14,15 @@ struct StationFiles {
     QString recording;     ///< the one that is replayed, "-" for standard input; empty: none
 };
 
-/// What is checked before sentences are written to a file.
+/// What is checked before sentences or a recording are written to a file.
 namespace OutputCheck {
 
 /// The longest name of a file that the system takes, in bytes.
 inline constexpr qsizetype LONGEST_NAME = 4095;
+
+/// The station's own files, also those that it will create, that an output to a file would overwrite.
+/// \param output as for `CheckFile`
+ZANSERVER_EXPORT QStringList FindOverwritten(const QString& output, const StationFiles& files);
 
 /// Why sentences cannot go to a file: texts for the operator, one for each reason; none when they can. The
 /// name is not that of a file, the output would overwrite the recording or a file of the station, or another

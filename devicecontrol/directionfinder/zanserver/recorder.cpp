@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <map>
@@ -70,8 +71,9 @@ std::map<int, QString> FindNumbered(const QString& name) {
 
 } // namespace
 
-Recorder::Recorder(qint64 bytesPerMegabyte, int retryMs, int watchMs)
-    : m_bytesPerMegabyte(bytesPerMegabyte)
+Recorder::Recorder(StationFiles files, qint64 bytesPerMegabyte, int retryMs, int watchMs)
+    : m_files(std::move(files))
+    , m_bytesPerMegabyte(bytesPerMegabyte)
     , m_retryMs(retryMs)
     , m_watchMs(watchMs)
     , m_pEnabled(ServerValue<ValueBool>(g_vdRecEnabled))
@@ -160,7 +162,10 @@ void Recorder::OpenOrRetry() {
     m_timer.start(Open() ? m_watchMs : m_retryMs);
 }
 
-QString Recorder::CheckFile(const QString& name) {
+QString Recorder::CheckFile(const QString& name, const StationFiles& files) {
+    if (const QStringList own = OutputCheck::FindOverwritten(name, files); !own.isEmpty()) {
+        return u"it would overwrite %1, which belongs to the station"_s.arg(own.constFirst());
+    }
     const QFileInfo file(name);
     if (!file.exists()) {
         return {};
@@ -183,13 +188,16 @@ bool Recorder::Open() {
     if (m_pOutputEnabled->GetValue() && DFDataOutput::TouchesFile(m_pOutputFile->GetValue(), m_name)) {
         return fail(u"it is the output, too"_s);
     }
-    if (const QString reason = CheckFile(m_name); !reason.isEmpty()) {
+    if (const QString reason = CheckFile(m_name, m_files); !reason.isEmpty()) {
         return fail(reason);
     }
     OutputFile previous; // locked until it has its number
     if (previous.OpenExisting(m_name)) {
-        if (QFileInfo(m_name).size() > 0 && !MoveToNumber()) {
-            return false;
+        if (QFileInfo(m_name).size() > 0) {
+            if (!MoveToNumber()) {
+                return false;
+            }
+            RemoveOldest();
         }
     } else if (previous.GetError() != ENOENT) {
         return fail(previous.GetError() == EWOULDBLOCK ? u"it is in use"_s
@@ -205,7 +213,7 @@ bool Recorder::BeginFile() {
     }
     m_size = 0;
     m_hasRows = false;
-    m_lastTime = 0;
+    m_latestTime = 0;
     QByteArray header;
     RecordingLine::AppendHeader(header, KvZANCommon::RECORDING_COLUMNS,
                                 KvZANCommon::FURTHER_RECORDING_COLUMNS);
@@ -216,20 +224,23 @@ bool Recorder::BeginFile() {
     return true;
 }
 
-/// Gives the file the next number, and removes the oldest ones.
+/// Gives the file the next number.
 bool Recorder::MoveToNumber() {
-    std::map<int, QString> numbered = FindNumbered(m_name);
+    const std::map<int, QString> numbered = FindNumbered(m_name);
     const int number = numbered.empty() ? 1 : numbered.rbegin()->first + 1;
     const QString target = NumberedName(m_name, number);
     if (std::rename(QFile::encodeName(m_name).constData(), QFile::encodeName(target).constData()) != 0) {
         return Fail(u"Could not move file %1 to %2: %3"_s.arg(m_name, target, qt_error_string(errno)));
     }
-    numbered[number] = target;
+    return true;
+}
+
+void Recorder::RemoveOldest() const {
+    std::map<int, QString> numbered = FindNumbered(m_name);
     while (numbered.size() > static_cast<std::size_t>(m_pFileCount->GetValue())) {
         QFile::remove(numbered.begin()->second);
         numbered.erase(numbered.begin());
     }
-    return true;
 }
 
 void Recorder::Take(const BearingBlock& block, const std::vector<BearingResult>& bearings) {
@@ -277,10 +288,14 @@ void Recorder::TakeRow(const RecordedBearing& row) {
         return;
     }
     const bool isFull = m_size + m_line.size() > m_pFileSize->GetValue() * m_bytesPerMegabyte;
-    if (m_file.IsOpen() && m_hasRows && (isFull || row.timeMs < m_lastTime)) {
+    const bool isTooEarly = KvZANCommon::IsTooEarly(row.timeMs, m_latestTime);
+    if (m_file.IsOpen() && m_hasRows && (isFull || isTooEarly)) {
         const bool isMoved = MoveToNumber();
         m_size = 0; // a file that cannot be moved grows, and is tried again when it has grown as much
-        if (isMoved || row.timeMs < m_lastTime) {
+        if (isMoved && isFull) { // a clock that is often set back would soon remove every older recording
+            RemoveOldest();
+        }
+        if (isMoved || isTooEarly) {
             m_file.Close();
             if (!isMoved || !BeginFile()) {
                 m_timer.start(m_retryMs);
@@ -293,7 +308,7 @@ void Recorder::TakeRow(const RecordedBearing& row) {
     }
     ++m_rowCount;
     m_hasRows = true;
-    m_lastTime = row.timeMs;
+    m_latestTime = std::max(m_latestTime, row.timeMs);
     if (!std::exchange(m_problem, {}).isEmpty()) {
         Q_EMIT Recovered();
     }

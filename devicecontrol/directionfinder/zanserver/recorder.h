@@ -8,6 +8,7 @@
 #include "valueframework/valuetypes.h"
 #include "zancommon/recordedbearing.h"
 #include "zanserver/driverreceiver.h"
+#include "zanserver/outputcheck.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -22,8 +23,9 @@ namespace ZANServer {
 /// a replay gives the same sentences.
 ///
 /// The recording is written to the file that the settings name. When it has reached its size, or a row is
-/// earlier than the one before, the file gets the next free number (flight.csv becomes flight.000001.csv) and
-/// a new one begins; of the numbered files so many are kept as the settings say, the newest. A file that is
+/// too early for the order of time of a recording (`IsTooEarly`), the file gets the next free number
+/// (flight.csv becomes flight.000001.csv) and a new one begins. At the start and when a file is full, so many
+/// of the numbered files are kept as the settings say, the newest. A file that is
 /// there at the start gets a number, too, if it is a recording; any other file is left alone.
 ///
 /// A file holds whole rows. A row that cannot be written is dropped and counted, and the first of a run of
@@ -44,8 +46,10 @@ public:
     static constexpr int WATCH_MS = 1000; ///< between two looks at the name of the file
 
     /// Reads the settings, and opens the file when recording is on.
+    /// \param files            what no recording may overwrite
     /// \param bytesPerMegabyte the unit of the size, which tests make small
-    explicit Recorder(qint64 bytesPerMegabyte = 1'000'000, int retryMs = RETRY_MS, int watchMs = WATCH_MS);
+    explicit Recorder(StationFiles files, qint64 bytesPerMegabyte = 1'000'000, int retryMs = RETRY_MS,
+                      int watchMs = WATCH_MS);
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
     /// Closes the file.
@@ -62,9 +66,10 @@ public:
     [[nodiscard]] quint64 GetRowCount() const { return m_rowCount; }
     [[nodiscard]] quint64 GetDroppedCount() const { return m_droppedCount; }
 
-    /// Why a recording cannot be written to a file: it exists and is not a recording, or another program
-    /// writes to it or reads it. Empty when it can, as far as can be seen without changing anything.
-    [[nodiscard]] static QString CheckFile(const QString& name);
+    /// Why a recording cannot be written to a file: it belongs to the station, exists and is not a
+    /// recording, or another program writes to it or reads it. Empty when it can, as far as can be seen
+    /// without changing anything.
+    [[nodiscard]] static QString CheckFile(const QString& name, const StationFiles& files);
 
     void Update(Observable* subject, TChangeCode code) override;
 
@@ -84,6 +89,7 @@ private:
     ZANSERVER_NO_EXPORT bool Open();
     ZANSERVER_NO_EXPORT void OpenOrRetry();
     ZANSERVER_NO_EXPORT bool MoveToNumber();
+    ZANSERVER_NO_EXPORT void RemoveOldest() const;
     ZANSERVER_NO_EXPORT bool BeginFile();
     [[nodiscard]] ZANSERVER_NO_EXPORT KvZANCommon::RecordedBearing MakeRow(const BearingBlock& block) const;
     ZANSERVER_NO_EXPORT void TakeRow(const KvZANCommon::RecordedBearing& row);
@@ -91,6 +97,7 @@ private:
     ZANSERVER_NO_EXPORT bool Fail(const QString& problem);
     ZANSERVER_NO_EXPORT void Publish();
 
+    const StationFiles m_files;
     const qint64 m_bytesPerMegabyte;
     const int m_retryMs;
     const int m_watchMs;
@@ -116,7 +123,7 @@ private:
     OutputFile m_file;
     QString m_name; // of the open file
     qint64 m_size = 0;
-    quint64 m_lastTime = 0;
+    quint64 m_latestTime = 0;
     QByteArray m_line;
     bool m_hasRows = false; // the open file
     QString m_problem;
