@@ -108,10 +108,14 @@ TEST_F(StationSourceTest, HeadingThatIsLostIsToldAndWhenItIsMeasuredAgain) {
 TEST_F(StationSourceTest, BearingsOfAKrakenSdrBecomeSentences) {
     HttpServer server;
     ReceiverRecord record;
-    record.time = "1000";
+    record.time = "500"; // before the station comes
     record.station = "PIER";
     server.SetBody(record.Line());
+    const QString log = server.Address().replace(u':', u'_').replace(u'/', u'_');
     Start(u"krakensdr"_s, server.Address());
+    ASSERT_TRUE(WaitForCommand(log, "mode 3"));
+    record.time = "1000";
+    server.SetBody(record.Line());
     ASSERT_TRUE(WaitForSentences(1));
     record.time = "2000";
     record.bearing = "93";
@@ -124,5 +128,5 @@ TEST_F(StationSourceTest, BearingsOfAKrakenSdrBecomeSentences) {
     EXPECT_TRUE(
         sentences.at(1).startsWith("$PLG, 93.0,FRQ, 434500000,CMP, -0.1,QUA, 36.0,LEV,-25.5,TIM,000002,"))
         << sentences.at(1).toStdString();
-    EXPECT_TRUE(WaitForCommand(server.Address().replace(u':', u'_').replace(u'/', u'_'), "station PIER"));
+    EXPECT_TRUE(WaitForCommand(log, "station PIER"));
 }

@@ -69,8 +69,13 @@ protected:
         std::string address = (m_server.Address() + settings).toStdString();
         return m_driver.Initialize(address, false);
     }
+    /// Opens the receiver while it serves an old record, and has it serve that of the test then.
     void Start(const QString& settings = u"?interval=10"_s) {
+        ReceiverRecord old = m_record;
+        old.time = "1";
+        m_server.SetBody(old.Line());
         ASSERT_EQ(Open(settings), KrakenSdrDriver::OK) << m_driver.GetLastError().toStdString();
+        m_server.SetBody(m_record.Line());
         ASSERT_EQ(m_driver.SetMode(EMODE_SCAN), KrakenSdrDriver::OK);
     }
     template <class Condition>
@@ -160,6 +165,39 @@ TEST_F(KrakenSdrDriverTest, OnlyARecordWithANewTimeIsABearing) {
     m_driver.SetMode(EMODE_STANDBY);
     EXPECT_EQ(m_callback.blocks.size(), 2U);
     EXPECT_EQ(m_driver.GetReadCount(), 2);
+}
+
+TEST_F(KrakenSdrDriverTest, RecordThatIsThereAtTheFirstContactIsOldAndIsNotDelivered) {
+    for (const QByteArray& body : {m_record.Line(), m_record.Line().chopped(1)}) {
+        m_server.SetBody(body);
+        KrakenSdrDriver driver;
+        driver.SetCallback(&m_callback);
+        std::string address = (m_server.Address() + u"?interval=10"_s).toStdString();
+        ASSERT_EQ(driver.Initialize(address, false), KrakenSdrDriver::OK);
+        ASSERT_EQ(driver.SetMode(EMODE_SCAN), KrakenSdrDriver::OK);
+        ASSERT_TRUE(WaitForRequests(5));
+    }
+    EXPECT_EQ(m_callback.blocks.size(), 0U);
+}
+
+TEST_F(KrakenSdrDriverTest, AfterALossOnlyWhatWasNotDeliveredBeforeIsABearing) {
+    Start();
+    ASSERT_TRUE(WaitForBlocks(1));
+    m_server.SetBody("");
+    ASSERT_TRUE(WaitForLoss());
+    m_server.SetBody("", "503 Service Unavailable");
+    EXPECT_EQ(Open(), KrakenSdrDriver::FAILED);
+    m_server.SetBody(m_record.Line());
+    ASSERT_EQ(Open(u"?interval=11"_s), KrakenSdrDriver::OK);
+    ASSERT_EQ(m_driver.SetMode(EMODE_SCAN), KrakenSdrDriver::OK);
+    ASSERT_TRUE(WaitForRequests(5));
+    EXPECT_EQ(m_driver.GetReadCount(), 0);
+    m_driver.SetMode(EMODE_STANDBY);
+    SetTime("2000");
+    ASSERT_EQ(Open(), KrakenSdrDriver::OK);
+    ASSERT_EQ(m_driver.SetMode(EMODE_SCAN), KrakenSdrDriver::OK);
+    ASSERT_TRUE(WaitForBlocks(2)) << "it was measured while the receiver was away";
+    EXPECT_EQ(m_callback.blocks[1].time, 2000U);
 }
 
 TEST_F(KrakenSdrDriverTest, InStandbyNothingIsDeliveredOrAsked) {

@@ -78,6 +78,22 @@ TEST(LineReader, LinesOfASocketComeUntilTheOtherEndClosesIt) {
     EXPECT_EQ(reader.GetLineNumber(), 3U);
 }
 
+TEST(LineReader, LastLineTellsThatItHasNoEnd) {
+    SocketPair sockets(SOCK_STREAM);
+    LineReader reader;
+    ASSERT_TRUE(reader.Adopt(sockets.NearEnd()));
+    sockets.Send(QByteArray(9000, 'a') + "\none\r\ntwo");
+    sockets.CloseFarEnd();
+    std::string_view line;
+    ASSERT_EQ(reader.Next(line), LineReader::Result::TooLong);
+    EXPECT_FALSE(reader.HasLineEnd());
+    ASSERT_EQ(reader.Next(line), LineReader::Result::Complete);
+    EXPECT_TRUE(reader.HasLineEnd());
+    ASSERT_EQ(reader.Next(line), LineReader::Result::Complete);
+    EXPECT_EQ(line, "two");
+    EXPECT_FALSE(reader.HasLineEnd());
+}
+
 TEST(LineReader, DatagramsAreWholeLines) {
     SocketPair sockets(SOCK_DGRAM);
     LineReader reader;

@@ -135,6 +135,21 @@ TEST_F(RecordParserTest, HeadingIsThatOfTheSensorThatTheReceiverNames) {
     EXPECT_EQ(m_record.heading, 340.0);
 }
 
+TEST_F(RecordParserTest, HeadingOutOfRangeIsNoneAndTheBearingStays) {
+    ReceiverRecord record;
+    record.heading = "360.5";
+    record.mainHeading = "GPS";
+    ASSERT_TRUE(Parse(record)) << m_parser.GetFaultText().toStdString();
+    EXPECT_EQ(m_record.heading, std::nullopt);
+    EXPECT_EQ(m_record.bearing, 92.0);
+    record.compass = "-361";
+    record.mainHeading = "Compass";
+    ASSERT_TRUE(Parse(record));
+    EXPECT_EQ(m_record.heading, std::nullopt);
+    record.compass = "10x";
+    ExpectFault(record, BadRecord::NotANumber, u"field 12 (heading): not a number: \"10x\""_s);
+}
+
 TEST_F(RecordParserTest, WhatIsNoRecordIsRefusedWithTheReason) {
     ReceiverRecord record;
     record.time = "R";
@@ -168,13 +183,37 @@ TEST_F(RecordParserTest, WhatIsNoRecordIsRefusedWithTheReason) {
     EXPECT_EQ(m_parser.GetFault(), BadRecord::FieldCount);
 }
 
-TEST_F(RecordReaderTest, RecordIsNewWhenItsTimeIsAnotherOneThanThatOfTheLastOnItsFrequency) {
+TEST_F(RecordReaderTest, RecordIsNewWhenItsFrequencyAndTimeWereNotMetTogether) {
     EXPECT_EQ(Read(At("1000").Line()), Times{1000});
     EXPECT_EQ(Read(At("1000").Line()), Times());
     EXPECT_TRUE(m_isAnswer) << "a receiver without a new bearing is there";
     EXPECT_EQ(Read(At("2000").Line()), Times{2000});
     EXPECT_EQ(Read(At("1500").Line()), Times{1500}) << "its clock was set back";
     EXPECT_EQ(Read(At("1500", "121500000").Line() + At("1500").Line()), Times{1500});
+}
+
+TEST_F(RecordReaderTest, RecordsOfOneFrequencyWithDifferentTimesAreNewOnce) {
+    const QByteArray body = At("1000").Line() + At("2000").Line();
+    EXPECT_EQ(Read(body), (Times{1000, 2000}));
+    EXPECT_EQ(Read(body), Times());
+    EXPECT_EQ(Read(body), Times());
+}
+
+TEST_F(RecordReaderTest, RecordThatStaysIsNotForgottenBesideOthersThatAreRenewed) {
+    const QByteArray staying = At("1000", "121500000").Line();
+    EXPECT_EQ(Read(staying), Times{1000});
+    for (quint64 time = 2000; time < 2200; ++time) {
+        EXPECT_EQ(Read(At(QByteArray::number(time)).Line() + staying), Times{time});
+    }
+}
+
+TEST_F(RecordReaderTest, ReceiverThatIsConnectedAgainBringsNothingTwice) {
+    Read("garbage\n" + At("1000").Line());
+    m_reader.Reconnect();
+    EXPECT_EQ(m_reader.GetCounts().GetTotal(), 0U);
+    EXPECT_EQ(Read(At("1000").Line()), Times());
+    m_reader.Reset();
+    EXPECT_EQ(Read(At("1000").Line()), Times{1000}) << "another receiver";
 }
 
 TEST_F(RecordReaderTest, LinesOfSixteenFrequenciesAreReadAndNoMore) {
@@ -221,5 +260,6 @@ TEST_F(RecordReaderTest, FrequenciesOfAReceiverThatIsTunedOnAndOnAreForgotten) {
     }
     EXPECT_EQ(Read(At("1000", "100000000").Line()), Times());
     Read(At("1000", "200000000").Line());
-    EXPECT_EQ(Read(At("1000", "100000000").Line()), Times{1000});
+    EXPECT_EQ(Read(At("1000", "100000000").Line()), Times()) << "it was met again";
+    EXPECT_EQ(Read(At("1000", "100000001").Line()), Times{1000});
 }

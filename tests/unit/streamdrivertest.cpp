@@ -153,6 +153,19 @@ TEST_F(StreamDriverTest, ConnectionThatIsClosedIsReportedOnceAndOpenedAgainByIni
     EXPECT_EQ(m_closed, 1);
 }
 
+TEST_F(StreamDriverTest, LineThatTheEndOfTheConnectionCutsShortIsToldAndNotDelivered) {
+    TcpSender sender;
+    Start(sender.Address());
+    QTcpSocket* const connection = sender.Accept();
+    Send(*connection, ROW + "2000,121500000,7");
+    delete connection;
+    ASSERT_TRUE(WaitForLoss());
+    ASSERT_TRUE(WaitForBlocks(1));
+    EXPECT_EQ(m_blocks.size(), 1U);
+    EXPECT_EQ(m_errors, QStringList(u"line 2: line cut short"_s));
+    EXPECT_EQ(m_results, QStringList(u"line cut short: 1"_s));
+}
+
 TEST_F(StreamDriverTest, InStandbyNothingIsDeliveredAndWhatArrivesIsDropped) {
     TcpSender sender;
     Start(sender.Address());

@@ -18,6 +18,7 @@ enum class BadLine {
     TooLong,
     OtherColumns, ///< of a live source: below a header line with other columns
     NotAnObject,  ///< of a live source: begins as a JSON object, and is none
+    CutShort,     ///< of a live source: its last line, without a line end
     COUNT
 };
 

@@ -78,6 +78,7 @@ void LineReader::Begin(QIODevice* device, qint64 size) {
     m_size = size;
     m_received = 0;
     m_skipping = false;
+    m_hasLineEnd = false;
     m_lineNumber = 0;
 }
 
@@ -128,8 +129,10 @@ LineReader::Result LineReader::Next(std::string_view& line) {
     ++m_lineNumber;
     if (size > MAX_LENGTH) {
         m_skipping = true;
+        m_hasLineEnd = false;
         return Result::TooLong;
     }
+    m_hasLineEnd = newline != nullptr;
     m_begin += newline ? size + 1 : size;
     if (line.ends_with('\r')) {
         line.remove_suffix(1);

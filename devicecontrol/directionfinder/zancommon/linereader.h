@@ -56,6 +56,8 @@ public:
     /// Takes the next line, without its end (LF or CR LF); it is valid until the next call. A last line
     /// without an end is complete, too, but after an interruption. Waits for a sequential device.
     Result Next(std::string_view& line);
+    /// Whether the line that was taken last had its end. A line that is too long has none yet.
+    [[nodiscard]] bool HasLineEnd() const { return m_hasLineEnd; }
     /// Whether the next line, or the end, can be read without waiting.
     bool IsHere();
     /// Whether nothing follows. Waits for a sequential device.
@@ -92,6 +94,7 @@ private:
     qint64 m_size = 0;       // of everything that will be read; 0: not known
     qint64 m_received = 0;   // bytes that have been read into the buffer
     bool m_skipping = false; // in the rest of a line that was too long
+    bool m_hasLineEnd = false;
     quint64 m_lineNumber = 0;
 };
 

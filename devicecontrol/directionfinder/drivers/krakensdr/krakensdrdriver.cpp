@@ -60,7 +60,6 @@ int KrakenSdrDriver::Initialize(std::string& address, bool /*simulation*/) {
     Stop();
     m_isOpen = false;
     m_isLost = false;
-    m_reader.Reset();
     m_blockCount = 0;
     const QString text = QString::fromStdString(address);
     Log(u"open "_s + text);
@@ -70,12 +69,26 @@ int KrakenSdrDriver::Initialize(std::string& address, bool /*simulation*/) {
         return static_cast<int>(Refuse(text + u": "_s + reason));
     }
     m_address = *parsed;
+    const bool isFirstContact = m_address.url != m_known;
+    if (isFirstContact) {
+        m_known.clear();
+        m_reader.Reset();
+    } else {
+        m_reader.Reconnect();
+    }
     HttpReader http;
     const std::optional<QByteArray> body = http.Get(m_address.url, m_address.timeout, RecordReader::MAX_BODY);
-    // The records are delivered when they are asked for again.
+    const auto take = [&](const Record& record) {
+        TellStation(record);
+        if (isFirstContact) {
+            m_reader.See(record);
+        }
+    };
     RecordReader trial([](const QString&) {});
-    m_isOpen = body && trial.Read(*body, [this](const Record& record) { TellStation(record); });
+    m_isOpen = body && trial.Read(*body, take);
     if (m_isOpen) {
+        trial.Read(*body, take); // a last line without an end counts now
+        m_known = m_address.url;
         return static_cast<int>(OK);
     }
     return static_cast<int>(

@@ -19,8 +19,10 @@ namespace KrakenSdr {
 
 /// The driver of a KrakenSDR, whose software serves its newest bearings over HTTP (`ReceiverAddress`).
 ///
-/// `Initialize` asks it once. `SetMode` with a mode to measure in, fixed frequency or scan, which are the
-/// same here, asks it again and again on a thread of the driver; standby ends that. Each new record
+/// `Initialize` asks it once. What a receiver serves at the first contact may be old, so that it counts as
+/// seen; what was seen stays so when the same receiver is opened again. `SetMode` with a mode to measure in,
+/// fixed frequency or scan, which are the same here, asks it again and again on a thread of the driver;
+/// standby ends that. Each new record
 /// (`RecordReader`) becomes a block of one bearing of `fillScanBuffer`, and before it its values over the
 /// azimuth, in hundredths, for `fillSRSpectrumBuffer`. The name of its station is told to the command log,
 /// once.
@@ -73,6 +75,7 @@ private:
     bool m_isOpen = false;
     std::atomic<bool> m_isLost = false;
     RecordReader m_reader;
+    QUrl m_known;      // whose records the reader has seen
     QString m_station; // that was told
     std::atomic<long> m_blockCount = 0;
     std::mutex m_mutex;

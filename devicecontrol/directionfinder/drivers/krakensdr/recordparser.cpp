@@ -38,6 +38,7 @@ struct NumberField {
     double minimum = 0.0;
     double maximum = 0.0;
     bool isRequired = false;
+    bool isNoneOutOfRange = false; ///< else the line is refused
 };
 
 constexpr double FULL_CIRCLE = 360.0;
@@ -50,8 +51,9 @@ constexpr NumberField LEVEL_FIELD{LEVEL, u"level", -1e4, 1e4, false};
 constexpr NumberField FREQUENCY_FIELD{FREQUENCY, u"frequency", 1.0, RADIO_LIMIT, true};
 constexpr NumberField LATITUDE_FIELD{LATITUDE, u"latitude", -90.0, 90.0, false};
 constexpr NumberField LONGITUDE_FIELD{LONGITUDE, u"longitude", -180.0, 180.0, false};
-constexpr NumberField FIRST_HEADING_FIELD{FIRST_HEADING, u"heading", -FULL_CIRCLE, FULL_CIRCLE, false};
-constexpr NumberField SECOND_HEADING_FIELD{SECOND_HEADING, u"heading", -FULL_CIRCLE, FULL_CIRCLE, false};
+constexpr NumberField FIRST_HEADING_FIELD{FIRST_HEADING, u"heading", -FULL_CIRCLE, FULL_CIRCLE, false, true};
+constexpr NumberField SECOND_HEADING_FIELD{SECOND_HEADING, u"heading", -FULL_CIRCLE,
+                                           FULL_CIRCLE,    false,      true};
 
 std::string_view Trimmed(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {
@@ -126,7 +128,7 @@ std::optional<BadRecord> ReadField(const NumberField& field, std::string_view te
         return BadRecord::NotANumber;
     }
     if (number < field.minimum || number > field.maximum) {
-        return BadRecord::OutOfRange;
+        return field.isNoneOutOfRange ? std::nullopt : std::optional(BadRecord::OutOfRange);
     }
     value = number;
     return {};

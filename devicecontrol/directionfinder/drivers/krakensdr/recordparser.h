@@ -28,7 +28,8 @@ public:
     /// Reads a line without its end. False when it is not a record: `GetFault` and `GetFaultText` say why.
     ///
     /// There is no bearing without time, bearing, confidence and frequency. Of the two headings the one that
-    /// the receiver names as its main one counts, and the first that is there when it names none. Latitude
+    /// the receiver names as its main one counts, and the first that is there when it names none; one
+    /// out of range is none. Latitude
     /// and longitude of 0 are what a receiver tells that was given no place, so that they are none. A
     /// spectrum of which a part is missing is none.
     bool Parse(std::string_view line, Record& record);

@@ -12,6 +12,10 @@ RecordReader::RecordReader(Tell tell)
 
 void RecordReader::Reset() {
     m_seen.clear();
+    Reconnect();
+}
+
+void RecordReader::Reconnect() {
     m_unfinished.clear();
     m_counts.Reset();
     m_lastFault.clear();
@@ -49,25 +53,25 @@ bool RecordReader::Read(const QByteArray& body, const Take& take) {
             continue;
         }
         hasRecord = true;
-        if (IsNew(m_record)) {
+        if (See(m_record)) {
             take(m_record);
         }
     }
     return hasRecord;
 }
 
-bool RecordReader::IsNew(const Record& record) {
-    const auto seen = std::ranges::find(m_seen, record.frequency, &Seen::frequency);
-    if (seen != m_seen.end()) {
-        return std::exchange(seen->timeMs, record.timeMs) != record.timeMs;
-    }
-    // A receiver that is tuned on and on leaves frequencies behind.
-    constexpr std::size_t MOST = std::size_t{4} * MAX_LINES;
-    if (m_seen.size() == MOST) {
+bool RecordReader::See(const Record& record) {
+    const Seen pair{record.frequency, record.timeMs};
+    const auto place = std::ranges::find(m_seen, pair);
+    const bool isNew = place == m_seen.end();
+    if (!isNew) {
+        // So that a record that stays is not forgotten beside others that are renewed.
+        m_seen.erase(place);
+    } else if (m_seen.size() == MAX_SEEN) {
         m_seen.pop_front();
     }
-    m_seen.push_back({record.frequency, record.timeMs});
-    return true;
+    m_seen.push_back(pair);
+    return isNew;
 }
 
 void RecordReader::Count(BadRecord reason, const QString& text) {

@@ -95,6 +95,8 @@ const RecordedBearing* BearingReader::Read(bool mayWait) {
         }
         if (result == LineReader::Result::TooLong) {
             Count(BadLine::TooLong, GetReasonText(BadLine::TooLong));
+        } else if (!m_lines.HasLineEnd()) {
+            Count(BadLine::CutShort, GetReasonText(BadLine::CutShort));
         } else if (ReadLine(line)) {
             return &m_bearing;
         }

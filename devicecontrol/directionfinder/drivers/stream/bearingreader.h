@@ -19,8 +19,9 @@ namespace Stream {
 /// A line that begins with "{" is an object, any other one a row; both may be mixed. Rows may come in any
 /// order of time; one without a time gets that of its arrival. Header lines may come at any place, or not at
 /// all; below one with other columns no row is read until a right one follows. Empty lines are skipped. An
-/// object may have other members; null means that a value was not measured. What is not valid is counted by
-/// kind and skipped.
+/// object may have other members; null means that a value was not measured. A last line without a line end
+/// was cut short, and what is left of it could be another number. What is not valid is counted by kind and
+/// skipped.
 class BearingReader {
 public:
     using Tell = std::function<void(const QString& text)>;
