@@ -94,7 +94,7 @@ private:
 namespace Commands {
 
 int Command(const QStringList& arguments) {
-    const QString commands = u"reset|calibrate CONVERTER|bit|bit full|test TEXT"_s;
+    const QString commands = u"reset|calibrate CONVERTER|bit|bit full|test TEXT|hold|continue CHANNEL"_s;
     CommandLine line(u"command"_s,
                      u"Gives the station's device a command, and prints what it reports. Fails when the "
                      "device does not carry it out."_s,

@@ -228,10 +228,11 @@ TEST_F(StationDriverTest, CommandTellsWhatTheDeviceReportsOfIt) {
 
 TEST_F(StationDriverTest, CommandThatTheDeviceRefusesFailsWithItsReason) {
     const QStringList config{u"--config"_s, Path(u"config"_s)};
-    for (const auto& [command, reason] : {std::pair{u"calibrate 9"_s, u"there is no converter 9"_s},
-                                          {u"test warp"_s, u"\"warp\" is not known"_s},
-                                          {u"fly"_s, u"it is not known; there are: reset"_s},
-                                          {u"calibrate"_s, u"it is not known; there are: reset"_s}}) {
+    for (const auto& [command, reason] :
+         {std::pair{u"calibrate 9"_s, u"there is no converter 9"_s},
+          {u"test warp"_s, u"\"warp\" is not known"_s},
+          {u"fly"_s, u"it is not known; there are: reset"_s},
+          {u"calibrate abc"_s, u"calibrate: \"abc\" is not the number of"_s}}) {
         const StationResult result = RunStation(QStringList{u"command"_s} + command.split(u' ') + config);
         EXPECT_EQ(result.exitCode, 1) << command.toStdString();
         EXPECT_TRUE(result.err.contains(reason)) << result.err.toStdString();

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 
 #include <future>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace StdDeviceDefinition;
@@ -84,13 +85,26 @@ TEST_F(DeviceCommandsTest, ExceptionIsAFailureAndTheNextCommandIsCarriedOut) {
     EXPECT_EQ(Value(g_vdCmdResult).GetValue(), u"ok"_s);
 }
 
-TEST_F(DeviceCommandsTest, CommandsThatAreNotKnownAreToldAndReachNobody) {
-    for (const QString& command :
-         {u"explode"_s, u"calibrate"_s, u"calibrate -1"_s, u"calibrate x"_s,
-          u"calibrate 99999999999999999999"_s, u"resets"_s, u"bit long"_s, u"test"_s}) {
+TEST_F(DeviceCommandsTest, CommandsThatAreNoneAreRefusedWithTheReasonAndReachNobody) {
+    const QString unknown =
+        u"it is not known; there are: reset, calibrate CONVERTER, bit, bit full, test TEXT, "
+        "hold, continue CHANNEL"_s;
+    for (const auto& [command, fault] :
+         {std::pair{u"explode"_s, unknown},
+          {u"resets"_s, unknown},
+          {u"calibrate"_s, u"calibrate: there is no number of a converter"_s},
+          {u"calibrate abc"_s, u"calibrate: \"abc\" is not the number of a converter"_s},
+          {u"calibrate -1"_s, u"calibrate: \"-1\" is not the number of a converter"_s},
+          {u"calibrate 99999999999999999999"_s,
+           u"calibrate: \"99999999999999999999\" is not the number of a converter"_s},
+          {u"continue %1"_s, u"continue: \"%1\" is not the number of a channel"_s},
+          {u"bit half"_s, u"bit: there is only \"full\""_s},
+          {u"reset extra"_s, u"reset takes no argument"_s},
+          {u"hold on"_s, u"hold takes no argument"_s},
+          {u"test"_s, u"test: there is no text"_s}}) {
         EXPECT_EQ(CarryOut(command), QStringList()) << command.toStdString();
         EXPECT_EQ(Value(g_vdCmdResult).GetValue(), u"failed"_s) << command.toStdString();
-        EXPECT_TRUE(Value(g_vdCmdError).GetValue().startsWith(u"it is not known"_s)) << command.toStdString();
+        EXPECT_EQ(Value(g_vdCmdError).GetValue(), fault);
     }
 }
 

@@ -93,7 +93,9 @@ TEST(ScanRanges, WhatIsNotARangeIsRefusedWithTheMember) {
     EXPECT_EQ(FaultOf(uR"({"start":1e6,"stop":1e300,"step":1})"_s), u"stop cannot be 1e+300"_s);
     EXPECT_EQ(FaultOf(base.arg(uR"("name":5)"_s)), u"name cannot be 5"_s);
     EXPECT_EQ(FaultOf(base.arg(uR"("df":5)"_s)), u"df cannot be 5"_s);
-    EXPECT_EQ(FaultOf(base.arg(uR"("wings":{"a":5})"_s)), u"there is no member wings.a"_s);
+    EXPECT_EQ(FaultOf(base.arg(uR"("wings":{"a":5})"_s)), u"wings is not known"_s);
+    EXPECT_EQ(FaultOf(base.arg(uR"("typo":1)"_s)), u"typo is not known"_s);
+    EXPECT_EQ(FaultOf(base.arg(uR"("df":{"typo":1})"_s)), u"there is no member df.typo"_s);
     EXPECT_EQ(FaultOf(base.arg(uR"("df":{"method":4})"_s)), u"df.method cannot be 4"_s);
     EXPECT_EQ(FaultOf(base.arg(uR"("df":{"method":1.5})"_s)), u"df.method cannot be 1.5"_s);
     EXPECT_EQ(FaultOf(base.arg(uR"("df":{"preamplifier":1})"_s)), u"df.preamplifier cannot be 1"_s);

@@ -27,6 +27,28 @@ std::optional<unsigned long> NumberBehind(const QString& command, QStringView wo
                : std::nullopt;
 }
 
+/// Why a command is none.
+QString FaultOf(const QString& command) {
+    const QString name = command.section(u' ', 0, 0);
+    const QString argument = Bounded(command.section(u' ', 1), 40);
+    if (name == u"calibrate" || name == u"continue") {
+        const QString object = name == u"calibrate" ? u"converter"_s : u"channel"_s;
+        return argument.isEmpty() ? u"%1: there is no number of a %2"_s.arg(name, object)
+                                  : u"%1: \"%2\" is not the number of a %3"_s.arg(name, argument, object);
+    }
+    if (name == u"reset" || name == u"hold") {
+        return name + u" takes no argument"_s;
+    }
+    if (name == u"bit") {
+        return u"bit: there is only \"full\""_s;
+    }
+    if (name == u"test") {
+        return u"test: there is no text"_s;
+    }
+    return u"it is not known; there are: reset, calibrate CONVERTER, bit, bit full, test TEXT, hold, "
+           "continue CHANNEL"_s;
+}
+
 } // namespace
 
 DeviceCommands::DeviceCommands(DriverErrands& errands)
@@ -97,8 +119,7 @@ void DeviceCommands::CarryOutNext() {
         Send(DriverCall::Setting,
              [number = *channel](IDriver& driver) { return driver.SearchContinue(number); });
     } else {
-        Finish(u"it is not known; there are: reset, calibrate CONVERTER, bit, bit full, test TEXT, hold, "
-               "continue CHANNEL"_s);
+        Finish(FaultOf(m_running));
     }
 }
 

@@ -200,6 +200,9 @@ QString ReadMember(const QString& name, const QJsonValue& value, Range& range) {
         range.SetName(value.toString());
         return value.isString() ? QString() : Wrong(name, value);
     }
+    if (std::ranges::none_of(MEMBERS, [&](const Member& member) { return member.group == name; })) {
+        return u"%1 is not known"_s.arg(Bounded(name, 40));
+    }
     return ReadGroup(name, value, range);
 }
 

@@ -173,8 +173,9 @@ bool ReplayDriver::WaitFor(quint64 recordedTime) {
         m_begin = std::chrono::steady_clock::now();
     }
     constexpr double LONGEST = 1e12; // ms, some thirty years; the clock counts some hundred years
+    const quint64 recorded = std::max(recordedTime, *m_firstTime) - *m_firstTime; // a row may be earlier
     const std::chrono::duration<double, std::milli> sinceFirst(
-        std::min((static_cast<double>(recordedTime) - static_cast<double>(*m_firstTime)) / m_pace, LONGEST));
+        std::min(static_cast<double>(recorded) / m_pace, LONGEST));
     const auto due = m_begin + std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceFirst);
     return !m_stopRequested.wait_until(lock, due, [this] { return m_isStopping; });
 }
