@@ -201,6 +201,20 @@ TEST_F(StationDriverTest, TenMillionBearingsInABlockAreProcessedInBoundedMemory)
     EXPECT_EQ(result.exitCode, 143) << result.err.toStdString();
 }
 
+TEST_F(StationDriverTest, NumbersThatCannotBeAreToldAndMakeNoSentences) {
+    const StationResult result = RunUntil(Wild(u"garbage"_s), 1);
+    const QByteArray sentence = ReadFile(Path(u"out"_s)).split('\n').first();
+    EXPECT_TRUE(sentence.startsWith("$PLG,  0.0,FRQ,         0,CMP, -0.1,QUA, 50.0,"))
+        << sentence.toStdString();
+    EXPECT_FALSE(ReadFile(Path(u"out"_s)).contains("QUA,32767"));
+    for (const QString& what :
+         {u"an azimuth of 6553.5"_s, u"a quality of 65535"_s, u"an elevation of 3276.7"_s,
+          u"a frequency of 1e+300"_s, u"a heading of 1e+300"_s}) {
+        EXPECT_EQ(result.err.count(u"warning: the driver has delivered "_s + what), 1) << what.toStdString();
+    }
+    EXPECT_FALSE(result.out.contains(QRegularExpression(u"marked as unusable +0\\n"_s)));
+}
+
 TEST_F(StationDriverTest, ProgramEndsWithoutWaitingForADriverThatHangs) {
     QProcess process;
     process.start(QStringLiteral(ZAN_STATION), Wild(u"hang"_s));

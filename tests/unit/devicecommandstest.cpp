@@ -75,6 +75,15 @@ TEST_F(DeviceCommandsTest, FailureIsToldWithTheTextOfTheDriver) {
     EXPECT_EQ(Value(g_vdCmdError).GetValue(), QString());
 }
 
+TEST_F(DeviceCommandsTest, ExceptionIsToldWithItsText) {
+    m_device.ThrowIn(u"Reset"_s);
+    CarryOut(u"reset"_s);
+    Settle();
+    EXPECT_EQ(Value(g_vdCmdResult).GetValue(), u"failed"_s);
+    EXPECT_TRUE(Value(g_vdCmdError).GetValue().startsWith(u"the driver threw an exception: "_s))
+        << Value(g_vdCmdError).GetValue().toStdString();
+}
+
 TEST_F(DeviceCommandsTest, ExceptionIsAFailureAndTheNextCommandIsCarriedOut) {
     m_device.ThrowIn(u"Reset"_s);
     Write(u"reset"_s);

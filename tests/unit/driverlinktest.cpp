@@ -183,6 +183,18 @@ TEST_F(DriverLinkTest, InitializeThatThrowsIsAnAttemptThatHasFailed) {
     EXPECT_EQ(m_lost, QStringList{u"the driver threw an exception: no power"_s});
 }
 
+TEST_F(DriverLinkTest, TextOfAnExceptionIsOneLineOfBoundedLength) {
+    m_device->onInitialize = [this](IDriverCallback&) {
+        return m_device->attempts < 2 ? throw std::runtime_error("no\npower" + std::string(10'000, '!')) : 0;
+    };
+    const auto link = Make();
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    ASSERT_EQ(m_lost.size(), 1);
+    EXPECT_TRUE(m_lost[0].startsWith(u"the driver threw an exception: no power!"_s));
+    EXPECT_LT(m_lost[0].size(), 300);
+}
+
 TEST_F(DriverLinkTest, DriverThatCannotBeCreatedIsTriedAgain) {
     int attempts = 0;
     DriverLink link(

@@ -117,3 +117,32 @@ TEST(DriverReceiver, FixesTestValuesAndResultsOfTestsArrive) {
     receiver.PassOnWaiting();
     EXPECT_EQ(arrived, (QStringList{u"fix 54.5 -7.5 99 1 9"_s, u"values 2"_s, u"test all well"_s}));
 }
+
+TEST(DriverReceiver, TextsOfErrorsAndTestsAreLinesOfBoundedLength) {
+    DriverReceiver receiver(u"texts"_s);
+    QStringList texts;
+    const auto take = [&texts](const KvZANCommon::ErrorStruct& error) { texts.append(error.text); };
+    QObject::connect(&receiver, &DriverReceiver::ErrorReported, &receiver, take);
+    QObject::connect(&receiver, &DriverReceiver::BitResultReported, &receiver, take);
+    KvZANCommon::ErrorStruct error{7, false, u"two\nlines\x1b"_s + QString(10'000'000, u'x')};
+    receiver.reportError(error);
+    receiver.ReportBITResult(error);
+    receiver.PassOnWaiting();
+    ASSERT_EQ(texts.size(), 2);
+    for (const QString& text : texts) {
+        EXPECT_TRUE(text.startsWith(u"two lines x"_s));
+        EXPECT_LE(text.size(), 5000);
+    }
+    EXPECT_GT(error.text.size(), 10'000'000) << "the driver's own is left alone";
+}
+
+TEST(DriverReceiver, CommandCannotPassForSeveralEntriesOfTheLog) {
+    DriverReceiver receiver(u"log"_s);
+    QStringList commands;
+    QObject::connect(&receiver, &DriverReceiver::CommandReported, &receiver,
+                     [&](const QString& command) { commands.append(command); });
+    QString line = u"mode  scan\r\n12:00:00:000:\tforged\x1b[2J"_s + QChar(u'\0');
+    receiver.SetCommandLog(line);
+    receiver.PassOnWaiting();
+    EXPECT_EQ(commands, QStringList{u"mode  scan  12:00:00:000: forged [2J "_s});
+}

@@ -5,6 +5,7 @@
 #include "zanserver/servervalue.h"
 
 #include <algorithm>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -128,8 +129,13 @@ void DeviceCommands::Send(DriverCall kind, std::function<long(IDriver&)> call) {
     m_errands.Call(
         kind,
         [call = std::move(call), error](IDriver& driver) {
-            const long result = call(driver);
-            *error = result == 0 ? QString() : TakeLastError(driver, result);
+            try {
+                const long result = call(driver);
+                *error = result == 0 ? QString() : TakeLastError(driver, result);
+            } catch (const std::exception& exception) {
+                *error += u": "_s + WhatOf(exception);
+                throw;
+            }
         },
         [this, error, number = m_number] {
             if (m_number == number && !m_running.isEmpty()) {

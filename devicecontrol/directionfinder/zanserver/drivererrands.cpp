@@ -4,7 +4,6 @@
 
 #include <QPointer>
 
-#include <algorithm>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -115,17 +114,6 @@ QString TakeLastError(IDriver& driver, long result) {
     }
     return result == KvZANCommon::NullDriver::NOT_SUPPORTED ? DRIVER_DOES_NOT_SUPPORT.toString()
                                                             : u"the driver refuses it with %1"_s.arg(result);
-}
-
-QString Bounded(const QString& text, qsizetype bytes) {
-    QString line = text.first(std::min(text.size(), bytes));
-    std::ranges::replace_if(
-        line, [](QChar c) { return c.category() == QChar::Other_Control; }, u' ');
-    line = line.simplified();
-    while (line.toUtf8().size() > bytes) {
-        line.chop(1);
-    }
-    return line;
 }
 
 } // namespace ZANServer

@@ -3,6 +3,7 @@
 #include "zanserver_export.h"
 
 #include "zancommon/idriver.h"
+#include "zanserver/drivertext.h"
 #include "zanserver/driverthread.h"
 
 #include <QObject>
@@ -66,7 +67,5 @@ inline constexpr QStringView DRIVER_DOES_NOT_SUPPORT = u"the driver does not sup
 /// What a driver tells of its last failure: one line of bounded length, never empty.
 /// \param result the code of the call that has failed
 ZANSERVER_EXPORT QString TakeLastError(KvZANCommon::IDriver& driver, long result);
-/// A text of a driver as one line, no longer than this many bytes in UTF-8.
-ZANSERVER_EXPORT QString Bounded(const QString& text, qsizetype bytes = 200);
 
 } // namespace ZANServer

@@ -1,6 +1,7 @@
 #include "zanserver/driverlibrary.h"
 
 #include "tolmappstartup/cfgcenter.h"
+#include "zanserver/drivertext.h"
 
 #include <QDir>
 
@@ -55,7 +56,7 @@ Loaded Question(IDllInstance* instance, const QString& name) {
     try {
         return Question(DriverComponentPtr(driver), name);
     } catch (const std::exception& exception) {
-        return {{}, {}, u"it threw an exception: "_s + QString::fromLocal8Bit(exception.what())};
+        return {{}, {}, u"it threw an exception: "_s + WhatOf(exception)};
     } catch (...) {
         return {{}, {}, u"it threw an exception"_s};
     }

@@ -1,6 +1,6 @@
 #include "zanserver/driverlink.h"
 
-#include "zanserver/drivererrands.h"
+#include "zanserver/drivertext.h"
 
 #include <QEventLoop>
 
@@ -27,7 +27,7 @@ QString Initialize(KvZANCommon::IDriver& driver, const QString& deviceAddress) {
         const QString reason = Bounded(driver.GetLastError());
         return reason.isEmpty() ? u"the driver could not open the device (code %1)"_s.arg(result) : reason;
     } catch (const std::exception& exception) {
-        return u"the driver threw an exception: "_s + QString::fromLocal8Bit(exception.what());
+        return u"the driver threw an exception: "_s + WhatOf(exception);
     } catch (...) {
         return u"the driver threw an exception"_s;
     }

@@ -1,5 +1,7 @@
 #include "zanserver/driverreceiver.h"
 
+#include "zanserver/drivertext.h"
+
 #include <QThread>
 
 #include <algorithm>
@@ -14,6 +16,9 @@ namespace {
 /// header on the heap.
 template <class Delivery>
 constexpr std::size_t OWN_SIZE = 3 * sizeof(Delivery) + 2 * sizeof(void*);
+
+/// Of what a driver reports, in bytes: the whole name of a file has room.
+constexpr qsizetype LONGEST_TEXT = 5000;
 
 std::size_t SizeOf(const QString& text) {
     return static_cast<std::size_t>(text.capacity()) * sizeof(QChar);
@@ -83,11 +88,13 @@ void DriverReceiver::PostBearings(BearingBlock head, unsigned count, const Beari
 }
 
 void DriverReceiver::reportError(KvZANCommon::ErrorStruct& error) {
-    Post(error, SizeOf(error.text));
+    const QString text = Bounded(error.text, LONGEST_TEXT);
+    Post(KvZANCommon::ErrorStruct{error.code, error.fatal, text}, SizeOf(text));
 }
 
 void DriverReceiver::ReportBITResult(KvZANCommon::ErrorStruct& result) {
-    Post(BitResult{result}, SizeOf(result.text));
+    const QString text = Bounded(result.text, LONGEST_TEXT);
+    Post(BitResult{{result.code, result.fatal, text}}, SizeOf(text));
 }
 
 void DriverReceiver::CloseDataLink() {
@@ -99,7 +106,8 @@ void DriverReceiver::MarkOpening() {
 }
 
 void DriverReceiver::SetCommandLog(QString& line) {
-    Post(line, SizeOf(line));
+    const QString entry = WithoutControls(line);
+    Post(entry, SizeOf(entry));
 }
 
 void DriverReceiver::CutOff() {

@@ -1,5 +1,7 @@
 #include "zanserver/driverthread.h"
 
+#include "zanserver/drivertext.h"
+
 #include <QAbstractEventDispatcher>
 #include <QThread>
 
@@ -28,7 +30,7 @@ QString Try(Function& function) {
         function();
         return {};
     } catch (const std::exception& exception) {
-        return u"it threw an exception: "_s + QString::fromLocal8Bit(exception.what());
+        return u"it threw an exception: "_s + WhatOf(exception);
     } catch (...) {
         return u"it threw an exception"_s;
     }

@@ -39,8 +39,9 @@ struct StationCounts {
     quint64 rejectedPitchRoll = 0; ///< the platform was tilted beyond its threshold
     quint64 rejectedOverhead = 0;  ///< the emitter was too high above the antenna
     quint64 withoutSignal = 0;     ///< had quality 0 when they were delivered
-    quint64 unusable = 0;          ///< marked as unusable by the connection filter or the driver
-    quint64 published = 0;         ///< with quality above 0, published in the tree for all outputs
+    quint64 unusable =
+        0; ///< marked as unusable by the connection filter, the driver or the check of its numbers
+    quint64 published = 0; ///< with quality above 0, published in the tree for all outputs
 };
 
 /// The station: uses the library as an application does, in the right order.

@@ -4,6 +4,7 @@
 #include "valueframework/tree.h"
 #include "zancommon/stationcfg.h"
 #include "zancommon/zanpath.h"
+#include "zanserver/deliverycheck.h"
 #include "zanserver/devicecommands.h"
 
 #include <QDateTime>
@@ -31,6 +32,7 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
     , m_commandLog(Station::GetDeviceAddress(), StationCfg::GetStationName())
     , m_pState(Tree::Instance()->Find<ValueInt>(ZANPath::Device(g_vdDevState)))
     , m_pStateInfo(Tree::Instance()->Find<ValueString>(ZANPath::Device(g_vdDevStateInfo)))
+    , m_check(std::make_unique<DeliveryCheck>())
     , m_link(MakeFactory(std::move(driver)), choice.address, Station::GetDeviceAddress(),
              choice.name == DriverChoice::REPLAY ? DriverLink::Kind::Recording : DriverLink::Kind::Device) {
     DriverReceiver& receiver = m_link.GetReceiver();
@@ -99,6 +101,9 @@ double StationDevice::GetFrequency(const BearingBlock& block, std::size_t bearin
 
 void StationDevice::TakeBlock(BearingBlock& block) {
     if (IsWithinDuration(block.time)) {
+        for (const QString& fault : m_check->Check(block)) {
+            Q_EMIT Refused(fault);
+        }
         Q_EMIT BlockReceived(block);
         m_station.Process(block);
     } else if (!std::exchange(m_isOver, true)) {

@@ -16,9 +16,12 @@
 
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <optional>
 
 namespace ZANServer {
+
+class DeliveryCheck;
 
 /// The live device of a station: its driver, what that delivers, its control, and the log of its commands.
 ///
@@ -58,7 +61,7 @@ Q_SIGNALS:
     void DurationIsOver();
     /// The log of the commands cannot be written. Once.
     void LogFailed(const QString& reason);
-    /// The driver has refused something; its text.
+    /// The driver has refused something, or the station what the driver has delivered; why.
     void Refused(const QString& reason);
 
 private:
@@ -84,6 +87,7 @@ private:
     ValueInt* m_pState;
     ValueString* m_pStateInfo;
     CommandLogValues m_commandLogValues;
+    const std::unique_ptr<DeliveryCheck> m_check;
     DriverLink m_link;
     std::optional<DeviceControl> m_control; // not of a recording; the first to go
 };

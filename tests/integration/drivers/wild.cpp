@@ -63,6 +63,8 @@ public:
             for (std::thread& thread : threads) {
                 thread.join();
             }
+        } else if (m_deed == "garbage") {
+            DeliverGarbage(*m_callback);
         } else {
             Deliver(*m_callback, m_deed == "block" ? TEN_MILLIONS : 1);
         }
@@ -71,6 +73,22 @@ public:
     }
 
 private:
+    /// Bearings whose numbers cannot be, and a good one without a frequency.
+    static void DeliverGarbage(KvZANCommon::IDriverCallback& callback) {
+        std::vector<Bearing> bearings(4);
+        for (Bearing& bearing : bearings) {
+            bearing.quality = 50;
+        }
+        bearings[0].azimuth = 65535;
+        bearings[1].quality = 65535;
+        bearings[2].elevation = 32767;
+        KvZANCommon::StatusStruct status;
+        status.frequency = 1e300;
+        status.heading = 1e300;
+        unsigned long long time = 1000;
+        callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(bearings.size()), bearings.data(), status);
+    }
+
     static void Deliver(KvZANCommon::IDriverCallback& callback, unsigned count) {
         std::vector<Bearing> bearings(count);
         for (Bearing& bearing : bearings) {
