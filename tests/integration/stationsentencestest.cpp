@@ -528,7 +528,7 @@ TEST_F(StationSentencesTest, WhatTheDriverNoLongerDeliversIsNotMeasuredWithoutAF
 
 TEST_F(StationSentencesTest, FixThatTheDeviceNoLongerReportsIsNotMeasuredWithoutABearing) {
     RestartWithShortAge();
-    for (const quint64 time : {1000, 2000}) { // the second one after the first one has aged out
+    for (const quint64 time : {1000U, 2000U}) { // the second one after the first one has aged out
         m_station->TakePosition({52.5, 5.5, time, true, 9});
         EXPECT_EQ(StateOf(g_vdPosLatitude), TValueState::Valid);
         EXPECT_TRUE(SpinUntil([] { return StateOf(g_vdPosLatitude) == TValueState::NotMeasured; }));
