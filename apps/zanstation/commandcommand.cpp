@@ -10,6 +10,7 @@
 #include "zanserver/station.h"
 #include "zanstation/commandline.h"
 #include "zanstation/console.h"
+#include "zanstation/errorteller.h"
 #include "zanstation/exitcodes.h"
 #include "zanstation/signalwatcher.h"
 
@@ -36,7 +37,7 @@ public:
         QObject::connect(&receiver, &DriverReceiver::BitResultReported, &m_loop,
                          [](const KvZANCommon::ErrorStruct& result) { Console::Print(result.text); });
         QObject::connect(&receiver, &DriverReceiver::ErrorReported, &m_loop,
-                         [](const KvZANCommon::ErrorStruct& error) { Console::Warn(error.text); });
+                         [this](const KvZANCommon::ErrorStruct& error) { m_errorTeller.Tell(error.text); });
         for (const auto signal : {&DriverLink::Lost, &DriverLink::GivenUp}) {
             QObject::connect(&m_link, signal, &m_loop, [this](const QString& reason) { End(reason); });
         }
@@ -59,6 +60,7 @@ public:
         m_link.Open();
         m_loop.exec();
         m_link.Close();
+        m_errorTeller.TellRest();
         if (!m_error.isEmpty()) {
             Console::Error(m_error);
             return EXIT_FAILED;
@@ -82,6 +84,7 @@ private:
     }
 
     QEventLoop m_loop;
+    ErrorTeller m_errorTeller;
     DriverLink m_link;
     DriverErrands m_errands{m_link.GetThread()};
     DeviceCommands m_commands{m_errands};

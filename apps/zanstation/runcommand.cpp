@@ -187,6 +187,7 @@ void RunCommand::Measure() {
 
     service.TellStopping();
     m_device->Close();
+    m_errorTeller.TellRest();
     m_wasOutputOn = m_station->GetOutput().IsEnabled();
     m_station->GetOutput().SetEnabled(false); // waiting sentences are written, or counted as dropped
     ReportOutputProblem();
@@ -381,9 +382,9 @@ void RunCommand::SetUpDevice() {
     connect(&link, &DriverLink::Ended, this, [] { QCoreApplication::quit(); });
 
     DriverReceiver& receiver = link.GetReceiver();
-    connect(&receiver, &DriverReceiver::ErrorReported, this, [](const KvZANCommon::ErrorStruct& error) {
+    connect(&receiver, &DriverReceiver::ErrorReported, this, [this](const KvZANCommon::ErrorStruct& error) {
         if (!error.fatal) { // a fatal one means that the device is lost
-            Console::Warn(error.text);
+            m_errorTeller.Tell(error.text);
         }
     });
     if (IsRecording()) {

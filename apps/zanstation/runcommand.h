@@ -8,6 +8,7 @@
 #include "zanserver/station.h"
 #include "zanserver/stationdevice.h"
 #include "zanstation/devicewishes.h"
+#include "zanstation/errorteller.h"
 #include "zanstation/statusline.h"
 #include "zanstation/wishteller.h"
 
@@ -117,6 +118,7 @@ private:
     double m_lastFrequency = 0.0; // of the last block
     std::set<double> m_unservedFrequencies;
     std::optional<WishTeller> m_wishTeller;
+    ErrorTeller m_errorTeller;
     QTimer m_duration;
     QSet<QString> m_readings; // of heading and position that are measured
     QSet<QString> m_lostReadings;

@@ -215,6 +215,14 @@ TEST_F(StationDriverTest, NumbersThatCannotBeAreToldAndMakeNoSentences) {
     EXPECT_FALSE(result.out.contains(QRegularExpression(u"marked as unusable +0\\n"_s)));
 }
 
+TEST_F(StationDriverTest, FloodOfErrorsIsToldInFewLines) {
+    const StationResult result = RunUntil(Wild(u"errors"_s), 1);
+    EXPECT_EQ(result.err.count(u"warning: no lock of the synthesizer\n"_s), 1) << result.err.toStdString();
+    EXPECT_EQ(result.err.count(u"warning: overload of sample "_s), 63);
+    EXPECT_EQ(result.err.count(u"warning: 999 more times: no lock of the synthesizer\n"_s), 1);
+    EXPECT_EQ(result.err.count(u"warning: 937 other lines are left out\n"_s), 1);
+}
+
 TEST_F(StationDriverTest, ProgramEndsWithoutWaitingForADriverThatHangs) {
     QProcess process;
     process.start(QStringLiteral(ZAN_STATION), Wild(u"hang"_s));

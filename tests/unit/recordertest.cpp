@@ -65,14 +65,14 @@ protected:
 
     [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
     /// A recorder to a file, with its size in bytes and the number of full files that are kept.
-    Recorder& Make(int size = 100000, int count = 10) {
+    Recorder& Make(int size = 100000, int count = 10, int stepBackMs = 0) {
         ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
         cfg.SetBool(u"Recorder/Enabled"_s, true);
         cfg.SetString(u"Recorder/File"_s, Path(u"flight.csv"_s));
         cfg.SetInt(u"Recorder/FileSize"_s, size);
         cfg.SetInt(u"Recorder/FileCount"_s, count);
         constexpr int AT_ONCE_MS = 1;
-        m_recorder.emplace(GetStationFiles(), BYTE, AT_ONCE_MS, AT_ONCE_MS);
+        m_recorder.emplace(GetStationFiles(), BYTE, AT_ONCE_MS, AT_ONCE_MS, stepBackMs);
         QObject::connect(&*m_recorder, &Recorder::Failed, &*m_recorder,
                          [this](const QString& text) { m_failures.append(text); });
         QObject::connect(&*m_recorder, &Recorder::Recovered, &*m_recorder, [this] { ++m_recoveries; });
@@ -236,6 +236,23 @@ TEST_F(RecorderTest, ClockThatIsSetBackAgainAndAgainRemovesNoOlderRecording) {
     EXPECT_EQ(Contents(u"flight.000001.csv"_s), "older");
     EXPECT_EQ(Files().size(), 6) << Files().join(u' ').toStdString();
     EXPECT_EQ(m_recorder->GetRowCount(), 5U);
+}
+
+TEST_F(RecorderTest, DriverWhoseRowsAlternateBetweenTwoTimesDoesNotBeginAFileWithEachRow) {
+    Make(100000, 10, Recorder::STEP_BACK_MS);
+    for (int i = 0; i < 100; ++i) {
+        Take(MakeBlock(3'600'000));
+        Take(MakeBlock(1000));
+    }
+    EXPECT_EQ(Files(), (QStringList{u"flight.000001.csv"_s, u"flight.csv"_s}));
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s).count("\n3600000,"), 1);
+    EXPECT_EQ(Contents().count("\n1000,"), 1);
+    EXPECT_EQ(Contents().count("\n3600000,"), 99);
+    EXPECT_EQ(m_recorder->GetDroppedCount(), 99U);
+    EXPECT_EQ(m_recorder->GetRowCount(), 101U);
+    m_recorder.reset();
+    EXPECT_EQ(ServerValue<ValueString>(g_vdRecLastError).GetValue(),
+              u"a row was left out: its time is too early, and a file has just begun because of that"_s);
 }
 
 TEST_F(RecorderTest, RecordingThatIsThereIsKeptUnderANumber) {

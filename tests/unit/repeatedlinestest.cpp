@@ -31,6 +31,14 @@ TEST(RepeatedLines, LinesThatDifferInTheirNumbersAreEqual) {
               "(3) 12:59:59.1: To 127.0.0.1:49266\n");
 }
 
+TEST(RepeatedLines, LinesThatDifferInTheirNumbersDifferWhereNumbersAreCompared) {
+    RepeatedLines lines(RepeatedLines::Numbers::Compared);
+    EXPECT_EQ(lines.Add("channel 3 is hot\n", START), "channel 3 is hot\n");
+    EXPECT_EQ(lines.Add("channel 4 is hot\n", START), "channel 4 is hot\n");
+    EXPECT_EQ(lines.Add("channel 4 is hot\n", START), "");
+    EXPECT_EQ(lines.TakeCounts(), "1 more time: channel 4 is hot\n");
+}
+
 TEST(RepeatedLines, CountsAreWrittenWithTheFirstLineAfterAMinuteAndLinesAreNewAgain) {
     RepeatedLines lines;
     EXPECT_EQ(lines.Add("a\n", START), "a\n");

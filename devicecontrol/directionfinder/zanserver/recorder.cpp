@@ -71,11 +71,12 @@ std::map<int, QString> FindNumbered(const QString& name) {
 
 } // namespace
 
-Recorder::Recorder(StationFiles files, qint64 bytesPerMegabyte, int retryMs, int watchMs)
+Recorder::Recorder(StationFiles files, qint64 bytesPerMegabyte, int retryMs, int watchMs, int stepBackMs)
     : m_files(std::move(files))
     , m_bytesPerMegabyte(bytesPerMegabyte)
     , m_retryMs(retryMs)
     , m_watchMs(watchMs)
+    , m_stepBackMs(stepBackMs)
     , m_pEnabled(ServerValue<ValueBool>(g_vdRecEnabled))
     , m_pFile(ServerValue<ValueString>(g_vdRecFile))
     , m_pFileSize(ServerValue<ValueNumericInt>(g_vdRecFileSize))
@@ -279,16 +280,26 @@ RecordedBearing Recorder::MakeRow(const BearingBlock& block) const {
 
 void Recorder::TakeRow(const RecordedBearing& row) {
     m_line.clear();
+    const auto leaveOut = [this](const QString& fault) {
+        ++m_droppedCount;
+        m_lastError = u"a row was left out: "_s + fault;
+    };
     if (const QString fault =
             RecordingLine::AppendRow(m_line, row, RecordingLine::Precision::Full,
                                      KvZANCommon::RECORDING_COLUMNS, KvZANCommon::FURTHER_RECORDING_COLUMNS);
         !fault.isEmpty()) {
-        ++m_droppedCount;
-        m_lastError = u"a row was left out: "_s + fault;
+        leaveOut(fault);
         return;
     }
     const bool isFull = m_size + m_line.size() > m_pFileSize->GetValue() * m_bytesPerMegabyte;
     const bool isTooEarly = KvZANCommon::IsTooEarly(row.timeMs, m_latestTime);
+    if (isTooEarly && !m_nextStepBack.hasExpired()) {
+        leaveOut(u"its time is too early, and a file has just begun because of that"_s);
+        return;
+    }
+    if (isTooEarly) {
+        m_nextStepBack.setRemainingTime(m_stepBackMs);
+    }
     if (m_file.IsOpen() && m_hasRows && (isFull || isTooEarly)) {
         const bool isMoved = MoveToNumber();
         m_size = 0; // a file that cannot be moved grows, and is tried again when it has grown as much

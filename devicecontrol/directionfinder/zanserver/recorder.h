@@ -11,6 +11,7 @@
 #include "zanserver/outputcheck.h"
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -28,6 +29,9 @@ namespace ZANServer {
 /// of the numbered files are kept as the settings say, the newest. A file that is
 /// there at the start gets a number, too, if it is a recording; any other file is left alone.
 ///
+/// A clock is set back now and then, not with each row: within a minute of a file that has begun because of
+/// that, further rows that are too early are left out, and counted as dropped.
+///
 /// A file holds whole rows. A row that cannot be written is dropped and counted, and the first of a run of
 /// equal failures is told by `Failed`; a file that cannot be opened or was removed is tried again. The file
 /// is locked while it is written to (`OutputFile`), so that no two stations write to one. Bearings that the
@@ -44,12 +48,14 @@ class ZANSERVER_EXPORT Recorder final : public QObject, public IObserver {
 public:
     static constexpr int RETRY_MS = 5000; ///< between two attempts to open the file
     static constexpr int WATCH_MS = 1000; ///< between two looks at the name of the file
+    /// Between two files that begin because the time steps back.
+    static constexpr int STEP_BACK_MS = 60'000;
 
     /// Reads the settings, and opens the file when recording is on.
     /// \param files            what no recording may overwrite
     /// \param bytesPerMegabyte the unit of the size, which tests make small
     explicit Recorder(StationFiles files, qint64 bytesPerMegabyte = 1'000'000, int retryMs = RETRY_MS,
-                      int watchMs = WATCH_MS);
+                      int watchMs = WATCH_MS, int stepBackMs = STEP_BACK_MS);
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
     /// Closes the file.
@@ -101,6 +107,7 @@ private:
     const qint64 m_bytesPerMegabyte;
     const int m_retryMs;
     const int m_watchMs;
+    const int m_stepBackMs;
 
     ValueBool* m_pEnabled;
     ValueString* m_pFile;
@@ -124,6 +131,7 @@ private:
     QString m_name; // of the open file
     qint64 m_size = 0;
     quint64 m_latestTime = 0;
+    QDeadlineTimer m_nextStepBack; // before it no file begins because of one
     QByteArray m_line;
     bool m_hasRows = false; // the open file
     QString m_problem;

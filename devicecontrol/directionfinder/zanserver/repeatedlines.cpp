@@ -31,7 +31,7 @@ std::string RepeatedLines::Add(std::string_view line, Time now) {
     while (!whole.empty() && whole.back() == '\n') {
         whole.pop_back();
     }
-    std::string key = WithoutNumbers(whole);
+    std::string key = m_numbers == Numbers::Ignored ? WithoutNumbers(whole) : whole;
     if (const auto known = m_repetitions.find(key); known != m_repetitions.end()) {
         ++known->second.count;
     } else if (m_repetitions.size() == MAX_LINE_COUNT) {

@@ -66,6 +66,9 @@ public:
         } else if (m_deed == "garbage") {
             DeliverGarbage(*m_callback);
         } else {
+            if (m_deed == "errors") {
+                ReportErrors(*m_callback);
+            }
             Deliver(*m_callback, m_deed == "block" ? TEN_MILLIONS : 1);
         }
         m_callback->CloseDataLink();
@@ -87,6 +90,16 @@ private:
         status.heading = 1e300;
         unsigned long long time = 1000;
         callback.fillScanBuffer(0, time, 0, static_cast<unsigned>(bearings.size()), bearings.data(), status);
+    }
+
+    static void ReportErrors(KvZANCommon::IDriverCallback& callback) {
+        KvZANCommon::ErrorStruct error;
+        for (int i = 0; i < 1000; ++i) {
+            error.text = QStringLiteral("no lock of\nthe synthesizer");
+            callback.reportError(error);
+            error.text = QStringLiteral("overload of sample %1").arg(i);
+            callback.reportError(error);
+        }
     }
 
     static void Deliver(KvZANCommon::IDriverCallback& callback, unsigned count) {
