@@ -5,7 +5,8 @@ set(ZAN_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZANCommon)
 
 configure_package_config_file(
     cmake/ZANCommonConfig.cmake.in ${PROJECT_BINARY_DIR}/ZANCommonConfig.cmake
-    INSTALL_DESTINATION ${ZAN_PACKAGE_DIR})
+    INSTALL_DESTINATION ${ZAN_PACKAGE_DIR}
+    PATH_VARS ZAN_COMPONENT_DIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZANCommonConfigVersion.cmake
                                  COMPATIBILITY SameMinorVersion) # the ABI
 file(RELATIVE_PATH ZAN_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
