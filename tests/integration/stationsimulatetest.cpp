@@ -311,7 +311,9 @@ TEST_F(StationSimulateTest, AFullDiskLeavesWholeRowsAndAnError) {
     };
     StationResult result = bash(u"ulimit -f 10; exec \"$0\" simulate --out - >\"$1\""_s); // KiB
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.err, u"zanstation: standard output cannot be written: File too large\n"_s);
+    // A program that is measured for coverage has a word to say about its own files behind it.
+    EXPECT_TRUE(result.err.startsWith(u"zanstation: standard output cannot be written: File too large\n"_s))
+        << result.err.toStdString();
     const QByteArray written = ReadFile(m_out);
     EXPECT_GT(written.size(), 8000);
     EXPECT_TRUE(written.endsWith(",1,\n")) << written.last(100).toStdString();
