@@ -29,8 +29,8 @@ public:
             throw std::runtime_error("bad driver");
         }
         if (m_refused.contains(operation)) {
-            m_error = m_refused[operation];
-            return -2;
+            m_error = m_refused[operation].first;
+            return m_refused[operation].second;
         }
         return 0;
     }
@@ -55,9 +55,9 @@ public:
         const std::lock_guard lock(m_mutex);
         return m_callCount;
     }
-    void Refuse(const QString& operation, const QString& text) {
+    void Refuse(const QString& operation, const QString& text, long code = -2) {
         const std::lock_guard lock(m_mutex);
-        m_refused[operation] = text;
+        m_refused[operation] = {text, code};
     }
     void Allow(const QString& operation) {
         const std::lock_guard lock(m_mutex);
@@ -109,7 +109,7 @@ private:
     std::mutex m_mutex;
     QStringList m_calls;
     qsizetype m_callCount = 0;
-    QMap<QString, QString> m_refused;
+    QMap<QString, std::pair<QString, long>> m_refused; // with text and code
     QString m_thrown;
     QString m_error;
 };

@@ -106,6 +106,22 @@ protected:
         return text ? text->GetValue() : u"missing"_s;
     }
     static QString ReasonFor(const QString& wish) { return Report(wish, u"Reason"_s); }
+    /// Of a channel, in a block of several ones around another frequency.
+    [[nodiscard]] double FrequencyOf(long range, unsigned channel) const {
+        BearingBlock block;
+        block.status.frequency = 1.5e9;
+        block.range = range;
+        block.firstChannel = channel;
+        block.bearings.resize(2);
+        return m_control->GetFrequency(block, 0);
+    }
+    /// Between two channels of a wideband block.
+    [[nodiscard]] double WidebandStep() const {
+        BearingBlock block;
+        block.range = BearingBlock::WIDEBAND;
+        block.bearings.resize(3);
+        return m_control->GetFrequency(block, 2) - m_control->GetFrequency(block, 1);
+    }
     static void SetRanges(const QStringList& texts) {
         auto& list = Value<ValueStringList>(g_vdScanRanges);
         const auto transaction = list.CreateTransaction({TChangeCode::ListReplaced});
@@ -145,13 +161,13 @@ TEST_F(DeviceControlTest, ConnectedDeviceGetsAllWishesInTheirOrderAndTheModeAtLa
     Value<ValueBool>(g_vdPreAmplifierHf).SetValue(true);
     m_control->OnConnected();
     Settle();
-    EXPECT_EQ(
-        m_device.TakeCalls(),
-        (QStringList{u"SetGPSTimeUsage 1"_s, u"SetConverterSetup 0: preamplifier 1, 0 dB"_s,
-                     u"SetRfAttenuator 0 0"_s, u"SetGainControl auto -1"_s, u"SetFrequency 100000000"_s,
-                     u"SetAverageTime 0.5"_s, u"SetScanAveraging 1"_s, u"SetHoldTime 1000 0 500"_s,
-                     u"SetSRNumOfEmitters 1 0"_s, u"AlterMeasureSetting 100000000"_s, u"DeleteAllChannels"_s,
-                     u"AddFreqRange 0: 0-760/118000000"_s, u"SetAudioVolume 50"_s, u"SetMode 0"_s}));
+    EXPECT_EQ(m_device.TakeCalls(),
+              (QStringList{u"SetGPSTimeUsage 1"_s, u"SetConverterSetup 0: preamplifier 1, 0 dB"_s,
+                           u"SetRfAttenuator 0 0"_s, u"SetGainControl auto -1"_s, u"SetFrequency 100000000"_s,
+                           u"SetAverageTime 0.5"_s, u"SetScanAveraging 1"_s, u"SetHoldTime 1000 0 500"_s,
+                           u"SetSRNumOfEmitters 1 0"_s, u"AlterMeasureSetting 100000000"_s, u"SetMode 0"_s,
+                           u"DeleteAllChannels"_s, u"AddFreqRange 0: 0-760/118000000"_s,
+                           u"SetAudioVolume 50"_s, u"SetMode 0"_s}));
 }
 
 TEST_F(DeviceControlTest, NothingIsSentBeforeADeviceIsConnectedAndAfterItIsLost) {
@@ -679,17 +695,17 @@ TEST_F(DeviceControlTest, RangesReachTheDriverNumberedAndTheirChannelsCountedOn)
 TEST_F(DeviceControlTest, ChannelHasTheFrequencyOfItsRange) {
     DeviceControl& control = StartConnected();
     SetRanges({AIRBAND, MARINE});
-    EXPECT_TRUE(std::isnan(control.GetChannelFrequency(0, 0))) << "the device does not have them yet";
+    EXPECT_TRUE(std::isnan(FrequencyOf(0, 0))) << "the device does not have them yet";
     Settle();
-    EXPECT_EQ(control.GetChannelFrequency(0, 0), 118e6);
-    EXPECT_EQ(control.GetChannelFrequency(0, 760), 137e6);
-    EXPECT_EQ(control.GetChannelFrequency(1, 762), 156.025e6);
-    EXPECT_TRUE(std::isnan(control.GetChannelFrequency(0, 761)));
-    EXPECT_TRUE(std::isnan(control.GetChannelFrequency(1, 0)));
-    EXPECT_TRUE(std::isnan(control.GetChannelFrequency(2, 0)));
-    EXPECT_TRUE(std::isnan(control.GetChannelFrequency(-1, 0)));
+    EXPECT_EQ(FrequencyOf(0, 0), 118e6);
+    EXPECT_EQ(FrequencyOf(0, 760), 137e6);
+    EXPECT_EQ(FrequencyOf(1, 762), 156.025e6);
+    EXPECT_TRUE(std::isnan(FrequencyOf(0, 761)));
+    EXPECT_TRUE(std::isnan(FrequencyOf(1, 0)));
+    EXPECT_TRUE(std::isnan(FrequencyOf(2, 0)));
+    EXPECT_TRUE(std::isnan(FrequencyOf(-2, 0)));
     control.OnLost();
-    EXPECT_TRUE(std::isnan(control.GetChannelFrequency(0, 0)));
+    EXPECT_TRUE(std::isnan(FrequencyOf(0, 0)));
 }
 
 TEST_F(DeviceControlTest, RangeThatStraddlesTwoAntennasIsMovedAndTold) {
@@ -743,7 +759,7 @@ TEST_F(DeviceControlTest, RefusedRangesAreReplacedByThoseThatTheDeviceHadBefore)
               (QStringList{u"DeleteAllChannels"_s, u"AddFreqRange 0: 0-760/118000000"_s}));
     EXPECT_EQ(Value<ValueStringList>(g_vdScanRanges).GetElements(), std::vector{AIRBAND});
     EXPECT_EQ(ReasonFor(u"ScanRanges"_s), u"too many"_s);
-    EXPECT_EQ(m_control->GetChannelFrequency(0, 0), 118e6);
+    EXPECT_EQ(FrequencyOf(0, 0), 118e6);
 }
 
 TEST_F(DeviceControlTest, DeviceThatRefusesEveryRangeIsNotAskedForEver) {
@@ -767,7 +783,7 @@ TEST_F(DeviceControlTest, MoreChannelsThanTheDeviceHasAreRefused) {
 }
 
 TEST_F(DeviceControlTest, DeviceThatScansIsInStandbyWhileItsRangesChange) {
-    DeviceControl& control = StartConnected();
+    StartConnected();
     SetRanges({AIRBAND});
     Value<ValueSelection>(g_vdOperationMode).SetCurrentKey(OPMODE_SCAN);
     Settle();
@@ -777,7 +793,7 @@ TEST_F(DeviceControlTest, DeviceThatScansIsInStandbyWhileItsRangesChange) {
     Settle();
     EXPECT_EQ(m_device.TakeCalls(), (QStringList{u"SetMode 0"_s, u"DeleteAllChannels"_s,
                                                  u"AddFreqRange 0: 0-240/156000000"_s, u"SetMode 3"_s}));
-    EXPECT_EQ(control.GetChannelFrequency(0, 0), 156e6);
+    EXPECT_EQ(FrequencyOf(0, 0), 156e6);
     m_device.Refuse(u"AddFreqRange"_s, u"too many"_s);
     m_now += 1s;
     SetRanges({AIRBAND});
@@ -785,19 +801,87 @@ TEST_F(DeviceControlTest, DeviceThatScansIsInStandbyWhileItsRangesChange) {
     m_device.Allow(u"AddFreqRange"_s);
     Pass(1s);
     EXPECT_EQ(LastCall(), u"SetMode 3"_s) << "it goes on with those that it had";
-    EXPECT_EQ(control.GetChannelFrequency(0, 0), 156e6);
+    EXPECT_EQ(FrequencyOf(0, 0), 156e6);
+}
+
+TEST_F(DeviceControlTest, DeviceWhoseRangesWereRefusedInPartMeasuresAgainWhenItHasTheOldOnes) {
+    StartConnected();
+    SetRanges({AIRBAND});
+    Value<ValueSelection>(g_vdOperationMode).SetCurrentKey(OPMODE_SCAN);
+    Settle();
+    m_device.Refuse(u"AddFreqRange"_s, u"too many"_s);
+    m_now += 1s;
+    SetRanges({MARINE});
+    Settle();
+    m_device.Allow(u"AddFreqRange"_s);
+    m_device.TakeCalls();
+    EXPECT_TRUE(std::isnan(FrequencyOf(0, 0))) << "nobody knows what it has taken";
+    Pass(1s);
+    EXPECT_EQ(m_device.TakeCalls(),
+              (QStringList{u"DeleteAllChannels"_s, u"AddFreqRange 0: 0-760/118000000"_s, u"SetMode 3"_s}));
+    EXPECT_EQ(FrequencyOf(0, 0), 118e6);
+}
+
+TEST_F(DeviceControlTest, DeviceThatWasResetStandsByBeforeItGetsItsRanges) {
+    StartConnected();
+    SetRanges({AIRBAND});
+    Value<ValueSelection>(g_vdOperationMode).SetCurrentKey(OPMODE_SCAN);
+    Settle();
+    m_device.TakeCalls();
+    m_control->OnConnected(); // it may have gone on measuring
+    EXPECT_TRUE(std::isnan(FrequencyOf(0, 0)));
+    Settle();
+    const QStringList calls = m_device.TakeCalls();
+    const qsizetype standby = calls.indexOf(u"SetMode 0"_s);
+    EXPECT_TRUE(standby >= 0 && standby < calls.indexOf(u"DeleteAllChannels"_s))
+        << calls.join(u' ').toStdString();
+    EXPECT_EQ(calls.last(), u"SetMode 3"_s);
+    EXPECT_EQ(FrequencyOf(0, 0), 118e6);
+}
+
+TEST_F(DeviceControlTest, BlockOfOneChannelHasTheReceiveFrequencyWhileTheRangesAreNotKnown) {
+    Start();
+    BearingBlock block;
+    block.status.frequency = 127.5e6;
+    block.bearings.resize(1);
+    EXPECT_EQ(m_control->GetFrequency(block, 0), 127.5e6);
+    block.bearings.resize(2);
+    EXPECT_TRUE(std::isnan(m_control->GetFrequency(block, 0)));
+}
+
+TEST_F(DeviceControlTest, DriverThatTakesNoRangesTellsTheFrequencyOfEachBlock) {
+    m_device.Refuse(u"DeleteAllChannels"_s, {}, KvZANCommon::NullDriver::NOT_SUPPORTED);
+    StartConnected();
+    SetRanges({AIRBAND});
+    Pass(1s);
+    EXPECT_EQ(FrequencyOf(0, 0), 1.5e9);
+    m_control->OnLost();
+    EXPECT_TRUE(std::isnan(FrequencyOf(0, 0)));
+}
+
+TEST_F(DeviceControlTest, PieceOfAWidebandBlockHasTheFrequenciesOfItsPlace) {
+    StartConnected();
+    const double step = WidebandStep();
+    BearingBlock piece;
+    piece.range = BearingBlock::WIDEBAND;
+    piece.status.frequency = 1.5e9;
+    piece.bearings.resize(3);
+    piece.whole = 7;
+    piece.firstOfWhole = 3;
+    EXPECT_EQ(m_control->GetFrequency(piece, 0), 1.5e9);
+    EXPECT_EQ(m_control->GetFrequency(piece, 2), 1.5e9 + 2 * step);
 }
 
 TEST_F(DeviceControlTest, ResolutionBandwidthIsWhatTheDeviceHas) {
     Start();
-    EXPECT_TRUE(std::isnan(m_control->GetResolutionBandwidth())) << "no device";
+    EXPECT_TRUE(std::isnan(WidebandStep())) << "no device";
     m_control->OnConnected();
     Settle();
     const auto df = *m_device.With([](FakeDevice& device) { return device.df; });
     EXPECT_GT(df.resolutionBandwidth, 0.0);
-    EXPECT_EQ(m_control->GetResolutionBandwidth(), df.resolutionBandwidth);
+    EXPECT_EQ(WidebandStep(), df.resolutionBandwidth);
     m_control->OnLost();
-    EXPECT_TRUE(std::isnan(m_control->GetResolutionBandwidth()));
+    EXPECT_TRUE(std::isnan(WidebandStep()));
 }
 
 TEST_F(DeviceControlTest, SectorsThatTheRangesFilterAwayArePublished) {
@@ -1071,9 +1155,11 @@ TEST_F(DeviceControlTest, DriverThatIsGivenUpGetsNothingMore) {
                         std::make_shared<DriverReceiver>(ADDRESS), [](DriverCall) { return 300ms; });
     DeviceControl control(thread, ADDRESS);
     control.OnConnected();
-    EXPECT_TRUE(SpinUntil([&] {
+    QStringList calls;
+    EXPECT_TRUE(SpinUntil([&] { // stands by before the ranges, and gets its mode at the end
         thread.Wait();
-        return device->TakeCalls().contains(u"SetMode 0"_s);
+        calls += device->TakeCalls();
+        return calls.count(u"SetMode 0"_s) == 2;
     }));
     thread.Wait();
     QCoreApplication::processEvents(); // the answer, and what follows it

@@ -81,6 +81,8 @@ TEST(DriverReceiver, PieceOfABlockTellsItsFirstChannel) {
     QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver, [&](const BearingBlock& block) {
         EXPECT_EQ(block.firstChannel, next);
         EXPECT_EQ(block.range, 7);
+        EXPECT_EQ(block.firstOfWhole, next - 100);
+        EXPECT_EQ(block.GetWholeCount(), 1000U);
         next += static_cast<unsigned>(block.bearings.size());
     });
     std::vector<Bearing> bearings(1000);
@@ -89,6 +91,22 @@ TEST(DriverReceiver, PieceOfABlockTellsItsFirstChannel) {
     receiver.fillScanBuffer(7, time, 100, 1000, bearings.data(), status);
     receiver.PassOnWaiting();
     EXPECT_EQ(next, 1100U);
+}
+
+TEST(DriverReceiver, CountWithoutBearingsOrValuesIsNone) {
+    DriverReceiver receiver(u"null"_s);
+    std::vector<std::size_t> counts;
+    QObject::connect(&receiver, &DriverReceiver::BlockReceived, &receiver,
+                     [&](const BearingBlock& block) { counts.push_back(block.bearings.size()); });
+    QObject::connect(
+        &receiver, &DriverReceiver::TestValuesReceived, &receiver,
+        [&](const QList<double>& values) { counts.push_back(static_cast<std::size_t>(values.size())); });
+    unsigned long long time = 0;
+    KvZANCommon::StatusStruct status;
+    receiver.fillScanBuffer(7, time, 100, 1000, nullptr, status);
+    receiver.fillTestValuesBuffer(nullptr, 10);
+    receiver.PassOnWaiting();
+    EXPECT_EQ(counts, (std::vector<std::size_t>{0, 0}));
 }
 
 TEST(DriverReceiver, FixesTestValuesAndResultsOfTestsArrive) {

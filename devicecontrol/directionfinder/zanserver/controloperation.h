@@ -1,6 +1,7 @@
 #pragma once
 
 #include "zancommon/idriver.h"
+#include "zancommon/nulldriver.h"
 #include "zanserver/controlclock.h"
 #include "zanserver/drivererrands.h"
 #include "zanserver/wishreport.h"
@@ -22,6 +23,9 @@ struct ControlHost {
 
     /// An operation has been carried out as it was wished last.
     virtual void OnCarriedOut(ControlOperation& operation) = 0;
+    /// One of the calls of an operation has returned: the device no longer has what was carried out before,
+    /// and has what is wished when all calls are done.
+    virtual void OnPartlyDone(ControlOperation& operation) = 0;
     /// An operation is no longer under way.
     virtual void OnSettled(ControlOperation& operation) = 0;
     /// It is known now, or no longer, whether the values of an operation show what the device has
@@ -82,10 +86,13 @@ public:
         ++m_generation;
         m_isWaiting = false;
         m_notBefore = {};
+        m_isUnsupported = false;
         ForgetRefused();
         SetKnown(true);
     }
 
+    /// Whether the driver has refused the last wish because it does not support the operation.
+    [[nodiscard]] bool IsUnsupported() const { return m_isUnsupported; }
     /// False: the values hold a wish that was refused, and what the device has is not known.
     [[nodiscard]] bool IsKnown() const { return m_isKnown; }
     [[nodiscard]] bool IsUnderWay() const { return m_isUnderWay; }
@@ -130,6 +137,7 @@ protected:
     const DriverCall m_kind;
     WishReport m_report;
     bool m_isWaiting = false;
+    bool m_isUnsupported = false;
 
 private:
     bool m_isUnderWay = false;
@@ -273,10 +281,14 @@ private:
     }
 
     void TakeResult() {
+        if constexpr (Policy::IS_PARTLY_DONE) {
+            m_host.OnPartlyDone(*this);
+        }
         if (!m_hasReturned) {
             m_result = -1;
             m_error = QStringLiteral("the driver threw an exception");
         }
+        m_isUnsupported = m_result == KvZANCommon::NullDriver::NOT_SUPPORTED;
         if (m_result == 0 && ++m_callNumber < m_callCount) {
             SendCall(m_kind);
         } else if (m_result == 0) {

@@ -97,9 +97,9 @@ public:
         for (ControlOperation* const each : m_operations) {
             each->Forget();
         }
-        m_ranges.clear();
+        m_ranges.reset();
         m_compasses.Stop();
-        m_values.isScanning = false;
+        m_values.isScanning = true; // nobody has told it to stop: it stands by before it gets its ranges
         m_commands.SetConnected(true);
         if (m_values.compassValue->GetValue() >= 0) {
             m_compassReport.Tell(Compass::Describe(m_values.compassValue->GetValue()), {},
@@ -122,7 +122,7 @@ public:
             each->Forget();
         }
         m_awaited = nullptr;
-        m_ranges.clear();
+        m_ranges.reset();
         m_wakeUp.stop();
         m_compasses.Stop();
         m_status.Forget();
@@ -186,12 +186,18 @@ public:
         }
     }
 
+    void OnPartlyDone(ControlOperation& operation) override {
+        if (&operation == m_scanRanges) {
+            m_ranges.reset();
+        }
+    }
+
     void OnSettled(ControlOperation& operation) override {
         if (&operation == m_compass && !operation.IsWaiting()) {
             m_values.compassValue->SetValue(-1, &m_control); // refused, too
         }
-        m_mode->WishWaiting();
         operation.WishWaiting();
+        m_mode->WishWaiting();
         if (&operation == m_scanRanges && std::exchange(m_values.isScanning, false)) {
             m_mode->ForgetCarriedOut(); // it is in standby
             m_mode->WishAgain();
@@ -229,16 +235,32 @@ public:
                 return true; // it comes to its turn
             }
         }
-        return &operation == m_mode && std::ranges::any_of(m_operations, [](const ControlOperation* each) {
-            return each->IsUnderWay();
-        });
+        // Ranges that wait have been refused in part: it would measure with those that it has taken.
+        return &operation == m_mode && (m_scanRanges->IsWaiting() ||
+                                        std::ranges::any_of(m_operations, [](const ControlOperation* each) {
+                                            return each->IsUnderWay();
+                                        }));
     }
 
-    [[nodiscard]] const std::vector<FreqRangeDefinition>& GetRanges() const { return m_ranges; }
-    [[nodiscard]] double GetResolutionBandwidth() const {
-        const auto& settings = m_measure->GetCarriedOut();
-        return settings && settings->df.resolutionBandwidth > 0.0 ? settings->df.resolutionBandwidth
-                                                                  : std::numeric_limits<double>::quiet_NaN();
+    [[nodiscard]] double GetFrequency(const BearingBlock& block, std::size_t bearing) const {
+        if (block.kind != BearingBlock::Kind::Scan) {
+            return block.status.frequency;
+        }
+        if (block.range ==
+            BearingBlock::WIDEBAND) { // the receive frequency is that of the channel in the middle
+            const double middle = (static_cast<double>(block.GetWholeCount()) - 1.0) / 2.0;
+            return block.status.frequency +
+                   (static_cast<double>(block.firstOfWhole + bearing) - middle) * GetResolutionBandwidth();
+        }
+        if (m_ranges && !m_ranges->empty()) {
+            return ScanRanges::GetChannelFrequency(*m_ranges, block.range,
+                                                   block.firstChannel + static_cast<unsigned>(bearing));
+        }
+        // A driver that takes no ranges tells the frequency with each block. From any other one that is the
+        // receive frequency, which is that of a channel only where there is but one.
+        return m_scanRanges->IsUnsupported() || block.GetWholeCount() == 1
+                   ? block.status.frequency
+                   : std::numeric_limits<double>::quiet_NaN();
     }
     [[nodiscard]] DeviceStatus& GetStatus() { return m_status; }
     [[nodiscard]] DeviceCommands& GetCommands() { return m_commands; }
@@ -351,15 +373,21 @@ private:
     void TakeRanges() {
         m_ranges = m_scanRanges->GetCarriedOut()->ranges;
         m_filterRanges.Reset();
-        for (const FreqRangeDefinition& range : m_ranges) {
+        for (const FreqRangeDefinition& range : *m_ranges) {
             const auto& filter = range.GetFilterSettings();
             m_filterRanges.AddDeviceFilterRange({range.GetStartFreq(),
                                                  range.GetStopFreq(),
                                                  {{filter.azimuthFrom / 100.0, filter.azimuthTo / 100.0}}});
         }
         m_filterRanges.Publish();
-        m_status.SetChannelCount(m_ranges.empty() ? 0
-                                                  : static_cast<int>(m_ranges.back().GetLastChannel() + 1));
+        m_status.SetChannelCount(m_ranges->empty() ? 0
+                                                   : static_cast<int>(m_ranges->back().GetLastChannel() + 1));
+    }
+
+    [[nodiscard]] double GetResolutionBandwidth() const {
+        const auto& settings = m_measure->GetCarriedOut();
+        return settings && settings->df.resolutionBandwidth > 0.0 ? settings->df.resolutionBandwidth
+                                                                  : std::numeric_limits<double>::quiet_NaN();
     }
 
     void AskSweepTime() {
@@ -410,7 +438,8 @@ private:
     OperationOf<Ranges>* m_scanRanges = nullptr;
     ControlOperation* m_compass = nullptr;
     OperationOf<Mode>* m_mode = nullptr;
-    std::vector<FreqRangeDefinition> m_ranges;
+    std::optional<std::vector<FreqRangeDefinition>>
+        m_ranges; ///< of the device; nothing while that is not known
     QTimer m_wakeUp;
     QTimer m_keeping;
     WishReport m_compassReport{Compass::NAME};
@@ -435,16 +464,8 @@ void DeviceControl::OnLost() {
     m_impl->Lose();
 }
 
-const std::vector<FreqRangeDefinition>& DeviceControl::GetRanges() const {
-    return m_impl->GetRanges();
-}
-
-double DeviceControl::GetChannelFrequency(long range, unsigned channel) const {
-    return ScanRanges::GetChannelFrequency(GetRanges(), range, channel);
-}
-
-double DeviceControl::GetResolutionBandwidth() const {
-    return m_impl->GetResolutionBandwidth();
+double DeviceControl::GetFrequency(const BearingBlock& block, std::size_t bearing) const {
+    return m_impl->GetFrequency(block, bearing);
 }
 
 DeviceStatus& DeviceControl::GetStatus() {

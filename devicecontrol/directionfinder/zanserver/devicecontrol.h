@@ -3,16 +3,16 @@
 #include "zanserver_export.h"
 
 #include "kwbase/observable.h"
-#include "zancommon/freqrangedefinition.h"
 #include "zanserver/devicestatus.h"
+#include "zanserver/driverreceiver.h"
 #include "zanserver/driverthread.h"
 
 #include <QString>
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
-#include <vector>
 
 namespace ZANServer {
 
@@ -70,14 +70,12 @@ public:
     /// The device is gone: nothing is sent until it is connected again. What it has told is not measured.
     void OnLost();
 
-    /// The ranges as the device has them, numbered, in order; empty while that is not known.
-    [[nodiscard]] const std::vector<KvZANCommon::FreqRangeDefinition>& GetRanges() const;
-    /// Hz, of a channel of a scan (`IDriverCallback::fillScanBuffer`). NaN for a range or channel that there
-    /// is not.
-    [[nodiscard]] double GetChannelFrequency(long range, unsigned channel) const;
-
-    /// Hz, as the device has it; NaN while that is not known.
-    [[nodiscard]] double GetResolutionBandwidth() const;
+    /// The frequency (Hz) of a bearing of a block; NaN while that is not known. In a scan it is that of the
+    /// channel of the ranges that the device has, in a wideband block that of the channel at this place
+    /// around the receive frequency, else the receive frequency. While it is not known which ranges the
+    /// device has (they are being set, or were refused in part), a block of several channels has no
+    /// frequencies. \param bearing the place in the block
+    [[nodiscard]] double GetFrequency(const BearingBlock& block, std::size_t bearing) const;
 
     [[nodiscard]] DeviceStatus& GetStatus();
     [[nodiscard]] DeviceCommands& GetCommands();

@@ -66,7 +66,8 @@ void DriverReceiver::fillFFMSRBuffer(KvZANCommon::SuperResolutionStruct& data,
 }
 
 void DriverReceiver::fillTestValuesBuffer(double* values, unsigned short count) {
-    Post(QList<double>(values, values + count), count * sizeof(double));
+    const unsigned short valid = values ? count : 0;
+    Post(QList<double>(values, values + valid), valid * sizeof(double));
 }
 
 void DriverReceiver::fillGPSData(double latitude, double longitude, unsigned long long time, bool valid,
@@ -75,13 +76,15 @@ void DriverReceiver::fillGPSData(double latitude, double longitude, unsigned lon
 }
 
 void DriverReceiver::PostBearings(BearingBlock head, unsigned count, const Bearing* bearings) {
-    std::size_t rest = count;
+    std::size_t rest = bearings ? count : 0;
+    head.whole = rest > m_longestPiece ? rest : 0;
     do { // also for a block without bearings, which carries the state of the device
         const std::size_t length = std::min(rest, m_longestPiece);
         BearingBlock piece = head;
         piece.bearings.assign(bearings, bearings + length);
         Post(std::move(piece), length * sizeof(Bearing));
         head.firstChannel += static_cast<unsigned>(length);
+        head.firstOfWhole += length;
         bearings += length;
         rest -= length;
     } while (rest > 0);

@@ -33,6 +33,13 @@ struct BearingBlock {
     Kind kind = Kind::Scan;
     long range = 0;            ///< index of the frequency range
     unsigned firstChannel = 0; ///< of the first bearing, as the range counts
+
+    // Of a piece of a block that was too large:
+    std::size_t firstOfWhole = 0; ///< place of the first bearing in the whole
+    std::size_t whole = 0;        ///< bearings of the whole; 0: this is no piece
+
+    /// How many bearings the driver has delivered together.
+    [[nodiscard]] std::size_t GetWholeCount() const { return whole > 0 ? whole : bearings.size(); }
 };
 
 /// A position fix of the device.

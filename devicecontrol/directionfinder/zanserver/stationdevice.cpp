@@ -45,7 +45,7 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
             [this, isRecording = choice.name == DriverChoice::REPLAY](const PositionFix& fix) {
                 if (isRecording) {
                     m_station.TakeRecordedPosition(fix);
-                } else {
+                } else if (IsCurrent()) {
                     m_station.TakePosition(fix);
                 }
             });
@@ -61,8 +61,9 @@ StationDevice::StationDevice(Station& station, const DriverChoice& choice, Drive
                 [this](const KvZANCommon::ErrorStruct& result) {
                     m_control->GetCommands().OnTestResult(result);
                 });
-        m_station.SetFrequencyOf(
-            [this](const BearingBlock& block, std::size_t bearing) { return GetFrequency(block, bearing); });
+        m_station.SetFrequencyOf([this](const BearingBlock& block, std::size_t bearing) {
+            return m_control->GetFrequency(block, bearing);
+        });
     }
     connect(&m_link, &DriverLink::Connected, this, &StationDevice::OnConnected);
     connect(&m_link, &DriverLink::StateChanged, this, &StationDevice::PublishState);
@@ -84,22 +85,16 @@ void StationDevice::Close() {
     m_control.reset();
 }
 
-double StationDevice::GetFrequency(const BearingBlock& block, std::size_t bearing) const {
-    if (block.kind != BearingBlock::Kind::Scan) {
-        return block.status.frequency;
-    }
-    if (block.range == BearingBlock::WIDEBAND) { // the receive frequency is that of the channel in the middle
-        const double middle = (static_cast<double>(block.bearings.size()) - 1.0) / 2.0;
-        return block.status.frequency +
-               (static_cast<double>(bearing) - middle) * m_control->GetResolutionBandwidth();
-    }
-    if (m_control->GetRanges().empty()) { // the driver takes none: it tells the frequency with each block
-        return block.status.frequency;
-    }
-    return m_control->GetChannelFrequency(block.range, block.firstChannel + static_cast<unsigned>(bearing));
+/// Of a device that is lost nothing is current, whatever still comes.
+bool StationDevice::IsCurrent() const {
+    return m_link.GetState() == DriverLink::State::Connected ||
+           m_link.GetState() == DriverLink::State::Closed;
 }
 
 void StationDevice::TakeBlock(BearingBlock& block) {
+    if (!IsCurrent()) {
+        return;
+    }
     if (IsWithinDuration(block.time)) {
         for (const QString& fault : m_check->Check(block)) {
             Q_EMIT Refused(fault);

@@ -68,8 +68,7 @@ private:
     ZANSERVER_NO_EXPORT void TakeBlock(BearingBlock& block);
     [[nodiscard]] ZANSERVER_NO_EXPORT bool IsWithinDuration(quint64 time);
     /// NaN: not known.
-    [[nodiscard]] ZANSERVER_NO_EXPORT double GetFrequency(const BearingBlock& block,
-                                                          std::size_t bearing) const;
+    [[nodiscard]] ZANSERVER_NO_EXPORT bool IsCurrent() const;
     ZANSERVER_NO_EXPORT void OnConnected();
     ZANSERVER_NO_EXPORT void GiveFirstCommand();
     ZANSERVER_NO_EXPORT void LogCommand(const QString& command);
