@@ -1,5 +1,6 @@
 #include "zanstation/runcommand.h"
 
+#include "connections/interfacecreator.h"
 #include "connections/interruptibleinput.h"
 #include "connections/outputfile.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
@@ -717,6 +718,12 @@ int Run(const QStringList& arguments) {
         options.output = AbsolutePath(*options.output);
     }
     options.serial = line.Text(u"serial"_s);
+    if (options.serial && !options.serial->isEmpty()) {
+        if (const QString reason = CInterfaceCreator::CheckAddress(*options.serial); !reason.isEmpty()) {
+            return CommandLine::Refuse(
+                u"%1 is not the address of a serial line: %2"_s.arg(*options.serial, reason));
+        }
+    }
     options.record = line.Text(u"record"_s);
     if (options.record && !options.record->isEmpty()) {
         options.record = QFileInfo(*options.record).absoluteFilePath();

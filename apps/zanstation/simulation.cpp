@@ -179,7 +179,7 @@ void Simulation::TakeBlock(const BearingBlock& block) {
         }
         if (!AreFrequenciesKnown(block)) {
             End(u"the scenario lets the device measure channels that were not asked for: ask for them with "
-                "--mode and --ranges"_s);
+                "--ranges"_s);
             return;
         }
         BlockRow::Put(block, i, row);

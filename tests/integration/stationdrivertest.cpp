@@ -75,6 +75,15 @@ TEST_F(StationDriverTest, FirstModeOfADriverThatDoesNotScanIsMeasuredIn) {
     EXPECT_FALSE(result.err.contains(u"OperationMode"_s)) << result.err.toStdString();
 }
 
+TEST_F(StationDriverTest, SerialLineThatIsNoneIsRefusedAndNotKept) {
+    const StationResult result =
+        RunStation(Arguments({u"--serial"_s, u"nonsense"_s, u"--duration"_s, u"0.1"_s}));
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(result.err.contains(u"nonsense is not the address of a serial line: "_s))
+        << result.err.toStdString();
+    EXPECT_FALSE(Settings().contains(u"nonsense"_s));
+}
+
 TEST_F(StationDriverTest, DriverThatHangsAtTheEndIsToldAndTheRunHasFailed) {
     const StationResult result = RunStation(Wild(u"hang"_s) + QStringList{u"--duration"_s, u"0.2"_s});
     EXPECT_EQ(result.exitCode, 1);
@@ -199,6 +208,13 @@ TEST_F(StationDriverTest, DriverThatThrowsIsToldAndTriedAgain) {
 TEST_F(StationDriverTest, TenMillionBearingsInABlockAreProcessedInBoundedMemory) {
     const StationResult result = RunUntil(Wild(u"block"_s) + QStringList{u"--interval"_s, u"10"_s}, 1);
     EXPECT_EQ(result.exitCode, 143) << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, WhatALostDeviceStillDeliversIsNotPassedOn) {
+    const StationResult result = RunStation(Wild(u"goeson"_s) + QStringList{u"--duration"_s, u"0.5"_s});
+    EXPECT_TRUE(result.err.contains(u"the device is lost"_s)) << result.err.toStdString();
+    EXPECT_TRUE(result.out.contains(QRegularExpression(u"bearings in +1\n"_s))) << result.out.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
 }
 
 TEST_F(StationDriverTest, NumbersThatCannotBeAreToldAndMakeNoSentences) {

@@ -210,7 +210,7 @@ TEST_F(StationSimulateTest, ARecordingOfSilenceHasNoRowsAndSaysSo) {
 TEST_F(StationSimulateTest, ChannelsWhoseFrequenciesAreNotKnownAreRefused) {
     const QString error =
         u"zanstation: the scenario lets the device measure channels that were not asked for: "
-        "ask for them with --mode and --ranges\n"_s;
+        "ask for them with --ranges\n"_s;
     const QByteArray toRanges =
         R"(, "wishes": [{"at": 5, "mode": "scan", "ranges": [{"start": 127e6, "step": 25e3, "stop": 128e6}]}])";
     StationResult result = Simulate({u"--scenario"_s, Scenario(toRanges)});

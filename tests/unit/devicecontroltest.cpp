@@ -400,7 +400,7 @@ TEST_F(DeviceControlTest, FrequencyThatNoAntennaServesBeforeAnyWasCarriedOutGoes
     EXPECT_EQ(Frequency().GetState(), TValueState::Valid);
     EXPECT_EQ(Report(u"Frequency"_s, u"Asked"_s), u"100 MHz"_s);
     EXPECT_EQ(Report(u"Frequency"_s, u"CarriedOut"_s), u"99 MHz"_s);
-    EXPECT_TRUE(ReasonFor(u"Frequency"_s).startsWith(u"no antenna serves it"_s));
+    EXPECT_TRUE(ReasonFor(u"Frequency"_s).startsWith(u"no antenna serves"_s));
 }
 
 TEST_F(DeviceControlTest, RefusedFrequencyIsNotMeasuredWhenTheDriverCannotTellThatOfTheDevice) {
@@ -882,6 +882,18 @@ TEST_F(DeviceControlTest, ResolutionBandwidthIsWhatTheDeviceHas) {
     EXPECT_EQ(WidebandStep(), df.resolutionBandwidth);
     m_control->OnLost();
     EXPECT_TRUE(std::isnan(WidebandStep()));
+}
+
+TEST_F(DeviceControlTest, WidebandBlockHasNoFrequenciesWhileTheBandwidthOfItsChannelsChanges) {
+    StartConnected();
+    const double before = WidebandStep();
+    auto& bandwidth = Value<ValueSelection>(g_vdDfBandwidth);
+    const long other = bandwidth.GetCurrentIndex() == 0 ? 1 : 0;
+    ASSERT_TRUE(bandwidth.SetCurrentIndex(other));
+    EXPECT_TRUE(std::isnan(WidebandStep()));
+    Settle();
+    EXPECT_NE(WidebandStep(), before);
+    EXPECT_EQ(WidebandStep(), bandwidth.GetItems()[static_cast<std::size_t>(other)].GetValue());
 }
 
 TEST_F(DeviceControlTest, SectorsThatTheRangesFilterAwayArePublished) {

@@ -308,6 +308,19 @@ TEST_F(OutputValuesTest, CountersAndStatesFollowWithTheNextPublication) {
     EXPECT_EQ(Text(g_vdFileEnabled), u"1"_s) << "the switch is as it was";
 }
 
+TEST_F(OutputValuesTest, BearingsWhileEverythingIsOffAreCountedAsWithoutASink) {
+    Make(false);
+    NewBearing();
+    NewBearing(0); // not published
+    EXPECT_TRUE(Set(g_vdFileEnabled, u"true"_s));
+    NewBearing();
+    EXPECT_TRUE(Set(g_vdFileEnabled, u"false"_s));
+    NewBearing();
+    EXPECT_TRUE(SpinUntil([] { return Text(g_vdOutWithoutSink) == u"2"_s; }))
+        << Text(g_vdOutWithoutSink).toStdString();
+    EXPECT_EQ(Text(g_vdFileSentences), u"1"_s);
+}
+
 TEST_F(OutputValuesTest, DroppedSentencesAreCounted) {
     Make(true);
     EXPECT_TRUE(Set(g_vdFileName, u"/dev/full"_s));

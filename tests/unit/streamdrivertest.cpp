@@ -56,6 +56,13 @@ protected:
         ASSERT_EQ(Open(address), StreamDriver::OK) << m_driver.GetLastError().toStdString();
         ASSERT_EQ(m_driver.SetMode(mode), StreamDriver::OK);
     }
+    [[nodiscard]] std::size_t CountBearings() const {
+        std::size_t count = 0;
+        for (const BearingBlock& block : m_blocks) {
+            count += block.bearings.size();
+        }
+        return count;
+    }
     [[nodiscard]] bool WaitForBlocks(std::size_t count) {
         return SpinUntil([&] { return m_blocks.size() >= count; });
     }
@@ -258,18 +265,54 @@ TEST_F(StreamDriverTest, SerialLineIsReadFromTheFirstWholeLineOnUntilItIsUnplugg
     EXPECT_TRUE(WaitForLoss());
 }
 
-TEST_F(StreamDriverTest, FifoIsReadAndIsThereAgainForTheNextWriter) {
+TEST_F(StreamDriverTest, FifoLosesNothingOfWritersThatComeAndGo) {
     const QString name = m_directory.filePath(u"fifo"_s);
     ASSERT_EQ(mkfifo(name.toLocal8Bit().constData(), 0600), 0);
-    for (const int round : {1, 2}) {
-        Start(name);
-        {
-            QFile writer(name);
-            ASSERT_TRUE(writer.open(QFile::WriteOnly | QFile::Unbuffered));
-            writer.write(ROW);
+    Start(name);
+    constexpr std::size_t WRITERS = 20;
+    for (std::size_t i = 1; i <= WRITERS; ++i) {
+        QFile writer(name);
+        ASSERT_TRUE(writer.open(QFile::WriteOnly | QFile::Unbuffered));
+        writer.write(ROW);
+        if (i % 2 == 0) { // the others may meet a reader that has not seen the end yet
+            ASSERT_TRUE(SpinUntil([&] { return CountBearings() == i; })) << i;
         }
-        ASSERT_TRUE(WaitForBlocks(static_cast<std::size_t>(round)));
-        ASSERT_TRUE(SpinUntil([&] { return m_closed == round; }));
+    }
+    EXPECT_TRUE(SpinUntil([this] { return CountBearings() == WRITERS; })) << CountBearings();
+    EXPECT_EQ(m_closed, 0);
+}
+
+TEST_F(StreamDriverTest, CutLineOfAWriterDoesNotRunIntoThatOfTheNextOne) {
+    const QString name = m_directory.filePath(u"fifo"_s);
+    ASSERT_EQ(mkfifo(name.toLocal8Bit().constData(), 0600), 0);
+    Start(name);
+    {
+        QFile writer(name);
+        ASSERT_TRUE(writer.open(QFile::WriteOnly | QFile::Unbuffered));
+        writer.write("17000");
+    }
+    ASSERT_TRUE(SpinUntil([this] { return m_errors.size() == 1; }));
+    EXPECT_TRUE(m_errors.first().contains(u"line cut short"_s)) << m_errors.first().toStdString();
+    QFile writer(name);
+    ASSERT_TRUE(writer.open(QFile::WriteOnly | QFile::Unbuffered));
+    writer.write(ROW);
+    ASSERT_TRUE(WaitForBlocks(1));
+    EXPECT_EQ(m_errors.size(), 1);
+}
+
+TEST_F(StreamDriverTest, FifoThatIsRemovedOrReplacedIsLost) {
+    const QString name = m_directory.filePath(u"fifo"_s);
+    for (const int round : {1, 2}) {
+        ASSERT_EQ(mkfifo(name.toLocal8Bit().constData(), 0600), 0);
+        Start(name);
+        QFile writer(name);
+        ASSERT_TRUE(writer.open(QFile::WriteOnly | QFile::Unbuffered));
+        QFile::remove(name);
+        if (round == 2) {
+            ASSERT_EQ(mkfifo(name.toLocal8Bit().constData(), 0600), 0);
+        }
+        writer.close();
+        EXPECT_TRUE(SpinUntil([&] { return m_closed == round; }));
     }
 }
 

@@ -176,6 +176,10 @@ public:
 
     /// What the device has; nothing while that is not known.
     [[nodiscard]] const std::optional<Arguments>& GetCarriedOut() const { return m_carriedOut; }
+    /// What the device is getting, until it has confirmed it; null while it gets nothing.
+    [[nodiscard]] const Arguments* GetBeingSent() const {
+        return IsUnderWay() && (m_phase == EPhase::SET || m_phase == EPhase::CONFIRM) ? &m_wanted : nullptr;
+    }
     void SetCarriedOut(const Arguments& arguments) { m_carriedOut = arguments; }
     /// The device has something else now.
     void ForgetCarriedOut() { m_carriedOut.reset(); }

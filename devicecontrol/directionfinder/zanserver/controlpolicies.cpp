@@ -250,7 +250,9 @@ EWish Frequency::Read(double& frequency, WishChange& change) const {
     }
     change.asked = Describe(asked);
     if (!adjustment.antenna || !values->frequency->SetValue(frequency, values->owner)) {
-        change.reason = u"no antenna serves it in this mode; "_s + DescribeLimits(adjustment.limits);
+        change.reason = adjustment.limits.low < adjustment.limits.high
+                            ? u"no antenna serves it in this mode; "_s + DescribeLimits(adjustment.limits)
+                            : u"no antenna serves this mode"_s;
         return EWish::REFUSED;
     }
     QStringList reasons;

@@ -98,6 +98,7 @@ public:
             each->Forget();
         }
         m_ranges.reset();
+        m_resolutionBandwidth = 0.0;
         m_compasses.Stop();
         m_values.isScanning = true; // nobody has told it to stop: it stands by before it gets its ranges
         m_commands.SetConnected(true);
@@ -123,6 +124,7 @@ public:
         }
         m_awaited = nullptr;
         m_ranges.reset();
+        m_resolutionBandwidth = 0.0;
         m_wakeUp.stop();
         m_compasses.Stop();
         m_status.Forget();
@@ -195,6 +197,10 @@ public:
     void OnSettled(ControlOperation& operation) override {
         if (&operation == m_compass && !operation.IsWaiting()) {
             m_values.compassValue->SetValue(-1, &m_control); // refused, too
+        }
+        if (&operation == m_measure && !operation.IsUnderWay()) {
+            const auto& settings = m_measure->GetCarriedOut();
+            m_resolutionBandwidth = settings ? settings->df.resolutionBandwidth : 0.0;
         }
         operation.WishWaiting();
         m_mode->WishWaiting();
@@ -384,10 +390,12 @@ private:
                                                    : static_cast<int>(m_ranges->back().GetLastChannel() + 1));
     }
 
+    /// Hz; NaN while it is not known which one the blocks that come were measured with.
     [[nodiscard]] double GetResolutionBandwidth() const {
-        const auto& settings = m_measure->GetCarriedOut();
-        return settings && settings->df.resolutionBandwidth > 0.0 ? settings->df.resolutionBandwidth
-                                                                  : std::numeric_limits<double>::quiet_NaN();
+        const auto* const sent = m_measure->GetBeingSent();
+        return m_resolutionBandwidth > 0.0 && (!sent || sent->df.resolutionBandwidth == m_resolutionBandwidth)
+                   ? m_resolutionBandwidth
+                   : std::numeric_limits<double>::quiet_NaN();
     }
 
     void AskSweepTime() {
@@ -439,7 +447,8 @@ private:
     ControlOperation* m_compass = nullptr;
     OperationOf<Mode>* m_mode = nullptr;
     std::optional<std::vector<FreqRangeDefinition>>
-        m_ranges; ///< of the device; nothing while that is not known
+        m_ranges;                       ///< of the device; nothing while that is not known
+    double m_resolutionBandwidth = 0.0; ///< Hz, of the device; 0: not known
     QTimer m_wakeUp;
     QTimer m_keeping;
     WishReport m_compassReport{Compass::NAME};

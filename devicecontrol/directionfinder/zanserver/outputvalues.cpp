@@ -51,6 +51,7 @@ OutputValues::OutputValues(DFDataOutput& output, StationFiles files, int publish
                ServerValue<ValueString>(g_vdSerLastError),
                ServerValue<ValueTimeStamp>(g_vdSerLastErrorTime)}
     , m_interval(ServerValue<ValueNumericInt>(g_vdOutInterval))
+    , m_azimuth(ServerValue<ValueBearing>(g_vdAzimuth))
     , m_isRecording(ServerValue<ValueBool>(g_vdRecEnabled))
     , m_recordFile(ServerValue<ValueString>(g_vdRecFile))
     , m_withoutQuality(ServerValue<ValueNumericDouble>(g_vdOutWithoutQuality))
@@ -70,6 +71,11 @@ OutputValues::OutputValues(DFDataOutput& output, StationFiles files, int publish
 
 void OutputValues::Update(Observable* subject, TChangeCode code) {
     if (code != TChangeCode::Changed) {
+        return;
+    }
+    if (subject == m_azimuth) {
+        const bool isPublished = m_azimuth->GetValue().GetQuality() > 0;
+        m_whileOff += isPublished && !m_output.IsEnabled() ? 1 : 0;
         return;
     }
     if (subject == m_interval) {
@@ -146,7 +152,17 @@ void OutputValues::Show(const Sink& sink, const Choice& choice) {
     sink.address->SetValue(choice.address, this);
 }
 
+/// The output itself follows the bearings only while one of its sinks is on.
+void OutputValues::FollowBearings() {
+    if (m_output.IsEnabled()) {
+        m_azimuth->DeleteObserver(this);
+    } else {
+        m_azimuth->AddObserver(this);
+    }
+}
+
 void OutputValues::Publish() {
+    FollowBearings();
     m_interval->SetValue(m_output.GetSettings().interval, this);
     Show(m_file, GetFile());
     Show(m_serial, GetSerialLine());
@@ -157,7 +173,7 @@ void OutputValues::Publish() {
                                        {m_leftToInterval, counters.leftToInterval},
                                        {m_inStandby, counters.inStandby},
                                        {m_withoutEmitter, counters.withoutEmitter},
-                                       {m_withoutSink, counters.withoutSink}}) {
+                                       {m_withoutSink, counters.withoutSink + m_whileOff}}) {
         value->SetValue(static_cast<double>(count), this);
     }
 }

@@ -65,6 +65,7 @@ private:
     [[nodiscard]] ZANSERVER_NO_EXPORT QString CheckFile(const QString& name) const;
     ZANSERVER_NO_EXPORT void SetFile();
     ZANSERVER_NO_EXPORT void SetSerialLine();
+    ZANSERVER_NO_EXPORT void FollowBearings();
     ZANSERVER_NO_EXPORT void Publish();
     ZANSERVER_NO_EXPORT void Show(const Sink& sink, const Choice& choice);
     ZANSERVER_NO_EXPORT void Tell(const Sink& sink, const DFDataOutput::SinkStatus& status, quint64 sentences,
@@ -75,6 +76,7 @@ private:
     const Sink m_file;
     const Sink m_serial;
     ValueNumericInt* const m_interval;
+    ValueBearing* const m_azimuth;
     ValueBool* const m_isRecording;
     ValueString* const m_recordFile;
     ValueNumericDouble* const m_withoutQuality;
@@ -82,6 +84,7 @@ private:
     ValueNumericDouble* const m_inStandby;
     ValueNumericDouble* const m_withoutEmitter;
     ValueNumericDouble* const m_withoutSink;
+    quint64 m_whileOff = 0; // bearings while file and serial line were off
     QTimer m_timer;
 };
 

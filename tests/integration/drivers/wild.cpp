@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -32,6 +33,9 @@ public:
             for (;;) {
                 std::this_thread::sleep_for(std::chrono::hours(1));
             }
+        }
+        if (m_deed == "goeson" && std::exchange(m_wasOpen, true)) {
+            return -1; // never again
         }
         if (m_deed == "throw") {
             throw std::runtime_error("no power");
@@ -72,6 +76,10 @@ public:
             Deliver(*m_callback, m_deed == "block" ? TEN_MILLIONS : 1);
         }
         m_callback->CloseDataLink();
+        if (m_deed == "goeson") {
+            Deliver(*m_callback, 100);
+            m_callback->fillGPSData(52.5, 13.4, 1000, true, 7, 1);
+        }
         return m_deed == "throwlater" ? throw 1 : 0;
     }
 
@@ -115,6 +123,7 @@ private:
 
     KvZANCommon::IDriverCallback* m_callback = nullptr;
     std::string m_deed;
+    bool m_wasOpen = false;
 };
 
 } // namespace

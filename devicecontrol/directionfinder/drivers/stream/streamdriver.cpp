@@ -1,6 +1,6 @@
 #include "stream/streamdriver.h"
 
-#include "stream/streamsource.h"
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -11,6 +11,9 @@ using KvZANCommon::ErrorStruct;
 using KvZANCommon::RecordedBearing;
 
 namespace {
+
+/// Between two looks at a FIFO that nobody writes to.
+constexpr std::chrono::milliseconds FIFO_PAUSE(50);
 
 QString InputHasEnded() {
     return u"standard input has ended"_s;
@@ -45,6 +48,7 @@ int StreamDriver::Initialize(std::string& address, bool /*simulation*/) {
         return static_cast<int>(Refuse(InputHasEnded()));
     }
     QString reason;
+    m_fifo = StreamSource::FindFifo(m_address);
     m_isOpen = StreamSource::Open(m_lines, m_address, reason);
     return m_isOpen ? static_cast<int>(OK) : static_cast<int>(Refuse(reason));
 }
@@ -90,6 +94,21 @@ void StreamDriver::Stop() {
 }
 
 void StreamDriver::Read() {
+    ReadToEnd();
+    // Closed, a FIFO would lose what the next writer puts into it until it is opened again.
+    while (!m_lines.IsInterrupted() && m_lines.GetErrorText().isEmpty() && m_fifo &&
+           m_fifo == StreamSource::FindFifo(m_address)) {
+        ReportCounts();
+        m_reader.Reset();
+        std::this_thread::sleep_for(FIFO_PAUSE);
+        ReadToEnd();
+    }
+    if (!m_lines.IsInterrupted()) {
+        Lose();
+    }
+}
+
+void StreamDriver::ReadToEnd() {
     const RecordedBearing* row = m_reader.Next();
     while (row) {
         while (row && m_block.Add(*row)) {
@@ -99,9 +118,6 @@ void StreamDriver::Read() {
         if (!row) {
             row = m_reader.Next();
         }
-    }
-    if (!m_lines.IsInterrupted()) {
-        Lose();
     }
 }
 
@@ -122,8 +138,8 @@ void StreamDriver::ReportBadLine(const QString& text) {
     }
 }
 
-void StreamDriver::Lose() {
-    m_isLost = true;
+/// How many lines of this source were bad.
+void StreamDriver::ReportCounts() {
     for (int i = 0; i < static_cast<int>(BadLine::COUNT); ++i) {
         const auto reason = static_cast<BadLine>(i);
         if (const quint64 count = m_reader.GetCounts().Get(reason); count > 0) {
@@ -131,6 +147,11 @@ void StreamDriver::Lose() {
             m_pCallback->ReportBITResult(result);
         }
     }
+}
+
+void StreamDriver::Lose() {
+    m_isLost = true;
+    ReportCounts();
     const QString& failure = m_lines.GetErrorText();
     if (!failure.isEmpty()) {
         Report(m_address + u": "_s + failure, true);

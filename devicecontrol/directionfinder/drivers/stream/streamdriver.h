@@ -1,6 +1,7 @@
 #pragma once
 
 #include "stream/bearingreader.h"
+#include "stream/streamsource.h"
 #include "zancommon/driverdescription.h"
 #include "zancommon/idrivercallback.h"
 #include "zancommon/linereader.h"
@@ -11,6 +12,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -50,8 +52,10 @@ public:
 private:
     void Stop();
     void Read();
+    void ReadToEnd();
     void Deliver();
     void ReportBadLine(const QString& text);
+    void ReportCounts();
     void Lose();
     long Refuse(const QString& reason, long code = FAILED);
     void Log(QString line);
@@ -59,6 +63,7 @@ private:
 
     KvZANCommon::IDriverCallback* m_pCallback = nullptr;
     QString m_address;
+    std::optional<StreamSource::Fifo> m_fifo; // that was opened
     QString m_lastError;
     bool m_isOpen = false;
     bool m_hasInputEnded = false; // standard input, which cannot be opened again

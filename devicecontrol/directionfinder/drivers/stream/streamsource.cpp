@@ -198,4 +198,12 @@ bool StreamSource::Open(KvZANCommon::LineReader& lines, const QString& address, 
     return isOpen;
 }
 
+std::optional<StreamSource::Fifo> StreamSource::FindFifo(const QString& address) {
+    struct stat status {};
+    if (::stat(QFile::encodeName(address).constData(), &status) != 0 || !S_ISFIFO(status.st_mode)) {
+        return std::nullopt;
+    }
+    return Fifo{status.st_dev, status.st_ino};
+}
+
 } // namespace Stream

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace Stream {
 
 /// Opens the sources of a stream of bearings by their addresses.
@@ -31,6 +33,15 @@ public:
     ///   the outputs.
     /// - Any other path is that of a FIFO or a device.
     static bool Open(KvZANCommon::LineReader& lines, const QString& address, QString& reason);
+
+    /// Which FIFO an address names.
+    struct Fifo {
+        quint64 device = 0;
+        quint64 inode = 0;
+        bool operator==(const Fifo&) const = default;
+    };
+    /// Nothing when it is not that of a FIFO.
+    [[nodiscard]] static std::optional<Fifo> FindFifo(const QString& address);
 };
 
 } // namespace Stream
