@@ -117,7 +117,7 @@ TEST_F(ServiceTest, StatusSaysWhatTheStationReceives) {
 TEST_F(ServiceTest, StatusSaysWhatIsWrong) {
     const QByteArray name = Path(u"notify"_s).toUtf8();
     NotifySocket manager(name);
-    Start(name, {u"--serial"_s, Path(u"nothere"_s) + u":9600,n,8,1"_s});
+    Start(name, {u"--serial"_s, u"/dev/zan-nothere:9600,n,8,1"_s});
     EXPECT_EQ(manager.Await(), "READY=1") << "without a serial line, too";
     EXPECT_EQ(manager.Await(), "STATUS=scan, no bearing yet");
     Send("1000,121500000,71.5,10.0,90,,,,,,,\n");
