@@ -1536,6 +1536,20 @@ TEST_F(DFDataOutputTest, IntervalThatIsSetDrivesTheOutputFromNowOnAndIsStored) {
     EXPECT_EQ(InFile(), before + LINE);
 }
 
+TEST_F(DFDataOutputTest, IntervalThatIsSetAsItIsDoesNotBeginAgain) {
+    FillTree();
+    FillOperationMode(7);
+    DFDataOutput& output = MakeOutput(true, false);
+    output.SetInterval(60'000);
+    const auto timer = [&] {
+        return QAbstractEventDispatcher::instance()->registeredTimers(&output).value(0, {0, 0, {}}).timerId;
+    };
+    const int before = timer();
+    output.SetInterval(60'000);
+    EXPECT_EQ(timer(), before) << "the same one runs on";
+    EXPECT_EQ(output.GetSettings().interval, 60'000);
+}
+
 TEST_F(DFDataOutputTest, IntervalOfAnOutputThatIsOffStartsNoTimer) {
     DFDataOutput& output = MakeOutput(false, false);
     output.SetInterval(10);
