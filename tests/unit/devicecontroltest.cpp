@@ -197,6 +197,31 @@ TEST_F(DeviceControlTest, WhatALostDeviceHasToldIsNotMeasured) {
     }
 }
 
+TEST_F(DeviceControlTest, AnswerOfADeviceThatIsLostMeanwhileIsNotTaken) {
+    StartConnected();
+    m_device.Refuse(u"SetFrequency"_s, u"no"_s);
+    std::promise<void> release;
+    m_thread->Post(DriverCall::Setting, [&](KvZANCommon::IDriver&) { release.get_future().wait(); });
+    Frequency().SetValue(110e6);
+    m_control->OnLost();
+    release.set_value();
+    Settle();
+    EXPECT_EQ(Frequency().GetValue(), 110e6);
+    EXPECT_EQ(ReasonFor(u"Frequency"_s), QString());
+    m_device.Allow(u"SetFrequency"_s);
+    m_device.TakeCalls();
+    m_control->OnConnected();
+    Settle();
+    EXPECT_EQ(m_device.TakeCalls(u"SetFrequency"_s), QStringList{u"SetFrequency 110000000"_s});
+}
+
+TEST_F(DeviceControlTest, SweepTimeThatTheDriverDoesNotTellIsNotMeasuredAndNoFault) {
+    m_device.Refuse(u"GetSweepTime"_s, u"it does not scan"_s);
+    StartConnected();
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdScanSweepTime).GetState(), TValueState::NotMeasured);
+    EXPECT_EQ(m_device.GetError(), QString()) << "it is not taken for the reason of a later refusal";
+}
+
 TEST_F(DeviceControlTest, DeviceThatIsConnectedAgainGetsAllWishesAgain) {
     StartConnected();
     m_control->OnLost();
@@ -574,6 +599,20 @@ TEST_F(DeviceControlTest, RefusedSetupOfAnAntennaGoesBackToThatOfTheDevice) {
     EXPECT_EQ(number(u"AntMechOffset"_s), 7.5);
     EXPECT_EQ(number(u"AntMinRange"_s), 400e3);
     EXPECT_EQ(number(u"AntMaxRange"_s), 20e6);
+    EXPECT_EQ(ReasonFor(u"Antennas"_s), u"fixed"_s);
+}
+
+TEST_F(DeviceControlTest, RefusedSetupOfAnAntennaThatTheDeviceDoesNotTellGoesBackToTheOneBefore) {
+    m_device.antennas = {{0, u"PX110"_s, 300e3, 30e6, true, false, false}};
+    m_device.antennaSetups = {{0, {300e3, 30e6}, POLARISATION_VERTICAL, 0, -1, 0.0, {}}};
+    StartConnected();
+    m_device.Refuse(u"SetAntennaSetup"_s, u"fixed"_s);
+    m_device.Refuse(u"GetAntennaSetup"_s, u"nor that"_s);
+    auto* const offset =
+        Tree::Instance()->Find<ValueNumericDouble>(DeviceTree::Path() + u"/Ant0/AntMechOffset"_s);
+    offset->SetValue(90.0);
+    Settle();
+    EXPECT_EQ(offset->GetValue(), 0.0);
     EXPECT_EQ(ReasonFor(u"Antennas"_s), u"fixed"_s);
 }
 

@@ -1521,6 +1521,15 @@ TEST_F(DFDataOutputTest, SerialLineThatIsSetIsWrittenFromNowOnAndStored) {
     EXPECT_FALSE(output.IsEnabled());
 }
 
+TEST_F(DFDataOutputTest, SerialLineThatIsSetAsItIsLeavesTheLineAndTheSettingsAsTheyAre) {
+    DFDataOutput& output = MakeOutput(false, true);
+    const DFDataOutput::Settings settings = output.GetSettings();
+    Store().SetString(u"RS232Output_Address"_s, u"of another program"_s);
+    output.SetSerialOutput(settings.serialEnabled, settings.address);
+    EXPECT_EQ(Store().GetString(u"RS232Output_Address"_s, {}), u"of another program"_s);
+    EXPECT_FALSE(m_line.IsClosed());
+}
+
 TEST_F(DFDataOutputTest, IntervalThatIsSetDrivesTheOutputFromNowOnAndIsStored) {
     FillTree();
     FillOperationMode(7);

@@ -56,6 +56,17 @@ TEST(DriverRecords, ResultOfAFixedFrequencyStartsRejectedAndNotMeasured) {
     EXPECT_EQ(data.quality, 0);
 }
 
+TEST(DriverRecords, ResultsOfAFixedFrequencyAreEqualWhenAllTheirMembersAre) {
+    const FFMData first;
+    FFMData second;
+    EXPECT_TRUE(first == second);
+    second.elevation = 10;
+    EXPECT_FALSE(first == second);
+    second = first;
+    second.quality = 1;
+    EXPECT_FALSE(first == second);
+}
+
 TEST(DriverRecords, DFSettingsStartNotSet) {
     const auto [resolutionBandwidth, method, realtimeBandwidth, sampleMode, preamplifier, activeAntenna,
                 superResolution, averageTime, measurementTime, levelThreshold, relativeThreshold,

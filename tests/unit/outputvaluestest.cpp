@@ -167,6 +167,18 @@ TEST_F(OutputValuesTest, ChangeThatIsTakenBackInItsTransactionLeavesTheOutputsAs
     EXPECT_EQ(Text(g_vdSerAddress), m_line.path);
 }
 
+TEST_F(OutputValuesTest, StateOfAValueChangesNothing) {
+    Make(true);
+    NewBearing();
+    EXPECT_TRUE(Set(g_vdSerAddress, u"nowhere"_s));
+    const QString refused = Text(g_vdSerRefused);
+    for (const ValueDescriptor* const each : {&g_vdFileName, &g_vdSerAddress, &g_vdOutInterval}) {
+        Tree::Instance()->GetValue(ZANPath::Server(*each))->SetState(TValueState::NotMeasured, nullptr);
+    }
+    EXPECT_EQ(Contents().count("$PLG"), 1) << "the file is not begun again";
+    EXPECT_EQ(Text(g_vdSerRefused), refused);
+}
+
 TEST_F(OutputValuesTest, AddressThatIsNoneIsRefusedWithTheReason) {
     Make(false);
     for (
