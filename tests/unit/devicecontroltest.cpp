@@ -568,6 +568,24 @@ TEST_F(DeviceControlTest, RefusedPreamplifierOfVuhfGoesBackToThatOfTheDevice) {
     EXPECT_EQ(ReasonFor(u"Converters"_s), u"no"_s);
 }
 
+TEST_F(DeviceControlTest, RefusedPreamplifierThatTheDeviceDoesNotTellGoesBackAndIsSentAgain) {
+    m_device.converters = {{0, CONVERTER_RCV01, u"RCV01"_s, 0, 0, true, false}};
+    StartConnected();
+    m_device.Refuse(u"SetConverterSetup"_s, u"no"_s);
+    m_device.Refuse(u"GetConverterProperty"_s, u"nor that"_s);
+    auto& preamplifier = Value<ValueBool>(g_vdPreAmplifierHf);
+    preamplifier.SetValue(true);
+    Settle();
+    EXPECT_FALSE(preamplifier.GetValue());
+    EXPECT_EQ(preamplifier.GetState(), TValueState::NotMeasured) << "of several converters some may have it";
+    m_device.Allow(u"SetConverterSetup"_s);
+    m_device.TakeCalls();
+    Pass(50ms);
+    EXPECT_EQ(m_device.TakeCalls(u"SetConverterSetup"_s),
+              QStringList{u"SetConverterSetup 0: preamplifier 0, 0 dB"_s});
+    EXPECT_EQ(preamplifier.GetState(), TValueState::Valid);
+}
+
 TEST_F(DeviceControlTest, RefusedAttenuationThatTheDeviceDoesNotTellGoesBackAndIsSentAgain) {
     m_device.converters = {{0, CONVERTER_RCV01, u"RCV01"_s, 0, 0, true, false}};
     StartConnected();

@@ -69,17 +69,16 @@ OutputValues::OutputValues(DFDataOutput& output, StationFiles files, int publish
 }
 
 void OutputValues::Update(Observable* subject, TChangeCode code) {
-    if (code != TChangeCode::Changed) {
-        return;
+    if (code == TChangeCode::Changed) {
+        if (subject == m_interval) {
+            m_output.SetInterval(m_interval->GetValue());
+        } else if (subject == m_file.enabled || subject == m_file.address) {
+            SetFile();
+        } else {
+            SetSerialLine();
+        }
+        Publish();
     }
-    if (subject == m_interval) {
-        m_output.SetInterval(m_interval->GetValue());
-    } else if (subject == m_file.enabled || subject == m_file.address) {
-        SetFile();
-    } else {
-        SetSerialLine();
-    }
-    Publish();
 }
 
 OutputValues::Choice OutputValues::GetFile() const {
