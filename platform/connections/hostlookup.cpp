@@ -71,10 +71,11 @@ HostLookup::Result HostLookup::AskSystem(const std::string& host) {
     addrinfo hints{};
     hints.ai_socktype = SOCK_STREAM;
     addrinfo* first = nullptr;
-    if (const int error = getaddrinfo(host.c_str(), nullptr, &hints, &first); error != 0) {
-        return {{}, QString::fromLocal8Bit(gai_strerror(error))};
-    }
     Result result;
+    if (const int error = getaddrinfo(host.c_str(), nullptr, &hints, &first); error != 0) {
+        result.error = QString::fromLocal8Bit(gai_strerror(error));
+        return result;
+    }
     for (const addrinfo* each = first; each; each = each->ai_next) {
         std::array<char, NI_MAXHOST> text{};
         if (getnameinfo(each->ai_addr, each->ai_addrlen, text.data(), text.size(), nullptr, 0,

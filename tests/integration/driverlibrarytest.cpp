@@ -80,6 +80,10 @@ TEST_F(DriverLibraryTest, DriverThatThrowsWhenItIsAskedIsRefused) {
     EXPECT_EQ(FindFault(u"silent"_s), u"it threw an exception: no comment."_s);
 }
 
+TEST_F(DriverLibraryTest, DriverThatThrowsWhatIsNoExceptionIsRefused) {
+    EXPECT_EQ(FindFault(u"wordless"_s), u"it threw an exception."_s);
+}
+
 TEST_F(DriverLibraryTest, DriverThatIsNotThereIsReportedWithThePlaceThatWasSearched) {
     QString fault;
     EXPECT_EQ(DriverLibrary::Load(u"absent"_s, fault), nullptr);
@@ -101,8 +105,8 @@ TEST_F(DriverLibraryTest, ListHasEachLibraryWithItsDescriptionOrItsFault) {
         byFile[entry.file] = entry;
     }
     QStringList files;
-    for (const QString& name :
-         {u"current"_s, u"legacy"_s, u"misnamed"_s, u"outdated"_s, u"silent"_s, u"stranger"_s}) {
+    for (const QString& name : {u"current"_s, u"legacy"_s, u"misnamed"_s, u"outdated"_s, u"silent"_s,
+                                u"stranger"_s, u"wordless"_s}) {
         files.append(DRIVERS + u"/libzandriver-"_s + name + u".so"_s);
     }
     EXPECT_EQ(byFile.keys(), files);
@@ -120,5 +124,10 @@ TEST_F(DriverLibraryTest, ListOfADirectoryWithoutDriversIsEmpty) {
     ASSERT_TRUE(CfgCenter::SetComponentDirectory(empty.path()));
     EXPECT_TRUE(DriverLibrary::List().isEmpty());
     ASSERT_TRUE(CfgCenter::SetComponentDirectory(empty.filePath(u"absent"_s)));
+    EXPECT_TRUE(DriverLibrary::List().isEmpty());
+}
+
+TEST_F(DriverLibraryTest, WithoutADirectoryThereIsNone) {
+    ASSERT_FALSE(CfgCenter::SetComponentDirectory(u"drivers"_s)) << "it is not absolute";
     EXPECT_TRUE(DriverLibrary::List().isEmpty());
 }

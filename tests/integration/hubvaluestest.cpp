@@ -154,6 +154,22 @@ TEST_F(HubValuesTest, TextThatCannotBeUsedIsRefused) {
     EXPECT_EQ(Text(g_vdHubRefused), QString()) << "until the next change";
 }
 
+TEST_F(HubValuesTest, StateOfAValueAndAChangeThatIsTakenBackDoNotJoinTheHubAgain) {
+    Settings().SetBool(u"MshReceiver_Enabled"_s, true);
+    Make();
+    m_clients.TakeCalls();
+    auto& address = *Tree::Instance()->Find<ValueString>(ZANPath::Server(g_vdHubAddress));
+    address.SetState(TValueState::NotMeasured, nullptr);
+    {
+        const auto transaction = address.CreateTransaction({TChangeCode::Changed}, nullptr);
+        const QString present = address.GetValue();
+        address.SetValue(u"other"_s);
+        address.SetValue(present);
+    }
+    EXPECT_EQ(m_clients.TakeCalls(), QStringList());
+    EXPECT_EQ(Text(g_vdHubState), u"Started"_s);
+}
+
 TEST_F(HubValuesTest, StoredTextThatCannotBeUsedDoesNotKeepItFromBeingSwitchedOff) {
     Settings().SetString(u"MshClientName"_s, QString(300, u'x'));
     Settings().SetBool(u"MshReceiver_Enabled"_s, true);

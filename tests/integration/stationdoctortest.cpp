@@ -1,3 +1,5 @@
+#include "support/eventloop.h"
+#include "support/gpsdserver.h"
 #include "support/printing.h"
 #include "support/recordings.h"
 #include "support/stationprocess.h"
@@ -97,6 +99,14 @@ TEST_F(StationDoctorTest, TellsAnAddressThatDoesNotHaveTheFormOfItsDriver) {
     }
 }
 
+TEST_F(StationDoctorTest, TellsAnAddressThatTheDriverHasNoUseFor) {
+    ChooseDriver(u"legacy"_s, u"here"_s);
+    const StationResult result = Run({u"--components"_s, QStringLiteral(ZAN_TEST_DRIVERS)});
+    EXPECT_EQ(FindLine(result, u"driver"_s),
+              u"warning driver        legacy takes no address, and has \"here\""_s);
+    EXPECT_EQ(result.exitCode, 0);
+}
+
 TEST_F(StationDoctorTest, LooksIntoTheRecordingThatTheDriverReplays) {
     ChooseDriver(u"replay"_s, Path(u"recording.csv"_s));
     StationResult result = Run();
@@ -129,4 +139,16 @@ TEST_F(StationDoctorTest, TellsWhetherGpsdAnswersWhenItIsChosen) {
     EXPECT_EQ(FindLine(result, u"gpsd"_s), QString());
     EXPECT_TRUE(result.out.contains(u"BROKEN  settings      the setting \"Gpsd/Address\""_s))
         << result.out.toStdString();
+}
+
+TEST_F(StationDoctorTest, TellsThatGpsdAnswers) {
+    EXPECT_EQ(FindLine(Run(), u"gpsd"_s), QString()) << "it writes the settings";
+    const GpsdServer server;
+    const QString address = u"127.0.0.1:%1"_s.arg(server.GetPort());
+    ChooseGpsd(address);
+    QProcess doctor; // beside the server, which needs the event loop
+    doctor.start(QStringLiteral(ZAN_STATION), {u"doctor"_s, u"--config"_s, Path(u"config"_s)});
+    ASSERT_TRUE(SpinUntil([&] { return doctor.state() == QProcess::NotRunning; }));
+    const StationResult result{doctor.exitCode(), QString::fromUtf8(doctor.readAllStandardOutput()), {}};
+    EXPECT_EQ(FindLine(result, u"gpsd"_s), u"ok      gpsd          %1 answers"_s.arg(address));
 }

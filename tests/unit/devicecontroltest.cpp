@@ -99,6 +99,16 @@ protected:
         }
         DeviceTree::Connect();
     }
+    /// At the frequency that is wished first: an antenna with a switch for everything.
+    static void SetSwitchableAntenna() {
+        AntennaData antenna = MakeAntenna(u"PX115SR"_s, u"RCV03"_s, 30000001.0, 1300e6);
+        antenna.handle = 1;
+        antenna.dfMethods = {METHOD_COR, METHOD_SUPR};
+        antenna.polarizationSupport = true;
+        antenna.activePassiveSupport = true;
+        DeviceTree::SetAntennas({antenna});
+        DeviceTree::Connect();
+    }
     static ValueNumericDouble& Frequency() { return Value<ValueNumericDouble>(g_vdFrequency); }
     static QString Report(const QString& wish, const QString& what) {
         const auto* const text =
@@ -201,6 +211,31 @@ TEST_F(DeviceControlTest, WhatALostDeviceHasToldIsNotMeasured) {
         ASSERT_NE(compass, nullptr);
         EXPECT_EQ(compass->GetState(), TValueState::NotMeasured);
     }
+}
+
+TEST_F(DeviceControlTest, AnswerOfADeviceThatIsLostMeanwhileIsNotTaken) {
+    StartConnected();
+    m_device.Refuse(u"SetFrequency"_s, u"no"_s);
+    std::promise<void> release;
+    m_thread->Post(DriverCall::Setting, [&](KvZANCommon::IDriver&) { release.get_future().wait(); });
+    Frequency().SetValue(110e6);
+    m_control->OnLost();
+    release.set_value();
+    Settle();
+    EXPECT_EQ(Frequency().GetValue(), 110e6);
+    EXPECT_EQ(ReasonFor(u"Frequency"_s), QString());
+    m_device.Allow(u"SetFrequency"_s);
+    m_device.TakeCalls();
+    m_control->OnConnected();
+    Settle();
+    EXPECT_EQ(m_device.TakeCalls(u"SetFrequency"_s), QStringList{u"SetFrequency 110000000"_s});
+}
+
+TEST_F(DeviceControlTest, SweepTimeThatTheDriverDoesNotTellIsNotMeasuredAndNoFault) {
+    m_device.Refuse(u"GetSweepTime"_s, u"it does not scan"_s);
+    StartConnected();
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdScanSweepTime).GetState(), TValueState::NotMeasured);
+    EXPECT_EQ(m_device.GetError(), QString()) << "it is not taken for the reason of a later refusal";
 }
 
 TEST_F(DeviceControlTest, DeviceThatIsConnectedAgainGetsAllWishesAgain) {
@@ -403,6 +438,20 @@ TEST_F(DeviceControlTest, FrequencyThatNoAntennaServesBeforeAnyWasCarriedOutGoes
     EXPECT_TRUE(ReasonFor(u"Frequency"_s).startsWith(u"no antenna serves"_s));
 }
 
+TEST_F(DeviceControlTest, FrequencyOfTheDeviceThatNoAntennaServesStaysWithItsReason) {
+    DisableAntennas();
+    m_device.With([](FakeDevice& device) { device.frequency = 99e6; });
+    StartConnected();
+    const QString reason = ReasonFor(u"Frequency"_s);
+    Value<ValueSelection>(g_vdOperationMode).SetCurrentKey(OPMODE_FFM); // has the frequency wished again
+    Settle();
+    EXPECT_EQ(m_device.TakeCalls(u"SetFrequency"_s), QStringList());
+    EXPECT_EQ(Frequency().GetValue(), 99e6);
+    EXPECT_EQ(Frequency().GetState(), TValueState::Valid);
+    EXPECT_EQ(Report(u"Frequency"_s, u"Asked"_s), u"100 MHz"_s) << "what the operator has asked";
+    EXPECT_EQ(ReasonFor(u"Frequency"_s), reason);
+}
+
 TEST_F(DeviceControlTest, RefusedFrequencyIsNotMeasuredWhenTheDriverCannotTellThatOfTheDevice) {
     m_device.Refuse(u"SetFrequency"_s, u"the synthesiser is not locked"_s);
     m_device.Refuse(u"GetFrequency"_s, u"nor does it say where"_s);
@@ -439,6 +488,35 @@ TEST_F(DeviceControlTest, RefusedModeIsNotMeasuredBecauseNoDriverIsAskedForIt) {
     Value<ValueSelection>(g_vdOperationMode).SetCurrentKey(OPMODE_FFM);
     Settle();
     EXPECT_EQ(mode.GetState(), TValueState::Valid);
+}
+
+TEST_F(DeviceControlTest, RefusedWishThatNoDriverIsAskedForGoesBackToWhatWasCarriedOutLast) {
+    StartConnected();
+    for (const QString& operation :
+         {u"SetScanAveraging"_s, u"SetHoldTime"_s, u"SetSRNumOfEmitters"_s, u"SetMode"_s}) {
+        m_device.Refuse(operation, u"no"_s);
+    }
+    Value<ValueNumericInt>(g_vdScanAveraging).SetValue(8);
+    Value<ValueNumericInt>(g_vdHoldTime).SetValue(2000);
+    Value<ValueNumericInt>(g_vdSignalTime).SetValue(300);
+    Value<ValueNumericInt>(g_vdPauseTime).SetValue(700);
+    Value<ValueNumericInt>(g_vdSRNumEmitters).SetValue(3);
+    Value<ValueSelection>(g_vdOperationMode).SetCurrentKey(OPMODE_SCAN);
+    Settle();
+    Pass(50ms);
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdScanAveraging).GetValue(), 1);
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdHoldTime).GetValue(), 1000);
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdSignalTime).GetValue(), 0);
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdPauseTime).GetValue(), 500);
+    EXPECT_EQ(Value<ValueNumericInt>(g_vdSRNumEmitters).GetValue(), 0);
+    EXPECT_EQ(Value<ValueSelection>(g_vdOperationMode).GetCurrentKey(), OPMODE_0);
+    EXPECT_EQ(Value<ValueSelection>(g_vdOperationMode).GetState(), TValueState::Valid);
+    EXPECT_EQ(Report(u"ScanAveraging"_s, u"Asked"_s), u"8"_s);
+    EXPECT_EQ(Report(u"ScanAveraging"_s, u"CarriedOut"_s), u"1"_s);
+    EXPECT_EQ(Report(u"HoldTimes"_s, u"Asked"_s), u"hold 2000 ms, signal 300 ms, pause 700 ms"_s);
+    EXPECT_EQ(Report(u"HoldTimes"_s, u"CarriedOut"_s), u"hold 1000 ms, signal 0 ms, pause 500 ms"_s);
+    EXPECT_EQ(Report(u"SRNumEmitters"_s, u"CarriedOut"_s), u"automatic"_s);
+    EXPECT_EQ(ReasonFor(u"OperationMode"_s), u"no"_s);
 }
 
 TEST_F(DeviceControlTest, RefusedAverageTimeGoesBackToThatOfTheDevice) {
@@ -496,6 +574,52 @@ TEST_F(DeviceControlTest, RefusedPreamplifierAndAttenuationGoBackToThoseOfTheDev
     EXPECT_EQ(m_device.TakeCalls(u"SetRfAttenuator"_s).size(), 1);
 }
 
+TEST_F(DeviceControlTest, RefusedPreamplifierOfVuhfGoesBackToThatOfTheDevice) {
+    m_device.converters = {{0, CONVERTER_RCV01, u"RCV01"_s, 0, 0, true, false},
+                           {1, CONVERTER_RCV03, u"RCV03"_s, 1, 0, true, true}};
+    m_device.Refuse(u"SetConverterSetup"_s, u"no"_s);
+    StartConnected();
+    EXPECT_TRUE(Value<ValueBool>(g_vdPreAmplifierVuhf).GetValue());
+    EXPECT_FALSE(Value<ValueBool>(g_vdPreAmplifierHf).GetValue());
+    EXPECT_EQ(ReasonFor(u"Converters"_s), u"no"_s);
+}
+
+TEST_F(DeviceControlTest, RefusedPreamplifierThatTheDeviceDoesNotTellGoesBackAndIsSentAgain) {
+    m_device.converters = {{0, CONVERTER_RCV01, u"RCV01"_s, 0, 0, true, false}};
+    StartConnected();
+    m_device.Refuse(u"SetConverterSetup"_s, u"no"_s);
+    m_device.Refuse(u"GetConverterProperty"_s, u"nor that"_s);
+    auto& preamplifier = Value<ValueBool>(g_vdPreAmplifierHf);
+    preamplifier.SetValue(true);
+    Settle();
+    EXPECT_FALSE(preamplifier.GetValue());
+    EXPECT_EQ(preamplifier.GetState(), TValueState::NotMeasured) << "of several converters some may have it";
+    m_device.Allow(u"SetConverterSetup"_s);
+    m_device.TakeCalls();
+    Pass(50ms);
+    EXPECT_EQ(m_device.TakeCalls(u"SetConverterSetup"_s),
+              QStringList{u"SetConverterSetup 0: preamplifier 0, 0 dB"_s});
+    EXPECT_EQ(preamplifier.GetState(), TValueState::Valid);
+}
+
+TEST_F(DeviceControlTest, RefusedAttenuationThatTheDeviceDoesNotTellGoesBackAndIsSentAgain) {
+    m_device.converters = {{0, CONVERTER_RCV01, u"RCV01"_s, 0, 0, true, false}};
+    StartConnected();
+    m_device.Refuse(u"SetRfAttenuator"_s, u"no"_s);
+    m_device.Refuse(u"GetConverterProperty"_s, u"nor that"_s);
+    auto& attenuation = Value<ValueSelection>(g_vdAttenuationHf);
+    attenuation.SetCurrentKey(12);
+    Settle();
+    EXPECT_EQ(attenuation.GetCurrentKey(), 0);
+    EXPECT_EQ(attenuation.GetState(), TValueState::NotMeasured) << "of several converters some may have it";
+    EXPECT_EQ(ReasonFor(u"Attenuation"_s), u"no"_s);
+    m_device.Allow(u"SetRfAttenuator"_s);
+    m_device.TakeCalls();
+    Pass(50ms);
+    EXPECT_EQ(m_device.TakeCalls(), QStringList{u"SetRfAttenuator 0 0"_s});
+    EXPECT_EQ(attenuation.GetState(), TValueState::Valid);
+}
+
 TEST_F(DeviceControlTest, RefusedSetupOfAnAntennaGoesBackToThatOfTheDevice) {
     m_device.antennas = {{0, u"PX110"_s, 300e3, 30e6, true, false, false}};
     m_device.antennaSetups = {{0, {400e3, 20e6}, 2, 0, -1, 7.5, {}}};
@@ -509,6 +633,20 @@ TEST_F(DeviceControlTest, RefusedSetupOfAnAntennaGoesBackToThatOfTheDevice) {
     EXPECT_EQ(number(u"AntMechOffset"_s), 7.5);
     EXPECT_EQ(number(u"AntMinRange"_s), 400e3);
     EXPECT_EQ(number(u"AntMaxRange"_s), 20e6);
+    EXPECT_EQ(ReasonFor(u"Antennas"_s), u"fixed"_s);
+}
+
+TEST_F(DeviceControlTest, RefusedSetupOfAnAntennaThatTheDeviceDoesNotTellGoesBackToTheOneBefore) {
+    m_device.antennas = {{0, u"PX110"_s, 300e3, 30e6, true, false, false}};
+    m_device.antennaSetups = {{0, {300e3, 30e6}, POLARISATION_VERTICAL, 0, -1, 0.0, {}}};
+    StartConnected();
+    m_device.Refuse(u"SetAntennaSetup"_s, u"fixed"_s);
+    m_device.Refuse(u"GetAntennaSetup"_s, u"nor that"_s);
+    auto* const offset =
+        Tree::Instance()->Find<ValueNumericDouble>(DeviceTree::Path() + u"/Ant0/AntMechOffset"_s);
+    offset->SetValue(90.0);
+    Settle();
+    EXPECT_EQ(offset->GetValue(), 0.0);
     EXPECT_EQ(ReasonFor(u"Antennas"_s), u"fixed"_s);
 }
 
@@ -637,6 +775,52 @@ TEST_F(DeviceControlTest, DfSettingsAreKeptByTheirKeys) {
     EXPECT_EQ(Value<ValueSelection>(g_vdDfBandwidth).GetCurrentKey(), 2);
 }
 
+TEST_F(DeviceControlTest, SwitchesOfAnAntennaReachTheDriverWhereTheAntennaHasThem) {
+    SetSwitchableAntenna();
+    Value<ValueBool>(g_vdAntennaActive).SetValue(true);
+    Value<ValueString>(g_vdPolarisation).SetValue(u"Horizontal"_s);
+    Value<ValueSelection>(g_vdSRStatus).SetCurrentKey(1);
+    StartConnected();
+    const auto df = *m_device.With([](FakeDevice& device) { return device.df; });
+    EXPECT_TRUE(df.activeAntenna);
+    EXPECT_EQ(df.polarisation, POLARISATION_HORIZONTAL);
+    EXPECT_TRUE(df.superResolution);
+    EXPECT_EQ(ReasonFor(u"MeasureSettings"_s), QString());
+}
+
+TEST_F(DeviceControlTest, SwitchesThatTheAntennaDoesNotHaveStayOffAndSuperResolutionIsTold) {
+    Value<ValueBool>(g_vdAntennaActive).SetValue(true);
+    Value<ValueString>(g_vdPolarisation).SetValue(u"Horizontal"_s);
+    Value<ValueSelection>(g_vdSRStatus).SetCurrentKey(1);
+    StartConnected();
+    const auto df = *m_device.With([](FakeDevice& device) { return device.df; });
+    EXPECT_FALSE(df.activeAntenna);
+    EXPECT_EQ(df.polarisation, -1) << "left to the device";
+    EXPECT_FALSE(df.superResolution);
+    EXPECT_EQ(Report(u"MeasureSettings"_s, u"Asked"_s), u"super resolution"_s);
+    EXPECT_EQ(ReasonFor(u"MeasureSettings"_s), u"the antenna has no super resolution at this frequency"_s);
+}
+
+TEST_F(DeviceControlTest, RefusedSwitchesOfAnAntennaAndSquelchGoBackToThoseOfTheDevice) {
+    SetSwitchableAntenna();
+    Value<ValueBool>(g_vdAuSquelch).SetValue(true);
+    Value<ValueNumericDouble>(g_vdAudioThreshold).SetValue(-3.0);
+    m_device.With([](FakeDevice& device) {
+        device.df.emplace().activeAntenna = true;
+        device.df->polarisation = POLARISATION_HORIZONTAL;
+        device.df->superResolution = true;
+        device.dem.emplace().squelch = -12;
+    });
+    m_device.Refuse(u"AlterMeasureSetting"_s, u"no"_s);
+    StartConnected();
+    EXPECT_TRUE(Value<ValueBool>(g_vdAntennaActive).GetValue());
+    EXPECT_EQ(Value<ValueString>(g_vdPolarisation).GetValue(), u"Horizontal"_s);
+    EXPECT_EQ(Value<ValueSelection>(g_vdSRStatus).GetCurrentKey(), 1);
+    EXPECT_TRUE(Value<ValueBool>(g_vdAuSquelch).GetValue());
+    EXPECT_EQ(Value<ValueNumericDouble>(g_vdAudioThreshold).GetValue(), -12.0);
+    EXPECT_EQ(ReasonFor(u"MeasureSettings"_s), u"no"_s);
+}
+
 TEST_F(DeviceControlTest, PolarisationThatThereIsNotBecomesVerticalAndIsTold) {
     StartConnected();
     Value<ValueString>(g_vdPolarisation).SetValue(u"Sideways"_s);
@@ -742,6 +926,23 @@ TEST_F(DeviceControlTest, TextThatIsNotARangeGoesBackWithItsFault) {
     EXPECT_EQ(m_device.TakeCalls(), QStringList());
     EXPECT_EQ(ReasonFor(u"ScanRanges"_s), u"a range is not a JSON object: 118-137 MHz"_s);
     EXPECT_EQ(Value<ValueStringList>(g_vdScanRanges).GetElements(), std::vector{AIRBAND});
+}
+
+TEST_F(DeviceControlTest, MoreRangesThanTwoHundredGoBackAsAWhole) {
+    StartConnected();
+    SetRanges({AIRBAND});
+    Settle();
+    m_device.TakeCalls();
+    m_now += 1s;
+    SetRanges(QStringList(201, MARINE));
+    Settle();
+    EXPECT_EQ(m_device.TakeCalls(), QStringList());
+    EXPECT_EQ(Value<ValueStringList>(g_vdScanRanges).GetElements(), std::vector{AIRBAND});
+    EXPECT_EQ(Report(u"ScanRanges"_s, u"Asked"_s), u"201 ranges"_s);
+    EXPECT_EQ(ReasonFor(u"ScanRanges"_s), u"there are more than 200"_s);
+    SetRanges(QStringList(200, MARINE));
+    Settle();
+    EXPECT_EQ(m_device.TakeCalls(u"AddFreqRange"_s).size(), 200);
 }
 
 TEST_F(DeviceControlTest, RefusedRangesAreReplacedByThoseThatTheDeviceHadBefore) {
@@ -925,6 +1126,44 @@ TEST_F(DeviceControlTest, ChoicesInAnAntennaNodeReachTheDriverAndGoBackWhenTheyA
     offset->SetValue(90.0);
     Pass(50ms);
     EXPECT_EQ(offset->GetValue(), 12.5);
+    EXPECT_EQ(ReasonFor(u"Antennas"_s), u"fixed"_s);
+}
+
+TEST_F(DeviceControlTest, PolarisationOfAnAntennaReachesTheDriverAndGoesBackWhenItIsRefused) {
+    m_device.antennas = {{0, u"PX110"_s, 300e3, 30e6, true, true, false}};
+    m_device.antennaSetups = {{0, {300e3, 30e6}, POLARISATION_VERTICAL, 0, -1, 0.0, {}}};
+    StartConnected();
+    auto* const polarisation =
+        Tree::Instance()->Find<ValueNumericInt>(DeviceTree::Path() + u"/Ant0/AntPolarizationMode"_s);
+    ASSERT_NE(polarisation, nullptr);
+    polarisation->SetValue(POLARISATION_HORIZONTAL);
+    Settle();
+    EXPECT_EQ(m_device.With([](FakeDevice& device) { return device.antennaSetups[0].polarisation; }),
+              POLARISATION_HORIZONTAL);
+    m_device.Refuse(u"SetAntennaSetup"_s, u"fixed"_s);
+    m_now += 1s;
+    polarisation->SetValue(POLARISATION_RIGHT);
+    Settle();
+    EXPECT_EQ(polarisation->GetValue(), POLARISATION_HORIZONTAL);
+    EXPECT_EQ(ReasonFor(u"Antennas"_s), u"fixed"_s);
+}
+
+TEST_F(DeviceControlTest, SetupOfAnAntennaThatIsAnotherOneMeanwhileIsNotWrittenIntoItsNode) {
+    m_device.antennas = {{0, u"PX110"_s, 300e3, 30e6, true, false, false}};
+    m_device.antennaSetups = {{0, {300e3, 30e6}, POLARISATION_VERTICAL, 0, -1, 7.5, {}}};
+    StartConnected();
+    const auto offset = [] {
+        return Tree::Instance()->Find<ValueNumericDouble>(DeviceTree::Path() + u"/Ant0/AntMechOffset"_s);
+    };
+    m_device.Refuse(u"SetAntennaSetup"_s, u"fixed"_s);
+    std::promise<void> release;
+    m_thread->Post(DriverCall::Setting, [&](KvZANCommon::IDriver&) { release.get_future().wait(); });
+    offset()->SetValue(90.0);
+    DeviceTree::SetAntennas({MakeAntenna(u"PX101"_s, u"RCV01"_s, 300e3, 30e6)});
+    offset()->SetValue(1.5);
+    release.set_value();
+    Settle();
+    EXPECT_EQ(offset()->GetValue(), 1.5);
     EXPECT_EQ(ReasonFor(u"Antennas"_s), u"fixed"_s);
 }
 

@@ -180,6 +180,19 @@ TEST_F(DevicePropertiesTest, LimitsThatAreNotNumbersAreRefusedAndTold) {
     }
 }
 
+TEST_F(DevicePropertiesTest, TypeAndNameOfAConverterTellEachOtherAndOneWithNeitherIsLeftOut) {
+    m_device.converters = {{0, CONVERTER_NONE, u"RCV01"_s, 0, 0, true, false},
+                           {1, CONVERTER_NONE, {}, 0, 0, true, false},
+                           {2, CONVERTER_RCV03, {}, 0, 0, true, false}};
+    const DeviceReading reading = Read();
+    ASSERT_EQ(reading.converters.size(), 2U);
+    EXPECT_EQ(reading.converters[0].handle, 0);
+    EXPECT_EQ(reading.converters[0].type, CONVERTER_RCV01);
+    EXPECT_EQ(reading.converters[1].handle, 2);
+    EXPECT_EQ(reading.converters[1].typeName, u"RCV03"_s);
+    EXPECT_EQ(reading.faults, QStringList{u"converter 1 has no type; it is left out"_s});
+}
+
 TEST_F(DevicePropertiesTest, SetupThatIsNotUsableIsRepairedAndTold) {
     AddAntenna(u"PX106"_s, 20e6, 1300e6);
     m_device.antennaSetups[0].range = {NOT_A_NUMBER, 1e9};

@@ -1521,6 +1521,15 @@ TEST_F(DFDataOutputTest, SerialLineThatIsSetIsWrittenFromNowOnAndStored) {
     EXPECT_FALSE(output.IsEnabled());
 }
 
+TEST_F(DFDataOutputTest, SerialLineThatIsSetAsItIsLeavesTheLineAndTheSettingsAsTheyAre) {
+    DFDataOutput& output = MakeOutput(false, true);
+    const DFDataOutput::Settings settings = output.GetSettings();
+    Store().SetString(u"RS232Output_Address"_s, u"of another program"_s);
+    output.SetSerialOutput(settings.serialEnabled, settings.address);
+    EXPECT_EQ(Store().GetString(u"RS232Output_Address"_s, {}), u"of another program"_s);
+    EXPECT_FALSE(m_line.IsClosed());
+}
+
 TEST_F(DFDataOutputTest, IntervalThatIsSetDrivesTheOutputFromNowOnAndIsStored) {
     FillTree();
     FillOperationMode(7);
@@ -1534,6 +1543,20 @@ TEST_F(DFDataOutputTest, IntervalThatIsSetDrivesTheOutputFromNowOnAndIsStored) {
     EXPECT_TRUE(before.startsWith(LINE)) << "the timer wrote";
     NewBearing();
     EXPECT_EQ(InFile(), before + LINE);
+}
+
+TEST_F(DFDataOutputTest, IntervalThatIsSetAsItIsDoesNotBeginAgain) {
+    FillTree();
+    FillOperationMode(7);
+    DFDataOutput& output = MakeOutput(true, false);
+    output.SetInterval(60'000);
+    const auto timer = [&] {
+        return QAbstractEventDispatcher::instance()->registeredTimers(&output).value(0, {0, 0, {}}).timerId;
+    };
+    const int before = timer();
+    output.SetInterval(60'000);
+    EXPECT_EQ(timer(), before) << "the same one runs on";
+    EXPECT_EQ(output.GetSettings().interval, 60'000);
 }
 
 TEST_F(DFDataOutputTest, IntervalOfAnOutputThatIsOffStartsNoTimer) {

@@ -173,6 +173,23 @@ TEST_F(DriverLinkTest, DeviceThatIsLostAsSoonAsItIsThereIsSoughtMoreAndMoreSlowl
     EXPECT_GE(timer.elapsed(), 200);
 }
 
+TEST_F(DriverLinkTest, DeviceThatWasThereForLongIsSoughtQuicklyAgain) {
+    // The times are the rule: after 20, 40, 80, 160 and 320 ms, and 600 ms from then on, unless it was there
+    // for longer than those.
+    m_device->onInitialize = [this](IDriverCallback&) { return m_device->attempts < 6 ? -2 : 0; };
+    const auto link = Make(DriverLink::Kind::Device, 20ms);
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_TRUE(SpinUntil([&] { return timer.hasExpired(650); }));
+    m_device->callback.load()->CloseDataLink();
+    ASSERT_TRUE(SpinUntil([&] { return link->GetState() == DriverLink::State::Lost; }));
+    timer.start();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 2; }));
+    EXPECT_LT(timer.elapsed(), 550);
+}
+
 TEST_F(DriverLinkTest, InitializeThatThrowsIsAnAttemptThatHasFailed) {
     m_device->onInitialize = [this](IDriverCallback&) {
         return m_device->attempts < 2 ? throw std::runtime_error("no power") : 0;
@@ -181,6 +198,29 @@ TEST_F(DriverLinkTest, InitializeThatThrowsIsAnAttemptThatHasFailed) {
     link->Open();
     EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
     EXPECT_EQ(m_lost, QStringList{u"the driver threw an exception: no power"_s});
+}
+
+TEST_F(DriverLinkTest, InitializeThatThrowsWhatIsNoExceptionIsAnAttemptThatHasFailed) {
+    m_device->onInitialize = [this](IDriverCallback&) { return m_device->attempts < 2 ? throw 1 : 0; };
+    const auto link = Make();
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    EXPECT_EQ(m_lost, QStringList{u"the driver threw an exception"_s});
+}
+
+TEST_F(DriverLinkTest, DeviceThatIsLostWhileItIsOpenedIsNotThereAlthoughItWasOpened) {
+    m_device->onInitialize = [this](IDriverCallback& callback) {
+        if (m_device->attempts == 1) {
+            ReportFatal(callback, u"no clock"_s);
+        }
+        return 0;
+    };
+    constexpr auto LATER_THAN_THE_ANSWER = 100ms;
+    const auto link = Make(DriverLink::Kind::Device, LATER_THAN_THE_ANSWER);
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    EXPECT_EQ(m_lost, QStringList{u"no clock"_s});
+    EXPECT_EQ(m_device->attempts, 2);
 }
 
 TEST_F(DriverLinkTest, TextOfAnExceptionIsOneLineOfBoundedLength) {
@@ -292,6 +332,21 @@ TEST_F(DriverLinkTest, ClosingSetsTheDeviceToStandbyAndPassesOnWhatItDeliversUnt
     link->Close();
     EXPECT_EQ(blocks, 50);
     EXPECT_EQ(link->GetState(), DriverLink::State::Closed);
+}
+
+TEST_F(DriverLinkTest, ClosingDoesNotWaitForAStandbyThatThrows) {
+    m_device->onStandby = [] { throw std::runtime_error("no power"); };
+    auto link = Make();
+    QStringList failures;
+    QObject::connect(link.get(), &DriverLink::CallFailed, link.get(),
+                     [&](const QString& reason) { failures.append(reason); });
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    link->Close();
+    EXPECT_EQ(link->GetState(), DriverLink::State::Closed);
+    EXPECT_EQ(failures.size(), 1);
+    link.reset();
+    EXPECT_EQ(m_device->alive, 0);
 }
 
 TEST_F(DriverLinkTest, NothingArrivesAfterClosing) {

@@ -43,6 +43,30 @@ TEST(Bearing, StartsRejectedAndNotMeasured) {
     EXPECT_EQ(bearing.quality, 0);
 }
 
+TEST(DriverRecords, ResultOfAFixedFrequencyStartsRejectedAndNotMeasured) {
+    const FFMData data;
+    EXPECT_EQ(data.time, 0U);
+    EXPECT_EQ(data.frequency, 0.0);
+    EXPECT_EQ(data.bandwidth, 0.0);
+    EXPECT_EQ(data.azimuth, 0);
+    EXPECT_EQ(data.elevation, Bearing::NOT_MEASURED);
+    EXPECT_EQ(data.level, Bearing::NOT_MEASURED);
+    EXPECT_EQ(data.azimuthSpread, 0);
+    EXPECT_EQ(data.averageCount, 0);
+    EXPECT_EQ(data.quality, 0);
+}
+
+TEST(DriverRecords, ResultsOfAFixedFrequencyAreEqualWhenAllTheirMembersAre) {
+    const FFMData first;
+    FFMData second;
+    EXPECT_TRUE(first == second);
+    second.elevation = 10;
+    EXPECT_FALSE(first == second);
+    second = first;
+    second.quality = 1;
+    EXPECT_FALSE(first == second);
+}
+
 TEST(DriverRecords, DFSettingsStartNotSet) {
     const auto [resolutionBandwidth, method, realtimeBandwidth, sampleMode, preamplifier, activeAntenna,
                 superResolution, averageTime, measurementTime, levelThreshold, relativeThreshold,

@@ -9,11 +9,31 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
+
+#include <dlfcn.h>
+#include <netdb.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ZANServer;
+
+/// The system's, which also knows a host of two addresses: gpsd listens at the second one.
+// NOLINTNEXTLINE(cert-dcl50-cpp, readability-inconsistent-declaration-parameter-name)
+extern "C" [[gnu::visibility("default")]] int getaddrinfo(const char* __restrict host,
+                                                          const char* __restrict service,
+                                                          const addrinfo* __restrict hints,
+                                                          addrinfo** __restrict result) {
+    static auto* const ask = reinterpret_cast<decltype(&getaddrinfo)>(::dlsym(RTLD_NEXT, "getaddrinfo"));
+    if (!host || host != std::string_view("two.example")) {
+        return ask(host, service, hints, result);
+    }
+    if (const int error = ask("127.0.0.2", service, hints, result); error != 0) {
+        return error;
+    }
+    return ask("127.0.0.1", service, hints, &(*result)->ai_next);
+}
 
 namespace {
 
@@ -159,6 +179,14 @@ TEST_F(GpsdClientTest, EveryAddressOfTheHostIsTried) {
     EXPECT_EQ(m_client->GetLastFailure(), QString());
 }
 
+TEST_F(GpsdClientTest, AddressThatRefusesIsFollowedByTheNextOneOfTheHost) {
+    const GpsdServer server;
+    Start({u"two.example"_s, server.GetPort()});
+    EXPECT_TRUE(AwaitState(EState::CONNECTED));
+    EXPECT_EQ(m_states, (std::vector{EState::CONNECTING, EState::CONNECTED}));
+    EXPECT_EQ(m_client->GetLastFailure(), QString());
+}
+
 TEST_F(GpsdClientTest, HostWithoutAnAddressIsAFailureLikeTheOthers) {
     Start({u"no..host"_s, 2947});
     EXPECT_TRUE(AwaitFailure(u"no..host:2947: "_s));
@@ -279,6 +307,27 @@ TEST_F(GpsdClientTest, StopEndsTheConnectionAtOnceAndForGood) {
     EXPECT_EQ(m_client->GetLastFailure(), QString()) << "an intended end is no failure";
     m_client->Start();
     EXPECT_TRUE(AwaitState(EState::CONNECTED));
+}
+
+TEST_F(GpsdClientTest, IsStoppedForGoodByWhomItTellsThatItIsConnected) {
+    const GpsdServer server;
+    bool isStopped = false;
+    std::optional<GpsdClient> client;
+    client.emplace(
+        GpsdAddress{u"127.0.0.1"_s, server.GetPort()}, GpsdClient::Timing{10ms, 40ms, 50ms},
+        [](const GpsdReport&) {},
+        [&] {
+            if (client->GetState() == EState::CONNECTED) {
+                client->Stop();
+                isStopped = true;
+            }
+        });
+    client->Start();
+    ASSERT_TRUE(SpinUntil([&] { return isStopped; }));
+    CountWakeUps(); // longer than an answer and the longest pause
+    EXPECT_EQ(client->GetState(), EState::OFF);
+    EXPECT_EQ(client->GetLastFailure(), QString());
+    EXPECT_EQ(server.clientCount, 1);
 }
 
 TEST_F(GpsdClientTest, IsStoppedWhileItConnectsOrWaits) {

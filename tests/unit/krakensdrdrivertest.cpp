@@ -3,6 +3,7 @@
 #include "support/httpserver.h"
 #include "support/printing.h"
 #include "support/receiverrecords.h"
+#include "support/sleepingthread.h"
 #include "zanserver/driverreceiver.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,11 @@
 #include <QDir>
 
 #include <array>
+#include <functional>
+#include <future>
+#include <thread>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace ZANServer;
@@ -23,9 +29,12 @@ class Callback final : public KvZANCommon::NullDriverCallback {
 public:
     void fillScanBuffer(long, unsigned long long& time, unsigned, unsigned count, Bearing* bearings,
                         KvZANCommon::StatusStruct& status) override {
-        const std::lock_guard lock(mutex);
         EXPECT_EQ(count, 1U);
-        blocks.push_back({time, status, {*bearings}});
+        {
+            const std::lock_guard lock(mutex);
+            blocks.push_back({time, status, {*bearings}});
+        }
+        onBlock();
     }
     void fillSRSpectrumBuffer(short* values, int count, unsigned long long& time) override {
         const std::lock_guard lock(mutex);
@@ -48,6 +57,7 @@ public:
         ++closed;
     }
 
+    std::function<void()> onBlock = [] {}; ///< on the driver's thread
     std::mutex mutex;
     std::vector<BearingBlock> blocks;
     std::vector<std::pair<quint64, std::vector<short>>> spectra;
@@ -229,6 +239,31 @@ TEST_F(KrakenSdrDriverTest, StandbyDoesNotWaitForAReceiverThatStalls) {
     EXPECT_LT(timer.elapsed(), 5000);
 }
 
+TEST_F(KrakenSdrDriverTest, AfterStandbyTheOtherBearingsOfAnAnswerAreNotDelivered) {
+    std::promise<void> hasDelivered;
+    std::promise<void> mayGoOn;
+    m_callback.onBlock = [&] {
+        hasDelivered.set_value();
+        mayGoOn.get_future().wait();
+    };
+    ASSERT_EQ(Open(), KrakenSdrDriver::OK);
+    ReceiverRecord other = m_record;
+    other.frequency = "435000000";
+    other.time = m_record.time = "1700000001000";
+    m_server.SetBody(m_record.Line() + other.Line());
+    ASSERT_EQ(m_driver.SetMode(EMODE_SCAN), KrakenSdrDriver::OK);
+    hasDelivered.get_future().wait();
+    std::promise<pid_t> stopperId;
+    std::thread stopper([&] {
+        stopperId.set_value(gettid());
+        m_driver.SetMode(EMODE_STANDBY);
+    });
+    EXPECT_TRUE(AwaitSleep(stopperId.get_future().get())) << "it waits for the delivery";
+    mayGoOn.set_value();
+    stopper.join();
+    EXPECT_EQ(m_callback.blocks.size(), 1U);
+}
+
 TEST_F(KrakenSdrDriverTest, ReceiverThatDiesIsReportedOnceAndOpenedAgainByInitialize) {
     Start();
     ASSERT_TRUE(WaitForBlocks(1));
@@ -293,6 +328,20 @@ TEST_F(KrakenSdrDriverTest, FaultyAnswersAreRefusedWithTheReason) {
         << "redirections are not followed";
     m_server.SetAnswer([](QTcpSocket& client) { client.abort(); });
     EXPECT_TRUE(Refusal().startsWith(Failure(QString())));
+}
+
+TEST_F(KrakenSdrDriverTest, AddressThatIsNoneIsRefusedWithTheReason) {
+    std::string address = "ftp://kraken:8081";
+    EXPECT_EQ(m_driver.Initialize(address, false), KrakenSdrDriver::FAILED);
+    EXPECT_TRUE(m_driver.GetLastError().startsWith(u"ftp://kraken:8081: "_s))
+        << m_driver.GetLastError().toStdString();
+}
+
+TEST_F(KrakenSdrDriverTest, WithoutACallbackItIsNotOpened) {
+    KrakenSdrDriver driver;
+    std::string address = m_server.Address().toStdString();
+    EXPECT_EQ(driver.Initialize(address, false), KrakenSdrDriver::FAILED);
+    EXPECT_EQ(driver.GetLastError(), u"there is no callback"_s);
 }
 
 TEST_F(KrakenSdrDriverTest, EndlessBodyIsBounded) {

@@ -149,6 +149,36 @@ TEST_F(OutputValuesTest, SerialLineIsSwitchedAndItsAddressChangedAtOnce) {
               other.path + u":4800,n,8,1"_s);
 }
 
+TEST_F(OutputValuesTest, ChangeThatIsTakenBackInItsTransactionLeavesTheOutputsAsTheyAre) {
+    Make(true);
+    NewBearing();
+    EXPECT_TRUE(Set(g_vdSerAddress, u"nowhere"_s));
+    const QString refused = Text(g_vdSerRefused);
+    EXPECT_FALSE(refused.isEmpty());
+    for (const ValueDescriptor* const each : {&g_vdFileName, &g_vdSerAddress}) {
+        auto& address = ServerValue<ValueString>(*each);
+        const QString present = address.GetValue();
+        const auto transaction = address.CreateTransaction({TChangeCode::Changed}, nullptr);
+        address.SetValue(u"other"_s);
+        address.SetValue(present);
+    }
+    EXPECT_EQ(Contents().count("$PLG"), 1) << "the file is not begun again";
+    EXPECT_EQ(Text(g_vdSerRefused), refused);
+    EXPECT_EQ(Text(g_vdSerAddress), m_line.path);
+}
+
+TEST_F(OutputValuesTest, StateOfAValueChangesNothing) {
+    Make(true);
+    NewBearing();
+    EXPECT_TRUE(Set(g_vdSerAddress, u"nowhere"_s));
+    const QString refused = Text(g_vdSerRefused);
+    for (const ValueDescriptor* const each : {&g_vdFileName, &g_vdSerAddress, &g_vdOutInterval}) {
+        Tree::Instance()->GetValue(ZANPath::Server(*each))->SetState(TValueState::NotMeasured, nullptr);
+    }
+    EXPECT_EQ(Contents().count("$PLG"), 1) << "the file is not begun again";
+    EXPECT_EQ(Text(g_vdSerRefused), refused);
+}
+
 TEST_F(OutputValuesTest, AddressThatIsNoneIsRefusedWithTheReason) {
     Make(false);
     for (

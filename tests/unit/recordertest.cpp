@@ -424,6 +424,16 @@ TEST_F(RecorderTest, FileThatHasNoRoomForItsHeaderIsTriedAgain) {
     EXPECT_EQ(Files(), QStringList{u"flight.csv"_s}) << "a file without content gets no number";
 }
 
+TEST_F(RecorderTest, FileThatIsWatchedAndStaysIsRecordedToOn) {
+    Make();
+    Take(MakeBlock());
+    CountWakeUps(); // it is looked at again and again meanwhile
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW + ROW);
+    EXPECT_EQ(Files(), QStringList{u"flight.csv"_s});
+    EXPECT_EQ(m_failures, QStringList());
+}
+
 TEST_F(RecorderTest, StateOfAValueChangesNothing) {
     Make();
     Take(MakeBlock());

@@ -95,6 +95,15 @@ TEST_F(RecordParserTest, FieldThatHoldsNothingIsNotMeasured) {
     EXPECT_TRUE(m_record.hasSpectrum) << "what one record lacks is not taken over by the next";
 }
 
+TEST_F(RecordParserTest, BlanksAroundAFieldAndTheEndOfAWindowsLineAreNoPartOfIt) {
+    ReceiverRecord record;
+    record.bearing = "  45\t ";
+    record.heading = "10.5 ";
+    EXPECT_TRUE(ParseLine(record.Line().chopped(1) + " \r")) << m_parser.GetFaultText().toStdString();
+    EXPECT_EQ(m_record.bearing, 45.0);
+    EXPECT_EQ(m_record.heading, 10.5);
+}
+
 TEST_F(RecordParserTest, FullCircleIsNorth) {
     ReceiverRecord record;
     record.bearing = "360";

@@ -390,3 +390,16 @@ TEST_F(ReplayDriverTest, DriverThatIsHeldUpByAFullQueueIsStoppedAndNothingOfItIs
     receiver.PassOnWaiting();
     EXPECT_EQ(count, static_cast<std::size_t>(m_device.GetReadCount()));
 }
+
+TEST_F(ReplayDriverTest, TestCommandThatItDoesNotKnowIsRefusedWithWhatThereIs) {
+    ReplayDriver driver(m_adapter);
+    for (const QString& command : {u"pace max"_s, u"speed"_s, u"speed 2 3"_s, QString()}) {
+        EXPECT_EQ(driver.SetTest(command), ReplayDriver::FAILED) << command.toStdString();
+        EXPECT_EQ(driver.GetLastError(),
+                  u"\"%1\" is not known; there is: speed realtime|N|max"_s.arg(command));
+    }
+    for (const QString& speed : {u"0"_s, u"-1"_s, u"nan"_s, u"inf"_s, u"fast"_s}) {
+        EXPECT_EQ(driver.SetTest(u"speed "_s + speed), ReplayDriver::FAILED) << speed.toStdString();
+        EXPECT_EQ(driver.GetLastError(), u"speed takes realtime, max or a number above 0, not "_s + speed);
+    }
+}

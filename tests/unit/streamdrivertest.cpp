@@ -17,6 +17,7 @@
 #include <QTemporaryDir>
 #include <QUdpSocket>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
 
 #include <fcntl.h>
@@ -208,6 +209,43 @@ TEST_F(StreamDriverTest, HostThatRefusesIsAFailureWithItsReason) {
     ExpectRefused(address, address + u": Connection refused"_s);
 }
 
+TEST_F(StreamDriverTest, HostMayBeInBrackets) {
+    TcpSender sender;
+    Start(u"tcp://[127.0.0.1]:%1"_s.arg(sender.serverPort()));
+    Send(*sender.Accept(), ROW);
+    EXPECT_TRUE(WaitForBlocks(1));
+}
+
+TEST_F(StreamDriverTest, ConnectionThatIsResetIsToldWithTheReason) {
+    TcpSender sender;
+    Start(sender.Address());
+    QTcpSocket* const connection = sender.Accept();
+    Send(*connection, ROW);
+    ASSERT_TRUE(WaitForBlocks(1));
+    constexpr linger AT_ONCE{1, 0}; // what a machine does that has lost the connection
+    ASSERT_EQ(::setsockopt(static_cast<int>(connection->socketDescriptor()), SOL_SOCKET, SO_LINGER, &AT_ONCE,
+                           sizeof AT_ONCE),
+              0);
+    delete connection;
+    ASSERT_TRUE(WaitForLoss());
+    EXPECT_EQ(m_fatal,
+              QStringList(sender.Address() + u": cannot be read after line 1: Connection reset by peer"_s));
+}
+
+TEST_F(StreamDriverTest, PortThatAnotherProgramHasIsRefusedWithTheReason) {
+    QUdpSocket other;
+    ASSERT_TRUE(other.bind(QHostAddress::LocalHost));
+    const QString address = u"udp://:%1"_s.arg(other.localPort());
+    ExpectRefused(address, address + u": The bound address is already in use"_s);
+}
+
+TEST_F(StreamDriverTest, WithoutACallbackItIsNotOpened) {
+    StreamDriver driver;
+    std::string address = "tcp://127.0.0.1:1";
+    EXPECT_EQ(driver.Initialize(address, false), StreamDriver::FAILED);
+    EXPECT_EQ(driver.GetLastError(), u"there is no callback"_s);
+}
+
 TEST_F(StreamDriverTest, AddressesThatAreNoneAreRefusedWithTheReason) {
     ExpectRefused(QString(), u"the address is none of "_s + Stream::StreamSource::FORM.toString());
     ExpectRefused(u"tcp://localhost"_s, u"tcp://localhost: there is no port from 1 to 65535"_s);
@@ -220,6 +258,8 @@ TEST_F(StreamDriverTest, AddressesThatAreNoneAreRefusedWithTheReason) {
     ExpectRefused(m_directory.path(), m_directory.path() + u": is a directory"_s);
     ExpectRefused(u"/etc/passwd"_s,
                   u"/etc/passwd: is a file, not a stream; the driver \"replay\" reads it"_s);
+    ExpectRefused(u"COM1:9600,x"_s,
+                  u"COM1:9600,x: cannot be opened: the parity is not one of n, e, o, m, s"_s);
     ExpectRefused(u"/dev/nothing:9600,x"_s,
                   u"/dev/nothing:9600,x: cannot be opened: the parity is not one of n, e, o, m, s"_s);
 }

@@ -155,7 +155,7 @@ private:
 ///     EWish Read(Arguments&, WishChange&); // the wish as the tree has it, made valid, also in the tree
 ///     void Show(const Arguments&);         // into the tree
 ///     static QString Describe(const Arguments&);
-///     static std::size_t CountCalls(const Arguments& wanted, const std::optional<Arguments>& carriedOut);
+///     static std::size_t CountCalls(const Arguments& wanted); // at least 1
 ///     static long Call(IDriver&, const Arguments&, std::size_t number); // on the driver's thread, from 0
 ///     static std::size_t CountQuestions(const Arguments&);
 ///     static bool Ask(IDriver&, Arguments&, std::size_t number); // likewise: what the device says it has
@@ -253,13 +253,8 @@ private:
         m_wanted = std::move(wanted);
         m_phase = EPhase::SET;
         m_callNumber = 0;
-        m_callCount = Policy::CountCalls(m_wanted, m_carriedOut);
-        if (m_callCount == 0) {
-            m_carriedOut = m_wanted;
-            m_host.OnCarriedOut(*this);
-        } else {
-            SendCall(m_kind);
-        }
+        m_callCount = Policy::CountCalls(m_wanted);
+        SendCall(m_kind);
     }
 
     /// A wish that the device cannot do goes back to what it has, about which it is asked unless that is

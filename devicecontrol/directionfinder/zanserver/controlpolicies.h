@@ -8,7 +8,6 @@
 #include <QStringList>
 
 #include <array>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -23,7 +22,7 @@ struct SingleOf {
     static constexpr DriverCall KIND = CALL;
     static constexpr bool IS_PARTLY_DONE = false;
     template <class Arguments>
-    static std::size_t CountCalls(const Arguments&, const std::optional<Arguments>&) {
+    static std::size_t CountCalls(const Arguments&) {
         return 1;
     }
     template <class Arguments>
@@ -64,9 +63,7 @@ struct Converters : Several {
     EWish Read(Arguments& wanted, WishChange& change) const;
     void Show(const Arguments& arguments) const;
     static QString Describe(const Arguments& arguments);
-    static std::size_t CountCalls(const Arguments& wanted, const std::optional<Arguments>&) {
-        return wanted.setups.size();
-    }
+    static std::size_t CountCalls(const Arguments& wanted) { return wanted.setups.size(); }
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t number) {
         return driver.SetConverterSetup(arguments.setups[number]);
     }
@@ -86,9 +83,7 @@ struct Antennas : Several {
     EWish Read(Arguments& wanted, WishChange& change) const;
     void Show(const Arguments& arguments) const;
     static QString Describe(const Arguments& arguments);
-    static std::size_t CountCalls(const Arguments& wanted, const std::optional<Arguments>&) {
-        return wanted.setups.size();
-    }
+    static std::size_t CountCalls(const Arguments& wanted) { return wanted.setups.size(); }
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t number) {
         return driver.SetAntennaSetup(arguments.setups[number]);
     }
@@ -108,9 +103,7 @@ struct Attenuation : Several {
     EWish Read(Arguments& wanted, WishChange& change) const;
     void Show(const Arguments& arguments) const;
     static QString Describe(const Arguments& arguments);
-    static std::size_t CountCalls(const Arguments& wanted, const std::optional<Arguments>&) {
-        return wanted.size();
-    }
+    static std::size_t CountCalls(const Arguments& wanted) { return wanted.size(); }
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t number) {
         return driver.SetRfAttenuator(arguments[number].converter, arguments[number].attenuation);
     }
@@ -220,7 +213,7 @@ struct Ranges : Several {
     EWish Read(Arguments& wanted, WishChange& change) const;
     void Show(const Arguments& arguments) const;
     static QString Describe(const Arguments& arguments);
-    static std::size_t CountCalls(const Arguments& wanted, const std::optional<Arguments>&) {
+    static std::size_t CountCalls(const Arguments& wanted) {
         return (wanted.isScanning ? 2 : 1) + wanted.ranges.size();
     }
     static long Call(IDriver& driver, const Arguments& arguments, std::size_t number);

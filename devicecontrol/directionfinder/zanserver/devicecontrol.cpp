@@ -305,11 +305,12 @@ private:
         m_scanAveraging = add(ScanAveraging{values}, {values->scanAveraging});
         add(HoldTimes{values}, {values->holdTime, values->signalTime, values->pauseTime});
         add(Emitters{values}, {values->srNumEmitters});
-        m_measure = add(Measure{values},
-                        {values->bandwidth, values->demodulation, values->dfBandwidth, values->dfMode,
-                         values->levelThreshold, values->preAmplifierHf, values->preAmplifierVuhf,
-                         values->antennaActive, values->polarisation, values->srStatus,
-                         values->gainControlMode, values->squelch, values->audioThreshold});
+        const Values measured{values->bandwidth,        values->demodulation,    values->dfBandwidth,
+                              values->dfMode,           values->levelThreshold,  values->preAmplifierHf,
+                              values->preAmplifierVuhf, values->antennaActive,   values->polarisation,
+                              values->srStatus,         values->gainControlMode, values->squelch,
+                              values->audioThreshold};
+        m_measure = add(Measure{values}, measured);
         m_scanRanges = add(Ranges{values}, {values->scanRanges});
         add(Volume{values}, {values->volume, values->mute});
         m_compass = Add(Compass{values}, Values{values->compassValue});
@@ -381,9 +382,8 @@ private:
         m_filterRanges.Reset();
         for (const FreqRangeDefinition& range : *m_ranges) {
             const auto& filter = range.GetFilterSettings();
-            m_filterRanges.AddDeviceFilterRange({range.GetStartFreq(),
-                                                 range.GetStopFreq(),
-                                                 {{filter.azimuthFrom / 100.0, filter.azimuthTo / 100.0}}});
+            const std::pair accepted{filter.azimuthFrom / 100.0, filter.azimuthTo / 100.0};
+            m_filterRanges.AddDeviceFilterRange({range.GetStartFreq(), range.GetStopFreq(), {accepted}});
         }
         m_filterRanges.Publish();
         m_status.SetChannelCount(m_ranges->empty() ? 0

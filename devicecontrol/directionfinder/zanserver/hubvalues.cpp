@@ -121,15 +121,14 @@ QString HubValues::CheckChange(const Settings& wished) const {
     if (!wished.on && areTextsSame) {
         return {};
     }
-    for (const QString& reason :
-         {CheckAddress(wished.address),
-          CheckText(u"the name of the client"_s, wished.clientName, LONGEST_NAME),
-          CheckText(u"the list of the clients to couple to"_s, wished.targets, LONGEST_TARGETS)}) {
-        if (!reason.isEmpty()) {
-            return reason;
-        }
+    QString reason = CheckAddress(wished.address);
+    if (reason.isEmpty()) {
+        reason = CheckText(u"the name of the client"_s, wished.clientName, LONGEST_NAME);
     }
-    return {};
+    if (reason.isEmpty()) {
+        reason = CheckText(u"the list of the clients to couple to"_s, wished.targets, LONGEST_TARGETS);
+    }
+    return reason;
 }
 
 void HubValues::Show() {
@@ -164,13 +163,13 @@ void HubValues::Apply() {
 
 void HubValues::PublishRange() {
     const ZANCharacteristics& characteristics = Station::GetCharacteristics();
-    for (const auto& [name, frequency] :
-         {std::pair{ZANValueName::SYSMINFREQ, characteristics.GetMinFreq(OPMODE_FFM)},
-          {ZANValueName::SYSMAXFREQ, characteristics.GetMaxFreq(OPMODE_FFM)}}) {
+    const auto publish = [](QStringView name, double frequency) {
         if (auto* const value = ZANPlatform::GetOrCreateValue<ValueNumericDouble>(ZANPath::Control(name))) {
             value->SetValue(frequency, nullptr);
         }
-    }
+    };
+    publish(ZANValueName::SYSMINFREQ, characteristics.GetMinFreq(OPMODE_FFM));
+    publish(ZANValueName::SYSMAXFREQ, characteristics.GetMaxFreq(OPMODE_FFM));
 }
 
 QString HubValues::DescribeFailure() {

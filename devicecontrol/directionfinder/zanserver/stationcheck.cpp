@@ -102,19 +102,20 @@ std::optional<Finding> CheckGpsd() {
     GpsdClient::Timing timing;
     timing.answer = std::chrono::seconds(2); // gpsd greets at once, and an operator waits for all findings
     QEventLoop loop;
-    GpsdClient client(
-        address, timing, [](const GpsdReport&) {},
-        [&] {
-            if (client.GetState() != GpsdClient::EState::CONNECTING) {
-                loop.quit();
-            }
-        });
-    client.Start();
+    std::optional<GpsdClient> client;
+    const auto ignoreReport = [](const GpsdReport&) {};
+    const auto endWhenItIsKnown = [&] {
+        if (client->GetState() != GpsdClient::EState::CONNECTING) {
+            loop.quit();
+        }
+    };
+    client.emplace(address, timing, ignoreReport, endWhenItIsKnown);
+    client->Start();
     loop.exec();
-    if (client.GetState() == GpsdClient::EState::CONNECTED) {
+    if (client->GetState() == GpsdClient::EState::CONNECTED) {
         return Finding{Severity::Ok, address.ToText() + u" answers"_s};
     }
-    return Finding{Severity::Warning, u"does not answer: "_s + client.GetLastFailure()};
+    return Finding{Severity::Warning, u"does not answer: "_s + client->GetLastFailure()};
 }
 
 Finding CheckDeviceType() {

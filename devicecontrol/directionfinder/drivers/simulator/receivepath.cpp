@@ -29,12 +29,8 @@ const ZANCharacteristics::AntennaDescription* FindLibraryRow(const QString& name
 
 template <class List>
 bool HoldsBefore(const List& list, auto value, auto end) {
-    for (const auto each : list) {
-        if (each == value || each == end) {
-            return each == value;
-        }
-    }
-    return false;
+    const auto last = std::ranges::find(list, end);
+    return std::find(list.begin(), last, value) != last;
 }
 
 bool HasOption(const Device& device, EZANOptions option) {
