@@ -15,7 +15,7 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include <algorithm>
+#include <cmath>
 #include <optional>
 #include <set>
 
