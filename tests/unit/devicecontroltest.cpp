@@ -797,6 +797,8 @@ TEST_F(DeviceControlTest, SwitchesThatTheAntennaDoesNotHaveStayOffAndSuperResolu
     EXPECT_FALSE(df.activeAntenna);
     EXPECT_EQ(df.polarisation, -1) << "left to the device";
     EXPECT_FALSE(df.superResolution);
+    EXPECT_EQ(Value<ValueSelection>(g_vdSRStatus).GetCurrentKey(), 0)
+        << "the outputs do not wait for emitters";
     EXPECT_EQ(Report(u"MeasureSettings"_s, u"Asked"_s), u"super resolution"_s);
     EXPECT_EQ(ReasonFor(u"MeasureSettings"_s), u"the antenna has no super resolution at this frequency"_s);
 }

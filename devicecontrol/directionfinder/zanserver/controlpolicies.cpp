@@ -365,6 +365,7 @@ EWish Measure::Read(Arguments& wanted, WishChange& change) const {
         values->characteristics.HasAntennaDFMethod(antenna, wanted.frequency, METHODDETAILED_SUPR);
     if (isSuperResolutionWanted != df.superResolution) {
         change = {u"super resolution"_s, u"the antenna has no super resolution at this frequency"_s};
+        values->srStatus->SetCurrentKey(0, values->owner); // the outputs would wait for emitters
     }
     DEMSettingsStruct& dem = wanted.dem;
     dem.demodulation = static_cast<qint32>(values->demodulation->GetCurrentKey());
