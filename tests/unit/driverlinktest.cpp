@@ -301,7 +301,7 @@ TEST_F(DriverLinkTest, DeviceThatWasOpenForLongWithoutDeliveringIsSoughtNoFaster
     timer.start();
     m_device->callback.load()->CloseDataLink();
     ASSERT_TRUE(SpinUntil([&] { return m_connected == 2; }));
-    EXPECT_GE(timer.elapsed(), 80);
+    EXPECT_GE(timer.elapsed(), 60) << "Qt's timers may be early by some per cent";
 }
 
 TEST_F(DriverLinkTest, DriverThatHangsWhenItIsDestroyedIsGivenUpWhenTheLinkIsClosed) {
@@ -314,7 +314,7 @@ TEST_F(DriverLinkTest, DriverThatHangsWhenItIsDestroyedIsGivenUpWhenTheLinkIsClo
     EXPECT_EQ(m_givenUp, QStringList{u"destroying the driver has not returned within 0.3 s; the driver is "
                                      "given up"_s});
     EXPECT_EQ(link->GetState(), DriverLink::State::GivenUp);
-    EXPECT_EQ(link->GetReason(), m_givenUp[0]);
+    EXPECT_EQ(link->GetReason(), m_givenUp.value(0));
     link.reset();
     EXPECT_EQ(m_givenUp.size(), 1);
     released->set_value();

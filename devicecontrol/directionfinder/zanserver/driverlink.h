@@ -32,7 +32,7 @@ public:
         Connecting, ///< `Initialize` is being called
         Connected,  ///< the device is open: settings and modes can be called
         Lost,       ///< waits for the next attempt, if there is one
-        GivenUp     ///< a call has not returned; nothing more will happen
+        GivenUp     ///< a call has not returned, or will never; nothing more will happen
     };
     Q_ENUM(State)
 
@@ -81,7 +81,7 @@ Q_SIGNALS:
     void ThereAgain();
     /// The recording has been read.
     void Ended();
-    /// A call has not returned in time.
+    /// A call has not returned in time, or will never return.
     void GivenUp(const QString& reason);
     /// A call other than `Initialize` has thrown.
     void CallFailed(const QString& reason);
