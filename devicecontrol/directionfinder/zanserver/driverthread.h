@@ -54,9 +54,9 @@ public:
 
     /// Has a call carried out on the driver's thread. Without effect when the driver is given up or the
     /// thread has ended. From any thread. That of the driver is woken at once; out of the main thread's event
-    /// loop, once for all that is posted until the loop goes on, or until `Wait` or the end. \param answer
-    /// carried out on the main thread when the call has returned; not when it has thrown, when the
-    ///        driver is given up, or when this object is gone
+    /// loop, once for all that is posted until the loop goes on, or until `Wait` or the end.
+    /// \param answer carried out on the main thread when the call has returned; not when it has thrown, when
+    ///        the driver is given up, or when this object is gone
     void Post(DriverCall kind, Call call, std::function<void()> answer = {});
     /// The end begins: from now on the driver has `LONGEST_END` for all that it still has to do.
     void BeginEnd();
