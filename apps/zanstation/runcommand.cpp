@@ -118,7 +118,7 @@ int RunCommand::Run() {
     if (m_signal != 0) {
         return ExitCodeOf(m_signal);
     }
-    return m_hasFailed || !m_wasThere ? EXIT_FAILED : EXIT_OK;
+    return m_hasFailed ? EXIT_FAILED : EXIT_OK;
 }
 
 void RunCommand::StartOutput() {
@@ -187,6 +187,7 @@ void RunCommand::Measure() {
     QCoreApplication::exec();
 
     service.TellStopping();
+    JudgeDevice();
     m_device->Close();
     m_errorTeller.TellRest();
     m_wasOutputOn = m_station->GetOutput().IsEnabled();
@@ -370,12 +371,8 @@ void RunCommand::SetUpDevice() {
 
     DriverLink& link = m_device->GetLink();
     connect(&link, &DriverLink::Lost, this, &RunCommand::OnLost);
-    connect(&link, &DriverLink::Connected, this, [this] {
-        m_wasThere = true;
-        if (std::exchange(m_isLost, false)) {
-            Console::Warn(u"the device is there again"_s);
-        }
-    });
+    connect(&link, &DriverLink::Connected, this, [this] { m_wasThere = true; });
+    connect(&link, &DriverLink::ThereAgain, this, [] { Console::Warn(u"the device is there again"_s); });
     connect(&link, &DriverLink::GivenUp, this, [this](const QString& reason) {
         m_hasFailed = true;
         Console::Error(reason);
@@ -427,11 +424,27 @@ void RunCommand::OnLost(const QString& reason) {
         Console::Error(reason);
         QCoreApplication::quit();
     } else {
-        m_isLost = true;
         Console::Warn((m_wasThere ? u"the device is lost, and sought again and again: "_s
                                   : u"the device cannot be opened, and is sought again and again: "_s) +
                       reason);
     }
+}
+
+/// A run that ends without its device has failed, whatever it has measured before. Of a recording that cannot
+/// be read it is told when that is found, and who interrupts the run need not be told.
+void RunCommand::JudgeDevice() {
+    const DriverLink& link = m_device->GetLink();
+    const DriverLink::State state = link.GetState();
+    const bool isMissing =
+        state == DriverLink::State::Connecting || (state == DriverLink::State::Lost && !IsRecording());
+    if (!isMissing || m_signal != 0) {
+        return;
+    }
+    m_hasFailed = true;
+    const QString reason = link.GetReason().isEmpty() ? u"it was still being opened"_s : link.GetReason();
+    Console::Error(
+        (m_wasThere ? u"the device was lost when the run ended: "_s : u"the device was never there: "_s) +
+        reason);
 }
 
 void RunCommand::Interrupt(int signal) {

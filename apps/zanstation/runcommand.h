@@ -91,6 +91,7 @@ private:
     void LimitDuration();
     void OnBlock(const ZANServer::BearingBlock& block);
     void OnLost(const QString& reason);
+    void JudgeDevice();
     void Interrupt(int signal);
     void ReportOutputProblem();
     void Watch();
@@ -122,8 +123,7 @@ private:
     QTimer m_duration;
     QSet<QString> m_readings; // of heading and position that are measured
     QSet<QString> m_lostReadings;
-    bool m_wasThere = false; // the device
-    bool m_isLost = false;
+    bool m_wasThere = false;    // the device
     bool m_wasOutputOn = false; // at the end of the measurement
     bool m_isSilenceTold = false;
     bool m_hasFailed = false;

@@ -34,10 +34,15 @@ if(name STREQUAL consumer)
     check(${WORK}/consumer)
 endif()
 
-# The component runs in the installed station. Its device has soon no more to measure, and is opened again.
+# The component runs in the installed station. Its device has soon no more to measure: it is lost when the run ends, which
+# is a failure.
 if(name STREQUAL driver)
-    run(${PREFIX}/bin/zanstation run --config ${WORK}/config --components ${WORK}/build --driver example --address demo
-        --duration 1 --output ${WORK}/sentences.txt)
+    execute_process(COMMAND ${PREFIX}/bin/zanstation run --config ${WORK}/config --components ${WORK}/build
+                            --driver example --address demo --duration 0.5 --output ${WORK}/sentences.txt
+                    RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE errors)
+    if(NOT result EQUAL 1 OR NOT errors MATCHES "the device was lost when the run ended: the driver has closed the link")
+        message(FATAL_ERROR "The run with the example driver ends with ${result}:\n${errors}")
+    endif()
     file(STRINGS ${WORK}/sentences.txt sentences LIMIT_COUNT 1)
     if(NOT sentences MATCHES "^[$]PLG, 71[.]5,FRQ, 100000000,CMP, 90[.]0,QUA, 90[.]0,LEV,-42[.]5,TIM,000000,")
         message(FATAL_ERROR "The station makes of the example driver:\n${sentences}")

@@ -17,6 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString HANGS_AT_ITS_END =
+    u"zanstation: destroying the driver has not returned within 10 s; the driver is given up\n"_s;
+
 class StationDriverTest : public testing::Test {
 protected:
     [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
@@ -55,6 +58,37 @@ TEST_F(StationDriverTest, DeviceThatWasNeverThereFailsTheRun) {
     EXPECT_TRUE(
         result.err.contains(u"warning: the device cannot be opened, and is sought again and again: "_s))
         << result.err.toStdString();
+    EXPECT_TRUE(result.err.contains(u"zanstation: the device was never there: "_s))
+        << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, RunThatEndsBeforeTheDeviceIsOpenFailsAndSaysWhy) {
+    const StationResult result = RunStation(Wild(u"slow"_s) + QStringList{u"--duration"_s, u"0.1"_s});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, u"zanstation: the device was never there: it was still being opened\n"_s);
+}
+
+TEST_F(StationDriverTest, RunThatEndsWithoutItsDeviceFailsThoughItWasThere) {
+    const StationResult result = RunStation(Wild(u"late"_s) + QStringList{u"--duration"_s, u"0.5"_s});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err,
+              u"zanstation: warning: the device is lost, and sought again and again: the driver has closed "
+              "the link\n"
+              "zanstation: the device was lost when the run ended: the driver has closed the link\n"_s);
+}
+
+TEST_F(StationDriverTest, DeviceThatIsOpenedAndLostAtOnceIsToldOnce) {
+    // The time is the rule: it is opened after 0, 1 and 3 s.
+    const StationResult result = RunStation(Wild(u"close"_s) + QStringList{u"--duration"_s, u"3.5"_s});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err,
+              u"zanstation: warning: the device is lost, and sought again and again: the driver has closed "
+              "the link\n"
+              "zanstation: the device was lost when the run ended: the driver has closed the link\n"_s);
+}
+
+TEST_F(StationDriverTest, DeviceThatDeliversAfterALossIsThereAgain) {
+    EXPECT_TRUE(RunUntil(Wild(u"late"_s), 2).err.contains(u"warning: the device is there again\n"_s));
 }
 
 TEST_F(StationDriverTest, DirectoryOfDriversThatIsNotThereIsTold) {
@@ -88,6 +122,29 @@ TEST_F(StationDriverTest, DriverThatHangsAtTheEndIsToldAndTheRunHasFailed) {
     const StationResult result = RunStation(Wild(u"hang"_s) + QStringList{u"--duration"_s, u"0.2"_s});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.err.contains(u"given up"_s)) << result.err.toStdString();
+}
+
+TEST_F(StationDriverTest, DriverThatHangsWhenItIsDestroyedIsToldAndTheRunHasFailed) {
+    const StationResult result = RunStation(Wild(u"hangend"_s) + QStringList{u"--duration"_s, u"0.5"_s});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, HANGS_AT_ITS_END);
+    EXPECT_TRUE(result.out.contains(u"bearings in"_s)) << "it ends as it always does";
+}
+
+TEST_F(StationDriverTest, DriverThatHangsWhenItIsDestroyedIsToldWhenASignalEndsTheRun) {
+    const StationResult result = RunUntil(Wild(u"hangend"_s), 1);
+    EXPECT_EQ(result.exitCode, 143);
+    EXPECT_EQ(result.err, HANGS_AT_ITS_END);
+}
+
+TEST_F(StationDriverTest, DriverThatThrowsWhenItIsDestroyedIsToldAndTheRunHasFailed) {
+    const StationResult result = RunStation(Wild(u"throwend"_s) + QStringList{u"--duration"_s, u"0.5"_s});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err,
+              u"zanstation: destroying the driver has failed: it threw an exception: no power; the "
+              "driver is given up\n"_s);
+    EXPECT_TRUE(result.out.contains(u"bearings in"_s)) << "it ends as it always does";
+    EXPECT_TRUE(Settings().contains(u"[Driver]"_s)) << "and the settings are saved";
 }
 
 TEST_F(StationDriverTest, WithoutADriverItIsTheSimulatedDeviceForAsLongAsItIsToRun) {
@@ -147,7 +204,8 @@ TEST_F(StationDriverTest, AddressThatIsAFileIsKeptWithItsWholeName) {
 
 TEST_F(StationDriverTest, OtherDriverDoesNotKeepTheAddressOfTheLastOne) {
     const QStringList speed{u"--speed"_s, u"max"_s, u"--duration"_s, u"1"_s};
-    EXPECT_EQ(RunStation(Wild(u"late"_s) + speed).exitCode, 0);
+    RunStation(Wild(u"late"_s) + speed);
+    EXPECT_TRUE(Settings().contains(u"[Driver]\nAddress=late\nName=wild\n"_s)) << Settings().toStdString();
     EXPECT_EQ(RunStation(Arguments(speed + QStringList{u"--driver"_s, u"simulator"_s})).exitCode, 0);
     EXPECT_TRUE(Settings().contains(u"[Driver]\nAddress=\nName=simulator\n"_s)) << Settings().toStdString();
 }

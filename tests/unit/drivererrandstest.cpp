@@ -76,6 +76,18 @@ TEST_F(DriverErrandsTest, ErrandIsCarriedOutOnTheDriversThreadAndAnsweredOnTheMa
     EXPECT_EQ(living, 0);
 }
 
+TEST_F(DriverErrandsTest, ErrandThatIsNotAnsweredWhenTheThreadHasEndedIsGoneWithTheErrands) {
+    std::atomic<int> living = 0;
+    auto errand = std::make_unique<NotedErrand>(living);
+    NotedErrand& sent = *errand;
+    m_errands->Keep(std::move(errand));
+    m_errands->Send(DriverCall::Setting, sent);
+    EXPECT_TRUE(m_thread.End());
+    EXPECT_EQ(m_device.TakeCalls().size(), 1);
+    m_errands.reset();
+    EXPECT_EQ(living, 0);
+}
+
 TEST_F(DriverErrandsTest, CallThatThrowsIsAnsweredToo) {
     bool isAnswered = false;
     m_errands->Call(

@@ -17,6 +17,7 @@
 #include <future>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -30,6 +31,7 @@ namespace {
 struct Device {
     std::function<int(IDriverCallback& callback)> onInitialize = [](IDriverCallback&) { return 0; };
     std::function<void()> onStandby = [] {};
+    std::function<void()> onDestroy = [] {};
     std::atomic<int> attempts = 0;
     std::atomic<int> alive = 0; // drivers
     std::atomic<IDriverCallback*> callback = nullptr;
@@ -42,7 +44,10 @@ public:
         : m_device(device) {
         ++m_device.alive;
     }
-    ~DeviceDriver() override { --m_device.alive; }
+    ~DeviceDriver() override {
+        m_device.onDestroy();
+        --m_device.alive;
+    }
     void SetCallback(IDriverCallback* callback) override { m_device.callback = callback; }
     int Initialize(std::string& address, bool /*simulation*/) override {
         m_device.address = address;
@@ -66,6 +71,13 @@ void ReportFatal(IDriverCallback& callback, const QString& text) {
     callback.reportError(error);
 }
 
+void DeliverBearing(IDriverCallback& callback) {
+    unsigned long long time = 0;
+    Bearing bearing;
+    KvZANCommon::StatusStruct status;
+    callback.fillScanBuffer(0, time, 0, 1, &bearing, status);
+}
+
 int CountDescriptors() {
     return static_cast<int>(
         QDir(u"/proc/self/fd"_s).entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System).size());
@@ -86,6 +98,7 @@ protected:
         QObject::connect(link.get(), &DriverLink::Connected, link.get(), [this] { ++m_connected; });
         QObject::connect(link.get(), &DriverLink::Lost, link.get(),
                          [this](const QString& reason) { m_lost.append(reason); });
+        QObject::connect(link.get(), &DriverLink::ThereAgain, link.get(), [this] { ++m_thereAgain; });
         QObject::connect(link.get(), &DriverLink::Ended, link.get(), [this] { ++m_ended; });
         QObject::connect(link.get(), &DriverLink::GivenUp, link.get(),
                          [this](const QString& reason) { m_givenUp.append(reason); });
@@ -94,6 +107,7 @@ protected:
 
     Device* const m_device = MakeKeptToTheEnd<Device>();
     int m_connected = 0;
+    int m_thereAgain = 0;
     int m_ended = 0;
     QStringList m_lost;
     QStringList m_givenUp;
@@ -265,6 +279,98 @@ TEST_F(DriverLinkTest, DeviceThatIsLostIsReportedOnceWithItsReasonAndOpenedAgain
     EXPECT_EQ(link->GetReason(), QString());
 }
 
+TEST_F(DriverLinkTest, DeviceThatIsLostAgainBeforeItDeliversIsReportedOnceAndNotThereAgain) {
+    m_device->onInitialize = [](IDriverCallback& callback) {
+        callback.CloseDataLink();
+        return 0;
+    };
+    const auto link = Make();
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 5; }));
+    EXPECT_EQ(m_lost, QStringList{u"the driver has closed the link"_s});
+    EXPECT_EQ(m_thereAgain, 0);
+}
+
+TEST_F(DriverLinkTest, DeviceIsThereAgainWithTheFirstBearingsOrTheFirstPosition) {
+    const auto link = Make();
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    DeliverBearing(*m_device->callback);
+    link->GetReceiver().PassOnWaiting();
+    EXPECT_EQ(m_thereAgain, 0) << "it was not lost";
+    m_device->callback.load()->CloseDataLink();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 2; }));
+    EXPECT_EQ(m_thereAgain, 0);
+    for (int i = 0; i < 2; ++i) {
+        DeliverBearing(*m_device->callback);
+        link->GetReceiver().PassOnWaiting();
+        EXPECT_EQ(m_thereAgain, 1);
+    }
+    m_device->callback.load()->CloseDataLink();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 3; }));
+    m_device->callback.load()->fillGPSData(50.0, 8.0, 1000, true, 7, 1);
+    link->GetReceiver().PassOnWaiting();
+    EXPECT_EQ(m_thereAgain, 2);
+    EXPECT_EQ(m_lost.size(), 2);
+}
+
+TEST_F(DriverLinkTest, WhatADriverDeliversWhileItOpensTheDeviceCountsWhenTheDeviceIsOpen) {
+    m_device->onInitialize = [this](IDriverCallback& callback) {
+        DeliverBearing(callback);
+        return m_device->attempts < 3 ? -2 : 0;
+    };
+    const auto link = Make();
+    int thereAgainBefore = -1;
+    QObject::connect(link.get(), &DriverLink::Connected, link.get(),
+                     [&] { thereAgainBefore = m_thereAgain; });
+    link->Open();
+    EXPECT_TRUE(SpinUntil([&] { return m_thereAgain == 1; }));
+    EXPECT_EQ(thereAgainBefore, 0);
+    EXPECT_EQ(m_lost, QStringList{u"no device"_s});
+}
+
+TEST_F(DriverLinkTest, DeviceThatWasOpenForLongWithoutDeliveringIsSoughtNoFaster) {
+    // The times are the rule: the attempts are 10, 20, 40 and 80 ms behind a loss, and begin anew when the
+    // device has been there for 300 ms.
+    m_device->onInitialize = [this](IDriverCallback&) { return m_device->attempts < 4 ? -2 : 0; };
+    const auto link = Make(DriverLink::Kind::Device, 10ms);
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    std::this_thread::sleep_for(310ms);
+    QElapsedTimer timer;
+    timer.start();
+    m_device->callback.load()->CloseDataLink();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 2; }));
+    EXPECT_GE(timer.elapsed(), 60) << "Qt's timers may be early by some per cent";
+}
+
+TEST_F(DriverLinkTest, DriverThatHangsWhenItIsDestroyedIsGivenUpWhenTheLinkIsClosed) {
+    auto* const released = MakeKeptToTheEnd<std::promise<void>>();
+    m_device->onDestroy = [future = released->get_future().share()] { future.wait(); };
+    auto link = Make(DriverLink::Kind::Device, 1ms, 300ms);
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    link->Close();
+    EXPECT_EQ(m_givenUp, QStringList{u"destroying the driver has not returned within 0.3 s; the driver is "
+                                     "given up"_s});
+    EXPECT_EQ(link->GetState(), DriverLink::State::GivenUp);
+    EXPECT_EQ(link->GetReason(), m_givenUp.value(0));
+    link.reset();
+    EXPECT_EQ(m_givenUp.size(), 1);
+    released->set_value();
+}
+
+TEST_F(DriverLinkTest, DriverThatHangsWhenItIsDestroyedIsGivenUpWithALinkThatIsNotClosed) {
+    auto* const released = MakeKeptToTheEnd<std::promise<void>>();
+    m_device->onDestroy = [future = released->get_future().share()] { future.wait(); };
+    auto link = Make(DriverLink::Kind::Device, 1ms, 300ms);
+    link->Open();
+    ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    link.reset();
+    EXPECT_EQ(m_device->alive, 1) << "it is still being destroyed";
+    released->set_value();
+}
+
 TEST_F(DriverLinkTest, DriverThatClosesTheLinkWhileItOpensTheDeviceHasLostIt) {
     m_device->onInitialize = [this](IDriverCallback& callback) {
         if (m_device->attempts == 1) {
@@ -287,6 +393,8 @@ TEST_F(DriverLinkTest, HundredLossesLeaveNoThreadAndNoDescriptorBehind) {
     for (int i = 1; i <= 100; ++i) {
         m_device->callback.load()->CloseDataLink();
         ASSERT_TRUE(SpinUntil([&] { return m_connected == 1 + i; }));
+        DeliverBearing(*m_device->callback);
+        ASSERT_TRUE(SpinUntil([&] { return m_thereAgain == i; }));
     }
     EXPECT_EQ(m_lost.size(), 100);
     EXPECT_EQ(m_device->alive, 1);

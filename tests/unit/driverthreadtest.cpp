@@ -15,6 +15,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
+#include <exception>
+#include <functional>
 #include <future>
 #include <stdexcept>
 #include <thread>
@@ -34,6 +37,7 @@ struct Life {
     std::atomic<std::thread::id> createdOn;
     std::atomic<std::thread::id> destroyedOn;
     std::atomic<KvZANCommon::IDriverCallback*> callback = nullptr;
+    std::function<void()> onDestroy = [] {};
 };
 
 class LivingDriver final : public KvZANCommon::NullDriver {
@@ -42,7 +46,10 @@ public:
         : m_life(life) {
         m_life.createdOn = std::this_thread::get_id();
     }
-    ~LivingDriver() override { m_life.destroyedOn = std::this_thread::get_id(); }
+    ~LivingDriver() override {
+        m_life.onDestroy();
+        m_life.destroyedOn = std::this_thread::get_id();
+    }
     void SetCallback(KvZANCommon::IDriverCallback* callback) override { m_life.callback = callback; }
 
 private:
@@ -241,6 +248,75 @@ TEST_F(DriverThreadTest, EndOfTheThreadOfADriverThatHangsDoesNotWaitForIt) {
     EXPECT_EQ(m_givenUp.size(), 1);
     EXPECT_EQ(m_life->destroyedOn.load(), std::thread::id()) << "it is still in its call";
     Release();
+}
+
+TEST_F(DriverThreadTest, EndDestroysTheDriverAndWhatIsPostedBehindItIsNotCarriedOut) {
+    auto thread = Start();
+    int count = 0;
+    thread->Post(DriverCall::Setting, [&count](IDriver&) { ++count; });
+    EXPECT_FALSE(thread->HasEnded());
+    EXPECT_TRUE(thread->End());
+    EXPECT_TRUE(thread->HasEnded());
+    EXPECT_EQ(count, 1);
+    EXPECT_NE(m_life->destroyedOn.load(), std::thread::id());
+    thread->Post(DriverCall::Setting, [&count](IDriver&) { ++count; });
+    EXPECT_TRUE(thread->Wait());
+    EXPECT_TRUE(thread->End());
+    EXPECT_EQ(count, 1);
+}
+
+TEST_F(DriverThreadTest, DriverThatHangsWhenItIsDestroyedIsGivenUp) {
+    m_life->onDestroy = [released = m_released] { released.wait(); };
+    auto thread = Start(std::chrono::milliseconds(300));
+    thread->Post(DriverCall::Setting, [](IDriver&) {});
+    EXPECT_FALSE(thread->End());
+    EXPECT_EQ(m_givenUp, QStringList{u"destroying the driver has not returned within 0.3 s; the driver is "
+                                     "given up"_s});
+    Release();
+    thread.reset();
+    EXPECT_EQ(m_givenUp.size(), 1);
+}
+
+TEST_F(DriverThreadTest, DriverThatThrowsWhenItIsDestroyedIsGivenUpAndTheProcessGoesOn) {
+    m_life->onDestroy = [] { throw std::runtime_error("no power"); };
+    auto thread = Start();
+    thread->Post(DriverCall::Setting, [](IDriver&) {});
+    EXPECT_FALSE(thread->End());
+    EXPECT_EQ(m_givenUp,
+              QStringList{u"destroying the driver has failed: it threw an exception: no power; the "
+                          "driver is given up"_s});
+    EXPECT_TRUE(DriverThread::HasGivenUpAny());
+}
+
+TEST_F(DriverThreadTest, CallOutOfWhichNothingCanBeCaughtGivesTheDriverUp) {
+    auto thread = Start();
+    std::atomic<bool> isCalled = false;
+    const std::function<void()> fail = [] { throw 1; };
+    thread->Post(DriverCall::Setting, [fail](IDriver&) { [&]() noexcept { fail(); }(); });
+    thread->Post(DriverCall::Setting, [&](IDriver&) { isCalled = true; });
+    EXPECT_TRUE(SpinUntil([&] { return !m_givenUp.isEmpty(); }));
+    EXPECT_EQ(m_givenUp,
+              QStringList{u"a setting has failed: it threw an exception; the driver is given up"_s});
+    thread.reset();
+    EXPECT_FALSE(isCalled);
+}
+
+TEST_F(DriverThreadTest, DriverThatWantsToEndTheProcessIsGivenUp) {
+    auto thread = Start();
+    thread->Post(DriverCall::Setting, [](IDriver&) { std::terminate(); });
+    EXPECT_FALSE(thread->Wait());
+    EXPECT_EQ(m_givenUp,
+              QStringList{u"a setting has failed: it has called std::terminate; the driver is given up"_s});
+}
+
+TEST_F(DriverThreadTest, OtherThreadsEndTheProcessAsTheyWouldWithoutADriver) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto terminate = [this] {
+        std::set_terminate([] { std::_Exit(7); });
+        auto thread = Start();
+        std::thread(std::terminate).join();
+    };
+    EXPECT_EXIT(terminate(), testing::ExitedWithCode(7), "");
 }
 
 TEST_F(DriverThreadTest, NothingThatAGivenUpDriverDeliversArrives) {

@@ -61,7 +61,7 @@ DriverErrands::~DriverErrands() {
         const std::lock_guard lock(m_shared->mutex);
         m_shared->home = nullptr;
     }
-    if (m_underWay == 0) {
+    if (m_underWay == 0 || m_thread.HasEnded()) {
         delete m_shared;
     } else {
         // Behind the last errand. A driver that is given up never comes to it, and goes on using them.

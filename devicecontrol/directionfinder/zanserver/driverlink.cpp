@@ -59,6 +59,8 @@ DriverLink::DriverLink(DriverThread::Factory factory, QString address, const QSt
                     Lose(error.text);
                 }
             });
+    connect(m_receiver.get(), &DriverReceiver::BlockReceived, this, &DriverLink::OnDelivered);
+    connect(m_receiver.get(), &DriverReceiver::PositionReceived, this, &DriverLink::OnDelivered);
     m_nextAttempt.setSingleShot(true);
     m_nextAttempt.callOnTimeout(this, &DriverLink::Connect);
 }
@@ -81,6 +83,7 @@ void DriverLink::SetState(State state, const QString& reason) {
 void DriverLink::Connect() {
     SetState(State::Connecting, m_reason);
     m_isOpening = false;
+    m_hasDelivered = false;
     m_hasClosedWhileConnecting = false;
     const auto failure = std::make_shared<QString>();
     m_thread.Post(
@@ -101,9 +104,9 @@ void DriverLink::OnInitialized(const QString& failure) {
         return;
     }
     m_connected.start();
-    m_isLossTold = false;
     SetState(State::Connected, {});
     Q_EMIT Connected();
+    TellIfThereAgain();
     if (m_hasClosedWhileConnecting) {
         OnLinkClosed();
     }
@@ -113,7 +116,7 @@ void DriverLink::Lose(const QString& reason) {
     if (m_state != State::Connected && m_state != State::Connecting) {
         return;
     }
-    if (m_state == State::Connected && m_connected.hasExpired(GetLongestDelay().count())) {
+    if (m_state == State::Connected && m_hasDelivered && m_connected.hasExpired(GetLongestDelay().count())) {
         m_delay = m_firstDelay;
     }
     if (m_kind == Kind::Device) {
@@ -160,6 +163,18 @@ void DriverLink::OnLinkClosed() {
     }
 }
 
+void DriverLink::OnDelivered() {
+    m_hasDelivered = m_isOpening;
+    TellIfThereAgain();
+}
+
+/// What a driver delivers while it opens the device may arrive before the answer that the device is open.
+void DriverLink::TellIfThereAgain() {
+    if (m_state == State::Connected && m_hasDelivered && std::exchange(m_isLossTold, false)) {
+        Q_EMIT ThereAgain();
+    }
+}
+
 void DriverLink::Close() {
     m_nextAttempt.stop();
     if (std::exchange(m_isClosed, true) || m_thread.IsGivenUp()) {
@@ -180,9 +195,10 @@ void DriverLink::Close() {
         DriverCall::SetMode, [](KvZANCommon::IDriver& driver) { driver.SetMode(EMODE_STANDBY); },
         [&loop] { loop.quit(); });
     loop.exec();
-    m_isClosing = false;
     m_receiver->PassOnWaiting();
     m_receiver->CutOff();
+    m_thread.End();
+    m_isClosing = false;
 }
 
 } // namespace ZANServer

@@ -19,8 +19,10 @@ namespace ZANServer {
 ///
 /// A device is lost when the driver closes the link or reports a fatal error. The next attempt follows after
 /// a second, and each further one after twice as long, up to `LONGEST_DELAY`; that begins anew when the
-/// device has been there for that long. A recording is not opened again: when the driver closes the link, it
-/// has ended. Belongs to the main thread, on which all signals are emitted.
+/// device has been there for that long. A device is there again with the first bearings or the first position
+/// that it delivers: many a server accepts each connection, and closes it at once. A recording is not opened
+/// again: when the driver closes the link, it has ended. Belongs to the main thread, on which all signals are
+/// emitted.
 class ZANSERVER_EXPORT DriverLink final : public QObject {
     Q_OBJECT
 
@@ -30,7 +32,7 @@ public:
         Connecting, ///< `Initialize` is being called
         Connected,  ///< the device is open: settings and modes can be called
         Lost,       ///< waits for the next attempt, if there is one
-        GivenUp     ///< a call has not returned; nothing more will happen
+        GivenUp     ///< a call has not returned, or will never; nothing more will happen
     };
     Q_ENUM(State)
 
@@ -48,14 +50,16 @@ public:
                DriverThread::Timeout timeout = GetTimeout);
     DriverLink(const DriverLink&) = delete;
     DriverLink& operator=(const DriverLink&) = delete;
-    /// Closes the link, and destroys the driver.
+    /// Closes the link (`Close`). What connects to `GivenUp` closes it before, while it can still be
+    /// notified.
     ~DriverLink() override;
 
     /// Opens the device. Once.
     void Open();
-    /// Sets the device to standby, and passes on what it has delivered until then; nothing arrives after
-    /// that. No signal but those of the receiver is emitted. Runs the event loop meanwhile, no longer than
-    /// `DriverThread::LONGEST_END`.
+    /// Sets the device to standby, passes on what it has delivered until then, and destroys the driver;
+    /// nothing arrives after that. No signal but those of the receiver is emitted, and `StateChanged` and
+    /// `GivenUp` when the driver is given up meanwhile. Runs the event loop until the device stands by; takes
+    /// no longer than `DriverThread::LONGEST_END`.
     void Close();
 
     [[nodiscard]] State GetState() const { return m_state; }
@@ -71,12 +75,13 @@ Q_SIGNALS:
     void StateChanged();
     /// The device is open, for the first time or again.
     void Connected();
-    /// The device could not be opened, or is lost. Once until it is connected again, whatever the attempts
-    /// say.
+    /// The device could not be opened, or is lost. Once until it is there again, whatever the attempts say.
     void Lost(const QString& reason);
+    /// The device that was lost has delivered something.
+    void ThereAgain();
     /// The recording has been read.
     void Ended();
-    /// A call has not returned in time.
+    /// A call has not returned in time, or will never return.
     void GivenUp(const QString& reason);
     /// A call other than `Initialize` has thrown.
     void CallFailed(const QString& reason);
@@ -88,6 +93,8 @@ private:
     ZANSERVER_NO_EXPORT void OnFailed(DriverCall kind, const QString& reason);
     ZANSERVER_NO_EXPORT void OnGivenUp(const QString& reason);
     ZANSERVER_NO_EXPORT void OnLinkClosed();
+    ZANSERVER_NO_EXPORT void OnDelivered();
+    ZANSERVER_NO_EXPORT void TellIfThereAgain();
     ZANSERVER_NO_EXPORT void Lose(const QString& reason);
     [[nodiscard]] ZANSERVER_NO_EXPORT std::chrono::milliseconds GetLongestDelay() const;
 
@@ -103,8 +110,9 @@ private:
     State m_state = State::Closed;
     QString m_reason;
     bool m_isLossTold = false;
-    bool m_isClosing = false; // while the driver is waited for
-    bool m_isOpening = false; // else what the driver reports is of the connection before
+    bool m_hasDelivered = false; // since it was opened
+    bool m_isClosing = false;    // while the driver is waited for
+    bool m_isOpening = false;    // else what the driver reports is of the connection before
     bool m_hasClosedWhileConnecting = false;
 };
 

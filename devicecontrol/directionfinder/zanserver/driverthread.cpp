@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <cstdlib>
 #include <exception>
 #include <mutex>
 #include <optional>
@@ -60,6 +61,7 @@ struct DriverThread::Shared {
     std::vector<Task> tasks;
     std::vector<std::function<void()>> answers;
     std::optional<Running> running;
+    QString uncaught; // why the running call will never return; empty while it may
     quint64 callCount = 0;
     bool isIdle = false;
     bool isEnding = false;
@@ -69,6 +71,24 @@ struct DriverThread::Shared {
     static std::vector<std::shared_ptr<Shared>>& GivenUp() {
         static auto& drivers = *new std::vector<std::shared_ptr<Shared>>;
         return drivers;
+    }
+
+    /// The one whose driver is being called on this thread; null on all others.
+    static Shared*& OfThisThread() {
+        static thread_local Shared* shared = nullptr;
+        return shared;
+    }
+
+    /// In place of the end of the process. The thread cannot return from here, so the driver stays in its
+    /// call like one that hangs.
+    [[noreturn]] void StayForEver(const QString& reason) {
+        {
+            const std::lock_guard lock(mutex);
+            uncaught = reason;
+        }
+        for (;;) {
+            std::this_thread::sleep_for(1h);
+        }
     }
 
     /// Carries out one call on the driver's thread. False when the driver is given up.
@@ -81,7 +101,9 @@ struct DriverThread::Shared {
             }
             running = Running{kind, ++callCount};
         }
+        OfThisThread() = this;
         const QString failure = Try(function);
+        OfThisThread() = nullptr;
         const std::lock_guard lock(mutex);
         running.reset();
         if (owner && !failure.isEmpty()) {
@@ -139,14 +161,39 @@ struct DriverThread::Shared {
         }
         CarryOut(DriverCall::Destroy, [this] { driver.reset(); });
         const std::lock_guard lock(mutex);
+        isIdle = true;
         hasEnded = true;
         changed.notify_all();
+    }
+
+    /// Gives up the driver out of whose call an exception comes that nobody can catch, in place of the
+    /// process.
+    [[noreturn]] static void OnTerminate() {
+        Shared* const shared = OfThisThread();
+        if (!shared) {
+            SetTerminateHandler()();
+            std::abort(); // that handler does not return
+        }
+        const auto rethrow = [] {
+            if (const std::exception_ptr exception = std::current_exception()) {
+                std::rethrow_exception(exception);
+            }
+        };
+        const QString failure = Try(rethrow);
+        shared->StayForEver(failure.isEmpty() ? u"it has called std::terminate"_s : failure);
+    }
+
+    /// Once in the process. Returns the handler that was there before.
+    static std::terminate_handler SetTerminateHandler() {
+        static const std::terminate_handler before = std::set_terminate(OnTerminate);
+        return before;
     }
 };
 
 DriverThread::DriverThread(Factory factory, std::shared_ptr<DriverReceiver> receiver, Timeout timeout)
     : m_timeout(std::move(timeout))
     , m_shared(std::make_shared<Shared>()) {
+    Shared::SetTerminateHandler();
     m_shared->factory = std::move(factory);
     m_shared->receiver = std::move(receiver);
     m_shared->owner = this;
@@ -160,16 +207,7 @@ DriverThread::DriverThread(Factory factory, std::shared_ptr<DriverReceiver> rece
 }
 
 DriverThread::~DriverThread() {
-    m_shared->receiver->StopHoldingUp();
-    BeginEnd();
-    {
-        const std::lock_guard lock(m_shared->mutex);
-        m_shared->isEnding = true;
-        m_shared->changed.notify_all();
-    }
-    if (WaitUntil([this] { return m_shared->hasEnded; })) {
-        m_thread.join();
-    }
+    End();
 }
 
 void DriverThread::BeginEnd() {
@@ -181,7 +219,7 @@ void DriverThread::BeginEnd() {
 void DriverThread::Post(DriverCall kind, Call call, std::function<void()> answer) {
     {
         const std::lock_guard lock(m_shared->mutex);
-        if (!m_shared->owner) {
+        if (!m_shared->owner || m_shared->hasEnded) {
             return;
         }
         m_shared->tasks.push_back({kind, std::move(call), std::move(answer)});
@@ -204,6 +242,21 @@ bool DriverThread::Wait() {
     return WaitUntil([this] { return m_shared->isIdle && m_shared->tasks.empty(); });
 }
 
+bool DriverThread::End() {
+    m_shared->receiver->StopHoldingUp();
+    BeginEnd();
+    {
+        const std::lock_guard lock(m_shared->mutex);
+        m_shared->isEnding = true;
+        m_shared->changed.notify_all();
+    }
+    const bool hasEnded = WaitUntil([this] { return m_shared->hasEnded; });
+    if (hasEnded && m_thread.joinable()) {
+        m_thread.join();
+    }
+    return hasEnded;
+}
+
 void DriverThread::TakeAnswers() {
     std::vector<std::function<void()>> answers;
     {
@@ -218,6 +271,11 @@ void DriverThread::TakeAnswers() {
 bool DriverThread::IsGivenUp() const {
     const std::lock_guard lock(m_shared->mutex);
     return !m_shared->owner;
+}
+
+bool DriverThread::HasEnded() const {
+    const std::lock_guard lock(m_shared->mutex);
+    return m_shared->hasEnded;
 }
 
 bool DriverThread::HasGivenUpAny() {
@@ -237,7 +295,8 @@ bool DriverThread::WaitUntil(Condition condition) {
     return false;
 }
 
-/// Whether the driver is given up now, or was before.
+/// Gives up a driver whose call takes too long, or will never return. Whether it is given up now, or was
+/// before.
 bool DriverThread::GiveUpIfOverdue() {
     // While this thread cannot look, it may be that the whole process was stopped: that time does not count.
     const auto now = std::chrono::steady_clock::now();
@@ -256,13 +315,15 @@ bool DriverThread::GiveUpIfOverdue() {
             number == m_watchedCall ? m_watchedFor + sinceLastLook : std::chrono::steady_clock::duration();
         m_watchedCall = number;
         const bool isAtEnd = m_end && now > *m_end;
-        if (!running || (m_watchedFor <= m_timeout(running->kind) && !isAtEnd)) {
+        const bool isUncaught = !m_shared->uncaught.isEmpty();
+        if (!running || (m_watchedFor <= m_timeout(running->kind) && !isAtEnd && !isUncaught)) {
             return false;
         }
         const std::chrono::duration<double> limit =
             isAtEnd ? std::chrono::milliseconds(LONGEST_END) : m_timeout(running->kind);
-        reason = u"%1 has not returned within %2 s; the driver is given up"_s.arg(
-            GetName(running->kind), QString::number(limit.count()));
+        const QString fault = isUncaught ? u"failed: "_s + m_shared->uncaught
+                                         : u"not returned within %1 s"_s.arg(limit.count());
+        reason = GetName(running->kind) + u" has "_s + fault + u"; the driver is given up"_s;
         m_shared->owner = nullptr;
         m_shared->tasks.clear();
         m_shared->changed.notify_all();

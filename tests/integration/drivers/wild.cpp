@@ -25,20 +25,36 @@ public:
                 {EMODE_SCAN}};
     }
 
+    Wild() = default;
+    Wild(const Wild&) = delete;
+    Wild& operator=(const Wild&) = delete;
+    ~Wild() override {
+        if (m_deed == "hangend") {
+            Hang();
+        }
+        if (m_deed == "throwend") {
+            Throw();
+        }
+    }
+
     void SetCallback(KvZANCommon::IDriverCallback* callback) override { m_callback = callback; }
 
     int Initialize(std::string& address, bool /*simulation*/) override {
         m_deed = address;
         if (m_deed == "hang") {
-            for (;;) {
-                std::this_thread::sleep_for(std::chrono::hours(1));
-            }
+            Hang();
         }
         if (m_deed == "goeson" && std::exchange(m_wasOpen, true)) {
             return -1; // never again
         }
         if (m_deed == "throw") {
-            throw std::runtime_error("no power");
+            Throw();
+        }
+        if (m_deed == "slow") {
+            std::this_thread::sleep_for(std::chrono::seconds(3));
+        }
+        if (m_deed == "close") { // like a server that accepts a connection, and closes it at once
+            m_callback->CloseDataLink();
         }
         return 0;
     }
@@ -54,6 +70,13 @@ public:
         }
         if (m_deed == "refuse") {
             return -2;
+        }
+        if (m_deed == "slow" || m_deed == "close") {
+            return 0;
+        }
+        if (m_deed == "hangend" || m_deed == "throwend") {
+            Deliver(*m_callback, 1);
+            return 0;
         }
         if (m_deed == "threads") {
             std::array<std::thread, 4> threads;
@@ -84,6 +107,14 @@ public:
     }
 
 private:
+    [[noreturn]] static void Hang() {
+        for (;;) {
+            std::this_thread::sleep_for(std::chrono::hours(1));
+        }
+    }
+
+    [[noreturn]] static void Throw() { throw std::runtime_error("no power"); }
+
     /// Bearings whose numbers cannot be, and a good one without a frequency.
     static void DeliverGarbage(KvZANCommon::IDriverCallback& callback) {
         std::vector<Bearing> bearings(4);
