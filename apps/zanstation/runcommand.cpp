@@ -2,7 +2,6 @@
 
 #include "connections/interfacecreator.h"
 #include "connections/interruptibleinput.h"
-#include "connections/outputfile.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/appoptions.h"
 #include "tolmappstartup/cfgcenter.h"
@@ -55,8 +54,17 @@ QString GetOutputFile(const RunOptions& options) {
     return options.output.value_or(stored);
 }
 
+/// Whether a recorder that was kept by an earlier run is left off: it is there for the device, and would make
+/// a copy of each recording that is replayed, for which older recordings go.
+bool IsRecorderLeftOff(const RunOptions& options) {
+    return options.driver.name == DriverChoice::REPLAY && !options.record;
+}
+
 /// The file of the recorder; empty for none.
 QString GetRecordFile(const RunOptions& options) {
+    if (IsRecorderLeftOff(options)) {
+        return {};
+    }
     const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
     const QString stored =
         cfg.GetBool(u"Recorder/Enabled"_s, false) ? cfg.GetString(u"Recorder/File"_s, {}) : QString();
@@ -67,21 +75,6 @@ QString GetRecordFile(const RunOptions& options) {
 StationFiles GetStationFiles(const RunOptions& options) {
     return {options.configDirectory, options.driver.GetStationAddress(),
             options.driver.name == DriverChoice::REPLAY ? options.driver.address : QString()};
-}
-
-/// Why the recorder cannot write to its file; empty when it can, or records nothing.
-QString CheckRecordFile(const RunOptions& options, const QString& output) {
-    const QString record = GetRecordFile(options);
-    if (record.isEmpty()) {
-        return {};
-    }
-    if (options.driver.name == DriverChoice::REPLAY &&
-        OutputFile::IsSameFile(record, options.driver.address)) {
-        return u"it is the recording that is replayed"_s;
-    }
-    return !output.isEmpty() && DFDataOutput::TouchesFile(output, record)
-               ? u"it is the output, too"_s
-               : Recorder::CheckFile(record, GetStationFiles(options));
 }
 
 QString Count(quint64 count) {
@@ -135,7 +128,12 @@ void RunCommand::StartOutput() {
 }
 
 void RunCommand::StartRecorder() {
-    m_recorder.emplace(GetStationFiles(m_options));
+    const bool isLeftOff = IsRecorderLeftOff(m_options);
+    if (isLeftOff && CfgCenter::GetAppCfg(ICfg::View::Outputs).GetBool(u"Recorder/Enabled"_s, false)) {
+        Console::Warn(u"the recorder is off in this run: a replay is recorded with --record only"_s);
+    }
+    m_recorder.emplace(GetStationFiles(m_options),
+                       isLeftOff ? Recorder::Start::Off : Recorder::Start::AsKept);
     const auto report = [this](const QString& problem) {
         m_hasFailed = true;
         Console::Error(problem);
@@ -223,7 +221,12 @@ bool RunCommand::CanBegin(const RunOptions& options) {
     }
     const QString output = GetOutputFile(options);
     if (!output.isEmpty()) {
-        for (const QString& reason : OutputCheck::CheckFile(output, GetStationFiles(options))) {
+        QStringList reasons = OutputCheck::CheckFile(output, GetStationFiles(options));
+        // Of two files that were kept, the recorder gives way.
+        if (options.output || options.record) {
+            reasons += OutputCheck::CheckBesideRecorder(output, GetRecordFile(options));
+        }
+        for (const QString& reason : reasons) {
             Console::Error(reason);
             canBegin = false;
         }
@@ -231,9 +234,14 @@ bool RunCommand::CanBegin(const RunOptions& options) {
     if (options.driver.name == DriverChoice::REPLAY && !CanReplay(options.driver.address)) {
         canBegin = false;
     }
-    if (const QString reason = CheckRecordFile(options, output); !reason.isEmpty()) {
-        Console::Error(u"the recorder cannot write to %1: %2"_s.arg(GetRecordFile(options), reason));
-        canBegin = false;
+    // A file that was kept is no reason to refuse: the recorder tells what is wrong and tries again, and the
+    // station measures meanwhile.
+    if (options.record && !options.record->isEmpty()) {
+        if (const QString reason = Recorder::CheckFile(*options.record, GetStationFiles(options));
+            !reason.isEmpty()) {
+            Console::Error(u"the recorder cannot write to %1: %2"_s.arg(*options.record, reason));
+            canBegin = false;
+        }
     }
     return canBegin;
 }
@@ -739,7 +747,7 @@ int Run(const QStringList& arguments) {
     }
     options.record = line.Text(u"record"_s);
     if (options.record && !options.record->isEmpty()) {
-        options.record = QFileInfo(*options.record).absoluteFilePath();
+        options.record = AbsolutePath(*options.record);
     }
     constexpr int LONGEST_INTERVAL = 10000;
     constexpr int LARGEST_RECORD = 100'000; // MB

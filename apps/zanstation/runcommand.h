@@ -60,8 +60,8 @@ public:
     RunCommand(RunOptions options, ZANServer::DriverComponentPtr driver, const SignalWatcher& signals);
 
     /// Whether the run can begin. Refuses, with messages, settings that cannot be used, an output that would
-    /// overwrite the recording or a file of the station, and one that another process writes to. Writes
-    /// nothing.
+    /// overwrite the recording or a file of the station, and one that another process writes to, and a file
+    /// to record to that the run is given and that cannot be one. Writes nothing.
     [[nodiscard]] static bool CanBegin(const RunOptions& options);
 
     /// Runs until the duration is over, the recording has ended, or the program is interrupted; returns the

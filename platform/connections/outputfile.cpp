@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
@@ -93,6 +94,18 @@ std::filesystem::path PlaceOf(const QString& name) {
 bool IsNameOf(const struct stat& file, const QByteArray& name) {
     const std::optional<struct stat> named = Status(name);
     return named && IsSame(file, *named);
+}
+
+/// Renames a file, and never replaces another one. Returns an `errno`, 0 when it is done.
+int RenameWithoutReplacing(const QByteArray& name, const QByteArray& newName) {
+    if (renameat2(AT_FDCWD, name.constData(), AT_FDCWD, newName.constData(), RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    // Some file systems of a network do not have that; a second name does not replace a file either.
+    return link(name.constData(), newName.constData()) == 0 && unlink(name.constData()) == 0 ? 0 : errno;
 }
 
 /// As many whole lines as a pipe takes in one piece, or a part of a longer line.
@@ -273,6 +286,25 @@ bool OutputFile::HasName(const QString& name) const {
     return fstat(m_descriptor, &opened) == 0 && IsSame(opened, named);
 }
 
+bool OutputFile::Rename(const QString& name, const QString& newName) {
+    m_error = HasName(name) ? RenameWithoutReplacing(SystemName(name), SystemName(newName)) : ENOENT;
+    return m_error == 0;
+}
+
+qint64 OutputFile::GetSize() const {
+    struct stat status {};
+    return fstat(m_descriptor, &status) == 0 ? status.st_size : 0;
+}
+
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the file
+bool OutputFile::Empty() {
+    if (ftruncate(m_descriptor, 0) != 0) {
+        m_error = errno == EINVAL ? EACCES : errno; // EINVAL: it is open for reading
+        return false;
+    }
+    return true;
+}
+
 bool OutputFile::HasOtherNames(const QString& name) {
     struct stat status {};
     return lstat(SystemName(name).constData(), &status) == 0 &&
@@ -282,6 +314,11 @@ bool OutputFile::HasOtherNames(const QString& name) {
 bool OutputFile::IsFifo(const QString& name) {
     const std::optional<struct stat> status = Status(SystemName(name));
     return status && S_ISFIFO(status->st_mode);
+}
+
+QString OutputFile::FindPlace(const QString& name) {
+    return SystemName(name).isEmpty() ? QString()
+                                      : QFile::decodeName(QByteArray::fromStdString(PlaceOf(name).string()));
 }
 
 bool OutputFile::IsSameFile(const QString& name, const QString& other) {

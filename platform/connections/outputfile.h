@@ -54,11 +54,22 @@ public:
     std::size_t Write(std::string_view lines);
     /// Removes the last bytes that were written from a regular file. False when that is not possible.
     bool TakeBack(std::size_t count);
+    /// Gives the open file another name. Never replaces a file that has that name already: `GetError` is then
+    /// EEXIST. It is ENOENT when the open file does not have the first name (any more).
+    bool Rename(const QString& name, const QString& newName);
+    /// The bytes of the open file, also those of other programs.
+    [[nodiscard]] qint64 GetSize() const;
+    /// Removes the content of a regular file. False when that is not possible: `GetError` is EACCES for one
+    /// that may only be read.
+    bool Empty();
 
     /// Whether a name is that of a link, or of a file that has another name as well.
     [[nodiscard]] static bool HasOtherNames(const QString& name);
     /// Whether a name is that of a FIFO.
     [[nodiscard]] static bool IsFifo(const QString& name);
+    /// Where a file is, or would be created, under a name: an absolute path without links. Empty for an
+    /// invalid name.
+    [[nodiscard]] static QString FindPlace(const QString& name);
     /// Whether two names are those of one file or FIFO, also through links. For two files that do not exist
     /// yet: whether they would be created at the same place. False when only one of them exists, and for
     /// devices.

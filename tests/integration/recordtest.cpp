@@ -29,6 +29,14 @@ protected:
                           further);
     }
 
+    /// Measures for some seconds with the simulated device.
+    [[nodiscard]] StationResult Simulate(const QStringList& further, const QString& directory = {}) const {
+        return RunStation(QStringList{u"run"_s, u"--speed"_s, u"max"_s, u"--duration"_s, u"3"_s,
+                                      u"--config"_s, Path(u"config"_s)} +
+                              further,
+                          directory);
+    }
+
     QTemporaryDir m_directory;
 };
 
@@ -67,24 +75,91 @@ TEST_F(RecordTest, ReplayOfARecordGivesTheSameSentencesWhateverItsSourcesAre) {
 }
 
 TEST_F(RecordTest, RecordIsKeptInTheSettingsUntilAnEmptyNameSwitchesItOff) {
-    WriteFile(Path(u"flight.csv"_s), RECORDING_HEADER + QByteArray("1000,121500000,71.5,,90,,,,,,,\n"));
-    EXPECT_EQ(Run(u"flight.csv"_s, u"config"_s, u"out"_s, {u"--record"_s, Path(u"record.csv"_s)}).exitCode,
-              0);
-    EXPECT_EQ(Run(u"flight.csv"_s, u"config"_s, u"out"_s).exitCode, 0);
+    EXPECT_EQ(Simulate({u"--record"_s, Path(u"record.csv"_s)}).exitCode, 0);
+    EXPECT_EQ(Simulate({}).exitCode, 0);
     EXPECT_TRUE(QFile::exists(Path(u"record.000001.csv"_s)));
-    EXPECT_EQ(Run(u"flight.csv"_s, u"config"_s, u"out"_s, {u"--record"_s, u""_s}).exitCode, 0);
+    EXPECT_EQ(Simulate({u"--record"_s, u""_s}).exitCode, 0);
     EXPECT_FALSE(QFile::exists(Path(u"record.000002.csv"_s)));
+}
+
+TEST_F(RecordTest, ReplayIsRecordedOnlyWhenThatRunIsGivenAFile) {
+    ASSERT_EQ(Simulate({u"--record"_s, Path(u"record.csv"_s)}).exitCode, 0);
+    ASSERT_EQ(Simulate({u"--record-files"_s, u"1"_s}).exitCode, 0);
+    const QByteArray numbered = ReadFile(Path(u"record.000001.csv"_s));
+    const QByteArray newest = ReadFile(Path(u"record.csv"_s));
+    for (const QString& name : {u"record.000001.csv"_s, u"record.csv"_s}) {
+        const StationResult replay = Run(name, u"config"_s, u"out"_s);
+        EXPECT_EQ(replay.exitCode, 0) << replay.err.toStdString();
+        EXPECT_TRUE(replay.err.contains(
+            u"warning: the recorder is off in this run: a replay is recorded with --record only\n"_s))
+            << replay.err.toStdString();
+        EXPECT_EQ(ReadFile(Path(u"record.000001.csv"_s)), numbered);
+        EXPECT_EQ(ReadFile(Path(u"record.csv"_s)), newest);
+        EXPECT_FALSE(QFile::exists(Path(u"record.000002.csv"_s)));
+    }
+    const StationResult both =
+        Run(u"record.000001.csv"_s, u"config"_s, u"out"_s, {u"--record"_s, Path(u"record.csv"_s)});
+    EXPECT_EQ(both.exitCode, 0) << both.err.toStdString();
+    EXPECT_EQ(ReadFile(Path(u"record.000001.csv"_s)), numbered) << "the recording that was replayed is kept";
+    EXPECT_EQ(ReadFile(Path(u"record.000002.csv"_s)), newest);
+    EXPECT_EQ(Simulate({}).exitCode, 0);
+    EXPECT_TRUE(QFile::exists(Path(u"record.000003.csv"_s))) << "the recorder is on again";
+}
+
+TEST_F(RecordTest, StationMeasuresWhileTheKeptFileOfItsRecorderCannotBeWritten) {
+    ASSERT_EQ(Simulate({u"--record"_s, Path(u"record.csv"_s)}).exitCode, 0);
+    WriteFile(Path(u"record.csv"_s), "notes");
+    const StationResult run = Simulate({u"--output"_s, Path(u"out"_s)});
+    EXPECT_EQ(run.exitCode, 1) << "it could not record";
+    EXPECT_TRUE(run.err.contains(
+        u"Could not open file %1: it is there and is not a recording"_s.arg(Path(u"record.csv"_s))))
+        << run.err.toStdString();
+    EXPECT_TRUE(ReadFile(Path(u"out"_s)).startsWith("$PLG,"));
+    EXPECT_EQ(ReadFile(Path(u"record.csv"_s)), "notes");
+    WriteFile(Path(u"record.csv"_s), QByteArray(4096, '\0'));
+    const StationResult damaged = Simulate({});
+    EXPECT_TRUE(damaged.err.contains(u"File %1 was damaged, and is kept as %2"_s.arg(
+        Path(u"record.csv"_s), Path(u"record.damaged.000001.csv"_s))))
+        << damaged.err.toStdString();
+    EXPECT_TRUE(ReadFile(Path(u"record.csv"_s)).startsWith("time_ms,"));
+}
+
+TEST_F(RecordTest, OutputThatIsAFileOfTheKeptRecorderIsRefused) {
+    ASSERT_EQ(Simulate({u"--record"_s, Path(u"record.csv"_s)}).exitCode, 0);
+    const QByteArray recording = ReadFile(Path(u"record.csv"_s));
+    for (const QString& name : {u"record.csv"_s, u"record.000001.csv"_s}) {
+        const StationResult run = Simulate({u"--output"_s, Path(name)});
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_TRUE(run.err.contains(u"the output %1 would overwrite %1, "_s.arg(Path(name))))
+            << run.err.toStdString();
+    }
+    EXPECT_EQ(ReadFile(Path(u"record.csv"_s)), recording);
+    EXPECT_FALSE(QFile::exists(Path(u"record.000001.csv"_s)));
+}
+
+TEST_F(RecordTest, PlaceOfTheProcessIsReplacedByTheOneThatItIs) {
+    ASSERT_EQ(Simulate({u"--record"_s, u"/proc/self/cwd/record.csv"_s}, m_directory.path()).exitCode, 0);
+    EXPECT_TRUE(ReadFile(Path(u"record.csv"_s)).startsWith("time_ms,"));
+    EXPECT_FALSE(QFile::exists(Path(u"config/record.csv"_s)));
 }
 
 TEST_F(RecordTest, FilesThatARecordWouldDestroyAreRefusedBeforeAnythingIsOpened) {
     const QByteArray recording = RECORDING_HEADER + "1000,121500000,71.5,,90,,,,,,,\n";
     WriteFile(Path(u"flight.csv"_s), recording);
     WriteFile(Path(u"notes.txt"_s), "notes");
-    for (const QString& name : {u"flight.csv"_s, u"notes.txt"_s, u"out"_s}) {
+    for (const QString& name : {u"flight.csv"_s, u"notes.txt"_s}) {
         const StationResult run = Run(u"flight.csv"_s, u"config"_s, u"out"_s, {u"--record"_s, Path(name)});
         EXPECT_EQ(run.exitCode, 1) << name.toStdString();
         EXPECT_TRUE(run.err.contains(u"the recorder cannot write to "_s + Path(name)))
             << run.err.toStdString();
+    }
+    for (const auto& [name, reason] :
+         {std::pair{Path(u"out"_s), u"the output %1 would overwrite %1, which the recorder writes"_s},
+          {u"-"_s,
+           u"the recorder cannot write to %1: it is standard output, and a recording needs a file"_s}}) {
+        const StationResult run = Run(u"flight.csv"_s, u"config"_s, u"out"_s, {u"--record"_s, name});
+        EXPECT_EQ(run.exitCode, 1) << name.toStdString();
+        EXPECT_TRUE(run.err.contains(reason.arg(name))) << run.err.toStdString();
     }
     for (const QString& name : {u"Application.ini"_s, u"Application.ini.lock"_s, u"TrafficControl.ini"_s,
                                 u"DFSettings.ini"_s, u"station.lock"_s}) {

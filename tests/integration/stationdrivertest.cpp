@@ -88,7 +88,7 @@ TEST_F(StationDriverTest, DeviceThatIsOpenedAndLostAtOnceIsToldOnce) {
 }
 
 TEST_F(StationDriverTest, DeviceThatDeliversAfterALossIsThereAgain) {
-    EXPECT_TRUE(RunUntil(Wild(u"late"_s), 2).err.contains(u"warning: the device is there again\n"_s));
+    EXPECT_TRUE(RunUntil(Wild(u"again"_s), 2).err.contains(u"warning: the device is there again\n"_s));
 }
 
 TEST_F(StationDriverTest, DirectoryOfDriversThatIsNotThereIsTold) {

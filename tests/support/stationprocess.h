@@ -18,9 +18,10 @@ struct StationResult {
     QString err;
 };
 
-/// Runs the station with these arguments to its end.
-inline StationResult RunStation(const QStringList& arguments) {
+/// Runs the station with these arguments to its end, in this directory or that of the test.
+inline StationResult RunStation(const QStringList& arguments, const QString& directory = {}) {
     QProcess process;
+    process.setWorkingDirectory(directory);
     process.start(QStringLiteral(ZAN_STATION), arguments);
     if (!process.waitForFinished(PATIENCE_MS) || process.exitStatus() != QProcess::NormalExit) {
         return {};

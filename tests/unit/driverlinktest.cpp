@@ -194,6 +194,7 @@ TEST_F(DriverLinkTest, DeviceThatWasThereForLongIsSoughtQuicklyAgain) {
     const auto link = Make(DriverLink::Kind::Device, 20ms);
     link->Open();
     ASSERT_TRUE(SpinUntil([&] { return m_connected == 1; }));
+    DeliverBearing(*m_device->callback);
     QElapsedTimer timer;
     timer.start();
     ASSERT_TRUE(SpinUntil([&] { return timer.hasExpired(650); }));

@@ -198,6 +198,8 @@ TEST_F(OutputFileTest, FileThatMayOnlyBeReadIsLockedAndTakesNothing) {
     EXPECT_EQ(other.GetError(), EWOULDBLOCK);
     EXPECT_EQ(file.Write("line\n"), 0U);
     EXPECT_EQ(file.GetError(), EBADF);
+    EXPECT_FALSE(file.Empty());
+    EXPECT_EQ(file.GetError(), EACCES);
     file.Close();
     EXPECT_FALSE(file.OpenOrCreate(Name(u"file"_s)));
     EXPECT_EQ(file.GetError(), EACCES);
@@ -329,6 +331,48 @@ TEST_F(OutputFileTest, LastBytesOfAFileCanBeTakenBack) {
     EXPECT_EQ(Contents(u"file"_s), "line\nnext\n");
     ASSERT_TRUE(file.OpenExisting(u"/dev/null"_s));
     EXPECT_FALSE(file.TakeBack(0));
+}
+
+TEST_F(OutputFileTest, FileGetsANameThatNoOtherFileHas) {
+    OutputFile file;
+    ASSERT_TRUE(file.OpenOrCreate(Name(u"file"_s)));
+    ASSERT_EQ(file.Write("line\n"), 5U);
+    Put(u"taken"_s, "another one");
+    EXPECT_FALSE(file.Rename(Name(u"file"_s), Name(u"taken"_s)));
+    EXPECT_EQ(file.GetError(), EEXIST);
+    EXPECT_EQ(Contents(u"taken"_s), "another one");
+    EXPECT_FALSE(file.Rename(Name(u"taken"_s), Name(u"free"_s))) << "it is not the open file";
+    EXPECT_EQ(file.GetError(), ENOENT);
+    EXPECT_EQ(Contents(u"taken"_s), "another one");
+    ASSERT_TRUE(file.Rename(Name(u"file"_s), Name(u"free"_s)));
+    EXPECT_EQ(Contents(u"free"_s), "line\n");
+    EXPECT_EQ(Contents(u"file"_s), "(no file)");
+    EXPECT_TRUE(file.HasName(Name(u"free"_s)));
+    EXPECT_FALSE(file.Rename(Name(u"free"_s), Name(u"nowhere/free"_s)));
+    EXPECT_EQ(file.GetError(), ENOENT);
+}
+
+TEST_F(OutputFileTest, FileKnowsItsSizeAndCanBeEmptied) {
+    OutputFile file;
+    ASSERT_TRUE(file.OpenOrCreate(Name(u"file"_s)));
+    ASSERT_EQ(file.Write("line\n"), 5U);
+    EXPECT_EQ(file.GetSize(), 5);
+    Put(u"file"_s, "a longer content");
+    EXPECT_EQ(file.GetSize(), 16);
+    ASSERT_TRUE(file.Empty());
+    EXPECT_EQ(file.GetSize(), 0);
+    ASSERT_EQ(file.Write("end\n"), 4U);
+    EXPECT_EQ(Contents(u"file"_s), "end\n");
+}
+
+TEST_F(OutputFileTest, PlaceOfAFileIsWhereItsLinksLeadTo) {
+    ASSERT_TRUE(QDir().mkpath(Name(u"disk"_s)));
+    ASSERT_TRUE(QFile::link(Name(u"disk"_s), Name(u"mounted"_s)));
+    ASSERT_TRUE(QFile::link(Name(u"mounted/file"_s), Name(u"link"_s)));
+    EXPECT_EQ(OutputFile::FindPlace(Name(u"link"_s)), Name(u"disk/file"_s)) << "not there yet";
+    Put(u"disk/file"_s, "content");
+    EXPECT_EQ(OutputFile::FindPlace(Name(u"link"_s)), Name(u"disk/file"_s));
+    EXPECT_EQ(OutputFile::FindPlace(Name(u"mounted/other"_s)), Name(u"disk/other"_s));
 }
 
 TEST_F(OutputFileTest, StandardOutputStaysOpenAndItsOffsetIsThatOfTheProgram) {

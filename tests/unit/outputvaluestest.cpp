@@ -266,6 +266,11 @@ TEST_F(OutputValuesTest, FileThatTheRecorderWritesIsRefused) {
     ServerValue<ValueBool>(g_vdRecEnabled).SetValue(true);
     ExpectRefused(Path(u"record.csv"_s), u"the output %1 would overwrite %1, which the recorder writes"_s.arg(
                                              Path(u"record.csv"_s)));
+    Write(u"record.000001.csv"_s, "a recording");
+    for (const QString& name : {u"record.000001.csv"_s, u"record.000002.csv"_s}) {
+        ExpectRefused(Path(name),
+                      u"the output %1 would overwrite %1, a numbered file of the recorder"_s.arg(Path(name)));
+    }
     ServerValue<ValueBool>(g_vdRecEnabled).SetValue(false);
     EXPECT_TRUE(Set(g_vdFileName, Path(u"record.csv"_s)));
     EXPECT_EQ(Text(g_vdFileName), Path(u"record.csv"_s));

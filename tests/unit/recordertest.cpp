@@ -65,14 +65,15 @@ protected:
 
     [[nodiscard]] QString Path(const QString& name) const { return m_directory.filePath(name); }
     /// A recorder to a file, with its size in bytes and the number of full files that are kept.
-    Recorder& Make(int size = 100000, int count = 10, int stepBackMs = 0) {
+    Recorder& Make(int size = 100000, int count = 10, int stepBackMs = 0,
+                   Recorder::Start start = Recorder::Start::AsKept) {
         ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
         cfg.SetBool(u"Recorder/Enabled"_s, true);
         cfg.SetString(u"Recorder/File"_s, Path(u"flight.csv"_s));
         cfg.SetInt(u"Recorder/FileSize"_s, size);
         cfg.SetInt(u"Recorder/FileCount"_s, count);
         constexpr int AT_ONCE_MS = 1;
-        m_recorder.emplace(GetStationFiles(), BYTE, AT_ONCE_MS, AT_ONCE_MS, stepBackMs);
+        m_recorder.emplace(GetStationFiles(), start, BYTE, AT_ONCE_MS, AT_ONCE_MS, stepBackMs);
         QObject::connect(&*m_recorder, &Recorder::Failed, &*m_recorder,
                          [this](const QString& text) { m_failures.append(text); });
         QObject::connect(&*m_recorder, &Recorder::Recovered, &*m_recorder, [this] { ++m_recoveries; });
@@ -92,13 +93,25 @@ protected:
         return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("(no file)");
     }
     [[nodiscard]] StationFiles GetStationFiles() const {
-        return {m_settings.GetDirectory(), u"replay"_s, {}};
+        return {m_settings.GetDirectory(), u"replay"_s, m_replayed};
     }
     [[nodiscard]] QStringList Files() const {
         return QDir(m_directory.path()).entryList({u"flight*"_s}, QDir::Files);
     }
+    /// Switches the recorder off and on again.
+    static void SwitchOffAndOn() {
+        ServerValue<ValueBool>(g_vdRecEnabled).SetValue(false);
+        ServerValue<ValueBool>(g_vdRecEnabled).SetValue(true);
+    }
+    /// Some numbered recordings.
+    void WriteNumbered(int count) const {
+        for (int i = 1; i <= count; ++i) {
+            Write(Path(u"flight.00000%1.csv"_s.arg(i)), HEADER + ROW);
+        }
+    }
 
     StoredSettings m_settings;
+    QString m_replayed; // the recording; empty: none
     QTemporaryDir m_directory;
     std::optional<Recorder> m_recorder;
     QStringList m_failures;
@@ -114,7 +127,8 @@ TEST_F(RecorderTest, FileThatTheOutputReplacesIsNotRecordedTo) {
     ServerValue<ValueString>(g_vdRecFile).SetValue(Path(u"flight.bak"_s), nullptr); // of the next output
     EXPECT_FALSE(QFile::exists(Path(u"flight.bak"_s)));
     EXPECT_EQ(ServerValue<ValueString>(g_vdRecLastError).GetValue(),
-              u"Could not open file %1: it is the output, too"_s.arg(Path(u"flight.bak"_s)));
+              u"Could not open file %2: the output %1 would overwrite %2, which the recorder writes"_s.arg(
+                  Path(u"flight"_s), Path(u"flight.bak"_s)));
 }
 
 TEST_F(RecorderTest, FileThatIsTheStationsOwnIsNotRecordedTo) {
@@ -173,7 +187,7 @@ TEST_F(RecorderTest, BearingThatTheDriverHasMarkedIsLeftOutAndOneThatNoRowHoldsI
     block.bearings[0].marker = -4000;
     block.bearings[1].quality = 101;
     Take(block);
-    EXPECT_EQ(Contents(), HEADER);
+    EXPECT_EQ(Contents(), "");
     EXPECT_EQ(m_recorder->GetDroppedCount(), 1U);
     EXPECT_TRUE(m_failures.isEmpty());
 }
@@ -209,7 +223,7 @@ TEST_F(RecorderTest, NewFileBeginsWhenTheTimeStepsBackFurtherThanARecordingMay) 
 }
 
 TEST_F(RecorderTest, ChannelsWhoseTimesInterleaveShareAFileThatTheReaderTakes) {
-    Write(Path(u"flight.000001.csv"_s), "older");
+    WriteNumbered(1);
     Make(100000, 1);
     constexpr int ROWS = 100;
     for (quint64 time = 20000; time < 20000 + ROWS / 2; ++time) {
@@ -228,12 +242,12 @@ TEST_F(RecorderTest, ChannelsWhoseTimesInterleaveShareAFileThatTheReaderTakes) {
 }
 
 TEST_F(RecorderTest, ClockThatIsSetBackAgainAndAgainRemovesNoOlderRecording) {
-    Write(Path(u"flight.000001.csv"_s), "older");
+    WriteNumbered(1);
     Make(100000, 1);
     for (quint64 time = 100000; time > 50000; time -= 10001) {
         Take(MakeBlock(time));
     }
-    EXPECT_EQ(Contents(u"flight.000001.csv"_s), "older");
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + ROW);
     EXPECT_EQ(Files().size(), 6) << Files().join(u' ').toStdString();
     EXPECT_EQ(m_recorder->GetRowCount(), 5U);
 }
@@ -257,10 +271,10 @@ TEST_F(RecorderTest, DriverWhoseRowsAlternateBetweenTwoTimesDoesNotBeginAFileWit
 
 TEST_F(RecorderTest, RecordingThatIsThereIsKeptUnderANumber) {
     Write(Path(u"flight.csv"_s), RECORDING_HEADER + "1,1,1,,1,,,,,,,\n");
-    Write(Path(u"flight.000007.csv"_s), "older");
+    Write(Path(u"flight.000007.csv"_s), HEADER + ROW);
     Make();
     EXPECT_TRUE(Contents(u"flight.000008.csv"_s).endsWith("1,1,1,,1,,,,,,,\n"));
-    EXPECT_EQ(Contents(), HEADER);
+    EXPECT_EQ(Contents(), "");
 }
 
 TEST_F(RecorderTest, FileThatIsNoRecordingIsLeftAloneAndTheRecorderWaitsForItToGo) {
@@ -283,7 +297,7 @@ TEST_F(RecorderTest, FileThatIsNoRecordingIsLeftAloneAndTheRecorderWaitsForItToG
 TEST_F(RecorderTest, TwoRecordersNeverShareAFile) {
     Make();
     Take(MakeBlock());
-    Recorder second(GetStationFiles(), BYTE);
+    Recorder second(GetStationFiles());
     EXPECT_FALSE(second.IsOpen());
     EXPECT_TRUE(
         second.GetProblem().contains(u"it is in use by process %1"_s.arg(QCoreApplication::applicationPid())))
@@ -380,9 +394,10 @@ TEST_F(RecorderTest, WhatItWritesTheReaderReadsToTheLastDigit) {
 TEST_F(RecorderTest, FileThatCannotGetANumberIsLeftAloneAtTheStartAndGrowsLater) {
     const QByteArray recording = RECORDING_HEADER + "1,1,1,,1,,,,,,,\n";
     Write(Path(u"flight.csv"_s), recording);
-    ASSERT_TRUE(QDir().mkpath(Path(u"flight.000001.csv/occupied"_s)));
+    Write(Path(u"flight.999999.csv"_s), recording);
     Make(static_cast<int>(HEADER.size() + ROW.size()));
-    EXPECT_TRUE(m_recorder->GetProblem().startsWith(u"Could not move file "_s));
+    EXPECT_EQ(m_recorder->GetProblem(),
+              u"Could not move file %1: no number is left"_s.arg(Path(u"flight.csv"_s)));
     EXPECT_EQ(Contents(), recording);
     QFile::remove(Path(u"flight.csv"_s));
     ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
@@ -394,7 +409,8 @@ TEST_F(RecorderTest, FileThatCannotGetANumberIsLeftAloneAtTheStartAndGrowsLater)
     Take(MakeBlock(999));
     EXPECT_EQ(Contents(), HEADER + lateRow + lateRow + lateRow) << "an earlier row would not be read";
     EXPECT_EQ(m_recorder->GetDroppedCount(), 1U);
-    ASSERT_TRUE(QDir(Path(u"flight.000001.csv"_s)).removeRecursively());
+    EXPECT_EQ(Contents(u"flight.999999.csv"_s), recording);
+    QFile::remove(Path(u"flight.999999.csv"_s));
     ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
     EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + lateRow + lateRow + lateRow);
 }
@@ -405,20 +421,21 @@ TEST_F(RecorderTest, PlacesThatAreNoFilesAreToldWithTheReason) {
     for (const auto& [name, reason] : {std::pair{Path(u"folder"_s), u"it is not a file"_s},
                                        {Path(u"flight.csv/below"_s), u"Not a directory"_s},
                                        {Path(u"nowhere/flight.csv"_s), u"No such file or directory"_s},
+                                       {u"-"_s, u"it is standard output, and a recording needs a file"_s},
                                        {QString(), u"Invalid argument"_s}}) {
         ServerValue<ValueString>(g_vdRecFile).SetValue(name);
         EXPECT_EQ(m_recorder->GetProblem(), u"Could not open file %1: %2"_s.arg(name, reason));
     }
 }
 
-TEST_F(RecorderTest, FileThatHasNoRoomForItsHeaderIsTriedAgain) {
+TEST_F(RecorderTest, FileThatHasNoRoomForItsFirstRowIsEmptyUntilThereIsRoom) {
+    Make();
     {
-        const FullDisk disk(0);
-        Make();
-        EXPECT_FALSE(m_recorder->IsOpen());
+        const FullDisk disk(HEADER.size());
+        Take(MakeBlock());
         EXPECT_TRUE(m_recorder->GetProblem().startsWith(u"Writing to "_s));
+        EXPECT_EQ(Contents(), "");
     }
-    ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
     Take(MakeBlock());
     EXPECT_EQ(Contents(), HEADER + ROW);
     EXPECT_EQ(Files(), QStringList{u"flight.csv"_s}) << "a file without content gets no number";
@@ -432,6 +449,202 @@ TEST_F(RecorderTest, FileThatIsWatchedAndStaysIsRecordedToOn) {
     EXPECT_EQ(Contents(), HEADER + ROW + ROW);
     EXPECT_EQ(Files(), QStringList{u"flight.csv"_s});
     EXPECT_EQ(m_failures, QStringList());
+}
+
+TEST_F(RecorderTest, StartsAndSwitchesWithoutABearingCostNoRecordingAndMakeNone) {
+    WriteNumbered(3);
+    Write(Path(u"flight.csv"_s), HEADER + ROW);
+    for (int i = 0; i < 5; ++i) {
+        Make(100000, 4);
+        SwitchOffAndOn();
+    }
+    EXPECT_EQ(Files(), (QStringList{u"flight.000001.csv"_s, u"flight.000002.csv"_s, u"flight.000003.csv"_s,
+                                    u"flight.000004.csv"_s, u"flight.csv"_s}));
+    EXPECT_EQ(Contents(), "");
+}
+
+TEST_F(RecorderTest, RecordingWithoutRowsIsUsedAgain) {
+    for (const QByteArray& header : {HEADER, RECORDING_HEADER, HEADER.chopped(1)}) {
+        Write(Path(u"flight.csv"_s), header);
+        Make();
+        EXPECT_EQ(Files(), QStringList{u"flight.csv"_s});
+        Take(MakeBlock());
+        EXPECT_EQ(Contents(), HEADER + ROW);
+        m_recorder.reset();
+    }
+}
+
+TEST_F(RecorderTest, RecordingThatIsReplayedIsNeitherRecordedToNorMovedNorRemoved) {
+    WriteNumbered(3);
+    m_replayed = Path(u"flight.000001.csv"_s);
+    Write(Path(u"flight.csv"_s), HEADER + ROW + ROW);
+    Make(100000, 1);
+    EXPECT_EQ(Files(), (QStringList{u"flight.000001.csv"_s, u"flight.000004.csv"_s, u"flight.csv"_s}));
+    ASSERT_TRUE(QFile::link(m_replayed, Path(u"link.csv"_s)));
+    for (const QString& name : {m_replayed, Path(u"link.csv"_s)}) {
+        ServerValue<ValueString>(g_vdRecFile).SetValue(name);
+        EXPECT_EQ(m_recorder->GetProblem(),
+                  u"Could not open file %1: it is the recording that is replayed"_s.arg(name));
+    }
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, NumberedFileThatSomeStationReadsIsNotRemoved) {
+    WriteNumbered(2);
+    RecordingReader reader;
+    ASSERT_TRUE(reader.Open(Path(u"flight.000001.csv"_s)));
+    Write(Path(u"flight.csv"_s), HEADER + ROW + ROW);
+    Make(100000, 1);
+    EXPECT_EQ(Files(), (QStringList{u"flight.000001.csv"_s, u"flight.000003.csv"_s, u"flight.csv"_s}));
+}
+
+TEST_F(RecorderTest, RecorderThatStartsOffLeavesTheSettingsAsTheyAre) {
+    Make(100000, 10, 0, Recorder::Start::Off);
+    Take(MakeBlock());
+    EXPECT_FALSE(m_recorder->IsOn());
+    EXPECT_FALSE(QFile::exists(Path(u"flight.csv"_s)));
+    ServerValue<ValueNumericInt>(g_vdRecFileCount).SetValue(3);
+    const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
+    EXPECT_TRUE(cfg.GetBool(u"Recorder/Enabled"_s, false));
+    EXPECT_EQ(cfg.GetInt(u"Recorder/FileCount"_s, 0), 3);
+    ServerValue<ValueBool>(g_vdRecEnabled).SetValue(true);
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, OnlyRecordingsWithSixDigitsAreItsNumberedFiles) {
+    for (const QString& name : {u"flight.20261101.csv"_s, u"flight.999999999.csv"_s, u"flight.00001.csv"_s}) {
+        Write(Path(name), HEADER + ROW);
+    }
+    Write(Path(u"flight.000001.csv"_s), "notes of the first flight");
+    for (const QString& name : {u"flight.000002.csv"_s, u"flight.000003.csv"_s}) {
+        Write(Path(name), HEADER + ROW);
+    }
+    Write(Path(u"flight.csv"_s), HEADER + ROW + ROW);
+    Make(100000, 1);
+    EXPECT_EQ(Files(), (QStringList{u"flight.000001.csv"_s, u"flight.000004.csv"_s, u"flight.00001.csv"_s,
+                                    u"flight.20261101.csv"_s, u"flight.999999999.csv"_s, u"flight.csv"_s}));
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), "notes of the first flight");
+    EXPECT_EQ(Contents(u"flight.000004.csv"_s), HEADER + ROW + ROW);
+}
+
+TEST_F(RecorderTest, NameThatIsTakenByAnythingElseIsSkipped) {
+    ASSERT_TRUE(QDir().mkpath(Path(u"flight.000001.csv"_s)));
+    ASSERT_TRUE(QFile::link(Path(u"nowhere"_s), Path(u"flight.000002.csv"_s)));
+    Write(Path(u"flight.000003.csv"_s), "notes");
+    Write(Path(u"flight.csv"_s), HEADER + ROW);
+    Make(100000, 1);
+    EXPECT_EQ(Contents(u"flight.000003.csv"_s), "notes");
+    EXPECT_EQ(Contents(u"flight.000004.csv"_s), HEADER + ROW);
+    EXPECT_TRUE(QFileInfo(Path(u"flight.000001.csv"_s)).isDir());
+    EXPECT_TRUE(QFileInfo(Path(u"flight.000002.csv"_s)).isSymLink());
+}
+
+TEST_F(RecorderTest, RecordingThatALossOfPowerHasDamagedGivesWayAndIsKept) {
+    int number = 0;
+    for (const QByteArray& damaged :
+         {QByteArray(4096, '\0'), HEADER.first(20), HEADER.first(20) + QByteArray(100, '\0')}) {
+        Write(Path(u"flight.csv"_s), damaged);
+        Make();
+        const QString kept = u"flight.damaged.00000%1.csv"_s.arg(++number);
+        EXPECT_EQ(Contents(kept), damaged);
+        EXPECT_EQ(m_recorder->GetProblem(),
+                  u"File %1 was damaged, and is kept as %2"_s.arg(Path(u"flight.csv"_s), Path(kept)));
+        Take(MakeBlock());
+        EXPECT_EQ(Contents(), HEADER + ROW);
+        EXPECT_EQ(m_recorder->GetProblem(), QString());
+        m_recorder.reset();
+    }
+}
+
+TEST_F(RecorderTest, DamagedRecordingForWhichNoNumberIsLeftStays) {
+    Write(Path(u"flight.csv"_s), HEADER.first(20));
+    Write(Path(u"flight.damaged.999999.csv"_s), HEADER + ROW);
+    Make();
+    EXPECT_FALSE(m_recorder->IsOpen());
+    EXPECT_EQ(Contents(), HEADER.first(20));
+}
+
+TEST_F(RecorderTest, FileThatOnlyBeginsAsADamagedOneIsLeftAlone) {
+    for (const QByteArray& content : {QByteArray(512, '\0') + "a disk", HEADER.first(20) + "and more\n"}) {
+        Write(Path(u"flight.csv"_s), content);
+        Make();
+        EXPECT_FALSE(m_recorder->IsOpen());
+        EXPECT_EQ(Contents(), content);
+        EXPECT_EQ(Files(), QStringList{u"flight.csv"_s});
+    }
+}
+
+TEST_F(RecorderTest, FileThatIsCutShortIsToldAndTheNextRowBeginsAFileOfItsOwn) {
+    Make();
+    Take(MakeBlock());
+    Take(MakeBlock());
+    const QByteArray cut = HEADER + ROW.first(10);
+    ASSERT_TRUE(QFile::resize(Path(u"flight.csv"_s), cut.size()));
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), cut);
+    EXPECT_EQ(Contents(), HEADER + ROW);
+    EXPECT_EQ(m_failures, QStringList(u"File %1 was changed by another program while it was recorded"_s.arg(
+                              Path(u"flight.csv"_s))));
+    EXPECT_EQ(m_recoveries, 1);
+    EXPECT_EQ(m_recorder->GetRowCount(), 3U);
+}
+
+TEST_F(RecorderTest, FileThatIsEmptiedOrAppendedToIsNoticedWithoutARow) {
+    Make();
+    Take(MakeBlock());
+    ASSERT_TRUE(QFile::resize(Path(u"flight.csv"_s), 0));
+    ASSERT_TRUE(SpinUntil([this] { return m_failures.size() == 1; }));
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW);
+    EXPECT_EQ(Files(), QStringList{u"flight.csv"_s});
+    Write(Path(u"flight.csv"_s), HEADER + ROW + "half a r");
+    ASSERT_TRUE(SpinUntil([this] { return m_failures.size() == 2; }));
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + ROW + "half a r");
+}
+
+TEST_F(RecorderTest, FileThatGrowsBecauseItCannotBeMovedIsTriedAgainWhenItHasGrownAsMuch) {
+    Make(static_cast<int>(HEADER.size() + ROW.size()));
+    Write(Path(u"flight.999999.csv"_s), HEADER + ROW);
+    Take(MakeBlock());
+    Take(MakeBlock());
+    QFile::remove(Path(u"flight.999999.csv"_s));
+    const qsizetype rows = (HEADER.size() + ROW.size()) / ROW.size();
+    for (qsizetype i = 0; i < rows; ++i) {
+        Take(MakeBlock());
+    }
+    EXPECT_EQ(Contents(u"flight.000001.csv"_s).count("\n1000,"), 1 + rows);
+    EXPECT_EQ(Contents(), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, FileThatALinkLeadsToIsNumberedWhereItIsAndTheLinkStays) {
+    ASSERT_TRUE(QDir().mkpath(Path(u"disk"_s)));
+    ASSERT_TRUE(QFile::link(Path(u"disk/record.csv"_s), Path(u"flight.csv"_s)));
+    Make(static_cast<int>(HEADER.size() + ROW.size()));
+    Take(MakeBlock());
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(u"disk/record.000001.csv"_s), HEADER + ROW);
+    EXPECT_EQ(Contents(u"disk/record.csv"_s), HEADER + ROW);
+    EXPECT_EQ(QFileInfo(Path(u"flight.csv"_s)).symLinkTarget(), Path(u"disk/record.csv"_s));
+    // The link is led elsewhere.
+    QFile::remove(Path(u"flight.csv"_s));
+    ASSERT_TRUE(QFile::link(Path(u"disk/other.csv"_s), Path(u"flight.csv"_s)));
+    ASSERT_TRUE(SpinUntil([this] { return QFile::exists(Path(u"disk/other.csv"_s)); }));
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(u"disk/other.csv"_s), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, RecorderWhoseNumberedFileIsTheOutputDoesNotRecord) {
+    ServerValue<ValueBool>(g_vdFileEnabled).SetValue(true, nullptr);
+    for (const QString& name : {u"flight.000001.csv"_s, u"flight.000002.csv"_s}) {
+        ServerValue<ValueString>(g_vdFileName).SetValue(Path(name), nullptr);
+        WriteNumbered(1);
+        Make();
+        EXPECT_EQ(
+            m_recorder->GetProblem(),
+            u"Could not open file %1: the output %2 would overwrite %2, a numbered file of the recorder"_s
+                .arg(Path(u"flight.csv"_s), Path(name)));
+    }
 }
 
 TEST_F(RecorderTest, StateOfAValueChangesNothing) {

@@ -3,6 +3,7 @@
 #include "connections/interruptibleinput.h"
 #include "connections/outputfile.h"
 #include "zancommon/dfdataoutput.h"
+#include "zanserver/recordingfiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -66,6 +67,22 @@ QString CheckName(const QString& name) {
 }
 
 } // namespace
+
+bool IsReplayed(const QString& file, const StationFiles& files) {
+    return !files.recording.isEmpty() &&
+           OutputFile::IsSameFile(file, StreamFile(files.recording, u"/dev/stdin"_s));
+}
+
+QStringList CheckBesideRecorder(const QString& output, const QString& record) {
+    const QString touched = record.isEmpty() ? QString() : RecordingFiles::FindTouched(output, record);
+    if (touched.isEmpty()) {
+        return {};
+    }
+    return {
+        touched == record
+            ? u"the output %1 would overwrite %2, which the recorder writes"_s.arg(output, record)
+            : u"the output %1 would overwrite %2, a numbered file of the recorder"_s.arg(output, touched)};
+}
 
 QStringList FindOverwritten(const QString& output, const StationFiles& files) {
     QStringList found = FindOwnFiles(files.directory, files.deviceAddress);

@@ -24,6 +24,14 @@ inline constexpr qsizetype LONGEST_NAME = 4095;
 /// \param output as for `CheckFile`
 ZANSERVER_EXPORT QStringList FindOverwritten(const QString& output, const StationFiles& files);
 
+/// Whether a file is the recording that is replayed, whatever its name is.
+ZANSERVER_EXPORT bool IsReplayed(const QString& file, const StationFiles& files);
+
+/// Why sentences cannot go to a file beside the recorder: they would overwrite its file or a numbered one. No
+/// text when they can.
+/// \param record the recorder's file; empty: nothing is recorded
+ZANSERVER_EXPORT QStringList CheckBesideRecorder(const QString& output, const QString& record);
+
 /// Why sentences cannot go to a file: texts for the operator, one for each reason; none when they can. The
 /// name is not that of a file, the output would overwrite the recording or a file of the station, or another
 /// process writes to it. Opens and changes nothing.

@@ -136,15 +136,11 @@ QString OutputValues::CheckFile(const QString& name) const {
         return u"standard output is only for a run that is started with it"_s;
     }
     const Choice present = GetFile();
-    if (const QStringList reasons =
-            OutputCheck::CheckFile(name, m_files, present.on ? present.address : QString());
-        !reasons.isEmpty()) {
-        return reasons.first();
-    }
-    const QString record = m_isRecording->GetValue() ? m_recordFile->GetValue() : QString();
-    return !record.isEmpty() && DFDataOutput::TouchesFile(name, record)
-               ? u"the output %1 would overwrite %2, which the recorder writes"_s.arg(name, record)
-               : QString();
+    const QStringList reasons =
+        OutputCheck::CheckFile(name, m_files, present.on ? present.address : QString()) +
+        OutputCheck::CheckBesideRecorder(name,
+                                         m_isRecording->GetValue() ? m_recordFile->GetValue() : QString());
+    return reasons.value(0);
 }
 
 void OutputValues::Show(const Sink& sink, const Choice& choice) {

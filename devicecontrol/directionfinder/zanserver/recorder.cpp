@@ -1,21 +1,19 @@
 #include "zanserver/recorder.h"
 
+#include "connections/interruptibleinput.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
-#include "zancommon/dfdataoutput.h"
 #include "zancommon/recordingline.h"
-#include "zancommon/recordingreader.h"
 #include "zanserver/blockrow.h"
+#include "zanserver/recordingfiles.h"
 #include "zanserver/servervalue.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -36,6 +34,8 @@ const QString KEY_FILE = u"Recorder/File"_s;
 const QString KEY_FILE_SIZE = u"Recorder/FileSize"_s;
 const QString KEY_FILE_COUNT = u"Recorder/FileCount"_s;
 
+const QString NO_RECORDING = u"it is there and is not a recording"_s;
+
 constexpr double TENTHS = 10.0;
 
 /// What a value of the tree has measured.
@@ -46,32 +46,29 @@ std::optional<double> Measured(const V& value, double unit = 1.0) {
                : std::nullopt;
 }
 
-QString NumberedName(const QString& name, int number) {
-    const QFileInfo file(name);
-    const QString suffix = file.suffix().isEmpty() ? QString() : u'.' + file.suffix();
-    return file.dir().filePath(
-        u"%1.%2%3"_s.arg(file.completeBaseName()).arg(number, 6, 10, QChar(u'0')).arg(suffix));
-}
-
-/// The numbered files of a recording, by their numbers.
-std::map<int, QString> FindNumbered(const QString& name) {
-    const QFileInfo file(name);
-    const QString suffix = file.suffix().isEmpty() ? QString() : u'.' + file.suffix();
-    const QRegularExpression numbered(
-        QRegularExpression::anchoredPattern(QRegularExpression::escape(file.completeBaseName()) +
-                                            u"\\.(\\d{6,9})"_s + QRegularExpression::escape(suffix)));
-    std::map<int, QString> found;
-    for (const QString& each : file.dir().entryList(QDir::Files | QDir::Hidden)) {
-        if (const QRegularExpressionMatch match = numbered.match(each); match.hasMatch()) {
-            found[match.captured(1).toInt()] = file.dir().filePath(each);
-        }
+/// Why no recording can be written to a place, whatever is in the file.
+QString CheckPlace(const QString& name, const StationFiles& files) {
+    if (name == InterruptibleInput::STANDARD_INPUT) {
+        return u"it is standard output, and a recording needs a file"_s;
     }
-    return found;
+    if (const QStringList own = OutputCheck::FindOverwritten(name, files); !own.isEmpty()) {
+        return u"it would overwrite %1, which belongs to the station"_s.arg(own.constFirst());
+    }
+    if (OutputCheck::IsReplayed(name, files)) {
+        return u"it is the recording that is replayed"_s;
+    }
+    const QFileInfo file(name);
+    if (file.exists() && !file.isFile()) {
+        return u"it is not a file"_s;
+    }
+    const QString user = OutputFile::FindUser(name);
+    return user.isEmpty() ? QString() : u"it is in use by "_s + user;
 }
 
 } // namespace
 
-Recorder::Recorder(StationFiles files, qint64 bytesPerMegabyte, int retryMs, int watchMs, int stepBackMs)
+Recorder::Recorder(StationFiles files, Start start, qint64 bytesPerMegabyte, int retryMs, int watchMs,
+                   int stepBackMs)
     : m_files(std::move(files))
     , m_bytesPerMegabyte(bytesPerMegabyte)
     , m_retryMs(retryMs)
@@ -93,7 +90,7 @@ Recorder::Recorder(StationFiles files, qint64 bytesPerMegabyte, int retryMs, int
     , m_pLatitude(ServerValue<ValueNumericDouble>(g_vdPosLatitude))
     , m_pLongitude(ServerValue<ValueNumericDouble>(g_vdPosLongitude))
     , m_pPositionTime(ServerValue<ValueTimeStamp>(g_vdPosLastUpdate)) {
-    ReadSettings();
+    ReadSettings(start);
     for (ValueBase* const value :
          {static_cast<ValueBase*>(m_pEnabled), static_cast<ValueBase*>(m_pFile),
           static_cast<ValueBase*>(m_pFileSize), static_cast<ValueBase*>(m_pFileCount)}) {
@@ -108,25 +105,31 @@ Recorder::~Recorder() {
     Publish();
 }
 
-void Recorder::ReadSettings() {
+void Recorder::ReadSettings(Start start) {
     const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
-    m_pEnabled->SetValue(cfg.GetBool(KEY_ENABLED, false), this);
+    m_pEnabled->SetValue(start == Start::AsKept && cfg.GetBool(KEY_ENABLED, false), this);
     m_pFile->SetValue(cfg.GetString(KEY_FILE, {}), this);
     m_pFileSize->SetValue(static_cast<int>(cfg.GetInt(KEY_FILE_SIZE, m_pFileSize->GetValue())), this);
     m_pFileCount->SetValue(static_cast<int>(cfg.GetInt(KEY_FILE_COUNT, m_pFileCount->GetValue())), this);
 }
 
-void Recorder::StoreSettings() const {
+/// Only what was changed: a recorder that is off in this run stays on in the settings.
+void Recorder::Store(const Observable* changed) const {
     ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
-    cfg.SetBool(KEY_ENABLED, m_pEnabled->GetValue());
-    cfg.SetString(KEY_FILE, m_pFile->GetValue());
-    cfg.SetInt(KEY_FILE_SIZE, m_pFileSize->GetValue());
-    cfg.SetInt(KEY_FILE_COUNT, m_pFileCount->GetValue());
+    if (changed == m_pEnabled) {
+        cfg.SetBool(KEY_ENABLED, m_pEnabled->GetValue());
+    } else if (changed == m_pFile) {
+        cfg.SetString(KEY_FILE, m_pFile->GetValue());
+    } else if (changed == m_pFileSize) {
+        cfg.SetInt(KEY_FILE_SIZE, m_pFileSize->GetValue());
+    } else {
+        cfg.SetInt(KEY_FILE_COUNT, m_pFileCount->GetValue());
+    }
 }
 
-void Recorder::Update(Observable* /*subject*/, TChangeCode code) {
+void Recorder::Update(Observable* subject, TChangeCode code) {
     if (code == TChangeCode::Changed) {
-        StoreSettings();
+        Store(subject);
         const bool wasOn = m_timer.isActive();
         if (IsOn() != wasOn || (wasOn && m_pFile->GetValue() != m_name)) {
             Restart();
@@ -149,13 +152,25 @@ void Recorder::Restart() {
 }
 
 void Recorder::OnTimer() {
-    if (m_file.IsOpen() && m_file.HasName(m_name)) {
-        return;
+    if (!m_file.IsOpen()) {
+        OpenOrRetry();
+    } else if (!m_file.HasName(m_name)) {
+        BeginAgain(u"File %1 was removed, moved or replaced while it was recorded"_s.arg(m_name));
+    } else {
+        CheckSize();
     }
-    if (m_file.IsOpen()) {
-        m_file.Close();
-        Fail(u"File %1 was removed, moved or replaced while it was recorded"_s.arg(m_name));
+}
+
+/// A row behind a part of another one, or between rows of somebody else, would be lost.
+void Recorder::CheckSize() {
+    if (m_file.IsOpen() && m_file.GetSize() != m_size) {
+        BeginAgain(u"File %1 was changed by another program while it was recorded"_s.arg(m_name));
     }
+}
+
+void Recorder::BeginAgain(const QString& problem) {
+    m_file.Close();
+    Fail(problem);
     OpenOrRetry();
 }
 
@@ -164,21 +179,10 @@ void Recorder::OpenOrRetry() {
 }
 
 QString Recorder::CheckFile(const QString& name, const StationFiles& files) {
-    if (const QStringList own = OutputCheck::FindOverwritten(name, files); !own.isEmpty()) {
-        return u"it would overwrite %1, which belongs to the station"_s.arg(own.constFirst());
-    }
-    const QFileInfo file(name);
-    if (!file.exists()) {
-        return {};
-    }
-    if (!file.isFile()) {
-        return u"it is not a file"_s;
-    }
-    if (const QString user = OutputFile::FindUser(name); !user.isEmpty()) {
-        return u"it is in use by "_s + user;
-    }
-    KvZANCommon::RecordingReader reader;
-    return file.size() == 0 || reader.Open(name) ? QString() : u"it is there and is not a recording"_s;
+    const QString reason = CheckPlace(name, files);
+    const bool isOther =
+        QFileInfo::exists(name) && RecordingFiles::Examine(name) == RecordingFiles::Content::Other;
+    return reason.isEmpty() && isOther ? NO_RECORDING : reason;
 }
 
 bool Recorder::Open() {
@@ -186,19 +190,20 @@ bool Recorder::Open() {
     const auto fail = [this](const QString& reason) {
         return Fail(u"Could not open file %1: %2"_s.arg(m_name, reason));
     };
-    if (m_pOutputEnabled->GetValue() && DFDataOutput::TouchesFile(m_pOutputFile->GetValue(), m_name)) {
-        return fail(u"it is the output, too"_s);
+    if (m_pOutputEnabled->GetValue()) {
+        if (const QStringList reasons = OutputCheck::CheckBesideRecorder(m_pOutputFile->GetValue(), m_name);
+            !reasons.isEmpty()) {
+            return fail(reasons.first());
+        }
     }
-    if (const QString reason = CheckFile(m_name, m_files); !reason.isEmpty()) {
+    if (const QString reason = CheckPlace(m_name, m_files); !reason.isEmpty()) {
         return fail(reason);
     }
+    m_place = OutputFile::FindPlace(m_name);
     OutputFile previous; // locked until it has its number
-    if (previous.OpenExisting(m_name)) {
-        if (QFileInfo(m_name).size() > 0) {
-            if (!MoveToNumber()) {
-                return false;
-            }
-            RemoveOldest();
+    if (previous.OpenExisting(m_place)) {
+        if (!MakeRoom(previous)) {
+            return false;
         }
     } else if (previous.GetError() != ENOENT) {
         return fail(previous.GetError() == EWOULDBLOCK ? u"it is in use"_s
@@ -208,46 +213,77 @@ bool Recorder::Open() {
     return BeginFile();
 }
 
+/// Whatever holds something that somebody may want goes elsewhere, or stays.
+bool Recorder::MakeRoom(OutputFile& previous) {
+    switch (RecordingFiles::Examine(m_place)) {
+    case RecordingFiles::Content::NoRows:
+        return previous.GetSize() == 0 || previous.Empty() ||
+               Fail(u"Could not open file %1: %2"_s.arg(m_name, qt_error_string(previous.GetError())));
+    case RecordingFiles::Content::Rows:
+        if (!MoveToNumber(previous)) {
+            return false;
+        }
+        RemoveOldest();
+        return true;
+    case RecordingFiles::Content::Damaged: {
+        const QString kept = RecordingFiles::NextDamaged(m_place);
+        if (!Move(previous, kept)) {
+            return false;
+        }
+        Fail(u"File %1 was damaged, and is kept as %2"_s.arg(m_name, kept));
+        return true;
+    }
+    case RecordingFiles::Content::Other:
+        break;
+    }
+    return Fail(u"Could not open file %1: %2"_s.arg(m_name, NO_RECORDING));
+}
+
+/// The header line is written with the first row: a file without rows is empty.
 bool Recorder::BeginFile() {
-    if (!m_file.OpenOrCreate(m_name)) {
+    if (!m_file.OpenOrCreate(m_place)) {
         return Fail(u"Could not open file %1: %2"_s.arg(m_name, qt_error_string(m_file.GetError())));
     }
     m_size = 0;
-    m_hasRows = false;
+    m_keptSize = 0;
     m_latestTime = 0;
-    QByteArray header;
-    RecordingLine::AppendHeader(header, KvZANCommon::RECORDING_COLUMNS,
-                                KvZANCommon::FURTHER_RECORDING_COLUMNS);
-    if (!Write(header)) {
-        m_file.Close();
-        return false;
-    }
     return true;
 }
 
-/// Gives the file the next number.
-bool Recorder::MoveToNumber() {
-    const std::map<int, QString> numbered = FindNumbered(m_name);
-    const int number = numbered.empty() ? 1 : numbered.rbegin()->first + 1;
-    const QString target = NumberedName(m_name, number);
-    if (std::rename(QFile::encodeName(m_name).constData(), QFile::encodeName(target).constData()) != 0) {
-        return Fail(u"Could not move file %1 to %2: %3"_s.arg(m_name, target, qt_error_string(errno)));
+bool Recorder::Move(OutputFile& file, const QString& newName) {
+    if (newName.isEmpty()) {
+        return Fail(u"Could not move file %1: no number is left"_s.arg(m_name));
     }
-    return true;
+    return file.Rename(m_place, newName) ||
+           Fail(u"Could not move file %1 to %2: %3"_s.arg(m_name, newName, qt_error_string(file.GetError())));
+}
+
+bool Recorder::MoveToNumber(OutputFile& file) {
+    return Move(file, RecordingFiles::NextNumbered(m_place));
 }
 
 void Recorder::RemoveOldest() const {
-    std::map<int, QString> numbered = FindNumbered(m_name);
-    while (numbered.size() > static_cast<std::size_t>(m_pFileCount->GetValue())) {
-        QFile::remove(numbered.begin()->second);
-        numbered.erase(numbered.begin());
+    const std::map<int, QString> numbered = RecordingFiles::FindNumbered(m_place);
+    auto left = std::ssize(numbered) - m_pFileCount->GetValue();
+    for (auto file = numbered.cbegin(); left > 0; ++file, --left) {
+        if (!IsNeeded(file->second)) {
+            QFile::remove(file->second);
+        }
     }
+}
+
+/// Whether a numbered file stays whatever its number is.
+bool Recorder::IsNeeded(const QString& file) const {
+    const RecordingFiles::Content content = RecordingFiles::Examine(file);
+    return (content != RecordingFiles::Content::Rows && content != RecordingFiles::Content::NoRows) ||
+           OutputCheck::IsReplayed(file, m_files) || !OutputFile::FindUser(file).isEmpty();
 }
 
 void Recorder::Take(const BearingBlock& block, const std::vector<BearingResult>& bearings) {
     if (!IsOn()) {
         return;
     }
+    CheckSize();
     RecordedBearing row = MakeRow(block);
     if (block.kind == BearingBlock::Kind::SuperResolution && bearings.empty()) {
         row.emitter = RecordedBearing::NO_EMITTER;
@@ -291,7 +327,7 @@ void Recorder::TakeRow(const RecordedBearing& row) {
         leaveOut(fault);
         return;
     }
-    const bool isFull = m_size + m_line.size() > m_pFileSize->GetValue() * m_bytesPerMegabyte;
+    const bool isFull = m_size - m_keptSize + m_line.size() > m_pFileSize->GetValue() * m_bytesPerMegabyte;
     const bool isTooEarly = KvZANCommon::IsTooEarly(row.timeMs, m_latestTime);
     if (isTooEarly && !m_nextStepBack.hasExpired()) {
         leaveOut(u"its time is too early, and a file has just begun because of that"_s);
@@ -300,9 +336,10 @@ void Recorder::TakeRow(const RecordedBearing& row) {
     if (isTooEarly) {
         m_nextStepBack.setRemainingTime(m_stepBackMs);
     }
-    if (m_file.IsOpen() && m_hasRows && (isFull || isTooEarly)) {
-        const bool isMoved = MoveToNumber();
-        m_size = 0; // a file that cannot be moved grows, and is tried again when it has grown as much
+    if (m_file.IsOpen() && m_size > 0 && (isFull || isTooEarly)) {
+        const bool isMoved = MoveToNumber(m_file);
+        // A file that cannot be moved grows, and is tried again when it has grown as much.
+        m_keptSize = m_size;
         if (isMoved && isFull) { // a clock that is often set back would soon remove every older recording
             RemoveOldest();
         }
@@ -313,24 +350,26 @@ void Recorder::TakeRow(const RecordedBearing& row) {
             }
         }
     }
+    if (m_size == 0) {
+        m_line.prepend(RecordingFiles::Header());
+    }
     if (!m_file.IsOpen() || !Write(m_line)) {
         ++m_droppedCount;
         return;
     }
     ++m_rowCount;
-    m_hasRows = true;
     m_latestTime = std::max(m_latestTime, row.timeMs);
     if (!std::exchange(m_problem, {}).isEmpty()) {
         Q_EMIT Recovered();
     }
 }
 
-/// Writes a line as a whole or not at all.
-bool Recorder::Write(const QByteArray& line) {
-    const auto size = static_cast<std::size_t>(line.size());
-    const std::size_t written = m_file.Write({line.constData(), size});
+/// Writes lines as a whole or not at all.
+bool Recorder::Write(const QByteArray& lines) {
+    const auto size = static_cast<std::size_t>(lines.size());
+    const std::size_t written = m_file.Write({lines.constData(), size});
     if (written == size) {
-        m_size += line.size();
+        m_size += lines.size();
         return true;
     }
     const QString reason = qt_error_string(m_file.GetError());

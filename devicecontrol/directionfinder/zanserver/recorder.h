@@ -23,20 +23,27 @@ namespace ZANServer {
 /// Records what the device delivers, with the attitude and position that the station has used for it, so that
 /// a replay gives the same sentences.
 ///
-/// The recording is written to the file that the settings name. When it has reached its size, or a row is
-/// too early for the order of time of a recording (`IsTooEarly`), the file gets the next free number
-/// (flight.csv becomes flight.000001.csv) and a new one begins. At the start and when a file is full, so many
-/// of the numbered files are kept as the settings say, the newest. A file that is
-/// there at the start gets a number, too, if it is a recording; any other file is left alone.
+/// The recording is written to the file that the settings name; where that is a link, to the file that it
+/// leads to. When it has reached its size, or a row is too early for the order of time of a recording
+/// (`IsTooEarly`), the file gets the next number (flight.csv becomes flight.000001.csv) and a new one begins.
+/// A recording that is there at the start gets a number, too. When a file is full, and at the start, so many
+/// of the numbered files are kept as the settings say, the newest. A file without rows gets no number and is
+/// used again, so that switching on and off, or a device that is never there, costs no recording.
+///
+/// Nothing else is lost: a file with a new number never replaces another one; files that are no recordings,
+/// the recording that is replayed and files that some station has open are not removed. A file that is there
+/// and is no recording is left alone; only what a loss of power leaves of a new recording (a part of the
+/// header line, zero bytes) gives way, as flight.damaged.000001.csv, so that an unattended station records
+/// again.
 ///
 /// A clock is set back now and then, not with each row: within a minute of a file that has begun because of
 /// that, further rows that are too early are left out, and counted as dropped.
 ///
 /// A file holds whole rows. A row that cannot be written is dropped and counted, and the first of a run of
-/// equal failures is told by `Failed`; a file that cannot be opened or was removed is tried again. The file
-/// is locked while it is written to (`OutputFile`), so that no two stations write to one. Bearings that the
-/// driver has marked as unusable, and values that a recording cannot hold, are left out; the latter are
-/// counted as dropped.
+/// equal failures is told by `Failed`; a file that cannot be opened, was removed, or was changed by another
+/// program is tried again. The file is locked while it is written to (`OutputFile`), so that no two stations
+/// write to one. Bearings that the driver has marked as unusable, and values that a recording cannot hold,
+/// are left out; the latter are counted as dropped.
 ///
 /// What is set is in the tree below `/ZANServer/Out/Rec`, where a change takes effect at once, and is kept in
 /// the settings (`Recorder/Enabled`, `File`, `FileSize` in MB, `FileCount`); counters and last failure are
@@ -46,16 +53,22 @@ class ZANSERVER_EXPORT Recorder final : public QObject, public IObserver {
     Q_OBJECT
 
 public:
+    /// Whether it records from its start on.
+    enum class Start {
+        AsKept, ///< when the settings say so
+        Off     ///< not before the tree switches it on; the settings stay as they are
+    };
+
     static constexpr int RETRY_MS = 5000; ///< between two attempts to open the file
-    static constexpr int WATCH_MS = 1000; ///< between two looks at the name of the file
+    static constexpr int WATCH_MS = 1000; ///< between two looks at name and size of the file
     /// Between two files that begin because the time steps back.
     static constexpr int STEP_BACK_MS = 60'000;
 
     /// Reads the settings, and opens the file when recording is on.
     /// \param files            what no recording may overwrite
     /// \param bytesPerMegabyte the unit of the size, which tests make small
-    explicit Recorder(StationFiles files, qint64 bytesPerMegabyte = 1'000'000, int retryMs = RETRY_MS,
-                      int watchMs = WATCH_MS, int stepBackMs = STEP_BACK_MS);
+    explicit Recorder(StationFiles files, Start start = Start::AsKept, qint64 bytesPerMegabyte = 1'000'000,
+                      int retryMs = RETRY_MS, int watchMs = WATCH_MS, int stepBackMs = STEP_BACK_MS);
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
     /// Closes the file.
@@ -72,9 +85,9 @@ public:
     [[nodiscard]] quint64 GetRowCount() const { return m_rowCount; }
     [[nodiscard]] quint64 GetDroppedCount() const { return m_droppedCount; }
 
-    /// Why a recording cannot be written to a file: it belongs to the station, exists and is not a
-    /// recording, or another program writes to it or reads it. Empty when it can, as far as can be seen
-    /// without changing anything.
+    /// Why a recording cannot be written to a file: it belongs to the station, is the recording that is
+    /// replayed, exists and is not a recording, or another program writes to it or reads it. Empty when it
+    /// can, as far as can be seen without changing anything.
     [[nodiscard]] static QString CheckFile(const QString& name, const StationFiles& files);
 
     void Update(Observable* subject, TChangeCode code) override;
@@ -88,18 +101,23 @@ Q_SIGNALS:
     void Recovered();
 
 private:
-    ZANSERVER_NO_EXPORT void ReadSettings();
-    ZANSERVER_NO_EXPORT void StoreSettings() const;
+    ZANSERVER_NO_EXPORT void ReadSettings(Start start);
+    ZANSERVER_NO_EXPORT void Store(const Observable* changed) const;
     ZANSERVER_NO_EXPORT void Restart();
     ZANSERVER_NO_EXPORT void OnTimer();
+    ZANSERVER_NO_EXPORT void CheckSize();
     ZANSERVER_NO_EXPORT bool Open();
     ZANSERVER_NO_EXPORT void OpenOrRetry();
-    ZANSERVER_NO_EXPORT bool MoveToNumber();
+    ZANSERVER_NO_EXPORT bool MakeRoom(OutputFile& previous);
+    ZANSERVER_NO_EXPORT bool Move(OutputFile& file, const QString& newName);
+    ZANSERVER_NO_EXPORT bool MoveToNumber(OutputFile& file);
     ZANSERVER_NO_EXPORT void RemoveOldest() const;
+    [[nodiscard]] ZANSERVER_NO_EXPORT bool IsNeeded(const QString& file) const;
     ZANSERVER_NO_EXPORT bool BeginFile();
+    ZANSERVER_NO_EXPORT void BeginAgain(const QString& problem);
     [[nodiscard]] ZANSERVER_NO_EXPORT KvZANCommon::RecordedBearing MakeRow(const BearingBlock& block) const;
     ZANSERVER_NO_EXPORT void TakeRow(const KvZANCommon::RecordedBearing& row);
-    ZANSERVER_NO_EXPORT bool Write(const QByteArray& line);
+    ZANSERVER_NO_EXPORT bool Write(const QByteArray& lines);
     ZANSERVER_NO_EXPORT bool Fail(const QString& problem);
     ZANSERVER_NO_EXPORT void Publish();
 
@@ -128,17 +146,18 @@ private:
     ValueTimeStamp* m_pPositionTime;
 
     OutputFile m_file;
-    QString m_name; // of the open file
-    qint64 m_size = 0;
+    QString m_name;        // as it is set
+    QString m_place;       // where that leads to
+    qint64 m_size = 0;     // of the open file, with what was written
+    qint64 m_keptSize = 0; // that it had when it could not get a number
     quint64 m_latestTime = 0;
     QDeadlineTimer m_nextStepBack; // before it no file begins because of one
     QByteArray m_line;
-    bool m_hasRows = false; // the open file
     QString m_problem;
     QString m_lastError;
     quint64 m_rowCount = 0;
     quint64 m_droppedCount = 0;
-    QTimer m_timer; // for the next look at the file's name, or the next attempt to open it
+    QTimer m_timer; // for the next look at the file, or the next attempt to open it
     QTimer m_publishTimer;
 };
 
