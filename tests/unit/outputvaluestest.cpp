@@ -302,17 +302,19 @@ TEST_F(OutputValuesTest, FileIsCheckedAgainWhenItIsSwitchedOn) {
 
 TEST_F(OutputValuesTest, FileThatCannotBeOpenedIsTakenAndToldAsFailed) {
     Make(true);
-    for (const QString& name : {m_directory.path(), Path(u"missing/out"_s)}) {
-        EXPECT_TRUE(Set(g_vdFileName, name));
-        EXPECT_EQ(Text(g_vdFileState), u"Failed"_s);
-        EXPECT_TRUE(Text(g_vdFileLastError).startsWith(u"Could not open file "_s + name))
-            << Text(g_vdFileLastError).toStdString();
-        EXPECT_LT(
-            std::abs(QDateTime::currentMSecsSinceEpoch() -
-                     static_cast<qint64>(ServerValue<ValueTimeStamp>(g_vdFileLastErrorTime).GetValue())),
-            60'000);
-        EXPECT_EQ(ServerValue<ValueTimeStamp>(g_vdFileLastErrorTime).GetState(), TValueState::Valid);
-    }
+    const QString name = Path(u"missing/out"_s);
+    EXPECT_TRUE(Set(g_vdFileName, name));
+    EXPECT_EQ(Text(g_vdFileState), u"Failed"_s);
+    EXPECT_TRUE(Text(g_vdFileLastError).startsWith(u"Could not open file "_s + name))
+        << Text(g_vdFileLastError).toStdString();
+    const auto& time = ServerValue<ValueTimeStamp>(g_vdFileLastErrorTime);
+    EXPECT_LT(std::abs(QDateTime::currentMSecsSinceEpoch() - static_cast<qint64>(time.GetValue())), 60'000);
+    EXPECT_EQ(time.GetState(), TValueState::Valid);
+}
+
+TEST_F(OutputValuesTest, DirectoryIsRefused) {
+    Make(true);
+    ExpectRefused(m_directory.path(), u"the output %1 is a directory"_s.arg(m_directory.path()));
 }
 
 TEST_F(OutputValuesTest, LongFailureIsToldInAsManyBytesAsAreAllowed) {

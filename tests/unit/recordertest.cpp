@@ -126,8 +126,8 @@ TEST_F(RecorderTest, FileThatTheOutputReplacesIsNotRecordedTo) {
     Make();
     ServerValue<ValueString>(g_vdRecFile).SetValue(Path(u"flight.bak"_s), nullptr); // of the next output
     EXPECT_FALSE(QFile::exists(Path(u"flight.bak"_s)));
-    EXPECT_EQ(ServerValue<ValueString>(g_vdRecLastError).GetValue(),
-              u"Could not open file %2: the output %1 would overwrite %2, which the recorder writes"_s.arg(
+    EXPECT_EQ(ServerValue<ValueString>(g_vdRecRefused).GetValue(),
+              u"%2: the output %1 would overwrite %2, which the recorder writes"_s.arg(
                   Path(u"flight"_s), Path(u"flight.bak"_s)));
 }
 
@@ -139,8 +139,8 @@ TEST_F(RecorderTest, FileThatIsTheStationsOwnIsNotRecordedTo) {
         ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
         ServerValue<ValueString>(g_vdRecFile).SetValue(file, nullptr);
         EXPECT_FALSE(QFile::exists(file));
-        EXPECT_EQ(m_recorder->GetProblem(),
-                  u"Could not open file %1: it would overwrite %1, which belongs to the station"_s.arg(file));
+        EXPECT_EQ(ServerValue<ValueString>(g_vdRecRefused).GetValue(),
+                  u"%1: it would overwrite %1, which belongs to the station"_s.arg(file));
     }
 }
 
@@ -359,11 +359,65 @@ TEST_F(RecorderTest, TreeSwitchesItAndTheSettingsKeepThat) {
     EXPECT_EQ(cfg.GetInt(u"Recorder/FileCount"_s, 0), 3);
 }
 
-TEST_F(RecorderTest, TreeHasItsCountersAndLastFailure) {
+TEST_F(RecorderTest, FileThatCannotBeRecordedToIsRefusedWithTheReasonAndTheOneBeforeStays) {
     Make();
     Take(MakeBlock());
-    Write(Path(u"other.csv"_s), "no recording");
-    ServerValue<ValueString>(g_vdRecFile).SetValue(Path(u"other.csv"_s));
+    Write(Path(u"notes.txt"_s), "no recording");
+    const QString present = Path(u"flight.csv"_s);
+    auto& file = ServerValue<ValueString>(g_vdRecFile);
+    for (const auto& [name, reason] :
+         {std::pair{Path(u"notes.txt"_s), u"it is there and is not a recording"_s},
+          {u"-"_s, u"it is standard output, and a recording needs a file"_s},
+          {m_directory.path(), u"it is not a file"_s}}) {
+        file.SetValue(name);
+        EXPECT_EQ(file.GetValue(), present);
+        EXPECT_EQ(ServerValue<ValueString>(g_vdRecRefused).GetValue(), name + u": "_s + reason);
+        EXPECT_EQ(CfgCenter::GetAppCfg(ICfg::View::Outputs).GetString(u"Recorder/File"_s, {}), present);
+    }
+    file.SetValue(QString());
+    EXPECT_EQ(ServerValue<ValueString>(g_vdRecRefused).GetValue(), u"the recorder has no file"_s);
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(), HEADER + ROW + ROW);
+    file.SetValue(Path(u"other.csv"_s));
+    EXPECT_EQ(ServerValue<ValueString>(g_vdRecRefused).GetValue(), QString());
+    Take(MakeBlock());
+    EXPECT_EQ(Contents(u"other.csv"_s), HEADER + ROW);
+}
+
+TEST_F(RecorderTest, RecorderIsNotSwitchedOnOntoAFileThatIsNoRecording) {
+    Make();
+    auto& enabled = ServerValue<ValueBool>(g_vdRecEnabled);
+    enabled.SetValue(false);
+    Write(Path(u"flight.csv"_s), "notes");
+    enabled.SetValue(true);
+    EXPECT_FALSE(enabled.GetValue());
+    EXPECT_FALSE(CfgCenter::GetAppCfg(ICfg::View::Outputs).GetBool(u"Recorder/Enabled"_s, true));
+    EXPECT_EQ(Contents(), "notes");
+}
+
+TEST_F(RecorderTest, StateAndTimeOfTheLastFailureTellWhetherItFailsNow) {
+    Write(Path(u"flight.csv"_s), "notes");
+    Make();
+    const auto& state = ServerValue<ValueSelection>(g_vdRecState);
+    const auto& time = ServerValue<ValueTimeStamp>(g_vdRecLastErrorTime);
+    EXPECT_EQ(state.GetStringValue(), u"Failed"_s);
+    EXPECT_EQ(time.GetState(), TValueState::Valid);
+    QFile::remove(Path(u"flight.csv"_s));
+    ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
+    Take(MakeBlock());
+    auto& enabled = ServerValue<ValueBool>(g_vdRecEnabled);
+    ASSERT_TRUE(SpinUntil([&] { return state.GetStringValue() == u"Open"_s; })) << "published every second";
+    enabled.SetValue(false);
+    EXPECT_EQ(state.GetStringValue(), u"Off"_s);
+    EXPECT_FALSE(ServerValue<ValueString>(g_vdRecLastError).GetValue().isEmpty()) << "it was there once";
+}
+
+TEST_F(RecorderTest, TreeHasItsCountersAndLastFailure) {
+    Write(Path(u"flight.csv"_s), "no recording");
+    Make();
+    Take(MakeBlock());
+    QFile::remove(Path(u"flight.csv"_s));
+    ASSERT_TRUE(SpinUntil([this] { return m_recorder->IsOpen(); }));
     Take(MakeBlock());
     m_recorder.reset();
     EXPECT_EQ(ServerValue<ValueNumericDouble>(g_vdRecRows).GetValue(), 1.0);

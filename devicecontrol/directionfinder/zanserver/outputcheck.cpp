@@ -94,6 +94,9 @@ QStringList CheckFile(const QString& output, const StationFiles& files, const QS
     if (const QString reason = CheckName(output); !reason.isEmpty()) {
         return {reason};
     }
+    if (QFileInfo(output).isDir()) {
+        return {u"the output %1 is a directory"_s.arg(output)};
+    }
     QStringList reasons;
     if (!files.recording.isEmpty() && WouldOverwriteRecording(output, files.recording)) {
         reasons += u"the output %1 would overwrite the recording %2"_s.arg(output, files.recording);

@@ -137,9 +137,9 @@ QString OutputValues::CheckFile(const QString& name) const {
     }
     const Choice present = GetFile();
     const QStringList reasons =
-        OutputCheck::CheckFile(name, m_files, present.on ? present.address : QString()) +
         OutputCheck::CheckBesideRecorder(name,
-                                         m_isRecording->GetValue() ? m_recordFile->GetValue() : QString());
+                                         m_isRecording->GetValue() ? m_recordFile->GetValue() : QString()) +
+        OutputCheck::CheckFile(name, m_files, present.on ? present.address : QString());
     return reasons.value(0);
 }
 

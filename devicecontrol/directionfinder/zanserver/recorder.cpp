@@ -3,11 +3,15 @@
 #include "connections/interruptibleinput.h"
 #include "stddevicedefinition/stddevicedescriptors.h"
 #include "tolmappstartup/cfgcenter.h"
+#include "zancommon/dfdataoutput.h"
 #include "zancommon/recordingline.h"
 #include "zanserver/blockrow.h"
+#include "zanserver/drivertext.h"
+#include "zanserver/publish.h"
 #include "zanserver/recordingfiles.h"
 #include "zanserver/servervalue.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
@@ -37,6 +41,7 @@ const QString KEY_FILE_COUNT = u"Recorder/FileCount"_s;
 const QString NO_RECORDING = u"it is there and is not a recording"_s;
 
 constexpr double TENTHS = 10.0;
+constexpr qsizetype LONGEST_TEXT = 1000; // bytes, of a text in the tree
 
 /// What a value of the tree has measured.
 template <class V>
@@ -80,7 +85,10 @@ Recorder::Recorder(StationFiles files, Start start, qint64 bytesPerMegabyte, int
     , m_pFileCount(ServerValue<ValueNumericInt>(g_vdRecFileCount))
     , m_pRows(ServerValue<ValueNumericDouble>(g_vdRecRows))
     , m_pDropped(ServerValue<ValueNumericDouble>(g_vdRecDropped))
+    , m_pRefused(ServerValue<ValueString>(g_vdRecRefused))
+    , m_pState(ServerValue<ValueSelection>(g_vdRecState))
     , m_pLastError(ServerValue<ValueString>(g_vdRecLastError))
+    , m_pLastErrorTime(ServerValue<ValueTimeStamp>(g_vdRecLastErrorTime))
     , m_pOutputEnabled(ServerValue<ValueBool>(g_vdFileEnabled))
     , m_pOutputFile(ServerValue<ValueString>(g_vdFileName))
     , m_pHeading(ServerValue<ValueNumericInt>(g_vdTrueHeading))
@@ -109,6 +117,7 @@ void Recorder::ReadSettings(Start start) {
     const ICfg& cfg = CfgCenter::GetAppCfg(ICfg::View::Outputs);
     m_pEnabled->SetValue(start == Start::AsKept && cfg.GetBool(KEY_ENABLED, false), this);
     m_pFile->SetValue(cfg.GetString(KEY_FILE, {}), this);
+    m_wished = m_pFile->GetValue();
     m_pFileSize->SetValue(static_cast<int>(cfg.GetInt(KEY_FILE_SIZE, m_pFileSize->GetValue())), this);
     m_pFileCount->SetValue(static_cast<int>(cfg.GetInt(KEY_FILE_COUNT, m_pFileCount->GetValue())), this);
 }
@@ -129,12 +138,37 @@ void Recorder::Store(const Observable* changed) const {
 
 void Recorder::Update(Observable* subject, TChangeCode code) {
     if (code == TChangeCode::Changed) {
+        if (subject == m_pEnabled || subject == m_pFile) {
+            const QString reason = CheckWish();
+            m_pRefused->SetValue(Bounded(reason, LONGEST_TEXT), this);
+            if (!reason.isEmpty()) {
+                m_pEnabled->SetValue(m_timer.isActive(), this);
+                m_pFile->SetValue(m_wished, this);
+                return;
+            }
+            m_wished = m_pFile->GetValue();
+        }
         Store(subject);
         const bool wasOn = m_timer.isActive();
         if (IsOn() != wasOn || (wasOn && m_pFile->GetValue() != m_name)) {
             Restart();
         }
     }
+}
+
+/// Why the file that is wished now cannot be recorded to; empty when it can, or need not.
+QString Recorder::CheckWish() const {
+    const QString& name = m_pFile->GetValue();
+    if (name == m_wished && (!IsOn() || m_timer.isActive())) {
+        return {};
+    }
+    if (name.isEmpty()) {
+        return IsOn() ? u"the recorder has no file"_s : QString();
+    }
+    const QString output = m_pOutputEnabled->GetValue() ? m_pOutputFile->GetValue() : QString();
+    const QStringList reasons = OutputCheck::CheckBesideRecorder(output, name);
+    const QString reason = reasons.isEmpty() ? CheckFile(name, m_files) : reasons.first();
+    return reason.isEmpty() ? QString() : u"%1: %2"_s.arg(name, reason);
 }
 
 void Recorder::Restart() {
@@ -318,7 +352,7 @@ void Recorder::TakeRow(const RecordedBearing& row) {
     m_line.clear();
     const auto leaveOut = [this](const QString& fault) {
         ++m_droppedCount;
-        m_lastError = u"a row was left out: "_s + fault;
+        NoteError(u"a row was left out: "_s + fault);
     };
     if (const QString fault =
             RecordingLine::AppendRow(m_line, row, RecordingLine::Precision::Full,
@@ -383,16 +417,26 @@ bool Recorder::Write(const QByteArray& lines) {
 /// Returns false.
 bool Recorder::Fail(const QString& problem) {
     if (std::exchange(m_problem, problem) != problem) {
-        m_lastError = problem;
+        NoteError(problem);
         Q_EMIT Failed(problem);
     }
     return false;
 }
 
+void Recorder::NoteError(const QString& error) {
+    m_lastError = error;
+    m_lastErrorTime = static_cast<quint64>(QDateTime::currentMSecsSinceEpoch());
+}
+
 void Recorder::Publish() {
+    const auto state = !IsOn()                                  ? DFDataOutput::SinkState::Off
+                       : m_file.IsOpen() && m_problem.isEmpty() ? DFDataOutput::SinkState::Open
+                                                                : DFDataOutput::SinkState::Failed;
+    m_pState->SetCurrentKey(static_cast<long>(state), this);
+    ZANServer::Publish(*m_pLastErrorTime, m_lastErrorTime, this);
     m_pRows->SetValue(static_cast<double>(m_rowCount), this);
     m_pDropped->SetValue(static_cast<double>(m_droppedCount), this);
-    m_pLastError->SetValue(m_lastError, this);
+    m_pLastError->SetValue(Bounded(m_lastError, LONGEST_TEXT), this);
 }
 
 } // namespace ZANServer

@@ -16,6 +16,7 @@
 #include <QString>
 #include <QTimer>
 
+#include <optional>
 #include <vector>
 
 namespace ZANServer {
@@ -46,8 +47,10 @@ namespace ZANServer {
 /// are left out; the latter are counted as dropped.
 ///
 /// What is set is in the tree below `/ZANServer/Out/Rec`, where a change takes effect at once, and is kept in
-/// the settings (`Recorder/Enabled`, `File`, `FileSize` in MB, `FileCount`); counters and last failure are
-/// published there once a second. Uses the values below "/ZANServer", which must outlive it, and needs an
+/// the settings (`Recorder/Enabled`, `File`, `FileSize` in MB, `FileCount`). A file that cannot be recorded
+/// to
+/// (`CheckFile`) is refused: the values go back, and the reason is there. State, counters and last failure
+/// are published there once a second. Uses the values below "/ZANServer", which must outlive it, and needs an
 /// event loop; main thread.
 class ZANSERVER_EXPORT Recorder final : public QObject, public IObserver {
     Q_OBJECT
@@ -119,6 +122,8 @@ private:
     ZANSERVER_NO_EXPORT void TakeRow(const KvZANCommon::RecordedBearing& row);
     ZANSERVER_NO_EXPORT bool Write(const QByteArray& lines);
     ZANSERVER_NO_EXPORT bool Fail(const QString& problem);
+    [[nodiscard]] ZANSERVER_NO_EXPORT QString CheckWish() const;
+    ZANSERVER_NO_EXPORT void NoteError(const QString& error);
     ZANSERVER_NO_EXPORT void Publish();
 
     const StationFiles m_files;
@@ -133,7 +138,10 @@ private:
     ValueNumericInt* m_pFileCount;
     ValueNumericDouble* m_pRows;
     ValueNumericDouble* m_pDropped;
+    ValueString* m_pRefused;
+    ValueSelection* m_pState;
     ValueString* m_pLastError;
+    ValueTimeStamp* m_pLastErrorTime;
     ValueBool* m_pOutputEnabled;
     ValueString* m_pOutputFile;
     // What was used.
@@ -155,6 +163,8 @@ private:
     QByteArray m_line;
     QString m_problem;
     QString m_lastError;
+    std::optional<quint64> m_lastErrorTime; // ms since 1970
+    QString m_wished;                       // the file that was accepted last
     quint64 m_rowCount = 0;
     quint64 m_droppedCount = 0;
     QTimer m_timer; // for the next look at the file, or the next attempt to open it
