@@ -469,7 +469,7 @@ TEST_F(RecorderTest, FileThatCannotGetANumberIsLeftAloneAtTheStartAndGrowsLater)
     EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + lateRow + lateRow + lateRow);
 }
 
-TEST_F(RecorderTest, PlacesThatAreNoFilesAreToldWithTheReason) {
+TEST_F(RecorderTest, PlacesThatAreNoFilesAndAreKeptInTheSettingsAreToldWithTheReason) {
     Make();
     ASSERT_TRUE(QDir().mkpath(Path(u"folder"_s)));
     for (const auto& [name, reason] : {std::pair{Path(u"folder"_s), u"it is not a file"_s},
@@ -477,7 +477,9 @@ TEST_F(RecorderTest, PlacesThatAreNoFilesAreToldWithTheReason) {
                                        {Path(u"nowhere/flight.csv"_s), u"No such file or directory"_s},
                                        {u"-"_s, u"it is standard output, and a recording needs a file"_s},
                                        {QString(), u"Invalid argument"_s}}) {
-        ServerValue<ValueString>(g_vdRecFile).SetValue(name);
+        m_recorder.reset();
+        CfgCenter::GetAppCfg(ICfg::View::Outputs).SetString(u"Recorder/File"_s, name);
+        m_recorder.emplace(GetStationFiles());
         EXPECT_EQ(m_recorder->GetProblem(), u"Could not open file %1: %2"_s.arg(name, reason));
     }
 }
@@ -537,8 +539,8 @@ TEST_F(RecorderTest, RecordingThatIsReplayedIsNeitherRecordedToNorMovedNorRemove
     ASSERT_TRUE(QFile::link(m_replayed, Path(u"link.csv"_s)));
     for (const QString& name : {m_replayed, Path(u"link.csv"_s)}) {
         ServerValue<ValueString>(g_vdRecFile).SetValue(name);
-        EXPECT_EQ(m_recorder->GetProblem(),
-                  u"Could not open file %1: it is the recording that is replayed"_s.arg(name));
+        EXPECT_EQ(ServerValue<ValueString>(g_vdRecRefused).GetValue(),
+                  u"%1: it is the recording that is replayed"_s.arg(name));
     }
     EXPECT_EQ(Contents(u"flight.000001.csv"_s), HEADER + ROW);
 }
