@@ -125,17 +125,17 @@ TEST_F(StationOutputsTest, HostileNamesDestroyNothingAndTheStationMeasuresOn) {
     ASSERT_TRUE(QDir(m_directory.path()).mkdir(u"directory"_s));
     ASSERT_TRUE(QFile::link(ini, Path(u"link"_s)));
 
-    for (const QString& refused : {QString(1 << 20, u'x'), Path(u"nul"_s) + QChar::Null + u"x"_s, QString(),
-                                   ini, Path(u"link"_s), Path(u"record.csv"_s), u"-"_s}) {
+    for (const QString& refused :
+         {QString(1 << 20, u'x'), Path(u"nul"_s) + QChar::Null + u"x"_s, QString(), ini, Path(u"link"_s),
+          Path(u"record.csv"_s), u"-"_s, Path(u"directory"_s)}) {
         EXPECT_TRUE(Set(g_vdFileName, refused));
         EXPECT_EQ(Text(g_vdFileName), Path(u"good"_s));
         EXPECT_NE(Text(g_vdFileRefused), QString());
         EXPECT_LE(Text(g_vdFileRefused).toUtf8().size(), OutputValues::LONGEST_TEXT);
         Measure();
     }
-    EXPECT_EQ(Contents(Path(u"good"_s)).count("\r\n"), 8) << "none of them was noticed by the output";
-    for (const QString& failing :
-         {Path(u"directory"_s), Path(u"fifo"_s), u"/dev/full"_s, u"/no/such/place"_s}) {
+    EXPECT_EQ(Contents(Path(u"good"_s)).count("\r\n"), 9) << "none of them was noticed by the output";
+    for (const QString& failing : {Path(u"fifo"_s), u"/dev/full"_s, u"/no/such/place"_s}) {
         EXPECT_TRUE(Set(g_vdFileName, failing));
         EXPECT_EQ(Text(g_vdFileName), failing);
         Measure();
@@ -145,7 +145,7 @@ TEST_F(StationOutputsTest, HostileNamesDestroyNothingAndTheStationMeasuresOn) {
     EXPECT_TRUE(Set(g_vdFileName, Path(u"after"_s)));
     Measure();
     EXPECT_EQ(Contents(Path(u"after"_s)).count("\r\n"), 1);
-    EXPECT_EQ(Contents(Path(u"record.csv"_s)).count('\n'), 1 + 1 + 7 + 4 + 1) << "a header and each bearing";
+    EXPECT_EQ(Contents(Path(u"record.csv"_s)).count('\n'), 1 + 1 + 8 + 3 + 1) << "a header and each bearing";
     EXPECT_TRUE(m_settings.Read().startsWith(u"[General]\n"_s));
 }
 
