@@ -67,7 +67,7 @@ private:
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    const QTemporaryDir settings; // those of a real station stay
+    const QTemporaryDir settings;      // those of a real station stay
     QDir::setCurrent(settings.path()); // the log of the commands is written below it
     CfgCenter::SetConfigDirectory(settings.path());
     CfgCenter::SetComponentDirectory(QStringLiteral(DRIVERS));
