@@ -29,8 +29,8 @@ const ZANCharacteristics::AntennaDescription* FindLibraryRow(const QString& name
 
 template <class List>
 bool HoldsBefore(const List& list, auto value, auto end) {
-    const auto last = std::ranges::find(list, end);
-    return std::find(list.begin(), last, value) != last;
+    const auto place = [&list](auto each) { return std::ranges::find(list, each) - list.begin(); };
+    return place(value) < place(end);
 }
 
 bool HasOption(const Device& device, EZANOptions option) {
