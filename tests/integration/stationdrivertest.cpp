@@ -269,7 +269,7 @@ TEST_F(StationDriverTest, TenMillionBearingsInABlockAreProcessedInBoundedMemory)
 }
 
 TEST_F(StationDriverTest, WhatALostDeviceStillDeliversIsNotPassedOn) {
-    const StationResult result = RunStation(Wild(u"goeson"_s) + QStringList{u"--duration"_s, u"0.5"_s});
+    const StationResult result = RunStation(Wild(u"goeson"_s) + QStringList{u"--duration"_s, u"2"_s});
     EXPECT_TRUE(result.err.contains(u"the device is lost"_s)) << result.err.toStdString();
     EXPECT_TRUE(result.out.contains(QRegularExpression(u"bearings in +1\n"_s))) << result.out.toStdString();
     EXPECT_EQ(ReadFile(Path(u"out"_s)).count("\r\n"), 1);
