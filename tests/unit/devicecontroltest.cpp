@@ -1042,6 +1042,20 @@ TEST_F(DeviceControlTest, DeviceThatWasResetStandsByBeforeItGetsItsRanges) {
     EXPECT_EQ(FrequencyOf(0, 0), 118e6);
 }
 
+TEST_F(DeviceControlTest, DeviceThatCannotStandByGetsItsRangesAllTheSame) {
+    m_device.Refuse(u"SetMode"_s, u"always on"_s, KvZANCommon::NullDriver::NOT_SUPPORTED);
+    StartConnected();
+    SetRanges({AIRBAND});
+    Settle();
+    EXPECT_EQ(LastCall(), u"AddFreqRange 0: 0-760/118000000"_s);
+    EXPECT_EQ(FrequencyOf(0, 0), 118e6);
+    EXPECT_EQ(ReasonFor(u"ScanRanges"_s), QString());
+    m_control->OnLost();
+    m_control->OnConnected();
+    Settle();
+    EXPECT_EQ(FrequencyOf(0, 0), 118e6);
+}
+
 TEST_F(DeviceControlTest, BlockOfOneChannelHasTheReceiveFrequencyWhileTheRangesAreNotKnown) {
     Start();
     BearingBlock block;

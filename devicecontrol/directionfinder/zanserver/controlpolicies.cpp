@@ -518,7 +518,10 @@ QString Ranges::Describe(const Arguments& arguments) {
 long Ranges::Call(IDriver& driver, const Arguments& arguments, std::size_t number) {
     const std::size_t first = arguments.isScanning ? 1 : 0; // of the calls that set ranges
     if (number < first) {
-        return driver.SetMode(EMODE_STANDBY);
+        if (driver.SetMode(EMODE_STANDBY) != 0) {
+            driver.ClearLastError(); // one that cannot stand by gets its ranges all the same
+        }
+        return 0;
     }
     if (number == first) {
         return driver.DeleteAllChannels();

@@ -74,7 +74,9 @@ public:
     /// channel of the ranges that the device has, in a wideband block that of the channel at this place
     /// around the receive frequency, else the receive frequency. While it is not known which ranges the
     /// device has (they are being set, or were refused in part), a block of several channels has no
-    /// frequencies. \param bearing the place in the block
+    /// frequencies.
+    ///
+    /// \param bearing the place in the block
     [[nodiscard]] double GetFrequency(const BearingBlock& block, std::size_t bearing) const;
 
     [[nodiscard]] DeviceStatus& GetStatus();
